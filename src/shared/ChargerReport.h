@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "Date.h"
+#include "KeyedArchive.h"
+
+#include <cstdint>
+#include <string>
+
+namespace velmora {
+
+/// What this laptop's charger can do, what is in force, what was last done to it and why. Read-only on the
+/// bus, as the properties of an interface of its own: one property a key of the archive.
+struct ChargerReport {
+    static constexpr auto interface = "app.velmora.Charger";
+
+    bool hasBattery = false;
+    std::string batteries;          ///< names of the supplies, blank-separated
+    std::string control = "none";   ///< "thresholds", "end threshold" or "none"
+    std::string driver = "unknown"; ///< driver family whose rules are followed
+    std::string mode = "off";       ///< "quick charge", "storage", "auto-protect", "paused", "resumed", "off"
+    std::int64_t wantedStartThreshold = -1; ///< percent; -1 nothing asked for
+    std::int64_t wantedEndThreshold = -1;
+    std::int64_t startThreshold = -1; ///< percent, as the hardware reads back; -1 not there or not readable
+    std::int64_t endThreshold = -1;
+    bool isChargingAllowed = true;
+    std::string lastAction = "none"; ///< a sentence
+    std::string lastReason = "none"; ///< a sentence
+    Date lastActionDate{};           ///< of `lastAction`; 0 before the first
+    double health = -1;              ///< percent, full over design capacity; -1 unknown
+    std::int64_t cycleCount = -1;    ///< -1 unknown
+
+    /// Keys are the property names, in upper camel case.
+    KeyedArchive archived() const;
+};
+
+} // namespace velmora

@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+/// Small files in one piece. By C's streams, not by C++'s: those bring the world's number formats along, and
+/// would be a third of a resident program.
+
+/// The largest that is read: a thousand samples are a hundred thousand bytes.
+inline constexpr std::uintmax_t largestWholeFile = 16U << 20U;
+
+/// All of `file`. Nothing for what is not a regular file of at most `largestWholeFile` bytes (a pipe would
+/// hold the caller for ever) or cannot be read.
+std::optional<std::string> readWholeFile(const std::filesystem::path& file);
+
+/// Whether `bytes` are now all of `file`, as far as the kernel is concerned: nothing is synced.
+bool writeWholeFile(const std::filesystem::path& file, std::string_view bytes);
+
+} // namespace velmora

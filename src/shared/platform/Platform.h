@@ -1,0 +1,55 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/Log.h"
+#include "platform/MainLoop.h"
+#include "platform/PowerSources.h"
+#include "platform/ThermalLevel.h"
+#include "platform/WorkQueue.h"
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <string_view>
+#include <typeindex>
+#include <vector>
+
+namespace velmora {
+
+/// The machine as the core sees it, and the owner of the core's singletons. A program's `main` installs one
+/// before anything else; a test installs one made of fakes, and with it goes all that was created on it.
+struct Platform {
+    std::shared_ptr<MainLoop> mainLoop;
+    std::shared_ptr<Clock> clock;
+    std::shared_ptr<Log> log;
+    std::shared_ptr<PowerSources> powerSources;
+    std::shared_ptr<ThermalLevel> thermalLevel;
+    /// Makes a serial queue; `label` names its thread.
+    std::function<std::unique_ptr<WorkQueue>(std::string_view label)> makeWorkQueue;
+    /// The user's folders for what applications keep, best first; may be empty.
+    std::vector<std::filesystem::path> applicationSupportDirectories;
+    std::filesystem::path temporaryDirectory;
+
+    /// The one T of this platform, created on first use. Main thread only.
+    template <typename T>
+    T& singleton()
+    {
+        auto& slot = singletons_[typeid(T)];
+        if (!slot) slot = std::make_shared<T>();
+        return *static_cast<T*>(slot.get());
+    }
+
+    /// The installed platform; one must be installed.
+    static Platform& current();
+
+    /// Makes `platform` the current one until the result goes, then restores the one before.
+    [[nodiscard]] static std::shared_ptr<void> install(Platform& platform);
+
+private:
+    std::map<std::type_index, std::shared_ptr<void>> singletons_; // last, so that they go before the ports
+};
+
+} // namespace velmora

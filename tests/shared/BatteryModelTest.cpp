@@ -1,0 +1,308 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "BatteryModel.h"
+
+#include "AnalyticsStore.h"
+#include "FakeDaemonClient.h"
+#include "FakePlatform.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace velmora {
+
+struct BatteryModelIntake {
+    static void take(BatteryModel& model, const SharedBatteryState& state)
+    {
+        model.updateFromSharedState(state);
+    }
+};
+
+namespace {
+
+using namespace std::chrono_literals;
+using ThermalState = ThermalMonitorService::ThermalState;
+constexpr auto charging = ChargingState::charging;
+constexpr auto idle = ChargingState::idle;
+
+struct CountingSource final : BatteryDataSource {
+    int updates = 0;
+    void startMonitoring(Update) override {}
+    void update() override { ++updates; }
+};
+
+HSBatteryState stateAt(double percentage, bool isCharging = false, double limit = 80)
+{
+    return {percentage, isCharging, "AC", "Nominal", limit, 2, -1, -1, false};
+}
+
+class BatteryModelTest : public testing::Test {
+protected:
+    FakePlatform platform;
+    ManualLoop& loop = *platform.loop;
+    std::shared_ptr<FakeDaemonClient> daemon = std::make_shared<FakeDaemonClient>();
+    std::shared_ptr<CountingSource> source = std::make_shared<CountingSource>();
+    std::unique_ptr<BatteryModel> owned = std::make_unique<BatteryModel>(daemon, source);
+    BatteryModel& model = *owned;
+};
+
+TEST_F(BatteryModelTest, TakesADaemonRecordAsItIsOnTheMainThread)
+{
+    daemon->answer(HSBatteryState(104.2, true, "  AC\n", "Serious", 85, 3, 40, -7, true));
+    EXPECT_EQ(model.percentage.get(), 50) << "nothing changes on the thread of the connection";
+    loop.runPosted();
+    EXPECT_EQ(model.percentage.get(), 104.2);
+    EXPECT_EQ(model.chargingState.get(), charging);
+    EXPECT_EQ(model.powerSource.get(), "  AC\n");
+    EXPECT_EQ(model.thermalState.get(), ThermalState::serious);
+    EXPECT_EQ(model.customChargeLimit.get(), 85);
+    EXPECT_EQ(model.customHysteresis.get(), 3);
+    EXPECT_EQ(model.timeToFull.get(), 40);
+    EXPECT_EQ(model.timeToEmpty.get(), -7);
+    EXPECT_TRUE(model.isStorageModeEnabled.get());
+    EXPECT_TRUE(AnalyticsStore::shared().getHistory().empty());
+
+    daemon->push(HSBatteryState(60, false, "AC", "serious", 85, 3, 40, -7, false));
+    loop.runPosted();
+    EXPECT_EQ(model.percentage.get(), 60);
+    EXPECT_EQ(model.thermalState.get(), ThermalState::nominal) << "an unknown text";
+    EXPECT_EQ(model.timeToLimit.get(), -1);
+}
+
+TEST_F(BatteryModelTest, HistoryIsReplacedByWhatTheDaemonAnswers)
+{
+    const HSHistorySnapshot late(Date{9}, 1, 1, "Fair", true);
+    const HSHistorySnapshot early(Date{3}, 2, 1, "Fair", true);
+    daemon->answer(std::vector{late, early});
+    loop.runPosted();
+    EXPECT_EQ(model.history.get(), (std::vector{late, early}));
+    model.fetchHistory();
+    daemon->answer(std::vector{early});
+    loop.runPosted();
+    EXPECT_EQ(model.history.get(), std::vector{early});
+}
+
+TEST_F(BatteryModelTest, NothingReachesAModelThatIsGone)
+{
+    model.isSimulationModeEnabled.set(true);
+    model.customChargeLimit.set(90);
+    daemon->answer(stateAt(10)); // still on its way when the model goes
+    owned = nullptr;
+    daemon->answer(std::vector{HSHistorySnapshot(Date{}, 1, 1, "Fair", true)});
+    daemon->push(stateAt(20));
+    EXPECT_EQ(loop.pendingTimers(), 0U);
+    loop.advance(5min);
+    EXPECT_TRUE(daemon->sent.empty());
+}
+
+TEST_F(BatteryModelTest, TakesACloudStateWithinBoundsAndRecordsIt)
+{
+    AnalyticsStore::shared(); // its loading comes first
+    platform.settle();
+    model.thermalState.set(ThermalState::fair);
+    const struct {
+        double sent;
+        double taken;
+    } cases[] = {{104.2, 100}, {-3, 0}, {42.5, 42.5}, {std::nan(""), 0}};
+    for (const auto& [sent, taken] : cases) {
+        loop.advance(1h);
+        BatteryModelIntake::take(model, {.percentage = sent,
+                                         .isCharging = true,
+                                         .powerSource = "  Battery \r\n",
+                                         .timeToFull = 40,
+                                         .remoteChargeLimit = 60,
+                                         .thermalState = "Critical"});
+        EXPECT_EQ(model.percentage.get(), taken);
+        platform.settle();
+    }
+    EXPECT_EQ(model.powerSource.get(), "Battery");
+    EXPECT_EQ(model.lastCloudSyncDate.get(), platform.clock->now());
+    EXPECT_EQ(model.customChargeLimit.get(), 80);
+    EXPECT_EQ(model.thermalState.get(), ThermalState::fair);
+    EXPECT_FALSE(model.isStorageModeEnabled.get());
+    EXPECT_EQ(model.timeToLimit.get(), 32);
+    ASSERT_EQ(AnalyticsStore::shared().history.get().size(), std::size(cases));
+    EXPECT_EQ(AnalyticsStore::shared().history.get()[2],
+              HSHistorySnapshot(platform.clock->now() + -3600, 42.5, 94, "Fair", true));
+}
+
+TEST_F(BatteryModelTest, DerivesTheMinutesToTheLimit)
+{
+    constexpr auto huge = std::numeric_limits<std::int64_t>::max();
+    const double infinite = std::numeric_limits<double>::infinity();
+    const struct {
+        const char* what;
+        bool isCharging;
+        double level, limit;
+        std::int64_t toFull, toLimit;
+    } cases[] = {
+        {"a fraction is cut", true, 61, 80, 40, 19},
+        {"at the limit", true, 80, 80, 30, 0},
+        {"full under a limit past full", true, 100, 120, 30, 0},
+        {"time to full unknown", true, 60, 80, 0, -1},
+        {"not charging", false, 60, 80, 40, -1},
+        {"time to full absurd", true, 0, 100, huge, huge},
+        {"limit absurd", true, 60, infinite, 40, huge},
+        {"level absurd", true, -infinite, 80, 40, 0},
+    };
+    for (const auto& [what, isCharging, level, limit, toFull, toLimit] : cases) {
+        SCOPED_TRACE(what);
+        daemon->push({level, isCharging, "AC", "Nominal", limit, 2, toFull, -1, false});
+        loop.runPosted();
+        EXPECT_EQ(model.timeToLimit.get(), toLimit);
+    }
+}
+
+TEST_F(BatteryModelTest, TheLimitIsReachedOnlyInTheRecommendedMode)
+{
+    model.percentage.set(80);
+    EXPECT_TRUE(model.isLimitReached());
+    model.isAppleRecommendedModeEnabled.set(false);
+    EXPECT_FALSE(model.isLimitReached());
+    model.isAppleRecommendedModeEnabled.set(true);
+    model.percentage.set(79.9);
+    EXPECT_FALSE(model.isLimitReached());
+}
+
+TEST_F(BatteryModelTest, SettingsAreSentOnceHalfASecondAfterTheLastChange)
+{
+    for (const double limit : {70.0, 75.0, 90.0}) { // a finger on the slider
+        model.customChargeLimit.set(limit);
+        loop.advance(100ms);
+    }
+    loop.advance(399ms);
+    EXPECT_TRUE(daemon->sent.empty());
+    loop.advance(1ms);
+    EXPECT_EQ(daemon->sent, (std::vector{ChargingSettings{.customChargeLimit = 90}}));
+    EXPECT_EQ(loop.pendingTimers(), 0U);
+}
+
+TEST_F(BatteryModelTest, NineSettingsAreWatched)
+{
+    using M = BatteryModel;
+    const struct {
+        const char* what;
+        void (*change)(BatteryModel&);
+        ChargingSettings sent;
+    } cases[] = {
+        {"the same limit again", [](M& m) { m.customChargeLimit.set(80); }, {}},
+        {"hysteresis", [](M& m) { m.customHysteresis.set(5); }, {.customHysteresis = 5}},
+        {"storage mode", [](M& m) { m.isStorageModeEnabled.set(true); }, {.isStorageModeEnabled = true}},
+        {"limit notice", [](M& m) { m.notifyOnLimit.set(false); }, {.notifyOnLimit = false}},
+        {"heat notice", [](M& m) { m.notifyOnHeat.set(false); }, {.notifyOnHeat = false}},
+        {"cycle notice", [](M& m) { m.notifyOnCycle.set(true); }, {.notifyOnCycle = true}},
+        {"low battery notice: not sent itself", [](M& m) { m.notifyOnLowBattery.set(false); }, {}},
+        {"low battery level", [](M& m) { m.lowBatteryLimit.set(11); }, {.lowBatteryLimit = 11}},
+        {"power notice", [](M& m) { m.notifyOnPowerChange.set(false); }, {.notifyOnPowerChange = false}},
+    };
+    for (const auto& [what, change, sent] : cases) {
+        SCOPED_TRACE(what);
+        daemon->sent.clear();
+        BatteryModel fresh(daemon, source);
+        change(fresh);
+        loop.advance(500ms);
+        EXPECT_EQ(daemon->sent, std::vector{sent});
+    }
+}
+
+TEST_F(BatteryModelTest, ALimitThatTheDaemonReportsIsEchoedOnce)
+{
+    daemon->push(stateAt(50, false, 90));
+    loop.advance(10s);
+    EXPECT_EQ(daemon->sent, (std::vector{ChargingSettings{.customChargeLimit = 90}}));
+}
+
+TEST_F(BatteryModelTest, ModesAreSentAtOnce)
+{
+    model.percentage.set(40);
+    model.toggleTemporaryOverride();
+    EXPECT_EQ(model.chargingState.get(), charging);
+    model.toggleAppleRecommendedMode();
+    EXPECT_EQ(daemon->sent,
+              (std::vector{ChargingSettings{.isTemporaryOverride = true},
+                           ChargingSettings{.isAppleRecommendedMode = false, .isTemporaryOverride = true}}));
+    model.toggleCharging();
+    EXPECT_EQ(model.chargingState.get(), idle);
+    model.toggleCharging();
+    EXPECT_EQ(model.chargingState.get(), charging);
+    loop.advance(1min);
+    EXPECT_EQ(daemon->sent.size(), 2U);
+}
+
+TEST_F(BatteryModelTest, ASimulatedBatteryClimbsToEightyAndHoversThere)
+{
+    model.percentage.set(77);
+    model.chargingState.set(charging);
+    model.isSimulationModeEnabled.set(true);
+    loop.advance(59s);
+    EXPECT_EQ(model.percentage.get(), 77) << "the first step comes after an interval";
+    std::vector<double> levels;
+    for (int minute = 0; minute < 8; ++minute) {
+        loop.advance(1min);
+        levels.push_back(model.percentage.get());
+    }
+    EXPECT_EQ(levels, (std::vector<double>{78, 79, 80, 79, 78, 77, 78, 79}));
+}
+
+TEST_F(BatteryModelTest, ASimulatedBatteryStaysWithinItsEnds)
+{
+    const struct {
+        const char* what;
+        bool isOverride, isRecommended;
+        ChargingState state;
+        double from, to;
+        ChargingState after; ///< after the first step to `to`, and of it
+    } cases[] = {
+        {"the override ends at full and the mode takes over", true, true, charging, 99, 100, idle},
+        {"full stays full", false, false, charging, 100, 100, charging},
+        {"without the mode it drains", false, false, idle, 1, 0, idle},
+        {"empty stays empty", false, false, idle, 0, 0, idle},
+        {"with the mode it charges below the band", false, true, idle, 40, 39, charging},
+        {"inside the band nothing flips", false, true, idle, 80, 79, idle},
+    };
+    for (const auto& [what, isOverride, isRecommended, state, from, to, after] : cases) {
+        SCOPED_TRACE(what);
+        model.isTemporaryOverrideEnabled.set(isOverride);
+        model.isAppleRecommendedModeEnabled.set(isRecommended);
+        model.chargingState.set(state);
+        model.percentage.set(from);
+        model.isSimulationModeEnabled.set(true); // anew: one step a minute, not two
+        loop.advance(1min);
+        EXPECT_EQ(model.percentage.get(), to);
+        EXPECT_EQ(model.chargingState.get(), after);
+        EXPECT_FALSE(model.isTemporaryOverrideEnabled.get());
+    }
+}
+
+TEST_F(BatteryModelTest, LeavingTheSimulationAsksForTheTruth)
+{
+    for (const bool wasOn : {true, false}) { // every assignment counts
+        SCOPED_TRACE(wasOn);
+        model.isSimulationModeEnabled.set(wasOn);
+        source->updates = 0;
+        daemon->stateRequests.clear();
+        model.isSimulationModeEnabled.set(false);
+        EXPECT_EQ(source->updates, 1);
+        EXPECT_EQ(daemon->stateRequests.size(), 1U);
+        EXPECT_EQ(loop.pendingTimers(), 0U);
+    }
+}
+
+TEST_F(BatteryModelTest, WorksAlone)
+{
+    BatteryModel alone(nullptr, nullptr);
+    alone.customChargeLimit.set(60);
+    alone.isSimulationModeEnabled.set(false);
+    alone.toggleTemporaryOverride();
+    alone.fetchHistory();
+    loop.advance(1s);
+    EXPECT_EQ(alone.percentage.get(), 50);
+    EXPECT_EQ(alone.chargingState.get(), charging);
+    EXPECT_TRUE(daemon->sent.empty());
+}
+
+} // namespace
+
+} // namespace velmora

@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "BatteryDataSource.h"
+#include "VelmoraProtocol.h"
+
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace velmora {
+
+namespace {
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+
+TEST(SharedBatteryState, IsIdentifiedByItsDeviceElseByItsLevel)
+{
+    const struct {
+        SharedBatteryState state;
+        std::string id;
+    } cases[] = {
+        {{.percentage = 42.5}, "unknown_42.5"},
+        {{.percentage = 80}, "unknown_80.0"},
+        {{.percentage = 100.0 / 3}, "unknown_33.333333333333336"},
+        {{.percentage = 80, .deviceID = "A"}, "A"},
+        {{.percentage = 80, .deviceID = ""}, ""},
+    };
+    for (const auto& [state, id] : cases) EXPECT_EQ(state.id(), id);
+}
+
+TEST(KeyedArchive, WhatIsMissingMistypedOrNotFiniteTakesTheDefault)
+{
+    KeyedArchive mistyped;
+    mistyped.encode("percentage", std::int64_t{80});
+    mistyped.encode("isCharging", 1.0);
+    mistyped.encode("powerSource", true);
+    mistyped.encode("customChargeLimit", nan);
+    mistyped.encode("timeToFull", 12.0);
+    mistyped.encode("timestamp", nan);
+    mistyped.encode("health", std::numeric_limits<double>::infinity());
+    const HSBatteryState blank(0, false, "Unknown", "Nominal", 0, 0, 0, 0, false);
+    const Date now{123};
+    for (const auto& archive : {KeyedArchive{}, mistyped}) {
+        EXPECT_EQ(HSBatteryState(archive), blank);
+        EXPECT_EQ(HSHistorySnapshot(archive, now), HSHistorySnapshot(now, 0, 0, "Nominal", false));
+    }
+}
+
+} // namespace
+
+} // namespace velmora
