@@ -1,0 +1,53 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora {
+
+/// What reading one attribute gave: its text, or why there is none.
+struct SysfsText {
+    int error = 0;    ///< errno, 0 where `text` was read
+    std::string text; ///< without the final newline; any bytes
+
+    bool isAbsent() const; ///< no such file: not offered by the driver, or its device has just gone
+};
+
+/// The kernel's tree of devices, or a stand-in of plain files with the same names. Holds no descriptors; may
+/// be copied, and used from any thread.
+class Sysfs {
+public:
+    explicit Sysfs(std::filesystem::path root) : root_(std::move(root)) {}
+
+    /// The tree named by the variable VELMORA_SYSFS, or /sys where that is unset or empty.
+    static Sysfs ofEnvironment();
+
+    const std::filesystem::path& root() const { return root_; }
+
+    /// Whether the kernel itself is behind it, and with it the kernel's events.
+    bool isKernels() const { return root_ == "/sys"; }
+
+    /// The names in `folder` (relative to the root), sorted, `limit` at most. Empty where it cannot be
+    /// listed.
+    std::vector<std::string> list(const std::filesystem::path& folder, std::size_t limit = 1024) const;
+
+    /// Reads the file at `path` (relative to the root) once. Never waits for a writer: what is not a regular
+    /// file gives EINVAL, what is longer than a page, which no attribute is, EFBIG.
+    SysfsText read(const std::filesystem::path& path) const;
+
+private:
+    std::filesystem::path root_;
+};
+
+/// The decimal integer that is the whole of `text`; nothing for anything else, a number out of range
+/// included.
+std::optional<std::int64_t> parseInteger(std::string_view text);
+
+} // namespace velmora

@@ -1,0 +1,155 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "WireFixture.h"
+
+#include <unistd.h>
+
+namespace velmora {
+namespace {
+
+struct DaemonObjectTest : WireTest {
+    const std::string me = " by " + std::to_string(getuid());
+};
+
+TEST_F(DaemonObjectTest, AnnouncesWhatChangedAboutTheChargerAndNothingElse)
+{
+    const auto daemon = startDaemon();
+    Peer listener(loop);
+    std::vector<KeyedArchive> news;
+    const auto heard = [](sd_bus_message* signal, void* to, sd_bus_error*) {
+        sd_bus_message_skip(signal, "s");
+        static_cast<std::vector<KeyedArchive>*>(to)->push_back(dbus::readArchive(signal));
+        return 0;
+    };
+    const auto slot = dbus::match(listener.bus(), "type='signal',member='PropertiesChanged'", heard, &news);
+    listener.sync();
+    daemon->chargerChanged(service.report);
+    service.report.endThreshold = 60;
+    service.report.lastAction = "wrote \xff 60"; // the bus would hang up on this byte
+    daemon->chargerChanged(service.report);
+    ASSERT_TRUE(eventually([&] { return !news.empty(); }));
+    KeyedArchive expected;
+    expected.encode("EndThreshold", std::int64_t{60});
+    expected.encode("LastAction", "wrote ? 60");
+    EXPECT_EQ(news, std::vector{expected});
+}
+
+TEST_F(DaemonObjectTest, SaysWhyItCannotHaveTheName)
+{
+    const auto daemon = startDaemon();
+    DaemonObject second(loop, service, log);
+    EXPECT_EQ(outcome(second), "another program owns app.velmora.daemon");
+    const PrivateBus strict("<deny own=\"app.velmora.daemon\"/>");
+    DaemonObject denied(loop, service, log);
+    EXPECT_EQ(outcome(denied), "the bus does not let this user own app.velmora.daemon");
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere", 1);
+    EXPECT_THROW(DaemonObject(loop, service, log), std::system_error);
+}
+
+TEST_F(DaemonObjectTest, KeepsWhoAsksForTheStateUntilThereIsOne)
+{
+    DaemonObject daemon(loop, service, log);
+    EXPECT_EQ(outcome(daemon), "owned");
+    const auto client = std::make_unique<XPCClient>(loop, clock, log);
+    std::vector<double> answers;
+    const auto noted = [&](const HSBatteryState& state) { answers.push_back(state.percentage); };
+    constexpr auto kept = DaemonObject::maximumWaiting;
+    for (std::size_t call = 0; call <= kept; ++call) client->fetchCurrentState(noted);
+    ASSERT_TRUE(eventually([&] { return !answers.empty(); }));
+    EXPECT_EQ(answers.size(), 1U) << "one more than is kept is told what there is";
+    service.state.percentage = 42;
+    daemon.serve();
+    ASSERT_TRUE(eventually([&] { return answers.size() == kept + 1; }));
+    EXPECT_EQ(answers.back(), 42);
+}
+
+TEST_F(DaemonObjectTest, BelievesLogindAloneThatTheMachineWokeUp)
+{
+    const auto daemon = startDaemon();
+    int resumed = 0;
+    daemon->onResumed = [&] { ++resumed; };
+    Peer peer(loop);
+    sd_bus_message* made = nullptr;
+    ASSERT_GE(sd_bus_call_method(peer.bus(), dbus::busName, dbus::busPath, dbus::busName, "GetNameOwner",
+                                 nullptr, &made, "s", wire::serviceName),
+              0);
+    const dbus::Message owner(made);
+    const char* name = nullptr;
+    sd_bus_message_read(made, "s", &name);
+    const auto wakeUp = [&] {
+        sd_bus_message* signal = nullptr;
+        sd_bus_message_new_signal(peer.bus(), &signal, "/org/freedesktop/login1",
+                                  "org.freedesktop.login1.Manager", "PrepareForSleep");
+        const dbus::Message sent(signal);
+        sd_bus_message_append(signal, "b", 0);
+        ASSERT_GE(sd_bus_send_to(peer.bus(), signal, name, nullptr), 0);
+    };
+    wakeUp();
+    peer.sync();
+    ASSERT_GE(sd_bus_request_name(peer.bus(), "org.freedesktop.login1", 0), 0);
+    wakeUp();
+    ASSERT_TRUE(eventually([&] { return resumed > 0; }));
+    EXPECT_EQ(resumed, 1);
+}
+
+TEST(CallBudgetTest, GivesEachUserAFewAtOnceAndThenOneNowAndThen)
+{
+    CallBudget budget;
+    const CallBudget::Time now{};
+    int granted = 0;
+    for (int call = 0; call < 100; ++call) granted += budget.spend(7, now);
+    EXPECT_EQ(granted, CallBudget::atOnce);
+    EXPECT_TRUE(budget.spend(8, now));
+    EXPECT_FALSE(budget.spend(7, now + CallBudget::refill / 2));
+    EXPECT_TRUE(budget.spend(7, now + CallBudget::refill));
+    EXPECT_FALSE(budget.spend(7, now + CallBudget::refill));
+}
+
+TEST_F(DaemonObjectTest, KeepsTheOrderOfACallerItDoesNotKnowYetAndNoticesItLeave)
+{
+    const auto daemon = startDaemon();
+    Peer caller(loop);
+    const auto name = caller.name();
+    caller.send({.customChargeLimit = 70});
+    caller.tell(caller.call(wire::daemon_protocol::toggleCharging));
+    caller.send({.customChargeLimit = 90});
+    ASSERT_TRUE(eventually([&] { return service.deeds.size() == 3; }));
+    EXPECT_EQ(service.deeds, (std::vector{"70" + me, "toggle" + me, "90" + me}));
+    EXPECT_EQ(service.callers, std::vector(3, name));
+    caller.hangUp();
+    ASSERT_TRUE(eventually([&] { return !service.left.empty(); }));
+    EXPECT_EQ(service.left, std::vector{name});
+}
+
+TEST_F(DaemonObjectTest, BoundsWhatItKeepsForACallerItDoesNotKnowYet)
+{
+    const auto daemon = startDaemon();
+    Peer caller(loop);
+    constexpr int sent = static_cast<int>(Callers::maximumWaiting) + 8;
+    for (int limit = 0; limit < sent; ++limit) caller.send({.customChargeLimit = 1.0 * limit});
+    caller.sync(); // all of it now waits in front of the daemon, and the bus has not been asked who it is
+    ASSERT_TRUE(eventually([&] { return !service.settings.empty(); }));
+    EXPECT_EQ(service.settings.size(), Callers::maximumWaiting);
+    EXPECT_EQ(service.settings.front().customChargeLimit, 8);
+    EXPECT_EQ(service.settings.back().customChargeLimit, sent - 1);
+    EXPECT_EQ(log.count("dropped a message of " + caller.name()), 1U);
+}
+
+TEST_F(DaemonObjectTest, DropsTheMessageOfOneWhoLeftBeforeItWasKnown)
+{
+    const auto daemon = startDaemon();
+    Peer caller(loop);
+    caller.send({.customChargeLimit = 70});
+    caller.sync();
+    caller.hangUp();
+    ASSERT_TRUE(eventually([&] { return log.count("left before") == 1; }));
+    Peer next(loop);
+    next.send({.customChargeLimit = 75});
+    ASSERT_TRUE(eventually([&] { return !service.deeds.empty(); }));
+    EXPECT_EQ(service.deeds, std::vector{"75" + me});
+    EXPECT_TRUE(service.left.empty());
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,244 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "WireFixture.h"
+
+#include <cmath>
+
+namespace velmora {
+namespace {
+
+using States = std::vector<HSBatteryState>;
+
+struct XPCClientTest : WireTest {
+    States pushed;
+    int appeared = 0;
+
+    std::unique_ptr<XPCClient> makeClient()
+    {
+        auto client = std::make_unique<XPCClient>(loop, clock, log);
+        client->onStateChange = [this](const auto& state) { pushed.push_back(state); };
+        client->onDaemonAppeared = [this] { ++appeared; };
+        return client;
+    }
+
+    HSBatteryState at(double percentage) const
+    {
+        auto state = service.state;
+        state.percentage = percentage;
+        return state;
+    }
+};
+
+TEST_F(XPCClientTest, GoesOnWithADaemonThatGoesAndComesBack)
+{
+    auto first = startDaemon();
+    const auto client = makeClient();
+    settle(*client);
+    first.reset();
+    int early = 0;
+    client->fetchCurrentState([&](const auto&) { ++early; });
+    client->updateSettings({.customChargeLimit = 60});
+    for (int time = 1; time <= 2; ++time) {
+        const auto daemon = startDaemon();
+        ASSERT_TRUE(eventually([&] { return appeared == time; }));
+        settle(*client);
+        daemon->push(at(time));
+        ASSERT_TRUE(eventually([&] { return pushed.size() == static_cast<std::size_t>(time); }));
+    }
+    EXPECT_EQ(early, 0);
+    EXPECT_TRUE(service.settings.empty());
+    EXPECT_EQ(log.count(), 0U); // a missing daemon is no news
+}
+
+TEST_F(XPCClientTest, ADaemonThatDiesInACallAnswersNothing)
+{
+    Peer dying(loop);
+    bool asked = false;
+    dying.serve([&](sd_bus_message*) { return asked = true, 1; });
+    const auto client = makeClient();
+    bool answered = false;
+    client->fetchCurrentState([&](const auto&) { answered = true; });
+    ASSERT_TRUE(eventually([&] { return asked; }));
+    dying.hangUp();
+    const auto daemon = startDaemon();
+    settle(*client);
+    EXPECT_FALSE(answered);
+}
+
+TEST_F(XPCClientTest, MayBeDestroyedByWhatItCalls)
+{
+    const auto daemon = startDaemon();
+    int answers = 0;
+    const auto drop = [&](std::unique_ptr<XPCClient>& client) { ++answers, client.reset(); };
+    auto byState = makeClient(), byHistory = makeClient(), byPush = makeClient(), unanswered = makeClient();
+    settle(*byPush);
+    byPush->onStateChange = [&](const auto&) { drop(byPush); };
+    byState->fetchCurrentState([&](const auto&) { drop(byState); });
+    byHistory->fetchHistory([&](auto) { drop(byHistory); });
+    unanswered->fetchHistory([&](auto) { answers += 100; });
+    unanswered.reset();
+    daemon->push(at(1));
+    EXPECT_TRUE(eventually([&] { return answers == 3; }));
+    EXPECT_FALSE(byState || byHistory || byPush);
+}
+
+TEST_F(XPCClientTest, NeitherABusThatEndsNorOneThatIsNotThereIsMoreThanALogLine)
+{
+    const auto use = [](XPCClient& client) {
+        client.fetchCurrentState([](const auto&) { FAIL(); });
+        client.fetchHistory([](const auto&) { FAIL(); });
+        client.updateSettings({});
+    };
+    const auto daemon = startDaemon();
+    const auto client = makeClient();
+    settle(*client);
+    bool isBusLost = false;
+    daemon->onBusLost = [&] { isBusLost = true; };
+    bus.stop();
+    ASSERT_TRUE(eventually([&] { return isBusLost && log.count("until Velmora starts again") == 1; }));
+    use(*client);
+    daemon->push(at(1));
+    daemon->push(at(2));
+    EXPECT_EQ(log.count("could not push"), 1U);
+
+    log.clear();
+    const auto alone = makeClient();
+    use(*alone);
+    EXPECT_EQ(log.count(), 1U);
+}
+
+TEST_F(XPCClientTest, ARecordOfALyingDaemonTakesDefaults)
+{
+    const HSBatteryState nothing(0, false, "Unknown", "Nominal", 0, 0, 0, 0, false);
+    auto first = nothing;
+    first.percentage = 1;
+    auto past = nothing;
+    past.isCharging = true;
+    auto cut = nothing;
+    cut.powerSource = std::string(dbus::maximumTextBytes - 1, 'x'); // not through the two-byte character
+    const std::string longText = cut.powerSource + "\u00e9";
+    const auto otherTypes = [](sd_bus_message* reply) {
+        return sd_bus_message_append(reply, "a{sv}", 4, "percentage", "x", std::int64_t{5}, "isCharging", "s",
+                                     "true", "timeToFull", "i", 7, "powerSource", "as", 1, "Battery");
+    };
+    const auto notFinite = [](sd_bus_message* reply) {
+        return sd_bus_message_append(reply, "a{sv}", 2, "percentage", "d", NAN, "customChargeLimit", "d",
+                                     HUGE_VAL);
+    };
+    const auto twice = [](sd_bus_message* reply) {
+        return sd_bus_message_append(reply, "a{sv}", 2, "percentage", "d", 1.0, "percentage", "d", 2.0);
+    };
+    const auto nested = [](sd_bus_message* reply) {
+        return sd_bus_message_append(reply, "a{sv}", 3, "a", "a{sv}", 1, "deep", "v", "(ss)", "x", "y", "c",
+                                     "v", "v", "b", 1, "isCharging", "b", 1);
+    };
+    const auto longOne = [&](sd_bus_message* reply) {
+        return sd_bus_message_append(reply, "a{sv}", 1, "powerSource", "s", longText.c_str());
+    };
+    const auto tooMany = [](sd_bus_message* reply) {
+        KeyedArchive archive;
+        for (std::size_t i = 0; i < dbus::maximumKeys; ++i) archive.encode(std::to_string(i), true);
+        archive.encode("isCharging", true);
+        return dbus::append(reply, archive), 0;
+    };
+    const struct {
+        const char* what;
+        std::function<int(sd_bus_message*)> lie;
+        HSBatteryState expected;
+    } cases[] = {
+        {"other types", otherTypes, nothing}, {"not finite", notFinite, nothing},
+        {"a key twice", twice, first},        {"nested strangers before a key", nested, past},
+        {"a long text", longOne, cut},        {"too many keys", tooMany, nothing},
+    };
+    Peer liar(loop);
+    std::function<int(sd_bus_message*)> append;
+    liar.serve([&](sd_bus_message* call) {
+        sd_bus_message* reply = nullptr;
+        sd_bus_message_new_method_return(call, &reply);
+        const dbus::Message owned(reply);
+        append(reply);
+        return sd_bus_send(nullptr, reply, nullptr);
+    });
+    const auto client = makeClient();
+    for (const auto& [what, lie, expected] : cases) {
+        SCOPED_TRACE(what);
+        append = lie;
+        std::optional<HSBatteryState> state;
+        client->fetchCurrentState([&](const auto& answer) { state = answer; });
+        ASSERT_TRUE(eventually([&] { return state.has_value(); }));
+        EXPECT_EQ(*state, expected);
+    }
+}
+
+TEST_F(XPCClientTest, AnAnswerThatIsNoRecordIsNoneWithOneLogLineACause)
+{
+    Peer liar(loop);
+    int asked = 0;
+    liar.serve(
+        [&](sd_bus_message* call) { return ++asked, sd_bus_reply_method_return(call, "as", 1, "full"); });
+    const auto client = makeClient();
+    for (int time = 0; time < 3; ++time) {
+        client->fetchCurrentState([](const auto&) { FAIL(); });
+        client->fetchHistory([](const auto&) { FAIL(); });
+    }
+    EXPECT_TRUE(eventually([&] { return asked == 6 && log.count() == 2; }));
+    liar.hangUp();
+    const auto daemon = startDaemon();
+    settle(*client);
+    EXPECT_EQ(log.count("ignored a state"), 1U);
+    EXPECT_EQ(log.count("ignored a history"), 1U);
+}
+
+TEST_F(XPCClientTest, AHugeHistoryLeavesTheLoopToOthers)
+{
+    constexpr std::size_t many = 100'000;
+    service.history.assign(many, service.history.front());
+    service.history.back().percentage = 99;
+    const auto daemon = startDaemon();
+    const auto client = makeClient();
+    std::vector<HSHistorySnapshot> history;
+    std::size_t turns = 0;
+    std::function<void()> others = [&] { ++turns, loop.post(others); };
+    client->fetchHistory([&](auto samples) { history = std::move(samples); });
+    loop.runOnce(std::chrono::seconds{1});
+    settle(*client); // behind the history: it has come, and is not read yet
+    EXPECT_TRUE(history.empty());
+    others();
+    ASSERT_TRUE(eventually([&] { return !history.empty(); }));
+    EXPECT_EQ(history.size(), many);
+    EXPECT_EQ(history.back(), service.history.back());
+    EXPECT_GT(turns, 50U);
+}
+
+TEST_F(XPCClientTest, APushOfAnybodyElseIsDropped)
+{
+    const auto daemon = startDaemon();
+    const auto client = makeClient();
+    client->updateSettings({});
+    settle(*client);
+    ASSERT_TRUE(eventually([&] { return !service.callers.empty(); }));
+    const auto victim = service.callers.front();
+
+    Peer spoofer(loop);
+    const auto send = [&](const char* path, const char* interface, const char* member, const auto& append) {
+        sd_bus_message* made = nullptr;
+        ASSERT_GE(sd_bus_message_new_signal(spoofer.bus(), &made, path, interface, member), 0);
+        const dbus::Message signal(made);
+        append(made);
+        ASSERT_GE(sd_bus_send_to(spoofer.bus(), made, victim.c_str(), nullptr), 0);
+    };
+    send(dbus::busPath, dbus::busName, "NameOwnerChanged", [&](auto* signal) {
+        sd_bus_message_append(signal, "sss", wire::serviceName, "", spoofer.name().c_str());
+    });
+    send(wire::objectPath, wire::client_protocol::interface, "batteryStateDidChange",
+         [&](auto* signal) { dbus::append(signal, at(66).archived()); });
+    spoofer.sync();
+    daemon->push(at(1));
+    ASSERT_TRUE(eventually([&] { return !pushed.empty(); }));
+    EXPECT_EQ(pushed, States{at(1)});
+    EXPECT_EQ(appeared, 0);
+}
+
+} // namespace
+} // namespace velmora
