@@ -1,0 +1,381 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "Daemon.h"
+
+#include "BatteryHardwareService.h"
+#include "ThermalMonitorService.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velmora {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto category = "Daemon";
+
+/// Most drivers announce little: while something moves it is worth a look every 30 to 60 s.
+constexpr auto watchInterval = 30s;
+constexpr auto watchSlack = 30s;
+/// Writing a threshold announces nothing, and the kernel shows the old status for a second.
+constexpr auto settleTime = 1500ms;
+/// Vendor drivers bring the thresholds some time after the battery, and announce nothing.
+constexpr auto controlPatience = 10min;
+/// How often a charger is asked what it holds before it is told what to hold. Some never tell before that.
+constexpr int mostMeetings = 3;
+constexpr std::size_t mostToggles = 32;
+
+template <typename T>
+std::optional<T> valueAt(const PowerSourceDescription& source, const char* key)
+{
+    const auto found = source.find(key);
+    const T* value = found == source.end() ? nullptr : std::get_if<T>(&found->second);
+    return value ? std::optional(*value) : std::nullopt;
+}
+
+const PowerSourceDescription* internalBattery(const std::vector<PowerSourceDescription>& sources)
+{
+    const auto found = std::ranges::find_if(sources, [](const auto& source) {
+        return valueAt<std::string>(source, power_source_key::type) == "InternalBattery";
+    });
+    return found == sources.end() ? nullptr : &*found;
+}
+
+} // namespace
+
+Daemon::Daemon(const Ports& ports, Voice voice)
+    : ports_(ports),
+      voice_(std::move(voice)),
+      complaints_(ports.hardware.log, category),
+      refusals_(ports.hardware.log, ports.hardware.clock, category),
+      changes_(ports.hardware.log, ports.hardware.clock, category, LogBudget::manyAtOnce),
+      saved_(ports.settings.load()),
+      settings_(saved_.settings),
+      quickCharge_(saved_.quickCharge),
+      manual_(saved_.manual),
+      hasMetCharger_(saved_.hasMetCharger),
+      keeper_(
+          ports.hardware, [this](const ChargerKeeper::Look& look) { seen(look); },
+          [this](bool changed) { acted(changed); }),
+      pacer_(ports.hardware.loop, ports.hardware.clock,
+             [this](const HSBatteryState& state) { voice_.push(state); })
+{
+    settings_.isTemporaryOverride = quickCharge_.state() != QuickCharge::State::off;
+    ports_.history.load();
+}
+
+void Daemon::meetBus(const std::string& busId)
+{
+    busId_ = busId;
+    if (saved_.busId != busId_) return;
+    for (const auto& [caller, settings] : saved_.callers) callers_.of(caller).accepted = settings;
+}
+
+void Daemon::start(std::function<void()> ready)
+{
+    started_ = ports_.hardware.clock.sinceBoot();
+    ready_ = std::move(ready);
+    readyTimer_ = ports_.hardware.loop.after(2s, lifetime_.guard([this] {
+        ports_.hardware.log.warning(category,
+                                    "The firmware has not answered for two seconds; going on without it.");
+        isNowReady();
+    }));
+    look();
+}
+
+void Daemon::isNowReady()
+{
+    readyTimer_.reset();
+    if (const auto ready = std::exchange(ready_, nullptr)) ready();
+}
+
+void Daemon::resumed()
+{
+    keeper_.beginAfresh();
+    look();
+    lookAgainSoon();
+}
+
+void Daemon::seen(const ChargerKeeper::Look& look)
+{
+    const bool hadExternalPower = reading_.hasExternalPower;
+    readBattery(look);
+    noticePlug(hadExternalPower);
+    meetCharger();
+    followQuickCharge();
+    scheduleNextLook();
+    isNowReady(); // before the first push, which is for whoever was waiting
+    if (!hold()) tell();
+    retrySaving();
+    recordSample(); // what is for the file can wait for what is for people
+}
+
+void Daemon::readBattery(const ChargerKeeper::Look& look)
+{
+    thermalLevel_ = look.thermalLevel;
+    auto battery = BatteryHardwareService::stateFromDescriptions(look.sources, &complaints_);
+    const auto* source = internalBattery(look.sources);
+    isUnreadable_ = !battery && !look.chargers.empty();
+    if (isUnreadable_)
+        return; // firmware has such moments; what was last seen is nearer to the truth than nothing
+    battery_ = std::move(battery);
+    if (!battery_ || !source) {
+        reading_ = {};
+        return;
+    }
+    reading_.percentage = battery_->percentage;
+    reading_.isCharging = battery_->isCharging;
+    reading_.hasExternalPower = battery_->powerSource == "AC";
+    reading_.isFull = valueAt<bool>(*source, power_source_key::isCharged).value_or(false);
+    reading_.chargingPower = valueAt<double>(*source, power_source_key::chargingPower);
+    reading_.emptiest = valueAt<double>(*source, power_source_key::lowestCapacity);
+    health_ = valueAt<double>(*source, power_source_key::health).value_or(-1);
+    cycleCount_ = valueAt<std::int64_t>(*source, power_source_key::cycleCount).value_or(-1);
+}
+
+void Daemon::noticePlug(bool hadExternalPower)
+{
+    if (hadExternalPower || !reading_.hasExternalPower) return;
+    keeper_.beginAfresh();
+    if (manual_.wish == ManualCharging::Wish::asSet) return;
+    manual_ = {};
+    save();
+}
+
+void Daemon::meetCharger()
+{
+    const auto held = keeper_.inForce();
+    if (hasMetCharger_ || keeper_.control() == ChargeControl::none) return;
+    if (!held && ++meetings_ < mostMeetings) return lookAgainSoon();
+    hasMetCharger_ = true;
+    // Somebody limited this charger before this daemon came: that is the owner's wish. A value below what can
+    // be asked for is a controller's nonsense after a reset.
+    if (held && held->end >= 20 && held->end < 100) {
+        settings_.customChargeLimit = held->end;
+        ports_.hardware.log.info(category, "The charger already stops at " + std::to_string(held->end) +
+                                               " %: that becomes the limit.");
+    }
+    save();
+}
+
+void Daemon::followQuickCharge()
+{
+    if (!battery_ || isUnreadable_) return;
+    if (const auto ended = quickCharge_.observe(reading_, ports_.hardware.clock.sinceBoot())) {
+        ports_.hardware.log.info(category, "Quick charge ends: " + std::string(*ended) + ".");
+        save();
+    }
+}
+
+void Daemon::recordSample()
+{
+    if (!battery_ || isUnreadable_) return;
+    const auto& samples = ports_.history.samples();
+    // A driver that does not tell the design capacity tells of no wear.
+    const double health = health_ >= 0 ? health_ : samples.empty() ? 100 : samples.back().health;
+    const auto thermal = ThermalMonitorService::thermalState(thermalLevel_);
+    const bool isKept =
+        ports_.history.record({ports_.hardware.clock.now(), battery_->percentage, health,
+                               std::string(ThermalMonitorService::rawValue(thermal)), battery_->isCharging});
+    if (isKept) saveHistory();
+}
+
+void Daemon::saveHistory()
+{
+    ports_.files.async([&store = ports_.history, bytes = ports_.history.encoded()] { store.save(bytes); });
+}
+
+bool Daemon::hold()
+{
+    const bool isStranger = !hasMetCharger_ && keeper_.control() != ChargeControl::none;
+    if (isStranger) return false; // what it holds may be its owner's wish
+    return keeper_.hold(decideCharging(settings_, quickCharge_.isActive(), manual_, keeper_.control()));
+}
+
+void Daemon::acted(bool changed)
+{
+    const bool isPausing = !toggles_.empty() && manual_.wish == ManualCharging::Wish::paused;
+    if (isPausing && isChargingAllowed()) {
+        changes_.info("This charger cannot be paused at " + std::to_string(manual_.pausedAt) + " %.");
+        manual_ = {};
+        if (hold()) return;
+    }
+    answerToggles();
+    tell();
+    save();
+    if (changed) lookAgainSoon();
+}
+
+void Daemon::answerToggles()
+{
+    for (const auto& reply : std::exchange(toggles_, {})) reply(isChargingAllowed());
+}
+
+bool Daemon::isChargingAllowed() const
+{
+    return velmora::isChargingAllowed(keeper_.inForce(), reading_);
+}
+
+void Daemon::tell()
+{
+    const bool isKnown = battery_ || !isUnreadable_; // nobody is told of 0 % because firmware has a moment
+    if (isKnown) pacer_.offer(batteryState());
+    voice_.chargerChanged(charger());
+}
+
+void Daemon::lookAgainSoon()
+{
+    settledLook_ = ports_.hardware.loop.after(settleTime, lifetime_.guard([this] { look(); }));
+}
+
+/// In the first minutes, while vendor drivers are still being loaded.
+bool Daemon::seeksControl() const
+{
+    return keeper_.control() == ChargeControl::none &&
+           ports_.hardware.clock.sinceBoot() - started_ < controlPatience;
+}
+
+bool Daemon::isWorthWatching() const
+{
+    return reading_.isCharging || !reading_.hasExternalPower || quickCharge_.isActive() ||
+           manual_.wish != ManualCharging::Wish::asSet || isUnreadable_;
+}
+
+void Daemon::scheduleNextLook()
+{
+    nextLook_.reset();
+    if (keeper_.chargers().empty()) return; // a battery that comes announces itself
+    const auto lookIn = [this](std::chrono::milliseconds delay, std::chrono::milliseconds slack) {
+        nextLook_ = ports_.hardware.loop.after(delay, lifetime_.guard([this] { look(); }), slack);
+    };
+    if (const auto due = quickCharge_.due()) {
+        const auto left = std::max(*due - ports_.hardware.clock.sinceBoot(), 0ms);
+        if (left < watchInterval) return lookIn(left, 0ms);
+    }
+    if (seeksControl() || isWorthWatching()) lookIn(watchInterval, watchSlack);
+}
+
+HSBatteryState Daemon::batteryState()
+{
+    const auto thermal =
+        std::string(ThermalMonitorService::rawValue(ThermalMonitorService::thermalState(thermalLevel_)));
+    const SharedBatteryState none{.percentage = 0, .isCharging = false, .powerSource = "AC"};
+    const auto& battery = battery_ ? *battery_ : none;
+    return {battery.percentage,
+            battery.isCharging,
+            battery.powerSource,
+            thermal,
+            settings_.customChargeLimit,
+            settings_.customHysteresis,
+            battery.timeToFull,
+            battery.timeToEmpty,
+            settings_.isStorageModeEnabled};
+}
+
+const std::vector<HSHistorySnapshot>& Daemon::analyticsHistory()
+{
+    return ports_.history.samples();
+}
+
+ChargerReport Daemon::charger()
+{
+    ChargerReport report;
+    report.hasBattery = battery_.has_value();
+    keeper_.describe(report);
+    report.isChargingAllowed = isChargingAllowed();
+    report.health = health_;
+    report.cycleCount = cycleCount_;
+    return report;
+}
+
+void Daemon::callerLeft(const std::string& busName)
+{
+    callers_.forget(busName);
+}
+
+bool Daemon::mayChange(const Caller& caller) const
+{
+    return caller.uid == 0 || caller.uid == ports_.ownUser;
+}
+
+void Daemon::updateSettings(const Caller& caller, const ChargingSettings& settings)
+{
+    auto& words = callers_.of(caller.busName);
+    if (words.accepted == settings || words.refused == settings) return;
+    if (const auto problem = problemWith(settings)) return refuse(caller, settings, *problem);
+    const ChargingSettings next = withLowBatteryClamped(merged(settings_, words.accepted, settings));
+    if (next != settings_) {
+        if (!mayChange(caller)) return refuse(caller, settings, "only root may change settings");
+        words = {settings, std::nullopt};
+        accept(caller, next);
+    } else {
+        words = {settings, std::nullopt};
+    }
+}
+
+void Daemon::refuse(const Caller& caller, const ChargingSettings& settings, const std::string& why)
+{
+    callers_.of(caller.busName).refused = settings;
+    refusals_.warning("Refused settings from " + caller.busName + " (user " + std::to_string(caller.uid) +
+                      "): " + why + ".");
+    voice_.pushTo(caller.busName, batteryState());
+}
+
+void Daemon::accept(const Caller& caller, const ChargingSettings& next)
+{
+    settings_ = next;
+    quickCharge_.ask(next.isTemporaryOverride);
+    manual_ = {};
+    hasMetCharger_ = true;
+    changes_.info("New settings from " + caller.busName + " (user " + std::to_string(caller.uid) + ").");
+    save();
+    scheduleNextLook();
+    if (!hold()) tell();
+}
+
+void Daemon::toggleCharging(const Caller& caller, ToggleReply reply)
+{
+    if (!mayChange(caller)) {
+        refusals_.warning("Refused to toggle charging for " + caller.busName + " (user " +
+                          std::to_string(caller.uid) + "): only root may.");
+        return reply(std::nullopt);
+    }
+    if (toggles_.size() >= mostToggles) return reply(isChargingAllowed());
+    if (manual_.wish != ManualCharging::Wish::asSet) {
+        manual_ = {};
+    } else if (isChargingAllowed()) {
+        manual_ = {ManualCharging::Wish::paused,
+                   static_cast<int>(std::clamp(reading_.lowestLevel(), 0.0, 100.0))};
+    } else {
+        manual_ = {ManualCharging::Wish::resumed, 0};
+    }
+    toggles_.push_back(std::move(reply));
+    if (!hold()) acted(false);
+}
+
+DaemonState Daemon::remembered() const
+{
+    return {settings_, quickCharge_.state(), hasMetCharger_, manual_, busId_, callers_.accepted()};
+}
+
+/// A full disk may have room again.
+void Daemon::retrySaving()
+{
+    if (ports_.settings.hasFailed() || ports_.history.hasFailed()) save();
+}
+
+void Daemon::save()
+{
+    if (ports_.history.hasFailed()) saveHistory();
+    DaemonState now = remembered();
+    if (now == saved_ && !ports_.settings.hasFailed()) return;
+    saved_ = std::move(now);
+    if (ports_.settings.leave(saved_)) {
+        ports_.files.async([&store = ports_.settings] { store.saveNewest(); });
+    }
+}
+
+} // namespace velmora

@@ -1,0 +1,130 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "BatteryDataSource.h"
+#include "CallerMemory.h"
+#include "ChargerKeeper.h"
+#include "DaemonService.h"
+#include "HistoryStore.h"
+#include "Lifetime.h"
+#include "LogBudget.h"
+#include "PushPacer.h"
+#include "QuickCharge.h"
+#include "SettingsStore.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+/// The daemon: takes settings from its clients, looks at the battery, holds the charger to what follows from
+/// both, remembers, and tells. Main thread only; what may take long is done on two workers, one for /sys and
+/// one for the state directory.
+class Daemon final : public DaemonService {
+public:
+    /// What the daemon says by itself.
+    struct Voice {
+        std::function<void(const HSBatteryState&)> push;
+        std::function<void(const std::string& busName, const HSBatteryState&)> pushTo;
+        std::function<void(const ChargerReport&)> chargerChanged;
+    };
+
+    struct Ports {
+        ChargerKeeper::Ports hardware;
+        WorkQueue& files; ///< the worker that alone writes through the two stores
+        SettingsStore& settings;
+        HistoryStore& history;
+        uid_t ownUser = 0; ///< may change settings, as root may
+    };
+
+    /// Loads what was remembered.
+    Daemon(const Ports& ports, Voice voice);
+
+    /// Names the bus that clients will call on. If it is the one of the last run, what they said then still
+    /// counts.
+    void meetBus(const std::string& busId);
+
+    /// Looks at the machine for the first time and calls `ready` once that is done, or after two seconds if
+    /// the firmware does not answer.
+    void start(std::function<void()> ready);
+
+    /// Something about the power supplies may have changed.
+    void look() { keeper_.look(); }
+    /// The machine woke up: firmware and drivers may have reset the charger.
+    void resumed();
+    /// Hands what is not saved yet to the files' worker.
+    void save();
+
+    HSBatteryState batteryState() override;
+    const std::vector<HSHistorySnapshot>& analyticsHistory() override;
+    ChargerReport charger() override;
+    void updateSettings(const Caller& caller, const ChargingSettings& settings) override;
+    void toggleCharging(const Caller& caller, ToggleReply reply) override;
+    void callerLeft(const std::string& busName) override;
+
+private:
+    void seen(const ChargerKeeper::Look& look);
+    void readBattery(const ChargerKeeper::Look& look);
+    void noticePlug(bool hadExternalPower);
+    void meetCharger();
+    void followQuickCharge();
+    void recordSample();
+    void saveHistory();
+
+    bool mayChange(const Caller& caller) const;
+    void refuse(const Caller& caller, const ChargingSettings& settings, const std::string& why);
+    void accept(const Caller& caller, const ChargingSettings& next);
+    void isNowReady();
+
+    bool hold();
+    void acted(bool changed);
+    void retrySaving();
+    void answerToggles();
+    bool isChargingAllowed() const;
+    void tell();
+    void lookAgainSoon();
+    bool seeksControl() const;
+    void scheduleNextLook();
+    bool isWorthWatching() const;
+    DaemonState remembered() const;
+
+    Lifetime lifetime_;
+    Ports ports_;
+    Voice voice_;
+    std::string busId_;
+    Complaints complaints_;
+    LogBudget refusals_;
+    LogBudget changes_;
+
+    DaemonState saved_;
+    ChargingSettings settings_; ///< in force; the override flag is set while quick charge is active or spent
+    QuickCharge quickCharge_;
+    ManualCharging manual_{};
+    bool hasMetCharger_ = false;
+    CallerMemory callers_;
+
+    std::optional<SharedBatteryState>
+        battery_; ///< absent on a machine without one, and before the first look
+    ChargeReading reading_{};
+    double health_ = -1; ///< percent; -1 unknown
+    std::int64_t cycleCount_ = -1;
+    int thermalLevel_ = 0;
+
+    ChargerKeeper keeper_;
+    PushPacer pacer_;
+    std::vector<ToggleReply> toggles_; ///< waiting for the charger
+    std::function<void()> ready_;
+    MainLoop::Timer readyTimer_;
+    MainLoop::Timer nextLook_;    ///< the slow look, put off by every other one
+    MainLoop::Timer settledLook_; ///< after something that shows its effect late
+    std::chrono::milliseconds started_{};
+    int meetings_ = 0;          ///< looks at a charger that did not tell what it holds
+    bool isUnreadable_ = false; ///< there is a battery, but the last look could not read it
+};
+
+} // namespace velmora

@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <mutex>
+#include <optional>
+#include <utility>
+
+namespace velmora {
+
+/// A place where one thread leaves a value for another, of which only the newest counts. Any thread.
+template <typename Value>
+class Newest {
+public:
+    /// Whether the place was empty: nobody is on the way yet to take what is there.
+    bool leave(Value value)
+    {
+        const std::lock_guard guard(mutex_);
+        return !std::exchange(value_, std::move(value)).has_value();
+    }
+
+    std::optional<Value> take()
+    {
+        const std::lock_guard guard(mutex_);
+        return std::exchange(value_, std::nullopt);
+    }
+
+private:
+    std::mutex mutex_;
+    std::optional<Value> value_;
+};
+
+} // namespace velmora

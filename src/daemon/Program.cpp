@@ -1,0 +1,136 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "Program.h"
+
+#include "Daemon.h"
+#include "DaemonObject.h"
+#include "EventLoop.h"
+#include "JournalLog.h"
+#include "LinuxPowerSources.h"
+#include "LinuxThermalLevel.h"
+#include "PowerSupplyMonitor.h"
+#include "SystemClock.h"
+#include "WorkerThread.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <string>
+#include <system_error>
+#include <unistd.h>
+
+namespace velmora {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// systemd gives a list with a colon between its folders where a unit asks for several; the first is ours.
+std::filesystem::path stateDirectory(Log& log)
+{
+    const char* given = std::getenv("STATE_DIRECTORY");
+    const std::string all = given && *given ? given : "/var/lib/velmora";
+    std::filesystem::path folder = all.substr(0, all.find(':'));
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error) log.error("velmorad", "Cannot make " + folder.string() + ": " + error.message() + ".");
+    return folder;
+}
+
+/// The parts of the program in the order in which they need each other.
+class Program {
+public:
+    Program();
+    int run();
+
+private:
+    void meetBus();
+    void begin();
+    void giveUp(const std::string& why);
+
+    JournalLog log_{"velmorad"};
+    EventLoop loop_;
+    SystemClock clock_;
+    Sysfs sysfs_ = Sysfs::ofEnvironment();
+    PowerSupplyMonitor monitor_{loop_, sysfs_, log_};
+    LinuxPowerSources powerSources_{sysfs_, clock_, log_, &monitor_};
+    LinuxThermalLevel thermalLevel_{sysfs_, log_};
+    ChargeActuator actuator_{sysfs_, log_};
+    std::filesystem::path state_ = stateDirectory(log_);
+    SettingsStore settings_{state_ / "settings.json", clock_, log_};
+    HistoryStore history_{state_ / "history.json", clock_, log_};
+    WorkerThread hardware_{"velmorad-sysfs"};
+    WorkerThread files_{"velmorad-state"};
+    std::unique_ptr<DaemonObject> object_; ///< null where there is no bus
+    Daemon daemon_;
+    Subscription changes_;
+    bool isInCharge_ = false; ///< owns the service name: before that nothing is written anywhere
+    int status_ = 0;
+};
+
+Program::Program()
+    : daemon_({{loop_, clock_, log_, hardware_, powerSources_, thermalLevel_, actuator_},
+               files_,
+               settings_,
+               history_,
+               geteuid()},
+              {[this](const auto& state) {
+                   if (object_) object_->push(state);
+               },
+               [this](const auto& busName, const auto& state) {
+                   if (object_) object_->pushTo(busName, state);
+               },
+               [this](const auto& report) {
+                   if (object_) object_->chargerChanged(report);
+               }})
+{
+    loop_.stopOn({SIGTERM, SIGINT});
+}
+
+int Program::run()
+{
+    meetBus();
+    loop_.run();
+    if (isInCharge_) daemon_.save();
+    const bool isSaved = files_.finish(500ms);
+    if (!isSaved) log_.error("velmorad", "The state could not be saved in time.");
+    // A worker that waits for firmware would keep the process for as long as the firmware likes.
+    if (!isSaved || !hardware_.finish(200ms)) std::_Exit(status_);
+    return status_;
+}
+
+void Program::meetBus()
+try {
+    object_ = std::make_unique<DaemonObject>(loop_, daemon_, log_);
+    object_->onOwned = [this] { begin(); };
+    object_->onRefused = [this](const std::string& why) { giveUp(why); };
+    object_->onResumed = [this] { daemon_.resumed(); };
+    object_->onBusLost = [this] { giveUp("the system bus hung up"); };
+} catch (const std::system_error& failure) {
+    giveUp(failure.what());
+}
+
+void Program::begin()
+{
+    isInCharge_ = true;
+    daemon_.meetBus(object_->busId());
+    changes_ = powerSources_.observeChanges([this] { daemon_.look(); });
+    daemon_.start([this] { object_->serve(); });
+}
+
+void Program::giveUp(const std::string& why)
+{
+    if (status_ != 0) return;
+    log_.error("velmorad", "Giving up: " + why + ".");
+    status_ = 1;
+    loop_.stop();
+}
+
+} // namespace
+
+int runDaemon()
+{
+    return Program().run();
+}
+
+} // namespace velmora

@@ -1,0 +1,249 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "ChargeActuator.h"
+
+#include "FuseTree.h"
+#include "LaptopKinds.h"
+#include "RecordingLog.h"
+#include "TemporaryFolder.h"
+
+#include <cerrno>
+#include <gtest/gtest.h>
+#include <set>
+
+namespace velmora {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto supplies = "class/power_supply/";
+
+/// A laptop whose driver answers writes as a kernel's would: mounted, since plain files refuse nothing.
+class ChargeActuatorTest : public testing::Test {
+protected:
+    void begin(const char* kind, const ThresholdDriver* driver, const std::string& module = "")
+    {
+        auto make = laptopOfKind(kind).value();
+        make.driver = driver;
+        if (!module.empty()) make.machine.values["module/" + module + "/refcnt"] = "0";
+        begin(std::move(make));
+    }
+
+    void begin(LaptopMake make)
+    {
+        actuator.reset();
+        tree.reset();
+        laptop.emplace(std::move(make));
+        const auto root = folder.path() / "sys";
+        std::filesystem::create_directories(root);
+        std::string whyNot;
+        tree = FuseTree::mount(*laptop, {.folder = root}, whyNot);
+        if (!tree) GTEST_SKIP() << whyNot;
+        actuator.emplace(Sysfs(root), log, 0ms);
+    }
+
+    /// Brings the driver to `wanted` without the actuator; what it made of that.
+    ChargeThresholds hold(ChargeThresholds wanted)
+    {
+        laptop->with([&](SimulatedLaptop& one) {
+            const auto files = std::string(supplies) + "BAT0/charge_control_";
+            one.store(files + "end_threshold", "100");
+            one.store(files + "start_threshold", std::to_string(wanted.start));
+            one.store(files + "end_threshold", std::to_string(wanted.end));
+            one.takeWrites();
+        });
+        return held();
+    }
+
+    ChargeThresholds held(std::size_t battery = 0)
+    {
+        return laptop->with(
+            [&](const SimulatedLaptop& one) { return one.look().batteries[battery].thresholds; });
+    }
+
+    std::vector<SimulatedLaptop::Write> writes()
+    {
+        return laptop->with([](SimulatedLaptop& one) { return one.takeWrites(); });
+    }
+
+    TemporaryFolder folder;
+    RecordingLog log;
+    std::optional<SharedLaptop> laptop;
+    std::unique_ptr<FuseTree> tree;
+    std::optional<ChargeActuator> actuator;
+};
+
+/// The largest value that is not above `wanted` among those that the driver can be brought to, by `set`; else
+/// the smallest.
+template <typename Set>
+int nearest(int wanted, Set set)
+{
+    std::set<int> taken;
+    for (int value = 0; value <= 100; ++value)
+        if (const std::optional<int> made = set(value)) taken.insert(*made);
+    if (taken.empty()) return 0;
+    const auto above = taken.upper_bound(wanted);
+    return above == taken.begin() ? *above : *std::prev(above);
+}
+
+/// The best that the driver itself can be brought to.
+ChargeThresholds best(const ThresholdDriver& driver, ChargeThresholds wanted)
+{
+    const int end = nearest(wanted.end, [&](int value) {
+        ChargeThresholds tried;
+        return driver.set(tried, Threshold::end, value) == 0 ? std::optional(tried.end) : std::nullopt;
+    });
+    const int start = nearest(wanted.start, [&](int value) {
+        ChargeThresholds tried;
+        driver.set(tried, Threshold::end, end);
+        const bool isTaken = driver.set(tried, Threshold::start, value) == 0 && tried.end == end;
+        return isTaken ? std::optional(tried.start) : std::nullopt;
+    });
+    return {start, end};
+}
+
+// Each driver compares, clamps and couples in its own way; from wherever it stands, every wish has to get
+// through in one go.
+TEST_F(ChargeActuatorTest, EveryDriverIsBroughtFromWhereverItStandsToWhereverItCanBe)
+{
+    const struct {
+        const char *driver, *module, *kind;
+    } cases[] = {
+        {"thinkpad", "thinkpad_acpi", "thresholds"},
+        {"huawei", "huawei_wmi", "thresholds"},
+        {"dell", "dell_laptop", "thresholds"},
+        {"msi", "msi_ec", "thresholds"},
+        {"asus", "asus_wmi", "end-only"},
+        {"lg", "lg_laptop", "end-only"},
+    };
+    const ChargeThresholds pairs[] = {{0, 100}, {99, 100}, {95, 100}, {0, 60},  {58, 60}, {60, 70},
+                                      {78, 80}, {40, 80},  {88, 98},  {48, 50}, {0, 20},  {18, 20}};
+    for (const auto& [name, module, kind] : cases) {
+        const auto& driver = *ThresholdDriver::named(name);
+        begin(kind, &driver, module);
+        for (const auto& before : pairs) {
+            for (const auto& wanted : pairs) {
+                const auto from = hold(before);
+                SCOPED_TRACE(testing::Message() << name << ": from " << from.start << " " << from.end
+                                                << " to " << wanted.start << " " << wanted.end);
+                actuator->apply({wanted.start, wanted.end}, true);
+                EXPECT_EQ(held(), best(driver, wanted));
+                for (const auto& write : writes()) {
+                    EXPECT_EQ(write.error, 0) << write.asked;
+                    EXPECT_FALSE(write.threshold == Threshold::end && write.found == 100 && wanted.end < 100)
+                        << "an unlimited moment";
+                }
+                actuator->apply({wanted.start, wanted.end}, false);
+                EXPECT_TRUE(writes().empty()) << "nothing is written that is there already";
+            }
+        }
+    }
+    EXPECT_EQ(log.count(), 0U);
+}
+
+constexpr ThresholdDriver refusesStart{"refuses starts",
+                                       [](ChargeThresholds& held, Threshold which, int value) {
+                                           if (which == Threshold::start) return ENODEV;
+                                           held.end = value;
+                                           return 0;
+                                       }};
+constexpr ThresholdDriver refusesLowEnds{"refuses low ends",
+                                         [](ChargeThresholds& held, Threshold which, int value) {
+                                             if (which == Threshold::end && value < 50) return EINVAL;
+                                             (which == Threshold::start ? held.start : held.end) = value;
+                                             return 0;
+                                         }};
+constexpr ThresholdDriver dropsWrites{"drops writes", [](ChargeThresholds&, Threshold, int) { return 0; }};
+constexpr ThresholdDriver knowsTwoEnds{"knows 80 and 100", [](ChargeThresholds& held, Threshold, int value) {
+                                           held.end = value < 90 ? 80 : 100;
+                                           return 0;
+                                       }};
+
+TEST_F(ChargeActuatorTest, AHalfFailedPairIsPutBack)
+{
+    const struct {
+        const char* what;
+        const ThresholdDriver& driver;
+        ChargeThresholds from, wanted;
+    } cases[] = {
+        {"the end went first, the start is refused", refusesStart, {0, 60}, {78, 80}},
+        {"the start went first, the end is refused", refusesLowEnds, {50, 60}, {38, 40}},
+    };
+    for (const auto& [what, driver, from, wanted] : cases) {
+        SCOPED_TRACE(what);
+        begin("thresholds", &driver);
+        hold(from);
+        log.clear();
+        const auto outcome = actuator->apply({wanted.start, wanted.end}, true);
+        EXPECT_TRUE(outcome.deeds.empty());
+        EXPECT_EQ(held(), from);
+        EXPECT_EQ(writes().size(), 3U);
+        for (int i = 0; i < 10; ++i) actuator->apply({wanted.start, wanted.end}, false);
+        EXPECT_EQ(log.count("Cannot write"), 1U) << "said once";
+    }
+}
+
+TEST_F(ChargeActuatorTest, ADriverThatMakesSomethingElseOfAValueIsBelievedUntilAFreshStart)
+{
+    const struct {
+        const char* what;
+        const ThresholdDriver& driver;
+        int shown;
+    } cases[] = {{"dropped", dropsWrites, 100}, {"rounded", knowsTwoEnds, 80}};
+    for (const auto& [what, driver, shown] : cases) {
+        SCOPED_TRACE(what);
+        begin("end-only", &driver);
+        log.clear();
+        const auto outcome = actuator->apply({{}, 60}, false);
+        EXPECT_EQ(outcome.chargers.front().inForce, (Thresholds{{}, shown}));
+        EXPECT_EQ(writes().size(), 1U);
+        for (int i = 0; i < 10; ++i) actuator->apply({{}, 60}, false);
+        EXPECT_TRUE(writes().empty());
+        EXPECT_EQ(log.count("made something else"), 1U);
+        actuator->apply({{}, 60}, true);
+        EXPECT_EQ(writes().size(), 1U);
+    }
+}
+
+TEST_F(ChargeActuatorTest, WhatCannotBeReadIsWrittenAllTheSame)
+{
+    auto make = laptopOfKind("thresholds").value();
+    for (const auto* file : {"BAT0/charge_control_start_threshold", "BAT0/charge_control_end_threshold"}) {
+        make.machine.values.erase(std::string(supplies) + file);
+        make.machine.errors[std::string(supplies) + file] = ENODATA;
+    }
+    begin(std::move(make));
+    for (const ChargeThresholds wanted : {ChargeThresholds{78, 80}, {95, 100}, {0, 60}}) {
+        SCOPED_TRACE(wanted.end);
+        actuator->apply({wanted.start, wanted.end}, false);
+        EXPECT_EQ(held(), wanted);
+    }
+}
+
+TEST_F(ChargeActuatorTest, ABatteryThatRefusesDoesNotKeepTheOtherFromItsLimit)
+{
+    auto make = laptopOfKind("two-batteries").value();
+    make.machine.errors[std::string(supplies) + "BAT0/charge_control_end_threshold"] = EIO;
+    begin(std::move(make));
+    actuator->apply({78, 80}, true);
+    EXPECT_EQ(held(1), (ChargeThresholds{78, 80}));
+}
+
+TEST(ChargeType, IsSwitchedToTheOneThatObeysThresholds)
+{
+    const TemporaryFolder folder;
+    RecordingLog log;
+    const auto battery = std::filesystem::path(supplies) / "BAT0";
+    folder.write(battery / "type", "Battery\n");
+    folder.write(battery / "charge_control_end_threshold", "100\n");
+    folder.write(battery / "charge_types", "[Fast] Standard Custom\n");
+    ChargeActuator actuator(Sysfs(folder.path()), log, 0ms);
+    actuator.apply({{}, 100}, true);
+    EXPECT_TRUE(folder.read(battery / "charge_types").starts_with("[Fast]")) << "no limit, no need";
+    actuator.apply({{}, 80}, true);
+    EXPECT_TRUE(folder.read(battery / "charge_types").starts_with("Custom"));
+}
+
+} // namespace
+} // namespace velmora

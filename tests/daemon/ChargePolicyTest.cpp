@@ -1,0 +1,146 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "ChargePolicy.h"
+#include "DriverFamily.h"
+#include "QuickCharge.h"
+
+#include <gtest/gtest.h>
+
+namespace velmora {
+namespace {
+
+using namespace std::chrono_literals;
+using Wish = ManualCharging::Wish;
+
+TEST(ChargePolicy, EachModeHasItsThresholdsAndTheStrongestWins)
+{
+    using enum ChargeMode;
+    const ChargingSettings storing{.isStorageModeEnabled = true};
+    const auto limited = [](double limit, double hysteresis) {
+        return ChargingSettings{.customChargeLimit = limit, .customHysteresis = hysteresis};
+    };
+    const struct {
+        const char* what;
+        ChargingSettings settings;
+        ManualCharging manual;
+        bool isQuickCharging;
+        ChargeMode mode;
+        Thresholds wanted;
+    } cases[] = {
+        {"Auto-Protect holds the limit", limited(80, 2), {}, false, autoProtect, {78, 80}},
+        {"fractions go to the nearest percent", limited(79.6, 4.4), {}, false, autoProtect, {75, 80}},
+        {"no hysteresis still leaves a step", limited(60, 0), {}, false, autoProtect, {59, 60}},
+        {"the widest band of the lowest limit", limited(20, 20), {}, false, autoProtect, {0, 20}},
+        {"storage beats Auto-Protect", storing, {}, false, ChargeMode::storage, {48, 50}},
+        {"all off is the hardware's default", {.isAppleRecommendedMode = false}, {}, false, off, {95, 100}},
+        {"a pause beats storage", storing, {Wish::paused, 63}, false, paused, {0, 63}},
+        {"resumed by hand charges on", {}, {Wish::resumed}, false, resumed, {99, 100}},
+        {"quick charge beats storage", storing, {}, true, quickCharge, {99, 100}},
+        {"a pause beats quick charge", {}, {Wish::paused, 63}, true, paused, {0, 63}},
+    };
+    for (const auto& [what, settings, manual, isQuickCharging, mode, wanted] : cases) {
+        SCOPED_TRACE(what);
+        const auto decision = decideCharging(settings, isQuickCharging, manual, ChargeControl::thresholds);
+        EXPECT_EQ(decision.mode, mode);
+        EXPECT_EQ(decision.thresholds, wanted);
+        const auto endOnly = decideCharging(settings, isQuickCharging, manual, ChargeControl::endThreshold);
+        EXPECT_EQ(endOnly.thresholds, (Thresholds{std::nullopt, wanted.end}));
+        EXPECT_FALSE(decideCharging(settings, isQuickCharging, manual, ChargeControl::none).thresholds);
+    }
+}
+
+TEST(ChargePolicy, KnowsWhetherChargingIsAllowed)
+{
+    const auto allowed = [](std::optional<Thresholds> inForce, double level, bool isCharging) {
+        return isChargingAllowed(inForce, {.percentage = level, .isCharging = isCharging});
+    };
+    EXPECT_FALSE(allowed(Thresholds{78, 80}, 80, true)) << "at the end";
+    EXPECT_TRUE(allowed(Thresholds{78, 80}, 77.9, false)) << "below the start";
+    EXPECT_TRUE(allowed(Thresholds{78, 80}, 79, true)) << "inside the band it goes on charging";
+    EXPECT_FALSE(allowed(Thresholds{78, 80}, 79, false)) << "inside the band it goes on holding";
+    EXPECT_TRUE(allowed(Thresholds{std::nullopt, 80}, 79, false))
+        << "without a start nothing holds below the end";
+    EXPECT_TRUE(allowed(Thresholds{95, 100}, 100, false)) << "no limit";
+    EXPECT_TRUE(allowed(std::nullopt, 90, false)) << "nothing to limit with";
+}
+
+class QuickChargeTest : public testing::Test {
+protected:
+    /// Lets `duration` pass in steps of ten seconds, with this reading; returns whether it ended.
+    bool pass(std::chrono::milliseconds duration, const ChargeReading& reading)
+    {
+        bool ended = quick.observe(reading, now).has_value();
+        for (const auto until = now + duration; now < until;) {
+            now += 10s;
+            ended = quick.observe(reading, now).has_value() || ended;
+        }
+        return ended;
+    }
+
+    QuickCharge quick;
+    std::chrono::milliseconds now{1h};
+    const ChargeReading charging{.percentage = 85, .isCharging = true, .chargingPower = 30};
+};
+
+TEST_F(QuickChargeTest, EndsWhenFullOrUnplugged)
+{
+    const ChargeReading unplugged{.percentage = 85, .hasExternalPower = false};
+    const ChargeReading atZero{.percentage = 99, .isCharging = true, .chargingPower = 0};
+    const ChargeReading slowly{.percentage = 99, .isCharging = true, .chargingPower = 2};
+    const ChargeReading fullAtLimit{.percentage = 80, .isFull = true};
+    const struct {
+        const char* what;
+        ChargeReading reading;
+        std::chrono::milliseconds lasting;
+        bool ends;
+    } cases[] = {
+        {"charging goes on for hours", charging, 3h, false},
+        {"full by its own word", {.percentage = 98, .isFull = true}, 0s, true},
+        {"99 without power, not yet two minutes", {.percentage = 99}, 110s, false},
+        {"99 without power for two minutes", {.percentage = 99}, 2min, true},
+        {"charging at a rate of zero is no power", atZero, 2min, true},
+        {"the last percent taken slowly", slowly, 1h, false},
+        {"98 without power may go on", {.percentage = 98}, 1h, false},
+        {"Full at a limit that firmware holds, just now", fullAtLimit, 110s, false},
+        {"Full at a limit that firmware does not leave", fullAtLimit, 2min, true},
+        {"unplugged for a minute", unplugged, 1min, false},
+        {"unplugged for over a minute", unplugged, 70s, true},
+    };
+    for (const auto& [what, reading, lasting, ends] : cases) {
+        SCOPED_TRACE(what);
+        quick = QuickCharge{};
+        quick.ask(true);
+        EXPECT_EQ(pass(lasting, reading), ends);
+    }
+}
+
+TEST_F(QuickChargeTest, ABreakStartsTheWaitAnewAndTheEndIsKnownAhead)
+{
+    const ChargeReading unplugged{.percentage = 85, .hasExternalPower = false};
+    quick.ask(true);
+    EXPECT_FALSE(quick.due());
+    EXPECT_FALSE(pass(50s, unplugged));
+    EXPECT_GT(*quick.due(), now);
+    EXPECT_FALSE(pass(10s, charging));
+    EXPECT_FALSE(quick.due());
+    EXPECT_FALSE(pass(50s, unplugged));
+    now = *quick.due();
+    EXPECT_TRUE(quick.observe(unplugged, now));
+}
+
+TEST(DriverFamily, FitsEveryPairIntoItsOwnBounds)
+{
+    for (const auto& family : driverFamilies()) {
+        SCOPED_TRACE(family.name);
+        for (int end = 1; end <= 100; ++end) {
+            const auto fitted = family.fitted({end - 1, end});
+            ASSERT_GE(*fitted.start, 0);
+            ASSERT_LE(*fitted.start, fitted.end - family.gap);
+            ASSERT_EQ(family.fitted(fitted), fitted) << "what is fitted stays";
+        }
+    }
+}
+
+} // namespace
+} // namespace velmora

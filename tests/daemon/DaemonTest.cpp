@@ -1,0 +1,473 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "Daemon.h"
+
+#include "FakeSensors.h"
+#include "ManualClock.h"
+#include "ManualLoop.h"
+#include "ManualQueue.h"
+#include "RecordingLog.h"
+#include "TemporaryFolder.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+namespace velmora {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto startFile = "class/power_supply/BAT0/charge_control_start_threshold";
+constexpr auto endFile = "class/power_supply/BAT0/charge_control_end_threshold";
+
+/// A daemon over a laptop with two thresholds, on virtual time.
+class DaemonTest : public testing::Test {
+protected:
+    DaemonTest()
+    {
+        folder.write("class/power_supply/BAT0/type", "Battery\n");
+        folder.write("class/power_supply/BAT0/status", "Discharging\n");
+        hold(0, 100);
+        battery(60, "Charging");
+        hardware.inlineWork = files.inlineWork = true;
+        boot();
+    }
+
+    /// The charger's files, as somebody else or the firmware left them.
+    void hold(int start, int end) const
+    {
+        folder.write(startFile, std::to_string(start) + "\n");
+        folder.write(endFile, std::to_string(end) + "\n");
+    }
+
+    void battery(double level, const std::string& status, bool plugged = true)
+    {
+        sources.now = {{{power_source_key::type, "InternalBattery"},
+                        {power_source_key::currentCapacity, level},
+                        {power_source_key::maxCapacity, 100.0},
+                        {power_source_key::isCharging, status == "Charging"},
+                        {power_source_key::isCharged, status == "Full"},
+                        {power_source_key::powerSourceState, plugged ? "AC Power" : "Battery Power"},
+                        {power_source_key::health, 91.5}}};
+        if (daemon) {
+            daemon->look();
+            settle();
+        }
+    }
+
+    void boot()
+    {
+        daemon.reset();
+        settings.emplace(folder.path() / "settings.json", clock, log);
+        history.emplace(folder.path() / "history.json", clock, log);
+        actuator.emplace(Sysfs(folder.path()), log, 0ms);
+        const ChargerKeeper::Ports keeper{*loop, clock, log, hardware, sources, thermal, *actuator};
+        daemon.emplace(
+            Daemon::Ports{keeper, files, *settings, *history, 500},
+            Daemon::Voice{[this](const auto& state) { pushes.push_back(state); },
+                          [this](const auto& to, const auto& state) { told.emplace_back(to, state); },
+                          [](const auto&) {}});
+        daemon->meetBus("bus");
+        daemon->start([this] { ++ready; });
+        settle();
+    }
+
+    void settle() { loop->advance(0ms); }
+
+    void send(const std::string& caller, const ChargingSettings& message, uid_t user = 0)
+    {
+        daemon->updateSettings({caller, user}, message);
+        settle();
+    }
+
+    std::optional<bool> toggle(uid_t user = 0)
+    {
+        std::optional<bool> answer;
+        daemon->toggleCharging({":1.9", user}, [&](auto allowed) { answer = allowed; });
+        settle();
+        return answer;
+    }
+
+    int start() const { return std::stoi(folder.read(startFile)); }
+    int end() const { return std::stoi(folder.read(endFile)); }
+
+    TemporaryFolder folder;
+    std::shared_ptr<ManualLoop> loop = std::make_shared<ManualLoop>();
+    ManualClock clock{loop};
+    RecordingLog log;
+    FakePowerSources sources;
+    FakeThermalLevel thermal;
+    ManualQueue hardware;
+    ManualQueue files;
+    std::optional<SettingsStore> settings;
+    std::optional<HistoryStore> history;
+    std::optional<ChargeActuator> actuator;
+    std::vector<HSBatteryState> pushes;
+    std::vector<std::pair<std::string, HSBatteryState>> told;
+    int ready = 0;
+    std::optional<Daemon> daemon; // last: the others outlive it
+};
+
+TEST_F(DaemonTest, HoldsTheLimitFromTheStartAndFollowsEveryMode)
+{
+    EXPECT_EQ(ready, 1);
+    EXPECT_EQ(std::pair(start(), end()), std::pair(78, 80));
+    const struct {
+        const char* what;
+        ChargingSettings settings;
+        std::pair<int, int> held;
+    } cases[] = {
+        {"another limit", {.customChargeLimit = 90, .customHysteresis = 5}, {85, 90}},
+        {"a lower one", {.customChargeLimit = 60, .customHysteresis = 2}, {58, 60}},
+        {"storage", {.isStorageModeEnabled = true}, {48, 50}},
+        {"quick charge", {.isTemporaryOverride = true}, {99, 100}},
+        {"all off", {.isAppleRecommendedMode = false}, {95, 100}},
+    };
+    for (const auto& [what, message, held] : cases) {
+        SCOPED_TRACE(what);
+        send(":1.1", message);
+        EXPECT_EQ(std::pair(start(), end()), held);
+    }
+}
+
+TEST_F(DaemonTest, ALimitThatWasThereBecomesTheLimitAtTheFirstStartOnly)
+{
+    const auto firstStart = [this](int startValue, int endValue) {
+        daemon.reset();
+        std::filesystem::remove(folder.path() / "settings.json");
+        hold(startValue, endValue);
+        boot();
+        return daemon->batteryState().customChargeLimit;
+    };
+    EXPECT_EQ(firstStart(40, 65), 65);
+    EXPECT_EQ(std::pair(start(), end()), std::pair(63, 65));
+    hold(0, 90);
+    boot();
+    EXPECT_EQ(end(), 65) << "the second start knows better";
+    EXPECT_EQ(firstStart(0, 0), 80) << "a controller after a reset";
+    EXPECT_EQ(firstStart(0, 100), 80) << "no limit";
+}
+
+// Rule one: without it the echo of one application takes back what another one set.
+TEST_F(DaemonTest, TwoApplicationsDoNotFlipEachOthersSettings)
+{
+    ChargingSettings a; // each echoes all ten values, with its own idea of those that are never read back
+    ChargingSettings b;
+    send(":1.1", a);
+    send(":1.2", b);
+    b.isAppleRecommendedMode = false;
+    send(":1.2", b);
+    EXPECT_EQ(end(), 100);
+    a.customChargeLimit = 70; // a slider in the first, where Auto-Protect still shows as on
+    send(":1.1", a);
+    EXPECT_EQ(end(), 100) << "which it did not change, only echo";
+    b.customChargeLimit = 70; // the push, echoed
+    send(":1.2", b);
+    EXPECT_EQ(end(), 100) << "Auto-Protect stays off";
+    EXPECT_EQ(daemon->batteryState().customChargeLimit, 70);
+
+    daemon->save(); // as at SIGTERM
+    boot();
+    send(":1.1", a);
+    EXPECT_EQ(end(), 100) << "nor does a restart of the daemon make an echo count";
+    daemon->callerLeft(":1.1");
+    send(":1.1", a);
+    EXPECT_EQ(end(), 70) << "a newcomer's first message counts whole";
+}
+
+TEST_F(DaemonTest, AMessageThatChangesNothingEndsThere)
+{
+    send(":1.1", {});
+    loop->advance(10s);
+    log.clear();
+    const auto pushed = pushes.size();
+    const auto written = std::filesystem::last_write_time(folder.path() / "settings.json");
+    const auto touched = std::filesystem::last_write_time(folder.path() / endFile);
+    for (int i = 0; i < 100; ++i) send(":1.1", {});
+    send(":1.2", {}, 1000); // not even who may not change anything is asked
+    loop->advance(10s);
+    EXPECT_EQ(log.count(), 0U);
+    EXPECT_EQ(pushes.size(), pushed);
+    EXPECT_TRUE(told.empty());
+    EXPECT_EQ(std::filesystem::last_write_time(folder.path() / "settings.json"), written);
+    EXPECT_EQ(std::filesystem::last_write_time(folder.path() / endFile), touched);
+}
+
+// Rule two: without it quick charge never ends, since a client says "true" with every message.
+TEST_F(DaemonTest, QuickChargeEndsByItselfAndStaysEnded)
+{
+    ChargingSettings message{.isTemporaryOverride = true};
+    send(":1.1", message);
+    EXPECT_EQ(end(), 100);
+    battery(100, "Full");
+    EXPECT_EQ(end(), 80);
+    message.notifyOnHeat = false; // still "true", with another change
+    send(":1.1", message);
+    EXPECT_EQ(end(), 80);
+    boot();
+    send(":1.1", message);
+    send(":1.2", message); // another client that has never said false
+    EXPECT_EQ(end(), 80) << "spent over a restart";
+    message.isTemporaryOverride = false;
+    send(":1.1", message);
+    message.isTemporaryOverride = true;
+    send(":1.1", message);
+    EXPECT_EQ(end(), 100) << "asked for anew";
+    battery(85, "Discharging", false);
+    loop->advance(50s);
+    EXPECT_EQ(end(), 100);
+    loop->advance(20s);
+    EXPECT_EQ(end(), 80) << "unplugged for over a minute";
+}
+
+// Rule three: without it every reading wakes every client, and each of them answers.
+TEST_F(DaemonTest, PushesWhatDiffersAtMostEveryTwoSecondsAndAlwaysTheLast)
+{
+    loop->advance(10s);
+    pushes.clear();
+    battery(61, "Charging");
+    ASSERT_EQ(pushes.size(), 1U) << "the first at once";
+    for (int level = 62; level <= 70; ++level) {
+        loop->advance(100ms);
+        battery(level, "Charging");
+    }
+    EXPECT_EQ(pushes.size(), 1U);
+    loop->advance(2s);
+    ASSERT_EQ(pushes.size(), 2U);
+    EXPECT_EQ(pushes.back().percentage, 70);
+    loop->advance(5s);
+    battery(70, "Charging");
+    EXPECT_EQ(pushes.size(), 2U) << "nothing differs";
+}
+
+// Rule four: without it a refused client shows what is not so, or its answer begins a quarrel without end.
+TEST_F(DaemonTest, ARefusedMessageChangesNothingAndItsSenderAloneHearsTheTruth)
+{
+    loop->advance(10s);
+    pushes.clear();
+    const ChargingSettings bad[] = {{.customChargeLimit = 19},
+                                    {.customChargeLimit = std::nan("")},
+                                    {.customHysteresis = 21},
+                                    {.lowBatteryLimit = INFINITY}};
+    for (const auto& message : bad) send(":1.1", message);
+    send(":1.3", {.customChargeLimit = 90}, 1000);
+    EXPECT_EQ(end(), 80);
+    EXPECT_TRUE(pushes.empty());
+    ASSERT_EQ(told.size(), 5U);
+    EXPECT_EQ(told.front().first, ":1.1");
+    EXPECT_EQ(told.back().first, ":1.3");
+    EXPECT_EQ(told.back().second.customChargeLimit, 80);
+    EXPECT_EQ(log.count("(user 1000)"), 1U);
+    EXPECT_EQ(log.count("customChargeLimit 19 "), 1U);
+
+    // The refused client takes the truth over and echoes it, with a switch of its own that differs.
+    send(":1.3", {.isAppleRecommendedMode = false}, 1000);
+    send(":1.3", {.isAppleRecommendedMode = false}, 1000);
+    EXPECT_EQ(told.size(), 6U) << "said once";
+    for (int i = 0; i < 1000; ++i) send(":1.1", {.customChargeLimit = i / 100.0});
+    EXPECT_LT(log.count(), 20U) << "a client cannot fill the log";
+    send(":1.1", {.customChargeLimit = 70, .lowBatteryLimit = 400}, 500);
+    EXPECT_EQ(end(), 70) << "the daemon's own user may, and a low-battery level is brought into range";
+}
+
+TEST_F(DaemonTest, RepairsWhatWasResetAndLeavesAQuarrelAlone)
+{
+    log.clear();
+    for (int i = 0; i < 10; ++i) {
+        hold(0, 100);
+        battery(60 + i, "Charging");
+    }
+    EXPECT_EQ(end(), 100);
+    EXPECT_EQ(log.count("setting it again"), RepairBudget::mostAnHour);
+    EXPECT_EQ(log.count("Something else keeps changing"), 1U);
+    loop->advance(1h + 1min);
+    EXPECT_EQ(end(), 80) << "an hour later it is worth another try";
+    hold(0, 100);
+    daemon->resumed();
+    settle();
+    EXPECT_EQ(end(), 80) << "a reset by sleep is no quarrel";
+    hold(0, 100);
+    battery(70, "Discharging", false);
+    hold(0, 100);
+    battery(70, "Charging");
+    EXPECT_EQ(end(), 80) << "nor is one by the plug";
+}
+
+TEST_F(DaemonTest, TheTogglePausesUntilTheNextPlugOrSetting)
+{
+    EXPECT_EQ(toggle(), false);
+    EXPECT_EQ(std::pair(start(), end()), std::pair(0, 60));
+    battery(59, "Not charging");
+    EXPECT_EQ(end(), 60) << "the pause does not wander with the level";
+    EXPECT_EQ(toggle(), true);
+    EXPECT_EQ(end(), 80);
+    toggle();
+    battery(60, "Discharging", false);
+    EXPECT_EQ(end(), 59) << "unplugging alone does not end it";
+    battery(60, "Charging");
+    EXPECT_EQ(end(), 80) << "the next plug does";
+    toggle();
+    send(":1.1", {.customChargeLimit = 85});
+    EXPECT_EQ(end(), 85) << "and so does a setting";
+    battery(85, "Not charging");
+    EXPECT_EQ(toggle(), true) << "held at the limit it is resumed";
+    EXPECT_EQ(end(), 100);
+    EXPECT_EQ(toggle(1000), std::nullopt) << "not for everybody";
+
+    send(":1.1", {.isTemporaryOverride = true, .customChargeLimit = 85});
+    battery(88, "Charging");
+    sources.now[0][power_source_key::lowestCapacity] = 86.0;
+    daemon->look();
+    settle();
+    EXPECT_EQ(toggle(), false);
+    EXPECT_EQ(end(), 86) << "quick charge is paused too, and of several batteries the emptiest";
+    boot();
+    EXPECT_EQ(end(), 86) << "over a restart";
+}
+
+TEST_F(DaemonTest, AMomentInWhichNothingCanBeReadIsNoNewsAndIsWaitedOut)
+{
+    send(":1.1", {.isTemporaryOverride = true});
+    loop->advance(10s);
+    pushes.clear();
+    const auto readable = sources.now;
+    sources.now.clear(); // the supply is there all the same
+    daemon->look();
+    settle();
+    EXPECT_TRUE(pushes.empty());
+    EXPECT_EQ(daemon->batteryState().percentage, 60);
+    battery(100, "Full");
+    sources.now.clear();
+    daemon->look();
+    sources.now = readable;
+    std::get<double>(sources.now[0][power_source_key::currentCapacity]) = 100;
+    std::get<bool>(sources.now[0][power_source_key::isCharged]) = true;
+    loop->advance(2min);
+    EXPECT_EQ(end(), 80) << "and quick charge ends without another event";
+
+    battery(70, "Discharging", false);
+    toggle();
+    sources.now.clear();
+    daemon->look();
+    settle();
+    EXPECT_EQ(end(), 70) << "nor is it a plug";
+}
+
+TEST_F(DaemonTest, ThresholdsThatComeLateAreFoundAndABatteryThatIsPutInIsNoRepair)
+{
+    const auto remove = [this] {
+        std::filesystem::remove(folder.path() / startFile);
+        std::filesystem::remove(folder.path() / endFile);
+    };
+    remove();
+    boot();
+    battery(80, "Full");
+    for (int i = 0; i < 20; ++i) daemon->look(); // events, of which there may be many
+    settle();
+    hold(0, 100);
+    loop->advance(2min);
+    EXPECT_EQ(end(), 80) << "no event announces a driver";
+    for (std::size_t swap = 0; swap < 2 * RepairBudget::mostAnHour; ++swap) {
+        remove();
+        battery(70, "Charging");
+        hold(0, 100);
+        battery(70, "Charging");
+        EXPECT_EQ(end(), 80);
+    }
+}
+
+TEST_F(DaemonTest, ALimitThatCannotBeReadAtOnceIsNotOverwrittenAtTheFirstStart)
+{
+    daemon.reset();
+    std::filesystem::remove(folder.path() / "settings.json");
+    folder.write(endFile, "");
+    boot();
+    EXPECT_EQ(folder.read(endFile), "");
+    hold(0, 60);
+    loop->advance(2s);
+    EXPECT_EQ(daemon->batteryState().customChargeLimit, 60);
+    EXPECT_EQ(end(), 60);
+}
+
+TEST_F(DaemonTest, AfterAResumeItLooksTwice)
+{
+    battery(80, "Not charging");
+    loop->advance(3s);
+    daemon->resumed();
+    settle();
+    hold(0, 100); // firmware that takes its time
+    loop->advance(3s);
+    EXPECT_EQ(end(), 80);
+}
+
+TEST_F(DaemonTest, WhatAFullDiskRefusedIsSavedOnceThereIsRoom)
+{
+    std::filesystem::create_directory(folder.path() / "settings.json.new"); // nothing can be written
+    send(":1.1", {.customChargeLimit = 70});
+    std::filesystem::remove(folder.path() / "settings.json.new");
+    daemon->save();
+    boot();
+    EXPECT_EQ(daemon->batteryState().customChargeLimit, 70);
+}
+
+TEST_F(DaemonTest, SleepsWhileTheFirmwareHoldsAndWatchesWhileSomethingMoves)
+{
+    battery(80, "Not charging");
+    loop->advance(3s);
+    const int before = sources.readings;
+    loop->advance(24h);
+    EXPECT_EQ(sources.readings, before);
+    EXPECT_EQ(loop->pendingTimers(), 0U);
+    battery(79, "Discharging", false);
+    loop->advance(1h);
+    EXPECT_NEAR(sources.readings - before, 120, 60);
+}
+
+TEST_F(DaemonTest, RecordsSamplesOfTheTrueHealth)
+{
+    thermal.now = 2;
+    battery(70, "Charging");
+    ASSERT_FALSE(daemon->analyticsHistory().empty());
+    EXPECT_EQ(daemon->analyticsHistory().back(), (HSHistorySnapshot{clock.now(), 70, 91.5, "Serious", true}));
+    const auto kept = daemon->analyticsHistory();
+    boot();
+    EXPECT_EQ(daemon->analyticsHistory(), kept) << "over a restart";
+}
+
+TEST_F(DaemonTest, AFirmwareThatDoesNotAnswerHoldsUpNobody)
+{
+    hardware.inlineWork = false; // the worker is stuck
+    boot();
+    EXPECT_EQ(ready, 1);
+    loop->advance(2s);
+    EXPECT_EQ(ready, 2) << "clients are served all the same";
+    send(":1.1", {.customChargeLimit = 70});
+    EXPECT_EQ(daemon->batteryState().customChargeLimit, 70);
+    EXPECT_NE(folder.read("settings.json").find("70"), std::string::npos) << "and remembered";
+    std::optional<bool> answer;
+    daemon->toggleCharging({":1.9", 0}, [&](auto allowed) { answer = allowed; });
+    hardware.inlineWork = true;
+    while (hardware.run() || loop->runPosted()) {
+    }
+    EXPECT_TRUE(answer) << "answered once the charger has";
+}
+
+TEST_F(DaemonTest, WithoutABatteryNothingIsClaimedWrittenOrRecorded)
+{
+    sources.now.clear();
+    std::filesystem::remove_all(folder.path() / "class");
+    std::filesystem::remove(folder.path() / "history.json");
+    boot();
+    EXPECT_EQ(daemon->batteryState().percentage, 0);
+    EXPECT_EQ(daemon->batteryState().powerSource, "AC");
+    EXPECT_FALSE(daemon->charger().hasBattery);
+    EXPECT_EQ(daemon->charger().control, "none");
+    EXPECT_TRUE(daemon->analyticsHistory().empty());
+    EXPECT_EQ(toggle(), true);
+    loop->advance(24h);
+    EXPECT_EQ(loop->pendingTimers(), 0U);
+}
+
+} // namespace
+} // namespace velmora
