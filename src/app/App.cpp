@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "App.h"
+
+#include "BatteryHardwareService.h"
+
+#include <csignal>
+
+namespace velmora {
+
+App::App(LinuxPlatform& platform)
+    : client_(std::make_shared<XPCClient>(platform.loop(), platform.clock(), platform.log())),
+      model_(client_, std::make_shared<BatteryHardwareService>())
+{
+    // A daemon that starts pushes its state by itself, but not its history.
+    client_->onDaemonAppeared = [this] { model_.fetchHistory(); };
+}
+
+int runApp()
+{
+    LinuxPlatform platform("velmora");
+    platform.loop().stopOn({SIGTERM, SIGINT});
+    const App app(platform);
+    platform.loop().run();
+    return 0;
+}
+
+} // namespace velmora
