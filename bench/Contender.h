@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <sys/types.h>
+#include <systemd/sd-bus.h>
+#include <vector>
+
+namespace velmora {
+
+using Nanoseconds = std::chrono::nanoseconds;
+
+/// A program that watches the battery and tells of it on the bus, and how to talk to it.
+struct Contender {
+    std::string title;
+    std::string program; ///< path
+    std::string service, object;
+    std::string questionInterface, question; ///< a method without arguments
+    /// The signal that carries a changed level.
+    std::string pushObject, pushInterface, push;
+    std::vector<std::string> environment; ///< "NAME=value", on top of our own
+};
+
+/// What a message carries, all nesting undone. Leaves the message read to its end.
+struct Contents {
+    std::vector<double> numbers;
+    std::vector<std::string> texts;
+
+    static Contents of(sd_bus_message* message);
+};
+
+/// A started program; killed with the object.
+class Process {
+public:
+    /// Throws std::system_error where it cannot be started. What it says goes to the file `log`.
+    Process(const Contender& contender, const std::string& log);
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    /// User and system time of all its threads so far, those that have ended included.
+    Nanoseconds processorTime() const;
+    /// How often any of its threads went to sleep of its own accord, and so was woken.
+    long wakeUps() const;
+
+    struct Memory {
+        long ownKilobytes, proportionalKilobytes;
+    };
+    Memory memory() const;
+
+private:
+    pid_t id_ = -1;
+};
+
+} // namespace velmora

@@ -1,0 +1,322 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+// velmorad, upowerd (where it is installed) and a bare loop side by side: the same laptop, bus and minute for
+// each. Started by ./bench/run, which puts umockdev around it.
+
+#include "Contender.h"
+#include "DBus.h"
+#include "FullHistory.h"
+#include "MockLaptop.h"
+#include "PrivateBus.h"
+#include "Table.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+
+namespace velmora {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+using Milliseconds = std::chrono::duration<double, std::milli>;
+
+constexpr int starts = 15;
+constexpr int events = 40;
+constexpr int firstLevel = 78; ///< percent, and one less at each event
+/// Between two events of one program: more than the two seconds in which velmorad pushes once.
+constexpr auto spacing = 2400ms;
+constexpr auto settling = 8s; ///< after the plug: second looks and what is decided then
+constexpr auto holding = 60s;
+constexpr auto patience = 10s;
+
+/// What one program cost.
+struct Costs {
+    std::vector<double> starts, latencies; ///< ms
+    double processorTime = 0;              ///< ms an event
+    double wakeUps = 0;                    ///< in a minute
+    Process::Memory memory{};
+};
+
+/// Fails unless `result` is a success, which it gives back.
+int check(int result)
+{
+    return dbus::check(result, "the bus");
+}
+
+/// One program on a laptop of its own.
+class Lane {
+public:
+    Lane(Contender contender, sd_bus* bus, const std::filesystem::path& folder)
+        : contender_(std::move(contender)), bus_(bus), log_(folder / (contender_.title + ".log"))
+    {
+        contender_.environment.push_back("UMOCKDEV_DIR=" + laptop_.root());
+        const auto rule = "type='signal',interface='" + contender_.pushInterface + "',member='" +
+                          contender_.push + "',path='" + contender_.pushObject + "'";
+        pushes_ = dbus::match(bus_, rule, onPush, this);
+    }
+
+    const Contender& contender() const { return contender_; }
+
+    void start()
+    {
+        const auto begun = Clock::now();
+        process_ = std::make_unique<Process>(contender_, log_);
+        while (!answers()) {
+            if (Clock::now() - begun > patience) fail("does not answer");
+            std::this_thread::sleep_for(200us);
+        }
+        costs_.starts.push_back(Milliseconds(Clock::now() - begun).count());
+    }
+
+    void end() { process_.reset(); }
+
+    /// The next event, and the push that comes of it.
+    void drain()
+    {
+        laptop_.drainTo(--level_);
+        awaited_ = level_;
+        const auto announced = Clock::now();
+        laptop_.announceBattery();
+        while (awaited_) {
+            if (Clock::now() - announced > patience) fail("pushes nothing");
+            if (check(sd_bus_process(bus_, nullptr)) == 0) check(sd_bus_wait(bus_, 100'000));
+        }
+        costs_.latencies.push_back(Milliseconds(arrived_ - announced).count());
+    }
+
+    void countFromHere() { timeBefore_ = process_->processorTime(); }
+    void sumUp()
+    {
+        costs_.processorTime = Milliseconds(process_->processorTime() - timeBefore_).count() / events;
+    }
+
+    void hold() { laptop_.holdOnMains(); }
+    void watch() { wakeUpsBefore_ = process_->wakeUps(); }
+    void rest()
+    {
+        costs_.wakeUps = static_cast<double>(process_->wakeUps() - wakeUpsBefore_);
+        costs_.memory = process_->memory();
+    }
+
+    const Costs& costs() const { return costs_; }
+
+private:
+    [[noreturn]] void fail(const char* what) const
+    {
+        throw std::runtime_error(contender_.title + " " + what + ", see " + log_);
+    }
+
+    /// Whether it tells of the battery by now.
+    bool answers()
+    {
+        sd_bus_message* call = nullptr;
+        check(sd_bus_message_new_method_call(bus_, &call, contender_.service.c_str(),
+                                             contender_.object.c_str(), contender_.questionInterface.c_str(),
+                                             contender_.question.c_str()));
+        const dbus::Message question(call);
+        sd_bus_message* reply = nullptr;
+        if (sd_bus_call(bus_, call, 0, nullptr, &reply) < 0) return false;
+        const dbus::Message answer(reply);
+        const auto contents = Contents::of(reply);
+        return !contents.numbers.empty() || !contents.texts.empty();
+    }
+
+    static int onPush(sd_bus_message* signal, void* self, sd_bus_error*)
+    {
+        auto* lane = static_cast<Lane*>(self);
+        const auto now = Clock::now();
+        if (!lane->awaited_ || !std::ranges::count(Contents::of(signal).numbers, *lane->awaited_)) return 0;
+        lane->arrived_ = now;
+        lane->awaited_.reset();
+        return 0;
+    }
+
+    Contender contender_;
+    sd_bus* bus_;
+    std::string log_;
+    int level_ = firstLevel;
+    MockLaptop laptop_{level_};
+    std::unique_ptr<Process> process_;
+    dbus::Slot pushes_;
+    std::optional<double> awaited_; ///< the level that the next push shall carry
+    Clock::time_point arrived_;
+    Nanoseconds timeBefore_{};
+    long wakeUpsBefore_ = 0;
+    Costs costs_;
+};
+
+/// A folder of the run's own.
+struct Folder {
+    std::filesystem::path path;
+
+    Folder()
+    {
+        std::string name = (std::filesystem::temp_directory_path() / "velmora-bench-XXXXXX").string();
+        if (!mkdtemp(name.data())) throw std::system_error(errno, std::generic_category(), "mkdtemp");
+        path = name;
+    }
+    ~Folder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+};
+
+/// velmorad as it is after some weeks: with all the history that it keeps.
+Contender velmorad(const std::string& bin, const std::filesystem::path& folder)
+{
+    const auto state = folder / "velmorad";
+    std::filesystem::create_directories(state);
+    std::ofstream(state / "history.json") << encodeHistory(fullHistory());
+    return {.title = "velmorad",
+            .program = bin + "/velmorad",
+            .service = wire::serviceName,
+            .object = wire::objectPath,
+            .questionInterface = wire::daemon_protocol::interface,
+            .question = wire::daemon_protocol::getBatteryState.member(),
+            .pushObject = wire::objectPath,
+            .pushInterface = wire::client_protocol::interface,
+            .push = wire::client_protocol::batteryStateDidChange.member(),
+            .environment = {"STATE_DIRECTORY=" + state.string(), "VELMORA_LOG=stderr"}};
+}
+
+Contender upowerd(const std::string& program, const std::filesystem::path& folder)
+{
+    const auto state = folder / "upowerd";
+    std::filesystem::create_directories(state);
+    return {.title = "upowerd",
+            .program = program,
+            .service = "org.freedesktop.UPower",
+            .object = "/org/freedesktop/UPower",
+            .questionInterface = "org.freedesktop.UPower",
+            .question = "EnumerateDevices",
+            .pushObject = "/org/freedesktop/UPower/devices/battery_BAT0",
+            .pushInterface = "org.freedesktop.DBus.Properties",
+            .push = "PropertiesChanged",
+            .environment = {"UPOWER_HISTORY_DIR=" + state.string()}};
+}
+
+Contender bareLoop(const std::string& bin)
+{
+    return {.title = "bare_loop",
+            .program = bin + "/bare_loop",
+            .service = "app.velmora.BareLoop",
+            .object = "/app/velmora/BareLoop",
+            .questionInterface = "app.velmora.BareLoop",
+            .question = "level",
+            .pushObject = "/app/velmora/BareLoop",
+            .pushInterface = "app.velmora.BareLoop",
+            .push = "changed",
+            .environment = {}};
+}
+
+using Lanes = std::vector<std::unique_ptr<Lane>>;
+
+void say(const char* what)
+{
+    std::fprintf(stderr, "%s\n", what);
+}
+
+/// In turns, so that a busy moment of the machine meets all alike.
+void measure(const Lanes& lanes)
+{
+    say("Starts ...");
+    for (int i = 0; i < starts; ++i) {
+        for (const auto& lane : lanes) {
+            lane->end();
+            lane->start();
+        }
+    }
+    std::this_thread::sleep_for(spacing);
+
+    say("Events (a minute and a half) ...");
+    for (const auto& lane : lanes) lane->countFromHere();
+    for (int i = 0; i < events; ++i) {
+        for (const auto& lane : lanes) {
+            std::this_thread::sleep_for(spacing / lanes.size());
+            lane->drain();
+        }
+    }
+    std::this_thread::sleep_for(spacing);
+    for (const auto& lane : lanes) lane->sumUp();
+
+    say("Holding on mains (a minute) ...");
+    for (const auto& lane : lanes) lane->hold();
+    std::this_thread::sleep_for(settling);
+    for (const auto& lane : lanes) lane->watch();
+    std::this_thread::sleep_for(holding);
+    for (const auto& lane : lanes) lane->rest();
+}
+
+double quantile(std::vector<double> values, double part)
+{
+    std::ranges::sort(values);
+    const auto last = static_cast<double>(values.size() - 1);
+    return values[static_cast<std::size_t>(std::lround(part * last))];
+}
+
+void report(const Lanes& lanes)
+{
+    const auto row = [&](const std::string& what, const char* unit, double aim, int decimals, auto figure) {
+        const auto of = [&](const char* title) -> std::optional<double> {
+            const auto found = std::ranges::find_if(
+                lanes, [&](const auto& lane) { return lane->contender().title == title; });
+            return found == lanes.end() ? std::nullopt : std::optional<double>(figure((*found)->costs()));
+        };
+        print({what, unit, of("velmorad"), of("upowerd"), of("bare_loop"), aim, decimals});
+    };
+    row("change signal to push, p50", "ms", 0.8, 2,
+        [](const Costs& c) { return quantile(c.latencies, 0.5); });
+    row("change signal to push, p99", "ms", 0.8, 2,
+        [](const Costs& c) { return quantile(c.latencies, 0.99); });
+    row("processor time an event", "ms", 0.5, 2, [](const Costs& c) { return c.processorTime; });
+    row("start to first answer", "ms", 0.5, 1, [](const Costs& c) { return quantile(c.starts, 0.5); });
+    row("private memory", "kB", 0.6, 0, [](const Costs& c) { return c.memory.ownKilobytes; });
+    row("proportional memory (PSS)", "kB", 0.6, 0,
+        [](const Costs& c) { return c.memory.proportionalKilobytes; });
+    row("wake-ups in a minute of holding", "", 0, 0, [](const Costs& c) { return c.wakeUps; });
+}
+
+void run(const std::string& bin)
+{
+    const Folder folder;
+    const PrivateBus privateBus;
+    sd_bus* opened = nullptr;
+    check(sd_bus_open_system(&opened));
+    const dbus::Bus bus(opened);
+    Lanes lanes;
+    lanes.push_back(std::make_unique<Lane>(velmorad(bin, folder.path), opened, folder.path));
+    if (const std::string peer = "/usr/libexec/upowerd"; std::filesystem::exists(peer))
+        lanes.push_back(std::make_unique<Lane>(upowerd(peer, folder.path), opened, folder.path));
+    lanes.push_back(std::make_unique<Lane>(bareLoop(bin), opened, folder.path));
+    measure(lanes);
+    report(lanes);
+}
+
+} // namespace
+
+} // namespace velmora
+
+int main(int argc, char** argv)
+try {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: umockdev-wrapper bench_daemon FOLDER-OF-PROGRAMS\n");
+        return 2;
+    }
+    velmora::run(argv[1]);
+    return 0;
+} catch (const std::exception& failure) {
+    std::fprintf(stderr, "bench_daemon: %s\n", failure.what());
+    return 1;
+}
