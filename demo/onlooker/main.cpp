@@ -38,6 +38,7 @@ class Onlooker {
 public:
     Onlooker(LinuxPlatform& platform, BatteryModel& model) : platform_(platform), model_(model)
     {
+        state_ = model_.percentage.observe([this](double) { hasState_ = true; });
         changes_ = model_.willChange.observe([this] {
             if (isDue_) return;
             isDue_ = true;
@@ -49,6 +50,7 @@ private:
     void speak()
     {
         isDue_ = false;
+        if (!hasState_) return; // what a model shows before it has heard anything is no news
         const std::string now = sentence(model_);
         if (now == said_) return;
         said_ = now;
@@ -58,7 +60,9 @@ private:
 
     LinuxPlatform& platform_;
     BatteryModel& model_;
+    Subscription state_;
     Subscription changes_;
+    bool hasState_ = false;
     bool isDue_ = false;
     std::string said_;
 };
