@@ -39,6 +39,17 @@ bool mayFollow(unsigned char lead, unsigned char second)
     }
 }
 
+/// Code points that Unicode keeps for nobody (U+FDD0 to U+FDEF and the last two of each plane). They are
+/// valid UTF-8, but sd-bus takes no text that holds one.
+bool isNoncharacter(std::string_view character)
+{
+    if (character.size() < 3) return false;
+    unsigned int code = static_cast<unsigned char>(character[0]) & (character.size() == 3 ? 0x0fU : 0x07U);
+    for (const char byte : character.substr(1))
+        code = code << 6U | (static_cast<unsigned char>(byte) & 0x3fU);
+    return (code & 0xfffeU) == 0xfffeU || (code >= 0xfdd0 && code <= 0xfdef);
+}
+
 } // namespace
 
 std::size_t utf8CharacterLength(std::string_view text)
@@ -57,7 +68,7 @@ std::string cleanUtf8(std::string_view text)
     clean.reserve(text.size());
     while (!text.empty()) {
         const std::size_t length = text[0] == '\0' ? 0 : utf8CharacterLength(text);
-        if (length == 0)
+        if (length == 0 || isNoncharacter(text.substr(0, length)))
             clean += '?';
         else
             clean += text.substr(0, length);

@@ -13,7 +13,8 @@ namespace velmora {
 /// forms and surrogates included) or is empty.
 std::size_t utf8CharacterLength(std::string_view text);
 
-/// `text` as a bus accepts it: valid UTF-8 without a NUL; every other byte becomes a question mark.
+/// `text` as a bus accepts it: valid UTF-8 without a NUL and without noncharacters; whatever else
+/// becomes question marks.
 std::string cleanUtf8(std::string_view text);
 
 /// The longest beginning of `text` (valid UTF-8) that has at most `bytes` bytes and splits no character.

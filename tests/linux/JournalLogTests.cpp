@@ -36,6 +36,7 @@ TEST(JournalLog, TextOfOthersCannotForgeLinesNorMoveTheCursor)
         {"\xc0\xaf", "\\xc0\\xaf", "??"},                     // overlong
         {"\xed\xa0\x80", "\\xed\\xa0\\x80", "???"},           // surrogate
         {"\xf4\x90\x80\x80", "\\xf4\\x90\\x80\\x80", "????"}, // past the last character
+        {"\U000bffff\ufdd0", "\U000bffff\ufdd0", "??"},       // noncharacters, which sd-bus refuses
     };
     for (const auto& [text, line, clean] : cases) {
         EXPECT_EQ(escapedLine(text), line);
