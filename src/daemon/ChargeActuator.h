@@ -25,8 +25,8 @@ struct BatteryCharger {
     ChargeControl control = ChargeControl::none;
     const DriverFamily* family = nullptr;
     std::optional<Thresholds> inForce{}; ///< absent where it cannot be read
-    bool isObeyed =
-        true; ///< false where the driver has a charge type that obeys thresholds, and another is active
+    /// False where the driver has a charge type that obeys thresholds, and another one is active.
+    bool isObeyed = true;
 
     /// A driver that made something else of `written` and was believed: it showed `shown`.
     struct Settled {

@@ -22,7 +22,8 @@ constexpr auto watchInterval = 30s;
 constexpr auto watchSlack = 30s;
 /// Writing a threshold announces nothing, and the kernel shows the old status for a second.
 constexpr auto settleTime = 1500ms;
-/// Vendor drivers bring the thresholds some time after the battery, and announce nothing.
+/// Vendor drivers bring the thresholds some time after the battery and announce nothing: that long after the
+/// start a battery without any is looked at now and then.
 constexpr auto controlPatience = 10min;
 /// How often a charger is asked what it holds before it is told what to hold. Some never tell before that.
 constexpr int mostMeetings = 3;
