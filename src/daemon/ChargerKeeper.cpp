@@ -17,7 +17,7 @@ ChargerKeeper::ChargerKeeper(const Ports& ports, std::function<void(const Look&)
     : ports_(ports),
       seen_(std::move(seen)),
       acted_(std::move(acted)),
-      deeds_(ports.log, ports.clock, category, LogBudget::manyAtOnce)
+      deeds_(ports.loop, ports.log, ports.clock, category, LogBudget::manyAtOnce)
 {
 }
 

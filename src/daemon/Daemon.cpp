@@ -51,8 +51,9 @@ Daemon::Daemon(const Ports& ports, Voice voice)
     : ports_(ports),
       voice_(std::move(voice)),
       complaints_(ports.hardware.log, category),
-      refusals_(ports.hardware.log, ports.hardware.clock, category),
-      changes_(ports.hardware.log, ports.hardware.clock, category, LogBudget::manyAtOnce),
+      refusals_(ports.hardware.loop, ports.hardware.log, ports.hardware.clock, category),
+      changes_(ports.hardware.loop, ports.hardware.log, ports.hardware.clock, category,
+               LogBudget::manyAtOnce),
       saved_(ports.settings.load()),
       settings_(saved_.settings),
       quickCharge_(saved_.quickCharge),
@@ -222,9 +223,14 @@ bool Daemon::isChargingAllowed() const
 
 void Daemon::tell()
 {
+    tellState();
+    voice_.chargerChanged(charger());
+}
+
+void Daemon::tellState()
+{
     const bool isKnown = battery_ || !isUnreadable_; // nobody is told of 0 % because firmware has a moment
     if (isKnown) pacer_.offer(batteryState());
-    voice_.chargerChanged(charger());
 }
 
 void Daemon::lookAgainSoon()
@@ -332,6 +338,10 @@ void Daemon::accept(const Caller& caller, const ChargingSettings& next)
     manual_ = {};
     hasMetCharger_ = true;
     changes_.info("New settings from " + caller.busName + " (user " + std::to_string(caller.uid) + ").");
+    // A push with the settings before may be on its way: its receiver would take them for news and send them
+    // back half a second later, while the next regular push may be two seconds off.
+    voice_.pushTo(caller.busName, batteryState());
+    tellState(); // or the push that is due while the charger is written to would still carry them
     save();
     scheduleNextLook();
     if (!hold()) tell();

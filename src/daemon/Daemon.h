@@ -87,6 +87,7 @@ private:
     void answerToggles();
     bool isChargingAllowed() const;
     void tell();
+    void tellState();
     void lookAgainSoon();
     bool seeksControl() const;
     void scheduleNextLook();

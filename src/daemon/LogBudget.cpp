@@ -8,11 +8,13 @@
 namespace velmora {
 
 namespace {
-constexpr std::chrono::minutes refill{1};
+constexpr std::chrono::minutes refillTime{1};
+constexpr std::chrono::seconds slack{10};
 } // namespace
 
-LogBudget::LogBudget(Log& log, const Clock& clock, std::string category, int atOnce)
-    : log_(log),
+LogBudget::LogBudget(MainLoop& loop, Log& log, const Clock& clock, std::string category, int atOnce)
+    : loop_(loop),
+      log_(log),
       clock_(clock),
       category_(std::move(category)),
       atOnce_(atOnce),
@@ -23,17 +25,43 @@ LogBudget::LogBudget(Log& log, const Clock& clock, std::string category, int atO
 
 void LogBudget::write(LogLevel level, std::string text)
 {
-    const auto minutes = (clock_.sinceBoot() - refilled_) / refill;
+    refill();
+    if (held_) ++omitted_; // this one says what is true now
+    held_.reset();
+    Line line{level, std::move(text)};
+    if (left_ > 0) return spendOn(line);
+    hold(std::move(line));
+}
+
+void LogBudget::refill()
+{
+    const auto minutes = (clock_.sinceBoot() - refilled_) / refillTime;
     left_ = static_cast<int>(std::min<std::int64_t>(atOnce_, left_ + minutes));
-    refilled_ += minutes * refill;
-    if (left_ <= 0) {
-        ++omitted_;
-        return;
-    }
+    refilled_ += minutes * refillTime;
+}
+
+void LogBudget::hold(Line line)
+{
+    held_ = std::move(line);
+    if (room_) return;
+    const auto wait = refilled_ + refillTime - clock_.sinceBoot();
+    room_ = loop_.after(
+        wait,
+        [this] {
+            room_.reset();
+            refill();
+            if (const auto last = std::exchange(held_, std::nullopt)) spendOn(*last);
+        },
+        slack);
+}
+
+void LogBudget::spendOn(const Line& line)
+{
+    room_.reset();
     --left_;
-    if (omitted_ > 0) text += " (" + std::to_string(omitted_) + " like it left out before)";
-    omitted_ = 0;
-    log_.write(level, category_, text);
+    const auto omitted = std::exchange(omitted_, 0);
+    const std::string count = omitted > 0 ? " (" + std::to_string(omitted) + " like it left out before)" : "";
+    log_.write(line.level, category_, line.text + count);
 }
 
 } // namespace velmora

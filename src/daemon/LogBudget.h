@@ -5,33 +5,49 @@
 
 #include "platform/Clock.h"
 #include "platform/Log.h"
+#include "platform/MainLoop.h"
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <utility>
 
 namespace velmora {
 
 /// Log lines that a client can cause: a few at once, then one a minute, with a count of what was left out.
+/// The last is never left out, only late: what the log ends with is true. Main thread only.
 class LogBudget {
 public:
     static constexpr int fewAtOnce = 5;
     static constexpr int manyAtOnce = 30; ///< a person who plays with a slider
 
-    LogBudget(Log& log, const Clock& clock, std::string category, int atOnce = fewAtOnce);
+    LogBudget(MainLoop& loop, Log& log, const Clock& clock, std::string category, int atOnce = fewAtOnce);
+    LogBudget(const LogBudget&) = delete;
+    LogBudget& operator=(const LogBudget&) = delete;
 
     void warning(std::string text) { write(LogLevel::warning, std::move(text)); }
     void info(std::string text) { write(LogLevel::info, std::move(text)); }
 
 private:
-    void write(LogLevel level, std::string text);
+    struct Line {
+        LogLevel level;
+        std::string text;
+    };
 
+    void write(LogLevel level, std::string text);
+    void refill();
+    void hold(Line line);
+    void spendOn(const Line& line);
+
+    MainLoop& loop_;
     Log& log_;
     const Clock& clock_;
     std::string category_;
     int atOnce_;
     std::chrono::milliseconds refilled_;
     int left_;
+    std::optional<Line> held_; ///< the last that there was no room for
+    MainLoop::Timer room_;     ///< while one is held: until there is room
     unsigned long omitted_ = 0;
 };
 

@@ -67,6 +67,24 @@ void readEntry(sd_bus_message* message, KeyedArchive& archive)
     check(sd_bus_message_exit_container(message), "leave a value");
 }
 
+int shedCall(sd_bus_message* message, void*, sd_bus_error* error)
+{
+    std::uint64_t unsent = 0;
+    if (sd_bus_message_is_method_call(message, nullptr, nullptr) <= 0) return 0;
+    sd_bus_get_n_queued_write(sd_bus_message_get_bus(message), &unsent);
+    if (unsent <= mostUnsent) return 0;
+    if (unsent > 2 * mostUnsent) return 1; // taken for answered
+    return sd_bus_error_set(error, SD_BUS_ERROR_LIMITS_EXCEEDED, "asked too often");
+}
+
+Bus attached(Bus bus, const EventLoop& loop)
+{
+    // Else the loop's end waits until the bus has taken all that was sent, which one that hangs never does.
+    check(sd_bus_set_close_on_exit(bus.get(), false), "sd_bus_set_close_on_exit");
+    check(sd_bus_attach_event(bus.get(), loop.handle(), SD_EVENT_PRIORITY_NORMAL), "sd_bus_attach_event");
+    return bus;
+}
+
 } // namespace
 
 int check(int result, const char* what)
@@ -79,11 +97,19 @@ Bus openSystemBus(const EventLoop& loop)
 {
     sd_bus* opened = nullptr;
     check(sd_bus_open_system(&opened), "cannot reach the system bus");
-    Bus bus(opened);
-    // Else the loop's end waits until the bus has taken all that was sent, which one that hangs never does.
-    check(sd_bus_set_close_on_exit(bus.get(), false), "sd_bus_set_close_on_exit");
-    check(sd_bus_attach_event(bus.get(), loop.handle(), SD_EVENT_PRIORITY_NORMAL), "sd_bus_attach_event");
-    return bus;
+    return attached(Bus(opened), loop);
+}
+
+Bus openSessionBus(const EventLoop& loop)
+{
+    sd_bus* opened = nullptr;
+    check(sd_bus_open_user(&opened), "cannot reach the session bus");
+    return attached(Bus(opened), loop);
+}
+
+void shedFloods(sd_bus* bus)
+{
+    check(sd_bus_add_filter(bus, nullptr, shedCall, nullptr), "sd_bus_add_filter");
 }
 
 Slot onDisconnected(sd_bus* bus, sd_bus_message_handler_t handler, void* self)
@@ -119,9 +145,26 @@ std::optional<std::string> newOwner(sd_bus_message* signal)
     return owner;
 }
 
+std::string textOf(const sd_bus_error& error)
+{
+    return std::string(utf8Prefix(error.message ? error.message : error.name, maximumTextBytes));
+}
+
 std::shared_ptr<sd_bus_message> keep(sd_bus_message* lent)
 {
     return {sd_bus_message_ref(lent), Drop<sd_bus_message_unref>{}};
+}
+
+Message replyTo(sd_bus_message* call)
+{
+    sd_bus_message* reply = nullptr;
+    check(sd_bus_message_new_method_return(call, &reply), "cannot answer");
+    return Message(reply);
+}
+
+int send(const Message& message)
+{
+    return check(sd_bus_send(nullptr, message.get(), nullptr), "cannot send");
 }
 
 char typeOf(const KeyedArchive::Value& value)

@@ -7,6 +7,7 @@
 #include "KeyedArchive.h"
 #include "VelmoraProtocol.h"
 
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -34,6 +35,16 @@ int check(int result, const char* what);
 /// does the end of the loop or of the connection wait: what the bus has not taken by then is lost.
 /// Throws std::system_error where there is none.
 Bus openSystemBus(const EventLoop& loop);
+/// Likewise the user's session bus, the one that DBUS_SESSION_BUS_ADDRESS names or the one in
+/// XDG_RUNTIME_DIR.
+Bus openSessionBus(const EventLoop& loop);
+
+/// With more messages than that waiting to be sent a method call is answered with
+/// org.freedesktop.DBus.Error.LimitsExceeded, with twice as many not at all.
+inline constexpr std::uint64_t mostUnsent = 256;
+/// Has the connection keep to that as long as it lasts: however fast its callers ask, and however slowly they
+/// read, what waits for them stays small.
+void shedFloods(sd_bus* bus);
 
 /// Calls `handler` once should the connection end. The match is local: the bus is not asked for it.
 Slot onDisconnected(sd_bus* bus, sd_bus_message_handler_t handler, void* self);
@@ -52,6 +63,10 @@ Slot watchName(sd_bus* bus, const std::string& name, sd_bus_message_handler_t ha
 /// own: any peer may send us one, and sd-bus takes it for a match.
 std::optional<std::string> newOwner(sd_bus_message* signal);
 
+/// What a peer said was wrong: its words, or the error's name where it gave none; no longer than a text may
+/// be.
+std::string textOf(const sd_bus_error& error);
+
 /// A handle of one's own on a message that a callback was lent.
 std::shared_ptr<sd_bus_message> keep(sd_bus_message* lent);
 
@@ -66,6 +81,12 @@ try {
 }
 
 // What follows throws std::system_error where the message is broken or memory is out.
+
+/// The answer to `call`, to be filled and sent.
+Message replyTo(sd_bus_message* call);
+/// Hands the message to the connection that it was made for; never waits. Positive, as sd-bus wants it of a
+/// method that was served.
+int send(const Message& message);
 
 /// Appends `archive` as an `a{sv}`. Text that is not UTF-8 is cleaned: the bus would hang up on it.
 void append(sd_bus_message* message, const KeyedArchive& archive);

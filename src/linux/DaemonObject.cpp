@@ -29,18 +29,6 @@ sd_bus_vtable tableEnd()
     return SD_BUS_VTABLE_END;
 }
 
-dbus::Message replyTo(sd_bus_message* call)
-{
-    sd_bus_message* reply = nullptr;
-    dbus::check(sd_bus_message_new_method_return(call, &reply), "cannot answer");
-    return dbus::Message(reply);
-}
-
-int send(const dbus::Message& message)
-{
-    return dbus::check(sd_bus_send(nullptr, message.get(), nullptr), "cannot send");
-}
-
 const KeyedArchive::Value* valueOf(const KeyedArchive& archive, std::string_view key)
 {
     const auto found =
@@ -187,9 +175,9 @@ int DaemonObject::getBatteryState(sd_bus_message* call)
 
 int DaemonObject::answerState(sd_bus_message* call)
 {
-    const auto reply = replyTo(call);
+    const auto reply = dbus::replyTo(call);
     dbus::append(reply.get(), service_.batteryState().archived());
-    return send(reply);
+    return dbus::send(reply);
 }
 
 int DaemonObject::getAnalyticsHistory(sd_bus_message* call)
@@ -209,11 +197,11 @@ void DaemonObject::answerHistory(sd_bus_message* call, uid_t user)
         sd_bus_reply_method_errorf(call, SD_BUS_ERROR_LIMITS_EXCEEDED, "asked too often");
         return;
     }
-    const auto reply = replyTo(call);
+    const auto reply = dbus::replyTo(call);
     dbus::check(sd_bus_message_open_container(reply.get(), 'a', wire::recordType), "open a history");
     for (const auto& sample : service_.analyticsHistory()) dbus::append(reply.get(), sample.archived());
     dbus::check(sd_bus_message_close_container(reply.get()), "close a history");
-    send(reply);
+    dbus::send(reply);
 }
 
 /// One way, yet whoever waits for an answer is told that the settings have been looked at.
@@ -299,7 +287,7 @@ dbus::Message DaemonObject::stateSignal(const HSBatteryState& state) const
 
 void DaemonObject::push(const HSBatteryState& state)
 {
-    attempt("push the state", [&] { send(stateSignal(state)); });
+    attempt("push the state", [&] { dbus::send(stateSignal(state)); });
 }
 
 void DaemonObject::pushTo(const std::string& busName, const HSBatteryState& state)
@@ -307,7 +295,7 @@ void DaemonObject::pushTo(const std::string& busName, const HSBatteryState& stat
     attempt("push the state to one client", [&] {
         const auto push = stateSignal(state);
         dbus::check(sd_bus_message_set_destination(push.get(), busName.c_str()), "address");
-        send(push);
+        dbus::send(push);
     });
 }
 
@@ -326,7 +314,7 @@ void DaemonObject::chargerChanged(const ChargerReport& report)
         dbus::check(sd_bus_message_append(news.get(), "s", ChargerReport::interface), "append");
         dbus::append(news.get(), changes);
         dbus::check(sd_bus_message_append(news.get(), "as", 0), "append");
-        send(news);
+        dbus::send(news);
     });
 }
 

@@ -111,6 +111,11 @@ bool EventLoop::runOnce(std::chrono::milliseconds patience)
     return result > 0;
 }
 
+bool EventLoop::isOver() const
+{
+    return sd_event_get_state(event_) == SD_EVENT_FINISHED;
+}
+
 void EventLoop::stop()
 {
     sd_event_exit(event_, 0);

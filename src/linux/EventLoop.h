@@ -38,6 +38,8 @@ public:
     bool runOnce(std::chrono::milliseconds patience);
     /// Loop's thread only.
     void stop();
+    /// It was stopped, and serves nothing any more.
+    bool isOver() const;
 
     /// For adapters that attach sources of their own.
     sd_event* handle() const { return event_; }

@@ -6,25 +6,41 @@
 #include "JournalLog.h"
 #include "LinuxPowerSources.h"
 #include "LinuxThermalLevel.h"
+#include "PreferencesFile.h"
 #include "SystemClock.h"
+#include "SystemdServiceManager.h"
 #include "WorkerThread.h"
 
 #include <cstdlib>
+#include <utility>
 
 namespace velmora {
 
 namespace {
 
-/// $XDG_DATA_HOME, or ~/.local/share where that is unset; none for a user without a home.
-std::vector<std::filesystem::path> dataFolders()
+/// The folder that the variable names, or else that one in the user's home; empty for a user without a home.
+std::filesystem::path userFolder(const char* variable, const char* inHome)
 {
-    const auto variable = [](const char* name) -> std::filesystem::path {
+    const auto valueOf = [](const char* name) -> std::filesystem::path {
         const char* value = std::getenv(name);
         return value ? value : "";
     };
-    if (const auto data = variable("XDG_DATA_HOME"); data.is_absolute()) return {data};
-    if (const auto home = variable("HOME"); home.is_absolute()) return {home / ".local/share"};
+    if (auto named = valueOf(variable); named.is_absolute()) return named;
+    if (const auto home = valueOf("HOME"); home.is_absolute()) return home / inHome;
     return {};
+}
+
+std::vector<std::filesystem::path> dataFolders()
+{
+    auto folder = userFolder("XDG_DATA_HOME", ".local/share");
+    if (folder.empty()) return {};
+    return {std::move(folder)};
+}
+
+std::filesystem::path preferencesFolder()
+{
+    const auto folder = userFolder("XDG_CONFIG_HOME", ".config");
+    return folder.empty() ? folder : folder / "velmora";
 }
 
 std::filesystem::path temporaryFolder()
@@ -46,6 +62,9 @@ LinuxPlatform::LinuxPlatform(const std::string& program) : loop_(std::make_share
     platform_.powerSources = std::make_shared<LinuxPowerSources>(sysfs, clock(), log(), monitor_.get());
     platform_.thermalLevel = std::make_shared<LinuxThermalLevel>(sysfs, log());
     platform_.makeWorkQueue = [](std::string_view label) { return std::make_unique<WorkerThread>(label); };
+    platform_.preferences = std::make_shared<PreferencesFile>(
+        preferencesFolder(), platform_.makeWorkQueue("velmora-prefs"), clock(), log());
+    platform_.serviceManager = std::make_shared<SystemdServiceManager>(*loop_, log());
     platform_.applicationSupportDirectories = dataFolders();
     platform_.temporaryDirectory = temporaryFolder();
     installed_ = Platform::install(platform_);

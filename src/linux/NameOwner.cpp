@@ -5,8 +5,10 @@
 
 namespace velmora {
 
-NameOwner::NameOwner(sd_bus* bus, const std::string& name, std::function<void()> appeared)
+NameOwner::NameOwner(sd_bus* bus, const std::string& name, std::function<void()> appeared,
+                     std::function<void()> gone)
     : appeared_(std::move(appeared)),
+      gone_(std::move(gone)),
       changes_(dbus::watchName(bus, name, dbus::serve<NameOwner, &NameOwner::changed>, this))
 {
     sd_bus_slot* question = nullptr;
@@ -28,6 +30,7 @@ int NameOwner::answered(sd_bus_message* reply)
     const char* owner = nullptr;
     if (!sd_bus_message_is_method_error(reply, nullptr) && sd_bus_message_read(reply, "s", &owner) > 0)
         owner_ = owner;
+    tellIfGone();
     return 0;
 }
 
@@ -36,8 +39,17 @@ int NameOwner::changed(sd_bus_message* signal)
     const auto owner = dbus::newOwner(signal);
     if (!owner) return 0;
     owner_ = *owner;
-    if (const auto told = appeared_; told && !owner_.empty()) told();
+    if (owner_.empty()) {
+        tellIfGone();
+    } else if (const auto told = appeared_) {
+        told();
+    }
     return 0;
+}
+
+void NameOwner::tellIfGone() const
+{
+    if (const auto told = gone_; told && owner_.empty()) told();
 }
 
 } // namespace velmora

@@ -47,6 +47,7 @@ XPCClient::XPCClient(EventLoop& loop, const Clock& clock, Log& log)
     : loop_(loop), clock_(clock), log_(log), complaints_(log, "XPCClient")
 {
     attempt("connect to the daemon", [&] { connect(loop); });
+    isDaemonMissing_ = !bus_;
 }
 
 XPCClient::~XPCClient() = default;
@@ -61,13 +62,22 @@ void XPCClient::connect(const EventLoop& loop)
 
 void XPCClient::followDaemon()
 {
-    daemon_.emplace(bus_.get(), wire::serviceName, [this] {
-        if (const auto told = onDaemonAppeared) told();
-    });
+    const auto appeared = [this] {
+        const auto told = onDaemonAppeared;
+        setDaemonMissing(false);
+        if (told) told();
+    };
+    daemon_.emplace(bus_.get(), wire::serviceName, appeared, [this] { setDaemonMissing(true); });
     const std::string rule = std::string("type='signal',sender='") + wire::serviceName + "',path='" +
                              wire::objectPath + "',interface='" + wire::client_protocol::interface +
                              "',member='" + wire::client_protocol::batteryStateDidChange.member() + "'";
     matches_.push_back(dbus::match(bus_.get(), rule, dbus::serve<XPCClient, &XPCClient::statePushed>, this));
+}
+
+void XPCClient::setDaemonMissing(bool isMissing)
+{
+    isDaemonMissing_ = isMissing;
+    if (const auto told = onDaemonPresence) told();
 }
 
 dbus::Message XPCClient::newCall(const wire::Message& message) const
@@ -188,6 +198,7 @@ int XPCClient::disconnected(sd_bus_message*)
 {
     log_.warning("XPCClient",
                  "the system bus hung up: the daemon is out of reach until Velmora starts again");
+    setDaemonMissing(true);
     return 0;
 }
 

@@ -36,6 +36,11 @@ public:
     /// Called when the daemon's name gains an owner: one that was not there when the client began, or a new
     /// one. What was asked of the one before may not have been answered.
     std::function<void()> onDaemonAppeared;
+    /// Called when `isDaemonMissing` may have changed.
+    std::function<void()> onDaemonPresence;
+
+    /// Nobody owns the daemon's name, or there is no bus. False while that is not known yet.
+    bool isDaemonMissing() const { return isDaemonMissing_; }
 
     void fetchCurrentState(StateHandler completion) override;
     /// A long history is read over several turns of the loop.
@@ -49,6 +54,7 @@ private:
 
     void connect(const EventLoop& loop);
     void followDaemon();
+    void setDaemonMissing(bool isMissing);
     dbus::Message newCall(const wire::Message& message) const;
     void send(dbus::Message call, ReplyHandler handler);
     template <typename Deed>
@@ -66,6 +72,7 @@ private:
     Complaints complaints_;
     dbus::Bus bus_;                   ///< null: there was no bus
     std::optional<NameOwner> daemon_; ///< the only one whose pushes count
+    bool isDaemonMissing_ = false;
     std::list<dbus::Slot> matches_;
     std::list<PendingCall> calls_;
     std::list<std::shared_ptr<HistoryReading>> readings_;

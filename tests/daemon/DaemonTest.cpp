@@ -241,6 +241,27 @@ TEST_F(DaemonTest, PushesWhatDiffersAtMostEveryTwoSecondsAndAlwaysTheLast)
     EXPECT_EQ(pushes.size(), 2U) << "nothing differs";
 }
 
+// A push with the limit before may be on its way to the one who sets another, and would be echoed.
+TEST_F(DaemonTest, WhoChangesASettingHearsOfItBeforeTheNextPushIsDue)
+{
+    loop->advance(10s);
+    battery(61, "Charging"); // a push goes out, the next is two seconds off
+    pushes.clear();
+    send(":1.1", {.customChargeLimit = 90});
+    EXPECT_TRUE(pushes.empty());
+    ASSERT_EQ(told.size(), 1U);
+    EXPECT_EQ(told.back().first, ":1.1");
+    EXPECT_EQ(told.back().second.customChargeLimit, 90);
+    send(":1.1", {.customChargeLimit = 90});
+    EXPECT_EQ(told.size(), 1U);
+    hardware.inlineWork = false; // the firmware takes its time, and meanwhile the push is due
+    send(":1.1", {.customChargeLimit = 70});
+    loop->advance(2s);
+    hardware.run();
+    ASSERT_EQ(pushes.size(), 1U);
+    EXPECT_EQ(pushes.back().customChargeLimit, 70);
+}
+
 // Rule four: without it a refused client shows what is not so, or its answer begins a quarrel without end.
 TEST_F(DaemonTest, ARefusedMessageChangesNothingAndItsSenderAloneHearsTheTruth)
 {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "FakeSensors.h"
+#include "FakeServices.h"
 #include "ManualClock.h"
 #include "ManualLoop.h"
 #include "ManualQueue.h"
@@ -25,6 +26,8 @@ struct FakePlatform {
     std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>();
     std::shared_ptr<FakePowerSources> powerSources = std::make_shared<FakePowerSources>();
     std::shared_ptr<FakeThermalLevel> thermalLevel = std::make_shared<FakeThermalLevel>();
+    std::shared_ptr<FakePreferences> preferences = std::make_shared<FakePreferences>();
+    std::shared_ptr<FakeServiceManager> serviceManager = std::make_shared<FakeServiceManager>();
     std::map<std::string, std::shared_ptr<ManualQueue>, std::less<>> queues; ///< by label, once asked for
 
 private:
@@ -40,6 +43,8 @@ public:
         platform.log = log;
         platform.powerSources = powerSources;
         platform.thermalLevel = thermalLevel;
+        platform.preferences = preferences;
+        platform.serviceManager = serviceManager;
         platform.makeWorkQueue = [this](std::string_view label) { return ManualQueue::handle(queue(label)); };
         platform.applicationSupportDirectories = {folder.path() / "support"};
         platform.temporaryDirectory = folder.path() / "tmp";

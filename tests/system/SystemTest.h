@@ -44,6 +44,7 @@ protected:
         return {{"VELMORA_SYSFS", tree()},
                 {"STATE_DIRECTORY", state()},
                 {"XDG_DATA_HOME", folder.path() / "data"},
+                {"XDG_CONFIG_HOME", folder.path() / "config"},
                 {"VELMORA_LOG", "stderr"}};
     }
 

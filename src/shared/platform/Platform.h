@@ -7,6 +7,8 @@
 #include "platform/Log.h"
 #include "platform/MainLoop.h"
 #include "platform/PowerSources.h"
+#include "platform/Preferences.h"
+#include "platform/ServiceManager.h"
 #include "platform/ThermalLevel.h"
 #include "platform/WorkQueue.h"
 
@@ -27,6 +29,8 @@ struct Platform {
     std::shared_ptr<Log> log;
     std::shared_ptr<PowerSources> powerSources;
     std::shared_ptr<ThermalLevel> thermalLevel;
+    std::shared_ptr<Preferences> preferences;
+    std::shared_ptr<ServiceManager> serviceManager;
     /// Makes a serial queue; `label` names its thread.
     std::function<std::unique_ptr<WorkQueue>(std::string_view label)> makeWorkQueue;
     /// The user's folders for what applications keep, best first; may be empty.

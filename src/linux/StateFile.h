@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <sys/types.h>
 
 namespace velmora {
 
@@ -18,7 +19,8 @@ namespace velmora {
 /// synced. One thread at a time.
 class StateFile {
 public:
-    StateFile(std::filesystem::path path, const Clock& clock, Log& log);
+    /// `mode` is the file's, before the process's mask.
+    StateFile(std::filesystem::path path, const Clock& clock, Log& log, mode_t mode = 0644);
 
     /// All of it; nothing where there is none or it cannot be read (a log line says why unless it is just
     /// absent).
@@ -35,6 +37,7 @@ private:
     int syncFolder() const;
 
     std::filesystem::path path_;
+    mode_t mode_;
     const Clock& clock_;
     Log& log_;
     Complaints complaints_;

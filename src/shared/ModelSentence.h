@@ -9,7 +9,7 @@
 
 namespace velmora {
 
-/// What the model shows, in words that a laptop owner understands: "76 %, charging on mains, 12 minutes to
+/// What the model shows, in words that a laptop owner understands: "76 %, charging, 12 minutes to
 /// the limit of 80 %".
 std::string sentence(const BatteryModel& model);
 

@@ -37,8 +37,8 @@ bool writeAll(int fd, std::string_view bytes)
 
 } // namespace
 
-StateFile::StateFile(std::filesystem::path path, const Clock& clock, Log& log)
-    : path_(std::move(path)), clock_(clock), log_(log), complaints_(log, category)
+StateFile::StateFile(std::filesystem::path path, const Clock& clock, Log& log, mode_t mode)
+    : path_(std::move(path)), mode_(mode), clock_(clock), log_(log), complaints_(log, category)
 {
 }
 
@@ -74,7 +74,7 @@ bool StateFile::write(std::string_view bytes)
 int StateFile::writeTemporary(const std::filesystem::path& temporary, std::string_view bytes) const
 {
     const int fd =
-        open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0644);
+        open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, mode_);
     if (fd < 0) return errno;
     int error = writeAll(fd, bytes) && fsync(fd) == 0 ? 0 : errno;
     if (close(fd) != 0 && error == 0) error = errno;

@@ -1,0 +1,111 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "DashboardTexts.h"
+
+#include <algorithm>
+
+namespace velmora::dashboard {
+
+namespace {
+
+constexpr std::int64_t workingOut = -2;
+constexpr double storageLevel = 50; // percent
+constexpr double nearlyFull = 99;
+
+std::string percent(double value)
+{
+    return menu_bar::percentageText(value);
+}
+
+/// What holds the battery at `limit`, and how that reads.
+struct Hold {
+    double limit;
+    const char* because;
+};
+
+std::string charging(const Situation& now, const Hold& hold)
+{
+    if (now.percentage < hold.limit) return "Charging to " + percent(hold.limit) + ": " + hold.because + ".";
+    return "Charging past the limit of " + percent(hold.limit) + ": the charger does not follow it yet.";
+}
+
+std::string resting(const Situation& now, const Hold& hold)
+{
+    const double resume = hold.limit - now.hysteresis;
+    if (now.percentage >= hold.limit + 1)
+        return "Not charging: the battery is above the limit of " + percent(hold.limit) + ".";
+    if (now.percentage >= hold.limit)
+        return "Holding at " + percent(hold.limit) + ": plugged in, limit reached.";
+    if (now.percentage >= resume)
+        return "Resting: plugged in, and charging begins again below " + percent(resume) + ".";
+    return "Plugged in, but the battery takes no charge right now.";
+}
+
+std::string held(const Situation& now, const Hold& hold)
+{
+    if (now.isOnBattery)
+        return "On battery: charging will stop at " + percent(hold.limit) + ", " + hold.because + ".";
+    return now.isCharging ? charging(now, hold) : resting(now, hold);
+}
+
+/// Where nothing holds the battery below full.
+std::string unheld(const Situation& now, const char* because)
+{
+    const std::string reason = because;
+    if (now.isOnBattery) return "On battery: charging will go on to 100%, " + reason + ".";
+    if (now.isCharging) return "Charging to 100%: " + reason + ".";
+    if (now.percentage >= nearlyFull) return "Full: plugged in, " + reason + ".";
+    return "Plugged in, but the battery takes no charge right now: " + reason + ".";
+}
+
+} // namespace
+
+std::string_view view(std::string_view identifier)
+{
+    const auto found = std::ranges::find(pages, identifier, &Page::identifier);
+    return found == pages.end() ? std::string_view{} : found->view;
+}
+
+std::string timeText(std::int64_t minutes)
+{
+    if (minutes < 60) return std::to_string(minutes) + "m";
+    return std::to_string(minutes / 60) + "h " + std::to_string(minutes % 60) + "m";
+}
+
+std::string statusLine(const Situation& now)
+{
+    if (!now.isCharging) {
+        if (now.timeToEmpty >= 1) return timeText(now.timeToEmpty) + " remaining";
+        return now.timeToEmpty == workingOut ? "Calculating remaining time..."
+                                             : "Live battery analytics and performance monitoring.";
+    }
+    if (now.isAutoProtectOn && now.timeToLimit >= 1)
+        return "Charging: " + timeText(now.timeToLimit) + " to limit";
+    if (now.timeToFull >= 1) return "Charging: " + timeText(now.timeToFull) + " to full";
+    return now.timeToFull == workingOut ? "Calculating time to full..." : "Charging...";
+}
+
+std::string limiterText(const Situation& now)
+{
+    if (now.isQuickChargeOn) return unheld(now, "quick charge is on");
+    if (now.isStorageModeOn) return held(now, {storageLevel, "storage mode is on"});
+    if (now.isAutoProtectOn && now.limit < 100) return held(now, {now.limit, "Auto-Protect is on"});
+    return unheld(now, "no limit is set");
+}
+
+std::string deviceStatus(const SharedBatteryState& device)
+{
+    if (device.isCharging)
+        return device.timeToFull >= 1 ? "Charging, " + timeText(device.timeToFull) + " to full" : "Charging";
+    if (device.powerSource != "Battery") return "Plugged in";
+    return device.timeToEmpty >= 1 ? "On battery, " + timeText(device.timeToEmpty) + " remaining"
+                                   : "On battery";
+}
+
+std::string deviceName(const SharedBatteryState& device)
+{
+    return device.deviceName && !device.deviceName->empty() ? *device.deviceName : "Unnamed machine";
+}
+
+} // namespace velmora::dashboard

@@ -1,0 +1,76 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "BatteryDataSource.h"
+#include "MenuBarTexts.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// What the dashboard says and which pages it has, from the model's values alone.
+namespace velmora::dashboard {
+
+/// A page and the sidebar's link to it.
+struct Page {
+    std::string_view section;
+    std::string_view title;
+    std::string_view icon; ///< symbol name
+    menu_bar::ThemeColor color;
+    std::string_view identifier;
+    std::string_view view; ///< the component that shows it
+};
+
+/// In the order of the sidebar; pages of a section stand together.
+inline constexpr std::array pages{
+    Page{"Intelligence", "Overview", "chart.bar.fill", menu_bar::ThemeColor::accent, "Overview",
+         "OverviewView"},
+    Page{"Intelligence", "Health Trends", "bolt.heart.fill", menu_bar::ThemeColor::batteryGreen, "Health",
+         "HealthTrendsView"},
+    Page{"Intelligence", "Thermal History", "thermometer", menu_bar::ThemeColor::orange, "Thermal",
+         "ThermalHistoryView"},
+    Page{"Intelligence", "Ecosystem Sync", "iphone.radiowaves.left.and.right", menu_bar::ThemeColor::blue,
+         "Ecosystem", "EcosystemView"},
+    Page{"Settings", "Thresholds", "slider.horizontal.3", menu_bar::ThemeColor::secondary, "Settings",
+         "ThresholdsView"},
+    Page{"Settings", "Notifications", "bell.badge.fill", menu_bar::ThemeColor::batteryDanger, "Notifications",
+         "NotificationsView"},
+};
+
+/// The component that shows this page; empty where there is no such page, which shows `placeholder`.
+std::string_view view(std::string_view identifier);
+
+inline constexpr std::string_view placeholder = "Select an item to view insights";
+
+/// "45m", "2h 5m".
+std::string timeText(std::int64_t minutes);
+
+/// What the battery does and what it was told to do.
+struct Situation {
+    double percentage = 50;
+    bool isCharging = false;
+    bool isOnBattery = false;
+    std::int64_t timeToFull = -1; ///< minutes; -1 unknown, -2 still being worked out
+    std::int64_t timeToEmpty = -1;
+    std::int64_t timeToLimit = -1;
+    bool isAutoProtectOn = true;
+    bool isQuickChargeOn = false;
+    bool isStorageModeOn = false;
+    double limit = 80;     ///< percent
+    double hysteresis = 2; ///< percentage points
+};
+
+/// Below the title of the overview.
+std::string statusLine(const Situation& now);
+
+/// One sentence: what the limiter does right now, and why.
+std::string limiterText(const Situation& now);
+
+/// What one of the user's machines does.
+std::string deviceStatus(const SharedBatteryState& device);
+std::string deviceName(const SharedBatteryState& device);
+
+} // namespace velmora::dashboard

@@ -1,0 +1,118 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "VelmoraProtocol.h"
+
+#include <array>
+#include <cstdint>
+
+/// What `velmora` serves on the session bus, declared once for it and for its windows: the model's face.
+namespace velmora::wire::face {
+
+inline constexpr auto serviceName = "app.velmora.Velmora";
+inline constexpr auto objectPath = "/app/velmora/Velmora";
+inline constexpr auto interface = "app.velmora.Model";
+
+enum class Access : std::uint8_t {
+    read,
+    write,   ///< a view may set it; it lives in the model alone
+    setting, ///< likewise, and the daemon is told at the end of the turn
+};
+
+/// How a change is announced.
+enum class News : std::uint8_t {
+    value,       ///< PropertiesChanged carries it
+    invalidated, ///< only its name: it is long, and who wants it asks
+};
+
+/// A property of the model under its own name. An optional is an array of at most one. A setting's number
+/// lies within `lowest` to `highest`.
+struct Property {
+    const char* name;
+    const char* type; ///< D-Bus signature
+    Access access = Access::read;
+    double lowest = 0;
+    double highest = 0;
+    News news = News::value;
+};
+
+inline constexpr std::array properties{
+    Property{"percentage", "d"},
+    Property{"chargingState", "s"}, ///< a raw text of velmora::ChargingState
+    Property{"isAppleRecommendedModeEnabled", "b", Access::setting},
+    Property{"isTemporaryOverrideEnabled", "b"},
+    Property{"isLimitReached", "b"}, ///< derived
+    Property{"thermalState", "s"},   ///< a raw text of ThermalMonitorService::ThermalState
+    Property{"powerSource", "s"},
+    Property{"timeToFull", "x"},
+    Property{"timeToEmpty", "x"},
+    Property{"timeToLimit", "x"},
+    Property{"isSimulationModeEnabled", "b", Access::write},
+    Property{"customChargeLimit", "d", Access::setting, 20, 100},
+    Property{"customHysteresis", "d", Access::setting, 0, 20},
+    Property{"isStorageModeEnabled", "b", Access::setting},
+    Property{"history", recordListType, Access::read, 0, 0, News::invalidated},
+    Property{"notifyOnLimit", "b", Access::setting},
+    Property{"notifyOnHeat", "b", Access::setting},
+    Property{"notifyOnCycle", "b", Access::setting},
+    Property{"notifyOnLowBattery", "b", Access::setting},
+    Property{"lowBatteryLimit", "d", Access::setting, 0, 100},
+    Property{"notifyOnPowerChange", "b", Access::setting},
+    Property{"lastCloudSyncDate", "ad"}, ///< seconds since 2001-01-01 UTC
+    Property{"fleetStates", recordListType, Access::read, 0, 0, News::invalidated},
+    Property{"selectedDeviceID", "as", Access::write},
+};
+
+/// The model's operations; no arguments, no result.
+inline constexpr std::array operations{
+    "fetchHistory",   "syncSettingsToDaemon",    "toggleAppleRecommendedMode",
+    "toggleCharging", "toggleTemporaryOverride",
+};
+
+/// Ends the resident application, windows included; an operation beside those of the model.
+inline constexpr auto quit = "Quit";
+
+/// The actions of org.freedesktop.Application on the same object.
+inline constexpr auto panelAction = "panel";
+inline constexpr auto dashboardAction = "dashboard";
+inline constexpr auto quitAction = "quit";
+
+} // namespace velmora::wire::face
+
+/// The installation of the daemon, beside the model under the same name; see velmora::InstallationManager.
+namespace velmora::wire::face::installation {
+
+inline constexpr auto objectPath = "/app/velmora/InstallationManager";
+inline constexpr auto interface = "app.velmora.InstallationManager";
+
+inline constexpr std::array properties{
+    Property{"isInstallationCompleted", "b"},
+    Property{"isInstalling", "b"},
+    Property{"installationProgress", "d"}, ///< 0 to 1
+    Property{"installationError", "as"},
+};
+
+/// Registers the daemon, unless that is under way; what comes of it, the properties tell.
+inline constexpr auto install = "install";
+
+} // namespace velmora::wire::face::installation
+
+/// What the windows' program serves on the session bus while it runs; its only caller is `velmora`.
+namespace velmora::wire::windows {
+
+inline constexpr auto serviceName = "app.velmora.Windows";
+inline constexpr auto objectPath = "/app/velmora/Windows";
+inline constexpr auto interface = "app.velmora.Windows";
+
+/// Show(s window): opens the window, or brings it to the front.
+inline constexpr auto show = "Show";
+/// Toggle(s window, i x, i y): a click at that place of the screen (pixels of the root window) opens the
+/// window there, or closes it.
+inline constexpr auto toggle = "Toggle";
+
+inline constexpr auto panel = "panel";
+inline constexpr auto dashboard = "dashboard";
+
+} // namespace velmora::wire::windows

@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <string_view>
+
+namespace velmora {
+
+/// What the user's applications remember of their choices, by key. Main thread only.
+class Preferences {
+public:
+    virtual ~Preferences() = default;
+
+    /// False where it was never set.
+    virtual bool boolean(std::string_view key) const = 0;
+
+    /// Holds at once, and over the next start unless the machine's power fails within moments. Never waits
+    /// for a disk.
+    virtual void set(std::string_view key, bool value) = 0;
+};
+
+/// The keys in use.
+namespace preference_key {
+inline constexpr std::string_view daemonInstalled = "Velmora_DaemonInstalled";
+inline constexpr std::string_view hasSeenVersionNotice = "hasSeenMacOS264Banner";
+} // namespace preference_key
+
+} // namespace velmora

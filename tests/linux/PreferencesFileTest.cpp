@@ -1,0 +1,107 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "PreferencesFile.h"
+
+#include "ManualClock.h"
+#include "ManualQueue.h"
+#include "RecordingLog.h"
+#include "TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace velmora {
+namespace {
+
+struct PreferencesFileTest : testing::Test {
+    TemporaryFolder home;
+    std::filesystem::path folder = home.path() / "config/velmora";
+    std::filesystem::path file = folder / "preferences.conf";
+    ManualClock clock{std::make_shared<ManualLoop>()};
+    RecordingLog log;
+    std::shared_ptr<ManualQueue> queue = std::make_shared<ManualQueue>();
+
+    /// Writes when told to, or at its end.
+    PreferencesFile open() { return {folder, ManualQueue::handle(queue), clock, log}; }
+    unsigned modeOf(const std::filesystem::path& path)
+    {
+        struct stat status {};
+        return stat(path.c_str(), &status) == 0 ? status.st_mode & 0777U : 0;
+    }
+};
+
+TEST_F(PreferencesFileTest, WhatIsSetHoldsAtOnceAndIsThereBeforeTheEnd)
+{
+    {
+        auto preferences = open();
+        EXPECT_FALSE(preferences.boolean("seen"));
+        preferences.set("seen", true);
+        preferences.set("installed", true);
+        preferences.set("installed", false);
+        EXPECT_TRUE(preferences.boolean("seen"));
+        EXPECT_FALSE(std::filesystem::exists(file)) << "the caller waits for no disk";
+    }
+    EXPECT_EQ(home.read(file), "installed=false\nseen=true\n");
+    EXPECT_EQ(modeOf(file), 0600U);
+    EXPECT_EQ(modeOf(folder), 0700U);
+    EXPECT_TRUE(open().boolean("seen"));
+    EXPECT_FALSE(open().boolean("installed"));
+    EXPECT_EQ(log.count(), 0U);
+}
+
+TEST_F(PreferencesFileTest, OfABrokenFileTheGoodPartIsTakenAndAllOfItIsKept)
+{
+    const struct {
+        const char* what;
+        std::string contents;
+    } cases[] = {
+        {"a line that is none", "good=true\nnonsense\n"},
+        {"a line without a key", "good=true\n=true\n"},
+        {"torn", "good=true\nha"},
+        {"noughts", std::string("good=true\nbad=\0\0\n", 17)},
+        {"not text", "good=true\n\xff\xfe=\n"},
+    };
+    for (const auto& [what, contents] : cases) {
+        SCOPED_TRACE(what);
+        log.clear();
+        std::filesystem::remove_all(folder);
+        home.write(file, contents);
+        auto preferences = open();
+        EXPECT_TRUE(preferences.boolean("good"));
+        EXPECT_EQ(log.count("set aside"), 1U);
+        EXPECT_EQ(log.count(), 1U);
+        ASSERT_FALSE(std::filesystem::exists(file));
+        EXPECT_EQ(home.read(std::filesystem::directory_iterator(folder)->path()), contents);
+    }
+    home.write(file, "later=1 2 3\ngood=maybe\n");
+    auto preferences = open();
+    EXPECT_FALSE(preferences.boolean("good"));
+    preferences.set("good", true);
+    queue->run();
+    EXPECT_EQ(home.read(file), "good=true\nlater=1 2 3\n") << "what a later version wrote stays";
+}
+
+TEST_F(PreferencesFileTest, AFileThatCannotBeWrittenIsALineInTheLogAndNothingLost)
+{
+    home.write("config/velmora", "where the folder should be");
+    auto preferences = open();
+    preferences.set("seen", true);
+    preferences.set("seen", true);
+    queue->run();
+    EXPECT_TRUE(preferences.boolean("seen"));
+    EXPECT_EQ(log.count(), 1U);
+    std::filesystem::remove(folder);
+    preferences.set("installed", true);
+    queue->run();
+    EXPECT_EQ(home.read(file), "installed=true\nseen=true\n") << "all of it, once it can be";
+
+    PreferencesFile homeless({}, ManualQueue::handle(queue), clock, log);
+    homeless.set("seen", true);
+    queue->run();
+    EXPECT_TRUE(homeless.boolean("seen"));
+    EXPECT_EQ(log.count(), 1U);
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,192 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "DashboardTexts.h"
+#include "HistoryTrends.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace velmora {
+namespace {
+
+constexpr double hour = 3600;
+constexpr double day = 24 * hour;
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double infinity = std::numeric_limits<double>::infinity();
+constexpr Date now{800'064'000}; // midnight, UTC
+
+TEST(DashboardTexts, StatusLineTellsTheTimesThatAreKnown)
+{
+    const struct {
+        bool isCharging, isLimited;
+        std::int64_t toLimit, toFull, toEmpty;
+        const char* line;
+    } cases[] = {
+        {false, true, 30, 30, 45, "45m remaining"},
+        {false, true, -1, -1, 125, "2h 5m remaining"},
+        {false, true, -1, -1, -2, "Calculating remaining time..."},
+        {false, true, -1, -1, -1, "Live battery analytics and performance monitoring."},
+        {false, true, -1, -1, 0, "Live battery analytics and performance monitoring."},
+        {true, true, 21, 60, -1, "Charging: 21m to limit"},
+        {true, false, 21, 60, -1, "Charging: 1h 0m to full"},
+        {true, true, 0, 59, -1, "Charging: 59m to full"},
+        {true, true, -1, -2, -1, "Calculating time to full..."},
+        {true, true, -1, -1, -2, "Charging..."},
+    };
+    for (const auto& [isCharging, isLimited, toLimit, toFull, toEmpty, line] : cases)
+        EXPECT_EQ(dashboard::statusLine({.isCharging = isCharging,
+                                         .timeToFull = toFull,
+                                         .timeToEmpty = toEmpty,
+                                         .timeToLimit = toLimit,
+                                         .isAutoProtectOn = isLimited}),
+                  line);
+}
+
+TEST(DashboardTexts, LimiterSaysWhatHoldsTheBattery)
+{
+    using Now = dashboard::Situation;
+    const std::pair<Now, const char*> cases[] = {
+        {{.percentage = 80}, "Holding at 80%: plugged in, limit reached."},
+        {{.percentage = 81}, "Not charging: the battery is above the limit of 80%."},
+        {{.percentage = 79}, "Resting: plugged in, and charging begins again below 78%."},
+        {{.percentage = 60}, "Plugged in, but the battery takes no charge right now."},
+        {{.percentage = 60, .isCharging = true}, "Charging to 80%: Auto-Protect is on."},
+        {{.percentage = 85, .isCharging = true},
+         "Charging past the limit of 80%: the charger does not follow it yet."},
+        {{.isOnBattery = true}, "On battery: charging will stop at 80%, Auto-Protect is on."},
+        {{.percentage = 50, .isStorageModeOn = true}, "Holding at 50%: plugged in, limit reached."},
+        {{.isCharging = true, .isQuickChargeOn = true, .isStorageModeOn = true},
+         "Charging to 100%: quick charge is on."},
+        {{.percentage = 99.5, .limit = 100}, "Full: plugged in, no limit is set."},
+        {{.isOnBattery = true, .isAutoProtectOn = false},
+         "On battery: charging will go on to 100%, no limit is set."},
+    };
+    for (const auto& [situation, sentence] : cases) EXPECT_EQ(dashboard::limiterText(situation), sentence);
+}
+
+HSHistorySnapshot sample(double age, double health, double level = 60, const char* state = "Nominal")
+{
+    return {now + -age, level, health, state, false};
+}
+
+/// A sample every six hours for so many days up to now, whose health falls by `perMonth` points in 30 days
+/// from `first` on. Runs of five days lie `wobble` points
+/// below, others do not.
+trends::Samples ageing(int days, double perMonth, double wobble = 0, double first = 95)
+{
+    trends::Samples samples;
+    for (int i = 0; i < days * 4; ++i)
+        samples.push_back(
+            sample((days - i / 4.0) * day, first - perMonth * i / 120 - (i / 20 % 2 == 0 ? 0 : wobble)));
+    return samples;
+}
+
+TEST(HistoryTrends, UsesWhatCanBeShownInOrderOfTime)
+{
+    const trends::Samples history{sample(2 * hour, 90),  sample(3 * hour, 91, 60, "Lukewarm"),
+                                  sample(nan, 90),       sample(infinity, 90),
+                                  sample(-infinity, 90), sample(-2 * day, 90),
+                                  sample(1e300, 90),     sample(hour, nan),
+                                  sample(hour, 0),       sample(hour, 1e308),
+                                  sample(hour, 90, nan), sample(hour, 90, 101)};
+    EXPECT_EQ(trends::usable(history, now), (trends::Samples{sample(3 * hour, 91), sample(2 * hour, 90)}));
+}
+
+TEST(HistoryTrends, WindowsEndNowAndFindTheNearestSample)
+{
+    const trends::Samples samples{sample(40 * day, 95), sample(8 * day, 94), sample(2 * day, 93),
+                                  sample(hour, 92)};
+    const std::pair<trends::Range, std::size_t> cases[] = {{trends::Range::day, 1},
+                                                           {trends::Range::week, 2},
+                                                           {trends::Range::month, 3},
+                                                           {trends::Range::all, 4}};
+    for (const auto& [range, count] : cases)
+        EXPECT_EQ(trends::window(samples, range, now).samples.size(), count);
+    EXPECT_GE(trends::window({sample(0, 90)}, trends::Range::all, now).from, now + -hour);
+    EXPECT_GT(now, trends::window({}, trends::Range::all, now).from);
+
+    EXPECT_EQ(trends::nearest({}, now), std::nullopt);
+    for (const auto& [age, index] : {std::pair(99 * day, 0U), {25 * day, 0U}, {9 * day, 1U}, {-day, 3U}})
+        EXPECT_EQ(trends::nearest(samples, now + -age), index) << age / day;
+}
+
+TEST(HistoryTrends, ASampleSpeaksForItsStateUntilTheNextOneAndAnHourAtMost)
+{
+    const trends::Samples samples{sample(25 * hour, 90, 60, "Critical"),
+                                  sample(24.5 * hour, 90, 60, "Serious"), sample(3 * hour, 90),
+                                  sample(2.5 * hour, 90), sample(0.5 * hour, 90, 60, "Fair")};
+    const auto bands = trends::bands(samples, trends::window(samples, trends::Range::day, now));
+    std::string told;
+    for (const auto& [from, to, state] : bands)
+        told += std::string(ThermalMonitorService::rawValue(state)) + " " +
+                std::to_string(std::lround((now - from) / 60)) + "-" +
+                std::to_string(std::lround((now - to) / 60)) + "; ";
+    EXPECT_EQ(told, "Serious 1440-1410; Nominal 180-90; Fair 30-0; ");
+    EXPECT_EQ(trends::shares(bands), (std::array{0.6, 0.2, 0.2, 0.0}));
+    EXPECT_EQ(trends::shares({}), (std::array{0.0, 0.0, 0.0, 0.0}));
+    EXPECT_EQ(trends::shareText(0.004) + trends::shareText(0.996) + trends::shareText(1), "<1%>99%100%");
+}
+
+TEST(HistoryTrends, ForecastSaysHowLongAndHowSurely)
+{
+    const struct {
+        const char* what;
+        trends::Samples samples;
+        const char *fit, *headline, *detail;
+    } cases[] = {
+        {"nothing", {}, "–", "Not known yet", "A forecast needs samples from more than a week."},
+        {"two days", ageing(2, 1), "–", "Not known yet", "A forecast needs samples from more than a week."},
+        {"six days", ageing(6, 1), "-1.0 ± 0.0% / mo", "Not known yet",
+         "A forecast needs samples from more than a week."},
+        {"an even loss", ageing(30, 1), "-1.0 ± 0.0% / mo", "In about 14 months",
+         "Health reaches 80% in about 14 months. First and last sample alone: 14 months."},
+        {"days differ", ageing(60, 3, 1), "-3.1 ± 0.6% / mo", "In about 3 months",
+         "Health reaches 80% in 2 to 3 months. First and last sample alone: 2 months."},
+        {"they differ by more than it ages", ageing(20, 1, 1), "-2.1 ± 19.4% / mo", "No loss that stands out",
+         "The change is smaller than its uncertainty. At the fastest likely pace 80% is a month away. First "
+         "and "
+         "last sample alone: 5 months."},
+        {"never recalibrated", ageing(60, 0), "0.0 ± 0.0% / mo", "No loss so far",
+         "Health has not fallen since the first sample."},
+        {"hardly any", ageing(60, 0.1), "-0.1 ± 0.0% / mo", "In more than five years",
+         "Health reaches 80% that late even at the fastest likely pace."},
+        {"worn", ageing(30, 1, 0, 79), "-1.0 ± 0.0% / mo", "Due now",
+         "Health is about 78.0%, and a battery is worn at 80%."},
+    };
+    for (const auto& [what, samples, fit, headline, detail] : cases) {
+        SCOPED_TRACE(what);
+        const auto line = trends::fit(samples);
+        const auto forecast = trends::forecast(samples, line);
+        EXPECT_EQ(trends::fitText(line), fit);
+        EXPECT_EQ(forecast.headline, headline);
+        EXPECT_EQ(forecast.detail, detail);
+    }
+}
+
+TEST(HistoryTrends, ScaleHoldsEverySampleBetweenAFewRoundMarks)
+{
+    const std::pair<double, double> cases[] = {
+        {100, 100}, {98.2, 99.5}, {84.3, 99.5}, {0.1, 150}, {0.1, 0.2}};
+    for (const auto& [low, high] : cases) {
+        const auto [lowest, highest, step] = trends::healthScale({sample(0, high), sample(0, low)});
+        EXPECT_LE(lowest, low);
+        EXPECT_GE(highest, high);
+        EXPECT_GE(lowest, 0);
+        EXPECT_EQ(std::remainder(lowest, step), 0);
+        EXPECT_LE((highest - lowest) / step, 6) << low;
+        EXPECT_GE((highest - lowest) / step, 2) << low;
+    }
+}
+
+TEST(HistoryTrends, TableIsPlainAndInUtc)
+{
+    EXPECT_EQ(trends::csv({{Date{0}, 72.125, 98.4, "Fair", true}, {Date{86'399.9}, 7, 98, "Nominal", false}}),
+              "time,percentage,health,thermalState,isCharging\n"
+              "2001-01-01T00:00:00Z,72.12,98.40,Fair,true\n"
+              "2001-01-01T23:59:59Z,7.00,98.00,Nominal,false\n");
+}
+
+} // namespace
+} // namespace velmora
