@@ -50,7 +50,7 @@ void take(LaptopOptions& options, int letter)
         options.driver = optarg;
         break;
     case 's':
-        options.speed = number("speed", 0, 3600);
+        options.speed = number("speed", 1, 3600);
         break;
     case 'p':
         options.level = number("level", 0, 100);
@@ -119,7 +119,7 @@ std::string LaptopOptions::usage()
            "  --driver NAME        whose rules the thresholds follow: " +
            listed(drivers) +
            "\n"
-           "  --speed N            N seconds pass in one (160)\n"
+           "  --speed N            N seconds pass in one, 1 to 3600 (160)\n"
            "  --level PERCENT      charge at the beginning\n"
            "  --unplugged          begin on battery\n"
            "  --load WATTS         what the machine draws\n"

@@ -1,9 +1,15 @@
 # The Debian packages that Velmora is built, run and tested with, and how it is built. Sourced by ./run, ./test and
 # ./bench/run.
 
-build_packages=(g++ cmake ninja-build pkg-config libsystemd-dev nlohmann-json3-dev libfuse3-dev)
-run_packages=(dbus fuse3)
-test_packages=(libgtest-dev libgmock-dev clang-format)
+build_packages=(g++ cmake ninja-build pkg-config libsystemd-dev nlohmann-json3-dev libfuse3-dev libxcb1-dev
+    qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev)
+run_packages=(dbus systemd fuse3 qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
+    qml6-module-qtquick qml6-module-qtquick-layouts qml6-module-qtquick-templates)
+screen_packages=(xvfb xauth) # where there is no display
+picture_packages=(imagemagick xdotool) # for a picture of it with the panel that a click opens
+tray_programs=(cbatticon fdpowermon lxqt-powermanagement xfce4-power-manager) # what Velmora is measured beside
+test_packages=(libgtest-dev libgmock-dev clang-format xvfb xauth xdotool at-spi2-core gir1.2-atspi-2.0 python3-gi
+    openbox tint2 systemd polkitd)
 all_packages=(clang clang-tidy libclang-rt-14-dev)
 
 # need PACKAGE... : installs those that are missing, and calls apt only if there are any.
@@ -27,13 +33,14 @@ need() {
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
-# build PRESET [CMAKE-OPTION...] : configures and builds all; what the tools say is shown only where it fails.
+# [target=TARGET] build PRESET [CMAKE-OPTION...] : configures and builds the target, all without one; what the tools say
+# is shown only where it fails.
 build() {
     local preset=$1 log
     shift
     log=$(mktemp)
     echo "Building ($preset) ..."
-    if ! { cmake --preset "$preset" "$@" && cmake --build --preset "$preset"; } >"$log" 2>&1; then
+    if ! { cmake --preset "$preset" "$@" && cmake --build --preset "$preset" ${target:+--target "$target"}; } >"$log" 2>&1; then
         cat "$log" >&2
         rm -f "$log"
         echo "The build failed; see above." >&2

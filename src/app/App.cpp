@@ -5,8 +5,6 @@
 
 #include "BatteryHardwareService.h"
 
-#include <csignal>
-
 namespace velmora {
 
 App::App(LinuxPlatform& platform)
@@ -15,15 +13,9 @@ App::App(LinuxPlatform& platform)
 {
     // A daemon that starts pushes its state by itself, but not its history.
     client_->onDaemonAppeared = [this] { model_.fetchHistory(); };
-}
-
-int runApp()
-{
-    LinuxPlatform platform("velmora");
-    platform.loop().stopOn({SIGTERM, SIGINT});
-    const App app(platform);
-    platform.loop().run();
-    return 0;
+    client_->onDaemonPresence = [this] {
+        if (const auto told = onDaemonPresence) told();
+    };
 }
 
 } // namespace velmora

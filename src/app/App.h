@@ -7,24 +7,27 @@
 #include "LinuxPlatform.h"
 #include "XPCClient.h"
 
+#include <functional>
 #include <memory>
 
 namespace velmora {
 
-/// The resident application: the one model of this run, and the services that feed it, created in the order
-/// in which they need each other. Main thread only.
+/// What the resident application knows: the one model of this run, and the services that feed it, created in
+/// the order in which they need each other. Main thread only.
 class App {
 public:
     explicit App(LinuxPlatform& platform);
 
     BatteryModel& model() { return model_; }
 
+    /// Nobody serves the battery: the model shows what it began with, or what it last heard.
+    bool isDaemonMissing() const { return client_->isDaemonMissing(); }
+    /// Called when that may have changed.
+    std::function<void()> onDaemonPresence;
+
 private:
     std::shared_ptr<XPCClient> client_;
     BatteryModel model_;
 };
-
-/// Runs velmora until SIGTERM or SIGINT; returns the exit status.
-int runApp();
 
 } // namespace velmora

@@ -1,15 +1,18 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "App.h"
+#include "Heap.h"
+#include "Shell.h"
 
 #include <cstdio>
 
 int main(int argc, char** argv)
 {
-    if (argc > 1) {
-        std::fprintf(stderr, "%s takes no arguments. See README.md.\n", argv[0]);
-        return 2;
+    const auto errand = velmora::errandOf(argc, argv);
+    if (!errand || errand == velmora::Errand::help) {
+        std::fputs(velmora::usage, errand ? stdout : stderr);
+        return errand ? 0 : 2;
     }
-    return velmora::runApp();
+    velmora::keepHeapSmall();
+    return velmora::runApplication(*errand);
 }

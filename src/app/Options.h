@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+namespace velmora {
+
+/// What a person asks velmora for when starting it.
+enum class Errand : std::uint8_t {
+    run,       ///< be there; the panel where there is no tray icon to open it
+    panel,     ///< open the panel
+    dashboard, ///< open the dashboard
+    quit,      ///< end the one that runs
+    help,      ///< say how it is started
+};
+
+inline constexpr auto usage = "usage: velmora [--panel | --dashboard | --quit]\n";
+
+/// Nothing for arguments that make no sense.
+std::optional<Errand> errandOf(int argc, const char* const* argv);
+
+} // namespace velmora

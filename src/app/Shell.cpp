@@ -1,0 +1,133 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "Shell.h"
+
+#include "TrayFaceOf.h"
+
+#include <csignal>
+#include <cstdio>
+#include <utility>
+
+namespace velmora {
+
+namespace {
+
+/// Both kinds of tray have been tried by then.
+constexpr auto trayPatience = 2 * TrayIcon::usualPatience + std::chrono::seconds{1};
+
+} // namespace
+
+Shell::Shell(LinuxPlatform& platform, App& app, SessionBus& session, std::filesystem::path windows)
+    : loop_(platform.loop()),
+      app_(app),
+      windows_(loop_, session.handle(), platform.clock(), platform.log(), std::move(windows)),
+      tray_(loop_, session.handle(), platform.log())
+{
+    if (sd_bus* bus = session.handle()) serve(bus);
+    // What a session's programs do when it ends. The daemon goes on protecting.
+    session.onLost = [this] { loop_.stop(); };
+    wireTray();
+    app_.onDaemonPresence = [this] { showFaceSoon(); };
+    modelChanges_ = app_.model().willChange.observe([this] { showFaceSoon(); });
+    readings_ = app_.model().percentage.observe([this](double) { hasReading_ = true; });
+    showFace();
+}
+
+void Shell::serve(sd_bus* bus)
+{
+    model_.emplace(loop_, bus, app_.model());
+    model_->onQuit = [this] { loop_.stop(); };
+    // Now rather than when it is first asked for: a window shall not begin with the wrong one of its two
+    // views.
+    installation_.emplace(loop_, bus, Platform::current().singleton<InstallationManager>());
+    application_.emplace(bus);
+    application_->onActivate = [this](const std::string& token) { startedAgain(token); };
+    application_->onPanel = [this](const std::string& token) { open(wire::windows::panel, token); };
+    application_->onDashboard = [this](const std::string& token) { open(wire::windows::dashboard, token); };
+    application_->onQuit = [this] { loop_.stop(); };
+}
+
+void Shell::wireTray()
+{
+    tray_.onActivate = [this](std::optional<ScreenPoint> at) { togglePanel(at); };
+    tray_.onOpenPanel = [this] { open(wire::windows::panel, tray_.takeActivationToken()); };
+    tray_.onLaunchDashboard = [this] { open(wire::windows::dashboard, tray_.takeActivationToken()); };
+    tray_.onQuit = [this] { loop_.stop(); };
+    tray_.onNoHost = [this] { hasNoTray_ = true; };
+}
+
+void Shell::begin(Errand errand)
+{
+    if (errand == Errand::panel) open(wire::windows::panel, "");
+    if (errand == Errand::dashboard) open(wire::windows::dashboard, "");
+}
+
+void Shell::open(const char* window, std::string token)
+{
+    app_.model().fetchHistory();
+    windows_.request({.window = window, .token = std::move(token)});
+}
+
+void Shell::togglePanel(std::optional<ScreenPoint> at)
+{
+    app_.model().fetchHistory();
+    windows_.request(
+        {.window = wire::windows::panel, .isToggle = true, .at = at, .token = tray_.takeActivationToken()});
+}
+
+void Shell::startedAgain(const std::string& token)
+{
+    if (tray_.isShown()) return; // its owner sees it
+    if (hasNoTray_) return open(wire::windows::panel, token);
+    // A tray may be about to show it.
+    reopening_ = loop_.after(trayPatience, [this, token] {
+        if (!tray_.isShown()) open(wire::windows::panel, token);
+    });
+}
+
+void Shell::showFaceSoon()
+{
+    if (std::exchange(isFaceDue_, true)) return;
+    loop_.post(lifetime_.guard([this] {
+        isFaceDue_ = false;
+        showFace();
+    }));
+}
+
+void Shell::showFace()
+{
+    using enum Knowledge;
+    const auto knowledge = app_.isDaemonMissing() ? daemonMissing : hasReading_ ? live : awaited;
+    tray_.show(trayFaceOf(app_.model(), knowledge));
+}
+
+namespace {
+
+/// The windows' program stands beside this one.
+std::filesystem::path windowsProgram()
+{
+    std::error_code error;
+    const auto self = std::filesystem::read_symlink("/proc/self/exe", error);
+    return self.parent_path() / "velmora-ui";
+}
+
+} // namespace
+
+int runApplication(Errand errand)
+{
+    LinuxPlatform platform("velmora");
+    platform.loop().stopOn({SIGTERM, SIGINT});
+    SessionBus session(platform.loop(), platform.log());
+    if (platform.loop().isOver()) return 0;
+    if (session.standing() == SessionBus::Standing::second) return session.forward(errand) ? 0 : 1;
+    if (errand != Errand::run && !session.handle()) return 1; // the log says why
+    if (errand == Errand::quit) return 0;                     // nobody runs who could
+    App app(platform);
+    Shell shell(platform, app, session, windowsProgram());
+    shell.begin(errand);
+    platform.loop().run();
+    return 0;
+}
+
+} // namespace velmora

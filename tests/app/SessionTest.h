@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "DBus.h"
+#include "FakeDaemonClient.h"
+#include "FakePlatform.h"
+#include "LoopTest.h"
+#include "ModelFace.h"
+#include "PrivateBus.h"
+
+#include <cstdlib>
+#include <string>
+
+namespace velmora {
+
+/// A session bus of one's own, with the application's end and a stranger's on it, both served by `loop`.
+class SessionTest : public LoopTest {
+protected:
+    SessionTest()
+    {
+        setenv("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str(), 1);
+        application = dbus::openSessionBus(loop);
+        stranger = dbus::openSessionBus(loop);
+        own(application.get(), wire::face::serviceName);
+    }
+    ~SessionTest() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
+
+    static void own(sd_bus* connection, const char* name)
+    {
+        dbus::check(sd_bus_request_name(connection, name, 0), name);
+    }
+
+    /// A call of the stranger's to the application; the test appends the arguments.
+    dbus::Message call(const char* interface, const char* member,
+                       const char* path = wire::face::objectPath) const
+    {
+        sd_bus_message* made = nullptr;
+        dbus::check(sd_bus_message_new_method_call(stranger.get(), &made, wire::face::serviceName, path,
+                                                   interface, member),
+                    member);
+        return dbus::Message(made);
+    }
+
+    /// Serves until the answer is there; `lastError` is the name of the error that it is.
+    std::shared_ptr<sd_bus_message> ask(const dbus::Message& message)
+    {
+        std::shared_ptr<sd_bus_message> answer;
+        const auto keep = [](sd_bus_message* reply, void* into, sd_bus_error*) {
+            *static_cast<std::shared_ptr<sd_bus_message>*>(into) = dbus::keep(reply);
+            return 1;
+        };
+        sd_bus_slot* slot = nullptr;
+        dbus::check(sd_bus_call_async(stranger.get(), &slot, message.get(), keep, &answer, 0), "call");
+        const dbus::Slot kept(slot);
+        EXPECT_TRUE(eventually([&] { return answer != nullptr; }));
+        const auto* error = sd_bus_message_get_error(answer.get());
+        lastError = error ? error->name : "";
+        return answer;
+    }
+
+    PrivateBus bus;
+    dbus::Bus application, stranger;
+    std::string lastError;
+};
+
+} // namespace velmora

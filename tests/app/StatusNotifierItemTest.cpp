@@ -1,0 +1,227 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "LoopTest.h"
+#include "PrivateBus.h"
+#include "RecordingLog.h"
+#include "TrayHost.h"
+#include "TrayIcon.h"
+
+#include <cstdlib>
+#include <gmock/gmock.h>
+
+namespace velmora {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr auto itemPath = "/StatusNotifierItem", itemInterface = "org.kde.StatusNotifierItem";
+constexpr auto menuPath = "/MenuBar", menuInterface = "com.canonical.dbusmenu";
+constexpr auto properties = "org.freedesktop.DBus.Properties";
+
+class StatusNotifierItemTest : public LoopTest {
+protected:
+    StatusNotifierItemTest()
+    {
+        unsetenv("DISPLAY");
+        icon.onNoHost = [this] { events.emplace_back("no host"); };
+        icon.onOpenPanel = [this] { events.emplace_back("panel"); };
+        icon.onLaunchDashboard = [this] { events.emplace_back("dashboard"); };
+        icon.onQuit = [this] { events.emplace_back("quit"); };
+        icon.onActivate = [this](auto at) {
+            events.push_back(at ? std::to_string(at->x) + "," + std::to_string(at->y) : "somewhere");
+        };
+    }
+
+    void showIcon()
+    {
+        host.appear();
+        ASSERT_TRUE(eventually([&] { return icon.isShown(); }));
+        events.clear();
+    }
+
+    /// The icon's answer: null for an error.
+    template <typename... Arguments>
+    dbus::Message ask(const char* path, const char* interface, const char* member, const char* types,
+                      Arguments... arguments)
+    {
+        sd_bus_message* call = nullptr;
+        const char* item = nullptr;
+        sd_bus_get_unique_name(session.get(), &item);
+        dbus::check(sd_bus_message_new_method_call(host.bus(), &call, item, path, interface, member), member);
+        const dbus::Message owned(call);
+        dbus::check(sd_bus_message_append(call, types, arguments...), member);
+        const auto keep = [](sd_bus_message* reply, void* kept, sd_bus_error*) {
+            static_cast<dbus::Message*>(kept)->reset(sd_bus_message_ref(reply));
+            return 0;
+        };
+        dbus::Message reply;
+        dbus::check(sd_bus_call_async(host.bus(), nullptr, call, keep, &reply, 0), member);
+        EXPECT_TRUE(eventually([&] { return reply != nullptr; })) << member;
+        if (reply && sd_bus_message_is_method_error(reply.get(), nullptr)) reply.reset();
+        return reply;
+    }
+
+    std::string text(const char* property)
+    {
+        const auto reply = ask(itemPath, properties, "Get", "ss", itemInterface, property);
+        const char* value = nullptr;
+        return reply && sd_bus_message_read(reply.get(), "v", "s", &value) > 0 ? value : "nothing";
+    }
+
+    PrivateBus bus;
+    RecordingLog log;
+    dbus::Bus session = dbus::openSystemBus(loop);
+    TrayHost host{loop};
+    std::vector<std::string> events;
+    TrayIcon icon{loop, session.get(), log, std::chrono::milliseconds{10}};
+};
+
+TEST_F(StatusNotifierItemTest, IsShownWhileAHostIsThere)
+{
+    EXPECT_TRUE(eventually([&] { return !events.empty(); }));
+    EXPECT_THAT(events, ElementsAre("no host"));
+    host.hasHost = false;
+    host.appear();
+    ASSERT_TRUE(eventually([&] { return host.items.size() == 1; }));
+    ASSERT_EQ(text("Id"), "velmora");
+    EXPECT_FALSE(icon.isShown());
+
+    host.hasHost = true;
+    host.say("StatusNotifierHostRegistered");
+    EXPECT_TRUE(eventually([&] { return icon.isShown(); }));
+    host.hasHost = false;
+    host.say("StatusNotifierHostUnregistered");
+    EXPECT_TRUE(eventually([&] { return !icon.isShown(); }));
+
+    host.hasHost = true;
+    host.disappear();
+    showIcon();
+    EXPECT_EQ(host.items.size(), 2);
+    bus.stop();
+    EXPECT_TRUE(eventually([&] { return !icon.isShown(); }));
+    EXPECT_THAT(events, ElementsAre());
+    EXPECT_EQ(log.count("no tray"), 1);
+}
+
+TEST_F(StatusNotifierItemTest, StaysCalmWithAWatcherThatDoesNot)
+{
+    showIcon();
+    for (int i = 0; i < 100; ++i) host.say("StatusNotifierHostRegistered");
+    host.hasHost = false;
+    host.say("StatusNotifierHostUnregistered");
+    EXPECT_TRUE(eventually([&] { return !icon.isShown(); })) << "the last word counts";
+    EXPECT_LT(host.questions, 50);
+
+    host.hasHost = true;
+    for (int flap = 0; flap < 2; ++flap) {
+        host.disappear();
+        host.refuses = true;
+        host.items.clear();
+        host.appear();
+        EXPECT_TRUE(eventually([&] { return host.items.size() == 1; }));
+        host.disappear();
+        host.refuses = false;
+        showIcon();
+    }
+    EXPECT_EQ(log.count("takes no icon: not on my panel"), 1U);
+}
+
+TEST_F(StatusNotifierItemTest, DescribesItselfAsHostsExpect)
+{
+    icon.show({62, true, "62 % \xff"}); // not UTF-8: the bus would hang up on it
+    showIcon();
+    EXPECT_EQ(text("Status"), "Active");
+    EXPECT_EQ(text("IconName"), "velmora-tray-060-charging-symbolic");
+    EXPECT_TRUE(ask(itemPath, properties, "GetAll", "s", itemInterface));
+    EXPECT_TRUE(ask(menuPath, properties, "GetAll", "s", menuInterface));
+
+    const auto tip = ask(itemPath, properties, "Get", "ss", itemInterface, "ToolTip");
+    const char *title = nullptr, *sentence = nullptr;
+    ASSERT_GT(sd_bus_message_read(tip.get(), "v", "(sa(iiay)ss)", nullptr, 0, &title, &sentence), 0);
+    EXPECT_STREQ(sentence, "62 % ?");
+
+    const auto pictures = ask(itemPath, properties, "Get", "ss", itemInterface, "IconPixmap");
+    ASSERT_GT(sd_bus_message_enter_container(pictures.get(), 'v', "a(iiay)"), 0);
+    ASSERT_GT(sd_bus_message_enter_container(pictures.get(), 'a', "(iiay)"), 0);
+    std::vector<int> sizes;
+    while (sd_bus_message_enter_container(pictures.get(), 'r', "iiay") > 0) {
+        int width = 0, height = 0;
+        std::size_t bytes = 0;
+        const void* data = nullptr;
+        sd_bus_message_read(pictures.get(), "ii", &width, &height);
+        sd_bus_message_read_array(pictures.get(), 'y', &data, &bytes);
+        EXPECT_EQ(bytes, static_cast<std::size_t>(4 * width * height));
+        EXPECT_EQ(static_cast<const unsigned char*>(data)[0], 0); // alpha comes first; the corner has none
+        sizes.push_back(width);
+        sd_bus_message_exit_container(pictures.get());
+    }
+    EXPECT_THAT(sizes, ElementsAre(16, 22, 24, 32, 48));
+}
+
+TEST_F(StatusNotifierItemTest, TellsOnlyWhatChanged)
+{
+    showIcon();
+    icon.show({50, false, "half"});
+    icon.show({50, false, "half"});
+    icon.show({50.2, false, "half"});
+    icon.show({50.2, true, "half"});
+    icon.show({50.2, true, "half, charging"});
+    icon.show({51, true, "half, charging"});
+    EXPECT_TRUE(eventually([&] { return host.news.size() >= 5; }));
+    EXPECT_THAT(host.news, ElementsAre("NewIcon", "NewToolTip", "NewIcon", "NewToolTip", "NewIcon"));
+}
+
+TEST_F(StatusNotifierItemTest, ClicksTellWhereTheyWere)
+{
+    showIcon();
+    EXPECT_TRUE(ask(itemPath, itemInterface, "ProvideXdgActivationToken", "s", "token"));
+    EXPECT_TRUE(ask(itemPath, itemInterface, "Activate", "ii", 1269, 14));
+    EXPECT_TRUE(ask(itemPath, itemInterface, "SecondaryActivate", "ii", 0, 0));
+    EXPECT_TRUE(ask(itemPath, itemInterface, "ContextMenu", "ii", -5, 2'000'000'000));
+    EXPECT_TRUE(ask(itemPath, itemInterface, "Scroll", "is", 120, "vertical"));
+    EXPECT_THAT(events, ElementsAre("1269,14", "somewhere", "-5,2000000000"));
+    EXPECT_EQ(icon.takeActivationToken(), "token");
+}
+
+TEST_F(StatusNotifierItemTest, OffersAMenu)
+{
+    showIcon();
+    const auto layout = ask(menuPath, menuInterface, "GetLayout", "iias", 0, -1, 0);
+    ASSERT_TRUE(layout);
+    unsigned revision = 0;
+    dbus::check(sd_bus_message_read(layout.get(), "u", &revision), "revision");
+    dbus::check(sd_bus_message_enter_container(layout.get(), 'r', "ia{sv}av"), "root");
+    dbus::check(sd_bus_message_skip(layout.get(), "ia{sv}"), "root");
+    dbus::check(sd_bus_message_enter_container(layout.get(), 'a', "v"), "children");
+    std::vector<std::string> entries;
+    int id = 0;
+    const char *name = nullptr, *value = nullptr;
+    while (sd_bus_message_read(layout.get(), "v", "(ia{sv}av)", &id, 1, &name, "s", &value, 0) > 0)
+        entries.push_back(std::to_string(id) + " " + name + " " + value);
+    EXPECT_THAT(entries, ElementsAre("1 label Open Velmora", "2 label Launch Dashboard", "3 type separator",
+                                     "4 label Quit Velmora"));
+
+    EXPECT_TRUE(ask(menuPath, menuInterface, "AboutToShowGroup", "ai", 2, 0, 77));
+    EXPECT_TRUE(ask(menuPath, menuInterface, "Event", "isvu", 2, "clicked", "i", 0, 0));
+    EXPECT_TRUE(ask(menuPath, menuInterface, "Event", "isvu", 1, "hovered", "i", 0, 0));
+    EXPECT_TRUE(ask(menuPath, menuInterface, "EventGroup", "a(isvu)", 4, 1, "clicked", "i", 0, 0, 1,
+                    "clicked", "s", "", 0, 99, "clicked", "i", 0, 0, 4, "clicked", "i", 0, 0));
+    EXPECT_THAT(events, ElementsAre("dashboard", "panel", "quit"));
+}
+
+TEST_F(StatusNotifierItemTest, RefusesNonsense)
+{
+    showIcon();
+    EXPECT_FALSE(ask(itemPath, itemInterface, "Activate", "ss", "here", "there"));
+    EXPECT_FALSE(ask(itemPath, properties, "Set", "ssv", itemInterface, "Id", "s", "mine"));
+    EXPECT_FALSE(ask(menuPath, menuInterface, "GetLayout", "iias", -1, -1, 0));
+    EXPECT_FALSE(ask(menuPath, menuInterface, "AboutToShow", "i", 5));
+    EXPECT_FALSE(ask(menuPath, menuInterface, "Event", "isvu", 2'147'483'647, "clicked", "i", 0, 0));
+    EXPECT_FALSE(ask(menuPath, menuInterface, "EventGroup", "as", 1, "clicked"));
+    EXPECT_THAT(events, ElementsAre());
+    EXPECT_TRUE(icon.isShown());
+}
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,137 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "WindowsProgram.h"
+
+#include "SessionTest.h"
+#include "SystemClock.h"
+
+#include <csignal>
+#include <fstream>
+#include <sstream>
+#include <sys/wait.h>
+
+namespace velmora {
+namespace {
+
+/// Asked for windows, with a program in their place that notes how it was started and then does as told.
+class WindowsProgramTest : public SessionTest {
+protected:
+    void programDoes(const std::string& what)
+    {
+        const auto script = folder.path() / "velmora-ui";
+        std::ofstream(script) << "#!/bin/sh\ncd " << folder.path().string() << "\necho $$ >>ids\n"
+                              << "echo \"$@\" \"$XDG_ACTIVATION_TOKEN\" >>started\n"
+                              << what << "\n";
+        std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+        windows.emplace(loop, application.get(), clock, log, script);
+    }
+    void TearDown() override
+    {
+        if (windows) windows.reset();
+        std::istringstream ids(folder.read("ids"));
+        for (pid_t id = 0; ids >> id;) kill(id, SIGKILL);
+    }
+
+    /// The one that was started last; one that has ended is reaped here where nobody else did.
+    bool isRunning() const
+    {
+        std::istringstream ids(folder.read("ids"));
+        pid_t last = -1;
+        for (pid_t id = 0; ids >> id;) last = id;
+        waitpid(last, nullptr, WNOHANG | (windows ? WNOWAIT : 0));
+        return last > 0 && kill(last, 0) == 0;
+    }
+    bool wasStarted(const std::string& how)
+    {
+        return eventually([&] { return folder.read("started") == how; });
+    }
+
+    /// The stranger is the program now; what it is told is noted, and answered or not.
+    void pose(bool answers)
+    {
+        isAnswering = answers;
+        sd_bus_slot* slot = nullptr;
+        dbus::check(sd_bus_add_object(stranger.get(), &slot, wire::windows::objectPath,
+                                      dbus::serve<WindowsProgramTest, &WindowsProgramTest::told>, this),
+                    "object");
+        posing.reset(slot);
+        own(stranger.get(), wire::windows::serviceName);
+    }
+    int told(sd_bus_message* call)
+    {
+        const char* window = nullptr;
+        dbus::check(sd_bus_message_read(call, "s", &window), "read");
+        calls.push_back(std::string(sd_bus_message_get_member(call)) + " " + window);
+        if (isAnswering) sd_bus_reply_method_return(call, nullptr);
+        return 1;
+    }
+
+    static WindowRequest click()
+    {
+        return {.window = "panel", .isToggle = true, .at = ScreenPoint{1269, 14}, .token = "leave"};
+    }
+
+    static constexpr auto lives = "exec sleep 600";
+    TemporaryFolder folder;
+    RecordingLog log;
+    SystemClock clock;
+    std::optional<WindowsProgram> windows;
+    dbus::Slot posing;
+    bool isAnswering = true;
+    std::vector<std::string> calls;
+    std::string started;
+};
+
+TEST_F(WindowsProgramTest, IsStartedOnceAndToldOfTheRest)
+{
+    programDoes(lives);
+    windows->request(click());
+    ASSERT_TRUE(wasStarted("--toggle panel --at 1269,14 leave\n"));
+    windows->request(click());
+    windows->request({.window = "dashboard"});
+    pose(true);
+    ASSERT_TRUE(eventually([&] { return calls.size() == 1; }));
+    ASSERT_TRUE(eventually([&] { // once the answer is there
+        windows->request(click());
+        return calls.size() == 2;
+    }));
+    EXPECT_EQ(calls, (std::vector<std::string>{"Show dashboard", "Toggle panel"}))
+        << "an impatient second click closes nothing";
+    EXPECT_TRUE(wasStarted("--toggle panel --at 1269,14 leave\n"));
+    EXPECT_TRUE(isRunning());
+    windows.reset();
+    EXPECT_TRUE(eventually([&] { return !isRunning(); })) << "and outlives nobody";
+}
+
+TEST_F(WindowsProgramTest, OneThatEndsOrCannotBeStartedIsNamedAndTriedAgainAtTheNextRequest)
+{
+    for (const auto* end : {"exit 3", "exit 0", "kill -9 $$"}) {
+        programDoes(end);
+        const auto lines = log.count();
+        for (int click = 1; click <= 3; ++click) {
+            windows->request({.window = "panel"});
+            const std::string all = started += "--show panel \n";
+            ASSERT_TRUE(wasStarted(all)) << end;
+            ASSERT_TRUE(eventually([&] { return log.count() > lines && !isRunning(); })) << end;
+        }
+        EXPECT_EQ(log.count(), lines + 1) << end;
+    }
+    WindowsProgram missing(loop, application.get(), clock, log, folder.path() / "nothing");
+    for (int click = 0; click < 3; ++click) missing.request({.window = "panel"});
+    EXPECT_EQ(log.count("cannot start"), 1U);
+}
+
+TEST_F(WindowsProgramTest, OneThatHangsIsReplaced)
+{
+    programDoes(lives);
+    windows->request({.window = "panel"});
+    ASSERT_TRUE(wasStarted("--show panel \n"));
+    pose(false);
+    windows->request({.window = "dashboard"});
+    EXPECT_TRUE(wasStarted("--show panel \n--show dashboard \n"));
+    EXPECT_EQ(calls, std::vector<std::string>{"Show dashboard"});
+}
+
+} // namespace
+} // namespace velmora
