@@ -1,0 +1,30 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <QPoint>
+#include <QString>
+#include <QStringList>
+#include <optional>
+#include <variant>
+
+namespace velmora {
+
+/// What velmora-ui was started for.
+struct CommandLine {
+    enum class Deed { help, show, toggle, picture };
+
+    Deed deed = Deed::help;
+    QString window{};
+    std::optional<QPoint> click{}; ///< on the tray icon, in pixels of the display
+    QString picture{};             ///< file
+    QString page{};                ///< of the window in the picture; empty: its first
+
+    static const char* usage();
+
+    /// `arguments` without the program's name; what is wrong with them where they mean nothing.
+    static std::variant<CommandLine, QString> parse(const QStringList& arguments);
+};
+
+} // namespace velmora

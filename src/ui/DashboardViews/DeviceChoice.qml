@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+import QtQuick
+import QtQuick.Layouts
+import Velmora
+
+/// One of the user's machines, to select or to let go.
+PressButton {
+    id: choice
+
+    required property var modelData
+    readonly property string identifier: modelData.id
+    property bool selected: false
+
+    Layout.fillWidth: true
+    objectName: "device" + identifier
+    text: modelData.name + ": " + modelData.status + ", " + modelData.battery
+    padding: 8
+    Accessible.role: Accessible.CheckBox
+    Accessible.checkable: true
+    Accessible.checked: selected
+
+    background: Rectangle {
+        radius: choice.ringRadius
+        color: choice.selected ? Theme.faded(Theme.colors.accent, Theme.dark ? 0.32 : 0.16) : choice.down ? Theme.colors.pressed : choice.hovered ? Theme.colors.hover : "transparent"
+    }
+    contentItem: DeviceRow {
+        name: choice.modelData.name
+        status: choice.modelData.status
+        battery: choice.modelData.battery
+        icon: "bolt.ring.closed"
+        Accessible.ignored: true
+    }
+}

@@ -1,0 +1,104 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+import QtQuick
+import QtQuick.Layouts
+import Velmora
+
+/// How far the battery is charged.
+DashboardPage {
+    id: page
+
+    readonly property bool storage: battery.isStorageModeEnabled
+
+    title: qsTr("Thresholds")
+    subtitle: qsTr("How far the battery is charged, and when charging begins again")
+
+    PodBackground {
+        Layout.fillWidth: true
+        implicitHeight: now.implicitHeight + 28
+
+        RowLayout {
+            id: now
+
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.margins: 14
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: 12
+
+            SymbolImage {
+                name: "bolt.shield.fill"
+                size: Math.round(20 * Theme.fontScale)
+                color: Theme.colors.accent
+            }
+            Label {
+                objectName: "limiterText"
+                Layout.fillWidth: true
+                text: page.battery.limiterText
+                font: Theme.typography.headlineFont
+                wrapMode: Text.Wrap
+            }
+        }
+    }
+    SettingsGroup {
+        Layout.fillWidth: true
+
+        ToggleRow {
+            objectName: "autoProtect"
+            Layout.fillWidth: true
+            title: qsTr("Auto-Protect")
+            subtitle: qsTr("Charging stops at the limit.")
+            isOn: page.battery.isAppleRecommendedModeEnabled
+            onFlipped: on => page.battery.set("isAppleRecommendedModeEnabled", on)
+        }
+        SeparatorLine {
+            Layout.fillWidth: true
+        }
+        PercentSlider {
+            id: limit
+
+            objectName: "limit"
+            Layout.fillWidth: true
+            title: qsTr("Charge limit")
+            caption: page.battery.customChargeLimit < from ? qsTr("It is at %1% now, below what can be chosen here.").arg(Math.round(page.battery.customChargeLimit)) : ""
+            current: page.battery.customChargeLimit
+            from: 50
+            to: 100
+            onChosen: value => page.battery.set("customChargeLimit", value)
+        }
+        PercentSlider {
+            objectName: "hysteresis"
+            Layout.fillWidth: true
+            title: qsTr("Hysteresis")
+            caption: qsTr("Charging begins again below %1%.").arg(Math.round(limit.shown - shown))
+            unit: qsTr(" points")
+            current: page.battery.customHysteresis
+            from: 0
+            to: 20
+            onChosen: value => page.battery.set("customHysteresis", value)
+        }
+        SeparatorLine {
+            Layout.fillWidth: true
+        }
+        ToggleRow {
+            objectName: "storage"
+            Layout.fillWidth: true
+            title: qsTr("Storage mode")
+            subtitle: qsTr("Holds the battery at 50%, for weeks without use. It goes before the limit.")
+            isOn: page.storage
+            onFlipped: on => page.battery.set("isStorageModeEnabled", on)
+        }
+    }
+    ProminentButton {
+        objectName: "quickCharge"
+        Layout.preferredWidth: Math.max(260, implicitWidth)
+        text: Texts.quickChargeTitle(page.battery.isTemporaryOverrideEnabled)
+        symbol: Texts.quickChargeSymbol(page.battery.isTemporaryOverrideEnabled)
+        tint: Theme.color(Texts.quickChargeTint(page.battery.isTemporaryOverrideEnabled))
+        onClicked: page.battery.toggleTemporaryOverride()
+    }
+    Item {
+        Layout.fillHeight: true
+    }
+}

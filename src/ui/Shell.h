@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <QObject>
+#include <QtQml/qqmlregistration.h>
+
+namespace velmora {
+
+/// What a view asks of the application around it. It says so by a signal; the program passes that on.
+class Shell : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+public:
+    using QObject::QObject;
+
+    Q_INVOKABLE void openDashboard() { Q_EMIT dashboardWanted(); }
+    /// Ends the whole application at once.
+    Q_INVOKABLE void quit() { Q_EMIT quitWanted(); }
+
+Q_SIGNALS:
+    void dashboardWanted();
+    void quitWanted();
+};
+
+} // namespace velmora

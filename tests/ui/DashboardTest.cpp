@@ -1,0 +1,350 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "RemoteModel.h"
+#include "TimeScale.h"
+
+#include <QAccessible>
+#include <QDateTime>
+#include <QDir>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTemporaryDir>
+#include <QTest>
+#include <gtest/gtest.h>
+
+void qml_register_types_Velmora();
+
+namespace velmora {
+namespace {
+
+constexpr double hour = 3600;
+
+/// A sample an hour for so many hours up to a minute ago, of a battery that ages.
+QVariant history(int hours)
+{
+    const double end = double(QDateTime::currentSecsSinceEpoch()) - Date::unixReference - 60;
+    QList<QVariantMap> records;
+    for (int i = 0; i < hours; ++i)
+        records.append({{"timestamp", end - (hours - 1 - i) * hour},
+                        {"percentage", 60.0},
+                        {"health", 95 - 0.002 * i},
+                        {"thermalState", i % 4 == 0 ? "Serious" : "Nominal"}});
+    return QVariant::fromValue(records);
+}
+
+/// The dashboard's window, over a model that grants whatever it is asked.
+class Dashboard : public testing::Test {
+protected:
+    explicit Dashboard(const char* appearance = "light") { qputenv("VELMORA_APPEARANCE", appearance); }
+
+    void SetUp() override
+    {
+        qml_register_types_Velmora();
+        engine.addImportPath("qrc:/qt/qml");
+        QObject::connect(&model, &RemoteModel::setWanted, [this](const QString& key, const QVariant& value) {
+            asked << key + "=" +
+                         (value.canConvert<QString>() ? value.toString() : value.toStringList().join('+'));
+            if (isGranting) model.apply({{key, isNumber(key) ? QVariant(value.toDouble()) : value}});
+        });
+        QObject::connect(&model, &RemoteModel::operationWanted, [this](const QString& operation) {
+            if (operation != "fetchHistory") asked << operation;
+        });
+        QQmlComponent component(&engine, QUrl("qrc:/qt/qml/Velmora/DashboardWindow.qml"));
+        window.reset(qobject_cast<QQuickWindow*>(
+            component.createWithInitialProperties({{"battery", QVariant::fromValue(&model)}})));
+        ASSERT_TRUE(window) << component.errorString().toStdString();
+        window->show();
+        window->requestActivate();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    }
+    static bool isNumber(const QString& key)
+    {
+        return key.contains("Limit", Qt::CaseInsensitive) && !key.startsWith("notify");
+    }
+
+    /// All that stands below it, as it is drawn.
+    static QList<QQuickItem*> below(const QQuickItem* top)
+    {
+        QList<QQuickItem*> items;
+        for (auto* child : top->childItems()) items << child << below(child);
+        return items;
+    }
+    static QQuickItem* find(const QQuickItem* top, const QString& name)
+    {
+        for (auto* one : below(top))
+            if (one->objectName() == name) return one;
+        return nullptr;
+    }
+    QQuickItem* item(const QString& path) const // "outer/inner", by object names
+    {
+        QQuickItem* found = window->contentItem();
+        for (const auto& name : path.split('/')) found = found ? find(found, name) : nullptr;
+        EXPECT_TRUE(found) << path.toStdString();
+        return found;
+    }
+    QString property(const QString& path, const char* name) const
+    {
+        return item(path)->property(name).toString();
+    }
+    QPoint place(const QString& path, double part = 0.5) const
+    {
+        const auto* target = item(path);
+        return target->mapToScene({target->width() * part, target->height() / 2}).toPoint();
+    }
+    void click(const QString& path) { QTest::mouseClick(window.get(), Qt::LeftButton, {}, place(path)); }
+    void drag(QPoint from, QPoint to)
+    {
+        QTest::mousePress(window.get(), Qt::LeftButton, {}, from);
+        QTest::mouseMove(window.get(), (from + to) / 2);
+        QTest::mouseMove(window.get(), to);
+    }
+    void release(QPoint at) { QTest::mouseRelease(window.get(), Qt::LeftButton, {}, at); }
+    void press(int key, Qt::KeyboardModifiers modifiers = {})
+    {
+        QTest::keyClick(window.get(), Qt::Key(key), modifiers);
+    }
+    void open(const char* page) { window->setProperty("selectedTab", page); }
+    QString title() const { return property("page/title", "text"); }
+
+    RemoteModel model;
+    QStringList asked;
+    bool isGranting = true;
+    QQmlEngine engine;
+    std::unique_ptr<QQuickWindow> window;
+};
+
+TEST_F(Dashboard, LinksLeadToTheirPagesByMouseAndKeyboard)
+{
+    const std::pair<const char*, const char*> pages[] = {
+        {"Health", "Health Trends"}, {"Thermal", "Thermal History"},     {"Ecosystem", "Ecosystem Sync"},
+        {"Settings", "Thresholds"},  {"Notifications", "Notifications"},
+    };
+    EXPECT_EQ(property("statusLine", "text"), "Live battery analytics and performance monitoring.");
+    EXPECT_EQ(item("visualizer")->width(), 72 * 1.2);
+    item("linkOverview")->forceActiveFocus(Qt::TabFocusReason);
+    for (const auto& [page, itsTitle] : pages) {
+        press(Qt::Key_Down);
+        EXPECT_EQ(title(), itsTitle);
+    }
+    for (const auto& [page, itsTitle] : pages) {
+        const auto link = QString("link") + page;
+        click(link);
+        EXPECT_EQ(title(), itsTitle);
+        EXPECT_TRUE(QAccessible::queryAccessibleInterface(item(link))->state().selected);
+        EXPECT_FALSE(property("placeholder", "visible") == "true");
+    }
+    open("Attic");
+    EXPECT_EQ(property("placeholder", "visible"), "true");
+    EXPECT_FALSE(find(item("page"), "title"));
+    EXPECT_TRUE(asked.isEmpty()) << "looking changes nothing: " << asked.join(' ').toStdString();
+}
+
+TEST_F(Dashboard, SidebarIsMovedWithinItsBoundsAndHidden)
+{
+    const auto width = [&] { return item("sidebar")->width(); };
+    const auto at = [&](int x) { return QPoint(x, 400); };
+    EXPECT_EQ(width(), 300);
+    for (const auto& [to, then] : {std::pair(350, 350), {800, 450}, {10, 280}}) {
+        drag(at(int(width())), at(to));
+        release(at(to));
+        EXPECT_EQ(width(), then);
+        EXPECT_EQ(item("detail")->x(), then);
+    }
+    item("divider")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Right);
+    EXPECT_EQ(width(), 290);
+    press(Qt::Key_S, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_FALSE(item("sidebar")->isVisible());
+    EXPECT_EQ(item("detail")->width(), 900);
+}
+
+TEST_F(Dashboard, SwitchesAskForWhatTheySay)
+{
+    const struct {
+        const char *page, *name, *expected;
+    } cases[] = {
+        {"Settings", "autoProtect", "isAppleRecommendedModeEnabled=false"},
+        {"Settings", "storage", "isStorageModeEnabled=true"},
+        {"Settings", "quickCharge", "toggleTemporaryOverride"},
+        {"Notifications", "notifyOnLimit", "notifyOnLimit=false"},
+        {"Notifications", "notifyOnPowerChange", "notifyOnPowerChange=false"},
+        {"Notifications", "notifyOnHeat", "notifyOnHeat=false"},
+        {"Notifications", "notifyOnCycle", "notifyOnCycle=true"},
+        {"Notifications", "notifyOnLowBattery", "notifyOnLowBattery=false"},
+    };
+    for (const auto& [page, name, expected] : cases) {
+        open(page);
+        click(name);
+        EXPECT_EQ(asked.join(' '), expected);
+        asked.clear();
+    }
+    EXPECT_FALSE(item("lowBatteryLimit")->isEnabled()) << "nothing is told of it";
+    open("Settings");
+    EXPECT_EQ(property("limiterText", "text"), "On battery: charging will stop at 50%, storage mode is on.");
+}
+
+TEST_F(Dashboard, SliderAsksWhenItIsLetGo)
+{
+    open("Settings");
+    drag(place("limit/slider", 0.61), place("limit/slider", 0.99));
+    EXPECT_EQ(property("limit/value", "text"), "100%");
+    EXPECT_EQ(property("hysteresis/caption", "text"), "Charging begins again below 98%.");
+    EXPECT_TRUE(asked.isEmpty());
+    model.apply({{"customChargeLimit", 70.0}});
+    EXPECT_EQ(property("limit/value", "text"), "100%") << "not out of the hand";
+    release(place("limit/slider", 0.99));
+    EXPECT_EQ(asked.join(' '), "customChargeLimit=100");
+
+    item("limit/slider")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Left);
+    EXPECT_EQ(asked.last(), "customChargeLimit=99");
+    QAccessible::queryAccessibleInterface(item("limit/slider"))->valueInterface()->setCurrentValue(60);
+    EXPECT_EQ(asked.last(), "customChargeLimit=60");
+    EXPECT_EQ(asked.size(), 3);
+
+    isGranting = false;
+    press(Qt::Key_Left);
+    QTRY_COMPARE(item("limit/slider")->property("value").toInt(), 60);
+    asked.clear();
+    for (const double outside : {30.0, 79.6, 100.0}) model.apply({{"customChargeLimit", outside}});
+    EXPECT_TRUE(asked.isEmpty()) << "what it cannot show is not its to change";
+}
+
+TEST_F(Dashboard, PlotReadsOutUnderThePointerAndByKeys)
+{
+    open("Health");
+    EXPECT_EQ(property("empty", "visible"), "true");
+    EXPECT_TRUE(property("empty", "text").startsWith("No samples yet. The first comes"));
+    EXPECT_FALSE(item("exportTable")->isEnabled());
+
+    model.apply({{"history", history(24 * 10)}});
+    EXPECT_EQ(property("empty", "visible"), "false");
+    EXPECT_EQ(property("fitted", "value"), "-1.4 ± 0.0% / mo");
+    const auto readOut = [&] { return property("readOut", "text"); };
+    EXPECT_TRUE(readOut().startsWith("240 samples, "));
+    QTest::mouseMove(window.get(), place("plot", 0.02)); // on the scale: the first
+    QTRY_VERIFY(readOut().contains(": 95.0% health, 60% charged, Serious"));
+    item("plot")->forceActiveFocus(Qt::TabFocusReason);
+    const std::pair<Qt::Key, const char*> keys[] = {
+        {Qt::Key_Left, "Serious"}, {Qt::Key_Right, "Nominal"}, {Qt::Key_End, "94.5%"},
+        {Qt::Key_Right, "94.5%"},  {Qt::Key_Home, "Serious"},
+    };
+    for (const auto& [key, part] : keys) {
+        press(key);
+        EXPECT_TRUE(readOut().contains(part)) << readOut().toStdString();
+    }
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(item("plot"))->text(QAccessible::Description), readOut());
+
+    click("rangeDay");
+    EXPECT_TRUE(readOut().startsWith("24 samples, ")) << readOut().toStdString();
+    press(Qt::Key_Right);
+    EXPECT_EQ(window->findChild<QObject*>("trends")->property("range").toString(), "Week");
+    open("Thermal");
+    EXPECT_EQ(property("shareSerious", "value"), "25%");
+    EXPECT_EQ(property("shareCritical", "value"), "0%");
+}
+
+TEST_F(Dashboard, ExportsWhatIsShownIntoNewFiles)
+{
+    const QTemporaryDir home;
+    qputenv("HOME", home.path().toUtf8());
+    qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
+    open("Thermal");
+    model.apply({{"history", history(3)}});
+    const auto saved = [&] { return property("notice", "text").remove(0, int(strlen("Saved as "))); };
+    QSet<QString> files;
+    for (const auto* button : {"exportTable", "exportTable", "exportPicture", "exportPicture"}) {
+        click(button);
+        QTRY_VERIFY2(QFile::exists(saved()) && !files.contains(saved()), qUtf8Printable(saved()));
+        files.insert(saved());
+        QFile file(saved());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        if (saved().endsWith("csv"))
+            EXPECT_EQ(file.readAll().count('\n'), 4);
+        else
+            EXPECT_EQ(QImage(saved()).pixelColor(500, 60).alpha(), 255);
+    }
+}
+
+TEST_F(Dashboard, FleetIsListedAndAMachineSelected)
+{
+    open("Ecosystem");
+    EXPECT_EQ(property("page/subtitle", "text"), "Never synchronised");
+    EXPECT_TRUE(item("empty")->isVisible());
+    model.apply(
+        {{"fleetStates",
+          QVariant::fromValue(QList<QVariantMap>{
+              {{"deviceID", "a"}, {"deviceName", "Attic"}, {"percentage", 72.9}, {"powerSource", "AC"}},
+              {{"deviceID", "b"},
+               {"percentage", 1e300},
+               {"powerSource", "Battery"},
+               {"timeToEmpty", qint64(125)}}})},
+         {"lastCloudSyncDate", QVariant::fromValue(QList<double>{0})}});
+    EXPECT_TRUE(property("page/subtitle", "text").contains("2001") ||
+                property("page/subtitle", "text").contains("2000"));
+    EXPECT_FALSE(item("empty")->isVisible());
+    const auto name = [&](const char* row) {
+        return QAccessible::queryAccessibleInterface(item(row))->text(QAccessible::Name);
+    };
+    EXPECT_EQ(name("devicea"), "Attic: Plugged in, 72%");
+    EXPECT_EQ(name("deviceb"), "Unnamed machine: On battery, 2h 5m remaining, 100%");
+    click("deviceb");
+    EXPECT_TRUE(item("deviceb")->property("selected").toBool());
+    click("deviceb");
+    EXPECT_EQ(asked.join(' '), "selectedDeviceID=b selectedDeviceID=");
+}
+
+class DashboardPicture : public Dashboard, public testing::WithParamInterface<const char*> {
+protected:
+    DashboardPicture() : Dashboard(GetParam()) {}
+};
+
+TEST_P(DashboardPicture, FitsIntoTheSmallestWindowWithTheWidestSidebar)
+{
+    model.apply({{"history", history(24 * 30)}});
+    drag({300, 400}, {450, 400});
+    release({450, 400});
+    for (const auto* page : {"Overview", "Health", "Thermal", "Ecosystem", "Settings", "Notifications"}) {
+        open(page);
+        const auto picture = window->grabWindow();
+        EXPECT_EQ(picture.pixelColor(456, 596).lightness() < 64, QString(GetParam()) == "dark");
+        for (const auto* one : below(item("detail"))) {
+            if (!one->isVisible()) continue;
+            const auto box = one->mapRectToScene(one->boundingRect());
+            EXPECT_FALSE(one->property("truncated").toBool())
+                << page << ": " << one->property("text").toString().toStdString();
+            EXPECT_LE(box.right(), 900.5) << page << ": " << one->metaObject()->className();
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Appearances, DashboardPicture, testing::Values("light", "dark"));
+
+TEST(TimeScale, MarksRoundLocalTimesAndNoMoreThanAskedFor)
+{
+    const auto date = [](const char* text) {
+        return Date::fromUnix(double(QDateTime::fromString(text, Qt::ISODate).toSecsSinceEpoch()));
+    };
+    const struct {
+        const char *from, *to;
+        int most;
+        const char* labels;
+    } cases[] = {
+        {"2026-11-20T13:10:00", "2026-11-21T13:10:00", 5, "18:00 Sat 21 06:00 12:00"},
+        {"2026-11-21T12:10:00", "2026-11-21T13:10:00", 5, "13:00"},
+        {"2026-11-14T13:10:00", "2026-11-21T13:10:00", 4, "16 Nov 18 Nov 20 Nov"},
+        {"2025-11-21T00:00:00", "2026-11-21T00:00:00", 5, "Jan 2026 Apr 2026 Jul 2026 Oct 2026"},
+        {"2001-01-01T00:00:00", "2026-11-21T00:00:00", 3, "Jan 2001 Jan 2011 Jan 2021"},
+    };
+    for (const auto& [from, to, most, labels] : cases) {
+        QStringList found;
+        for (const auto& mark : timeMarks(date(from), date(to), most)) found << mark.label;
+        EXPECT_EQ(found.join(' '), labels);
+    }
+}
+
+} // namespace
+} // namespace velmora

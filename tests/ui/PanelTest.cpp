@@ -1,0 +1,341 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "Appearance.h"
+#include "HapticFeedback.h"
+#include "RemoteModel.h"
+#include "Shell.h"
+
+#include <QAccessible>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTest>
+#include <gtest/gtest.h>
+#include <set>
+
+void qml_register_types_Velmora();
+
+namespace velmora {
+namespace {
+
+struct CountingHaptics : Haptics {
+    void perform(Pattern pattern) override { taps += pattern == Pattern::alignment ? 1 : 100; }
+    int taps = 0;
+};
+
+/// The panel in a window, over a model that grants whatever it is asked.
+class Panel : public testing::Test {
+protected:
+    explicit Panel(const char* appearance = "light") { qputenv("VELMORA_APPEARANCE", appearance); }
+
+    void SetUp() override
+    {
+        qml_register_types_Velmora();
+        engine.addImportPath("qrc:/qt/qml");
+        QObject::connect(&model, &RemoteModel::setWanted, [this](const QString& key, const QVariant& value) {
+            asked << key + "=" + value.toString();
+            model.apply({{key, value}});
+        });
+        QObject::connect(&model, &RemoteModel::operationWanted, [this](const QString& operation) {
+            asked << operation;
+            model.apply({{"isTemporaryOverrideEnabled", !model.isTemporaryOverrideEnabled()}});
+        });
+        auto* shell = engine.singletonInstance<Shell*>(qmlTypeId("Velmora", 1, 0, "Shell"));
+        QObject::connect(shell, &Shell::dashboardWanted, [this] { asked << "dashboard"; });
+        QObject::connect(shell, &Shell::quitWanted, [this] { asked << "quit"; });
+        engine.singletonInstance<HapticFeedback*>(qmlTypeId("Velmora", 1, 0, "HapticFeedback"))->use(haptics);
+
+        QQmlComponent view(&engine, QUrl("qrc:/qt/qml/Velmora/MenuBarView.qml"));
+        panel.reset(qobject_cast<QQuickItem*>(view.createWithInitialProperties(
+            {{"battery", QVariant::fromValue(&model)}, {"backgroundOpacity", 1}})));
+        ASSERT_TRUE(panel) << view.errorString().toStdString();
+        window.resize(320, 450);
+        panel->setSize(window.size());
+        panel->setParentItem(window.contentItem());
+        window.show();
+        window.requestActivate();
+        panel->forceActiveFocus();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+        QObject::connect(panel.get(), SIGNAL(dismissed()), &window, SLOT(close()));
+    }
+
+    QQuickItem* item(const QString& path) const // "outer/inner", by object names
+    {
+        const QObject* found = panel.get();
+        for (const auto& name : path.split('/'))
+            found = found ? found->findChild<QQuickItem*>(name) : nullptr;
+        EXPECT_TRUE(found) << path.toStdString();
+        return qobject_cast<QQuickItem*>(const_cast<QObject*>(found));
+    }
+    QString property(const QString& path, const char* name) const
+    {
+        return item(path)->property(name).toString();
+    }
+    QObject* menu() const { return panel->findChild<QObject*>("thresholds"); }
+    QQuickItem* line(int at) const
+    {
+        QQuickItem* found = nullptr;
+        QMetaObject::invokeMethod(menu(), "itemAt", Q_RETURN_ARG(QQuickItem*, found), Q_ARG(int, at));
+        return found;
+    }
+    QQuickItem* sheet() const { return menu()->property("contentItem").value<QQuickItem*>(); }
+    void expectNoTextCut() const
+    {
+        for (const auto* text : panel->findChildren<QQuickItem*>())
+            if (text->property("truncated").toBool())
+                ADD_FAILURE() << text->property("text").toString().toStdString();
+    }
+    bool isMenuOpen() const { return menu()->property("opened").toBool(); }
+
+    void click(const QString& path) { clickAt(item(path)); }
+    void clickAt(QQuickItem* target)
+    {
+        const auto at = target->mapToScene(target->boundingRect().center());
+        QTest::mouseClick(&window, Qt::LeftButton, {}, at.toPoint());
+    }
+    void press(Qt::Key key) { QTest::keyClick(&window, key); }
+    QString focused() const
+    {
+        return window.activeFocusItem() ? window.activeFocusItem()->objectName() : QString();
+    }
+
+    RemoteModel model;
+    QStringList asked;
+    std::shared_ptr<CountingHaptics> haptics = std::make_shared<CountingHaptics>();
+    QQmlEngine engine;
+    std::unique_ptr<QQuickItem> panel;
+    QQuickWindow window; // goes first, and takes with it what was painted
+};
+
+TEST_F(Panel, ShowsWhatTheModelHolds)
+{
+    const struct {
+        const char* key;
+        QVariant value;
+        const char* path;
+        const char* shown;
+        const char* expected;
+    } cases[] = {
+        {"percentage", 79.6, "percentage", "text", "79%"},
+        {"chargingState", "Charging", "chargingWord", "text", "Charging"},
+        {"chargingState", "Charging", "chargingDot", "color", "#34c759"},
+        {"chargingState", "Idle", "chargingWord", "text", "Idle"},
+        {"chargingState", "Idle", "chargingDot", "color", "#99000000"},
+        {"isTemporaryOverrideEnabled", false, "quickCharge", "text", "Quick Charge to 100%"},
+        {"isTemporaryOverrideEnabled", true, "quickCharge", "text", "Stop Quick Charge"},
+        {"isTemporaryOverrideEnabled", true, "quickCharge", "symbol", "bolt.slash.fill"},
+        {"thermalState", "Nominal", "thermal", "valueColor", "#007aff"},
+        {"thermalState", "Critical", "thermal/value", "text", "Critical"},
+        {"thermalState", "Critical", "thermal", "valueColor", "#ff3b30"},
+        {"isAppleRecommendedModeEnabled", false, "healthyPill", "visible", "false"},
+        {"isAppleRecommendedModeEnabled", true, "healthyPill", "visible", "true"},
+        {"customChargeLimit", 90.0, "autoProtect/caption", "text", "Limit to 90% charge"},
+        {"isSimulationModeEnabled", true, "simulation", "isOn", "true"},
+        {"isSimulationModeEnabled", true, "degradation/value", "text", "94%"}, // no history: no rate
+    };
+    for (const auto& [key, value, path, shown, expected] : cases) {
+        model.apply({{key, value}});
+        EXPECT_EQ(property(path, shown), expected) << key << " " << value.toString().toStdString();
+    }
+    QTRY_COMPARE(property("quickCharge", "tint"), QString("#ff9900")); // gently
+}
+
+TEST_F(Panel, EveryControlAnswersToMouseAndKeyboard)
+{
+    const struct {
+        const char* name;
+        QStringList expected;
+    } controls[] = {
+        // top to bottom, as Tab goes
+        {"quickCharge", {"toggleTemporaryOverride"}},
+        {"autoProtect", {"isAppleRecommendedModeEnabled=false"}},
+        {"simulation", {"isSimulationModeEnabled=true"}},
+        {"launchDashboard", {"dashboard"}},
+        {"gear", {}},
+        {"power", {"quit"}},
+    };
+    const auto untouched = [&] {
+        asked.clear();
+        model.apply({{"isAppleRecommendedModeEnabled", true}, {"isSimulationModeEnabled", false}});
+    };
+    EXPECT_EQ(focused(), "quickCharge");
+    EXPECT_FALSE(item("quickCharge")->property("visualFocus").toBool()) << "nobody has pressed a key";
+    press(Qt::Key_Backtab);
+    for (const auto& [name, expected] : controls) {
+        SCOPED_TRACE(name);
+        press(Qt::Key_Tab);
+        EXPECT_EQ(focused(), name);
+        EXPECT_TRUE(item(name)->property("visualFocus").toBool());
+        for (const auto key : {Qt::Key_Space, Qt::Key_Return}) {
+            untouched();
+            press(key);
+            EXPECT_EQ(asked, expected);
+            if (isMenuOpen()) press(Qt::Key_Escape);
+        }
+    }
+    for (const auto& [name, expected] : controls) {
+        SCOPED_TRACE(name);
+        untouched();
+        click(name);
+        EXPECT_EQ(asked, expected);
+        if (isMenuOpen()) press(Qt::Key_Escape);
+    }
+}
+
+TEST_F(Panel, QuickChargePressedTwiceIsAsBefore)
+{
+    click("quickCharge");
+    EXPECT_EQ(property("quickCharge", "text"), "Stop Quick Charge");
+    click("quickCharge");
+    EXPECT_EQ(property("quickCharge", "text"), "Quick Charge to 100%");
+}
+
+TEST_F(Panel, MenuChoosesALimitByMouse)
+{
+    click("gear");
+    ASSERT_TRUE(isMenuOpen());
+    EXPECT_TRUE(QRectF(0, 0, 320, 450).contains(sheet()->mapRectToScene(sheet()->boundingRect())));
+
+    QStringList lines;
+    for (int at = 0; at < menu()->property("count").toInt(); ++at)
+        lines << line(at)->property("text").toString() + (line(at)->property("ticked").toBool() ? " *" : "");
+    EXPECT_EQ(lines, (QStringList{"Charge Threshold", "Limit to 80% *", "Limit to 90%", "Full Charge (100%)",
+                                  "", "Dashboard Settings..."}));
+    clickAt(line(2));
+    EXPECT_EQ(asked, QStringList{"customChargeLimit=90"});
+    EXPECT_EQ(property("autoProtect/caption", "text"), "Limit to 90% charge");
+    EXPECT_FALSE(isMenuOpen());
+
+    click("gear");
+    click("gear"); // on the open menu's button, or anywhere: closes it and does no more
+    click("gear");
+    click("quickCharge");
+    EXPECT_FALSE(isMenuOpen());
+    EXPECT_EQ(asked.size(), 1);
+}
+
+TEST_F(Panel, MenuIsWalkedByKeyboardAndEscapeClosesItFirst)
+{
+    item("gear")->forceActiveFocus(Qt::TabFocusReason);
+    for (const auto key : {Qt::Key_Down, Qt::Key_Down, Qt::Key_Return}) press(key);
+    for (const auto key : {Qt::Key_Up, Qt::Key_Down, Qt::Key_Return}) press(key); // from the tick
+    for (const auto key : {Qt::Key_Space, Qt::Key_End, Qt::Key_Return}) press(key);
+    for (const auto key : {Qt::Key_Space, Qt::Key_Home, Qt::Key_Return}) press(key);
+    EXPECT_EQ(asked, (QStringList{"customChargeLimit=90", "customChargeLimit=100", "dashboard",
+                                  "customChargeLimit=80"}));
+
+    press(Qt::Key_Space);
+    ASSERT_TRUE(isMenuOpen());
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(isMenuOpen());
+    EXPECT_EQ(focused(), "gear");
+    EXPECT_TRUE(window.isVisible());
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
+}
+
+TEST_F(Panel, TapsWheneverAutoProtectChanges)
+{
+    model.apply({{"isAppleRecommendedModeEnabled", true}, {"percentage", 12.0}});
+    EXPECT_EQ(haptics->taps, 0);
+    click("autoProtect");
+    EXPECT_EQ(haptics->taps, 1);
+    model.apply({{"isAppleRecommendedModeEnabled", true}}); // somebody else's doing
+    EXPECT_EQ(haptics->taps, 2);
+}
+
+TEST_F(Panel, AReaderHearsNamesRolesAndStates)
+{
+    const struct {
+        const char* path;
+        QAccessible::Role role;
+        const char* name;
+    } cases[] = {
+        {"percentage", QAccessible::StaticText, "50%"},
+        {"chargingWord", QAccessible::StaticText, "Idle"},
+        {"quickCharge", QAccessible::Button, "Quick Charge to 100%"},
+        {"degradation", QAccessible::StaticText, "Degradation rate: 94%"},
+        {"thermal", QAccessible::StaticText, "Thermal: Nominal"},
+        {"autoProtect", QAccessible::CheckBox, "Auto-Protect"},
+        {"simulation", QAccessible::CheckBox, "Demo Simulation"},
+        {"gear", QAccessible::Button, "Settings"},
+        {"power", QAccessible::Button, "Quit Velmora"},
+    };
+    const auto voice = [&](const char* path) { return QAccessible::queryAccessibleInterface(item(path)); };
+    const auto act = [](QAccessibleInterface* on) {
+        on->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    };
+    for (const auto& [path, role, name] : cases) {
+        EXPECT_EQ(voice(path)->role(), role) << path;
+        EXPECT_EQ(voice(path)->text(QAccessible::Name), name);
+    }
+    EXPECT_TRUE(voice("autoProtect")->state().checked);
+    for (const auto* path : {"quickCharge", "autoProtect", "power", "gear"}) act(voice(path));
+    EXPECT_FALSE(voice("autoProtect")->state().checked);
+    ASSERT_TRUE(isMenuOpen());
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(sheet()->parentItem())->text(QAccessible::Name),
+              "Settings");
+    for (const int at : {1, 2, 3, 5})
+        EXPECT_EQ(QAccessible::queryAccessibleInterface(line(at))->state().checkable, at < 5) << at;
+    auto* eighty = QAccessible::queryAccessibleInterface(line(1));
+    EXPECT_EQ(eighty->text(QAccessible::Name), "Limit to 80%");
+    EXPECT_TRUE(eighty->state().checked);
+    act(QAccessible::queryAccessibleInterface(line(3)));
+    EXPECT_FALSE(isMenuOpen());
+    EXPECT_EQ(asked, (QStringList{"toggleTemporaryOverride", "isAppleRecommendedModeEnabled=false", "quit",
+                                  "customChargeLimit=100"}));
+}
+
+TEST_F(Panel, LargeTypeTakesOfTheRoomAndTheFooterStays)
+{
+    auto* appearance = engine.singletonInstance<Appearance*>(qmlTypeId("Velmora", 1, 0, "Appearance"));
+    const struct {
+        double scale;
+        int height;
+        bool scrolls;
+    } cases[] = {
+        {0.75, 450, false}, {1.15, 450, false}, {1.25, 450, false}, {1.5, 450, false}, {1.5, 400, true}};
+    for (const auto& [scale, height, scrolls] : cases) {
+        SCOPED_TRACE(scale);
+        QMetaObject::invokeMethod(appearance, "settingChanged", Q_ARG(QString, "org.gnome.desktop.interface"),
+                                  Q_ARG(QString, "text-scaling-factor"),
+                                  Q_ARG(QDBusVariant, QDBusVariant(scale)));
+        panel->setHeight(height);
+        window.grabWindow(); // and so lays out
+        EXPECT_EQ(item("scroll")->property("interactive").toBool(), scrolls);
+        for (const auto* name : {"launchDashboard", "gear", "power"})
+            EXPECT_LE(item(name)->mapRectToScene(item(name)->boundingRect()).bottom(), height - 16) << name;
+        expectNoTextCut();
+    }
+}
+
+class PanelPicture : public Panel, public testing::WithParamInterface<const char*> {
+protected:
+    PanelPicture() : Panel(GetParam()) {}
+};
+
+TEST_P(PanelPicture, IsPaintedInTheThemesColoursAndCutsNoText)
+{
+    model.apply({{"percentage", 100.0}, {"thermalState", "Critical"}, {"isTemporaryOverrideEnabled", true}});
+    QTRY_COMPARE(property("quickCharge", "tint"), QString("#ff9900"));
+    const auto picture = window.grabWindow();
+    const auto ground = QString(GetParam()) == "dark" ? QColor("#1e1e1e") : QColor("#ffffff");
+    EXPECT_EQ(picture.pixelColor(8, 225), ground);
+    EXPECT_EQ(picture.pixelColor(item("quickCharge")->mapToScene({8, 18}).toPoint()), QColor("#ff9900"));
+
+    std::set<QRgb> ink; // of the percentage: letters, their soft edges and the ground
+    const auto box = item("percentage")->mapRectToScene(item("percentage")->boundingRect()).toRect();
+    for (auto y = box.top(); y < box.bottom(); ++y)
+        for (auto x = box.left(); x < box.right(); ++x) ink.insert(picture.pixel(x, y));
+    EXPECT_GT(ink.size(), 20U);
+
+    expectNoTextCut();
+    EXPECT_LE(item("power")->mapRectToScene(item("power")->boundingRect()).bottom(), 450 - 8);
+}
+
+INSTANTIATE_TEST_SUITE_P(Appearances, PanelPicture, testing::Values("light", "dark"));
+
+} // namespace
+} // namespace velmora

@@ -1,0 +1,146 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "RemoteModel.h"
+#include "FakeApplication.h"
+#include "ModelLink.h"
+
+#include <QMetaProperty>
+#include <QSignalSpy>
+#include <QTest>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace velmora {
+namespace {
+
+constexpr double day = 86'400;
+
+/// Six samples over ten days that lose `loss` points of health.
+QVariant historyLosing(double loss)
+{
+    QList<QVariantMap> records;
+    for (int i = 0; i < 6; ++i)
+        records.append({{"timestamp", i * 2 * day}, {"health", 100 - loss * i / 5}, {"percentage", 60.0}});
+    return QVariant::fromValue(records);
+}
+
+TEST(RemoteModel, HasTheFacesPropertiesUnderTheirNames)
+{
+    const std::map<std::string, QMetaType::Type> types{{"b", QMetaType::Bool},
+                                                       {"d", QMetaType::Double},
+                                                       {"x", QMetaType::LongLong},
+                                                       {"s", QMetaType::QString}};
+    for (const auto& property : wire::face::properties) {
+        const auto type = types.find(property.type);
+        if (type == types.end()) continue;
+        SCOPED_TRACE(property.name);
+        const auto& meta = RemoteModel::staticMetaObject;
+        const auto mirrored = meta.property(meta.indexOfProperty(property.name));
+        EXPECT_EQ(mirrored.metaType().id(), type->second);
+        RemoteModel model; // takes each under that name
+        QVariant value = type->second == QMetaType::QString ? QVariant("Text") : QVariant(1);
+        if (mirrored.read(&model).toBool() && type->second == QMetaType::Bool) value = false;
+        ASSERT_TRUE(value.convert(mirrored.metaType()));
+        model.apply({{property.name, value}});
+        EXPECT_EQ(mirrored.read(&model), value);
+    }
+}
+
+TEST(RemoteModel, RefusesWhatAPropertyCannotBeAndTakesTheRest)
+{
+    const std::pair<const char*, QVariant> cases[] = {
+        {"percentage", std::numeric_limits<double>::quiet_NaN()},
+        {"percentage", std::numeric_limits<double>::infinity()},
+        {"percentage", 12},
+        {"percentage", "12"},
+        {"chargingState", 1.0},
+        {"isTemporaryOverrideEnabled", "true"},
+        {"timeToFull", 3.0},
+        {"powerSource", QVariant()},
+        {"history", "none"},
+        {"degradationText", "a property of ours alone"},
+        {"unheard of", 1},
+    };
+    const RemoteModel fresh;
+    for (const auto& [name, value] : cases) {
+        SCOPED_TRACE(name);
+        RemoteModel model;
+        model.apply({{name, value}, {"lowBatteryLimit", 33.0}});
+        EXPECT_EQ(model.property(name), fresh.property(name));
+        EXPECT_EQ(model.lowBatteryLimit(), 33);
+    }
+}
+
+struct Linked : testing::Test {
+    FakeApplication application;
+    RemoteModel model;
+};
+
+TEST_F(Linked, TakesAllValuesAndThenEachBatchAtOnce)
+{
+    application.properties = {
+        {"percentage", 79.6}, {"chargingState", "Charging"}, {"history", historyLosing(1)}};
+    ModelLink link(application.other, model);
+    ASSERT_TRUE(QSignalSpy(&link, &ModelLink::fed).wait());
+    EXPECT_EQ(model.percentage(), 79.6);
+    EXPECT_EQ(model.chargingState(), "Charging");
+    EXPECT_EQ(model.history().size(), 6U);
+    EXPECT_EQ(model.degradationText(), "-3.0% / mo");
+    EXPECT_EQ(model.degradationColor(), "batteryDanger");
+    EXPECT_EQ(model.customChargeLimit(), 80) << "what does not come keeps what a model begins with";
+
+    QSignalSpy changed(&model, &RemoteModel::changed);
+    application.announce({{"percentage", 80.0}, {"isLimitReached", true}, {"chargingState", "Idle"}});
+    ASSERT_TRUE(changed.wait());
+    EXPECT_EQ(model.percentage(), 80);
+    EXPECT_TRUE(model.isLimitReached());
+    EXPECT_EQ(changed.count(), 1);
+
+    application.properties["history"] = historyLosing(0.5);
+    application.announce({}, {"history"});
+    ASSERT_TRUE(changed.wait());
+    EXPECT_EQ(model.degradationText(), "-1.5% / mo");
+
+    application.properties["fleetStates"] =
+        QVariant::fromValue(QList<QVariantMap>{{{"deviceName", "Attic"}, {"isCharging", true}}});
+    application.announce({{"lastCloudSyncDate", QVariant::fromValue(QList<double>{86'400 * 200.0})},
+                          {"selectedDeviceID", QStringList{"a"}}},
+                         {"fleetStates"});
+    ASSERT_TRUE(QSignalSpy(&model, &RemoteModel::fleetChanged).wait());
+    EXPECT_EQ(model.fleet().value(0).toMap().value("status"), "Charging");
+    EXPECT_TRUE(model.lastSync().contains(" Jul 2001, "));
+    EXPECT_EQ(model.selectedDeviceID(), "a");
+}
+
+TEST_F(Linked, CarriesWishesInTheTypesOfTheWire)
+{
+    ModelLink link(application.other, model);
+    model.set("customChargeLimit", 90); // QML's whole numbers are integers
+    model.set("isAppleRecommendedModeEnabled", false);
+    model.set("percentage", 3.0);
+    model.set("customChargeLimit", "much");
+    model.toggleTemporaryOverride();
+    link.activate("dashboard");
+    link.quit();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return application.calls.contains("Quit"); }));
+    EXPECT_EQ(application.calls.join(' '),
+              "customChargeLimit=90double isAppleRecommendedModeEnabled=falsebool toggleTemporaryOverride "
+              "ActivateActiondashboard Quit");
+}
+
+TEST_F(Linked, IsOverWithTheApplication)
+{
+    ModelLink link(application.other, model);
+    ASSERT_TRUE(QSignalSpy(&link, &ModelLink::fed).wait());
+    QSignalSpy gone(&link, &ModelLink::gone);
+    application.leave();
+    EXPECT_TRUE(gone.wait());
+
+    ModelLink late(application.other, model);
+    EXPECT_TRUE(QSignalSpy(&late, &ModelLink::gone).wait());
+    EXPECT_FALSE(late.isFed());
+}
+
+} // namespace
+} // namespace velmora

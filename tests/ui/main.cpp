@@ -1,0 +1,18 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include <QGuiApplication>
+#include <QQuickWindow>
+#include <gtest/gtest.h>
+
+/// All windows of the tests are drawn in memory, and whoever runs them lends them neither a desktop nor its
+/// wishes.
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    testing::InitGoogleTest(&argc, argv);
+    const QGuiApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}
