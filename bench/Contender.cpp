@@ -86,19 +86,26 @@ Contents Contents::of(sd_bus_message* message)
     return all;
 }
 
-Process::Process(const Contender& contender, const std::string& log)
+Memory memoryOf(pid_t process)
 {
-    auto environment = environmentWith(contender.environment);
-    std::vector<std::string> arguments{contender.program};
+    auto numbers = namedNumbers(procOf(process) / "smaps_rollup");
+    return {numbers["Rss"], numbers["Private_Clean"] + numbers["Private_Dirty"], numbers["Pss"]};
+}
+
+Process::Process(const Program& program, const std::string& log)
+{
+    auto environment = environmentWith(program.environment);
+    std::vector<std::string> arguments{program.path};
+    arguments.insert(arguments.end(), program.arguments.begin(), program.arguments.end());
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, log.c_str(), O_WRONLY | O_CREAT | O_APPEND,
                                      0644);
     posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
-    const int failure = posix_spawn(&id_, contender.program.c_str(), &actions, nullptr,
+    const int failure = posix_spawn(&id_, program.path.c_str(), &actions, nullptr,
                                     pointersTo(arguments).data(), pointersTo(environment).data());
     posix_spawn_file_actions_destroy(&actions);
-    if (failure != 0) throw std::system_error(failure, std::generic_category(), contender.program);
+    if (failure != 0) throw std::system_error(failure, std::generic_category(), program.path);
 }
 
 Process::~Process()
@@ -122,12 +129,6 @@ long Process::wakeUps() const
     for (const auto& thread : std::filesystem::directory_iterator(procOf(id_) / "task"))
         all += namedNumbers(thread.path() / "status")["voluntary_ctxt_switches"];
     return all;
-}
-
-Process::Memory Process::memory() const
-{
-    auto numbers = namedNumbers(procOf(id_) / "smaps_rollup");
-    return {numbers["Private_Clean"] + numbers["Private_Dirty"], numbers["Pss"]};
 }
 
 } // namespace velmora

@@ -14,15 +14,21 @@ namespace velmora {
 
 using Nanoseconds = std::chrono::nanoseconds;
 
+/// How to start a program.
+struct Program {
+    std::string title;
+    std::string path;
+    std::vector<std::string> arguments{};
+    std::vector<std::string> environment{}; ///< "NAME=value", on top of our own
+};
+
 /// A program that watches the battery and tells of it on the bus, and how to talk to it.
 struct Contender {
-    std::string title;
-    std::string program; ///< path
+    Program program;
     std::string service, object;
     std::string questionInterface, question; ///< a method without arguments
     /// The signal that carries a changed level.
     std::string pushObject, pushInterface, push;
-    std::vector<std::string> environment; ///< "NAME=value", on top of our own
 };
 
 /// What a message carries, all nesting undone. Leaves the message read to its end.
@@ -33,11 +39,18 @@ struct Contents {
     static Contents of(sd_bus_message* message);
 };
 
+struct Memory {
+    long residentKilobytes, ownKilobytes, proportionalKilobytes;
+};
+
+/// Of a process that need not be ours; zeros where there is none.
+Memory memoryOf(pid_t process);
+
 /// A started program; killed with the object.
 class Process {
 public:
     /// Throws std::system_error where it cannot be started. What it says goes to the file `log`.
-    Process(const Contender& contender, const std::string& log);
+    Process(const Program& program, const std::string& log);
     ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
@@ -47,10 +60,7 @@ public:
     /// How often any of its threads went to sleep of its own accord, and so was woken.
     long wakeUps() const;
 
-    struct Memory {
-        long ownKilobytes, proportionalKilobytes;
-    };
-    Memory memory() const;
+    Memory memory() const { return memoryOf(id_); }
 
 private:
     pid_t id_ = -1;

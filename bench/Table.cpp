@@ -3,14 +3,14 @@
 
 #include "Table.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 namespace velmora {
 
-namespace {
-
-std::string number(std::optional<double> value, int decimals)
+std::string figure(std::optional<double> value, int decimals)
 {
     if (!value) return "–";
     std::array<char, 64> text{};
@@ -18,16 +18,21 @@ std::string number(std::optional<double> value, int decimals)
     return text.data();
 }
 
-} // namespace
+double quantile(std::vector<double> values, double part)
+{
+    std::ranges::sort(values);
+    const auto last = static_cast<double>(values.size() - 1);
+    return values[static_cast<std::size_t>(std::lround(part * last))];
+}
 
 void print(const Row& row)
 {
     std::optional<double> ratio;
     if (row.velmora && row.upower && *row.upower > 0) ratio.emplace(*row.velmora / *row.upower);
-    const auto figure = [&row](std::optional<double> value) { return number(value, row.decimals); };
+    const auto own = [&row](std::optional<double> value) { return figure(value, row.decimals); };
     std::printf("| %s | %s | %s | %s | %s | %s | %s |\n", row.what.c_str(), row.unit.c_str(),
-                figure(row.velmora).c_str(), figure(row.upower).c_str(), number(ratio, 2).c_str(),
-                number(row.aim, 1).c_str(), figure(row.floor).c_str());
+                own(row.velmora).c_str(), own(row.upower).c_str(), figure(ratio, 2).c_str(),
+                figure(row.aim, 1).c_str(), own(row.floor).c_str());
     std::fflush(stdout);
 }
 

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace velmora {
 
@@ -18,5 +19,11 @@ struct Row {
 };
 
 void print(const Row& row);
+
+/// As it stands in a table: a dash for nothing.
+std::string figure(std::optional<double> value, int decimals);
+
+/// The value that `part` of all lie below: 0.5 is the median. Of at least one value.
+double quantile(std::vector<double> values, double part);
 
 } // namespace velmora

@@ -10,9 +10,9 @@
 #include "MockLaptop.h"
 #include "PrivateBus.h"
 #include "Table.h"
+#include "TemporaryFolder.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -43,7 +43,7 @@ struct Costs {
     std::vector<double> starts, latencies; ///< ms
     double processorTime = 0;              ///< ms an event
     double wakeUps = 0;                    ///< in a minute
-    Process::Memory memory{};
+    Memory memory{};
 };
 
 /// Fails unless `result` is a success, which it gives back.
@@ -56,9 +56,9 @@ int check(int result)
 class Lane {
 public:
     Lane(Contender contender, sd_bus* bus, const std::filesystem::path& folder)
-        : contender_(std::move(contender)), bus_(bus), log_(folder / (contender_.title + ".log"))
+        : contender_(std::move(contender)), bus_(bus), log_(folder / (contender_.program.title + ".log"))
     {
-        contender_.environment.push_back("UMOCKDEV_DIR=" + laptop_.root());
+        contender_.program.environment.push_back("UMOCKDEV_DIR=" + laptop_.root());
         const auto rule = "type='signal',interface='" + contender_.pushInterface + "',member='" +
                           contender_.push + "',path='" + contender_.pushObject + "'";
         pushes_ = dbus::match(bus_, rule, onPush, this);
@@ -69,7 +69,7 @@ public:
     void start()
     {
         const auto begun = Clock::now();
-        process_ = std::make_unique<Process>(contender_, log_);
+        process_ = std::make_unique<Process>(contender_.program, log_);
         while (!answers()) {
             if (Clock::now() - begun > patience) fail("does not answer");
             std::this_thread::sleep_for(200us);
@@ -112,7 +112,7 @@ public:
 private:
     [[noreturn]] void fail(const char* what) const
     {
-        throw std::runtime_error(contender_.title + " " + what + ", see " + log_);
+        throw std::runtime_error(contender_.program.title + " " + what + ", see " + log_);
     }
 
     /// Whether it tells of the battery by now.
@@ -154,71 +154,50 @@ private:
     Costs costs_;
 };
 
-/// A folder of the run's own.
-struct Folder {
-    std::filesystem::path path;
-
-    Folder()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "velmora-bench-XXXXXX").string();
-        if (!mkdtemp(name.data())) throw std::system_error(errno, std::generic_category(), "mkdtemp");
-        path = name;
-    }
-    ~Folder()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(path, ignored);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-};
-
 /// velmorad as it is after some weeks: with all the history that it keeps.
 Contender velmorad(const std::string& bin, const std::filesystem::path& folder)
 {
     const auto state = folder / "velmorad";
     std::filesystem::create_directories(state);
     std::ofstream(state / "history.json") << encodeHistory(fullHistory());
-    return {.title = "velmorad",
-            .program = bin + "/velmorad",
+    return {.program = {.title = "velmorad",
+                        .path = bin + "/velmorad",
+                        .environment = {"STATE_DIRECTORY=" + state.string(), "VELMORA_LOG=stderr"}},
             .service = wire::serviceName,
             .object = wire::objectPath,
             .questionInterface = wire::daemon_protocol::interface,
             .question = wire::daemon_protocol::getBatteryState.member(),
             .pushObject = wire::objectPath,
             .pushInterface = wire::client_protocol::interface,
-            .push = wire::client_protocol::batteryStateDidChange.member(),
-            .environment = {"STATE_DIRECTORY=" + state.string(), "VELMORA_LOG=stderr"}};
+            .push = wire::client_protocol::batteryStateDidChange.member()};
 }
 
 Contender upowerd(const std::string& program, const std::filesystem::path& folder)
 {
     const auto state = folder / "upowerd";
     std::filesystem::create_directories(state);
-    return {.title = "upowerd",
-            .program = program,
+    return {.program = {.title = "upowerd",
+                        .path = program,
+                        .environment = {"UPOWER_HISTORY_DIR=" + state.string()}},
             .service = "org.freedesktop.UPower",
             .object = "/org/freedesktop/UPower",
             .questionInterface = "org.freedesktop.UPower",
             .question = "EnumerateDevices",
             .pushObject = "/org/freedesktop/UPower/devices/battery_BAT0",
             .pushInterface = "org.freedesktop.DBus.Properties",
-            .push = "PropertiesChanged",
-            .environment = {"UPOWER_HISTORY_DIR=" + state.string()}};
+            .push = "PropertiesChanged"};
 }
 
 Contender bareLoop(const std::string& bin)
 {
-    return {.title = "bare_loop",
-            .program = bin + "/bare_loop",
+    return {.program = {.title = "bare_loop", .path = bin + "/bare_loop"},
             .service = "app.velmora.BareLoop",
             .object = "/app/velmora/BareLoop",
             .questionInterface = "app.velmora.BareLoop",
             .question = "level",
             .pushObject = "/app/velmora/BareLoop",
             .pushInterface = "app.velmora.BareLoop",
-            .push = "changed",
-            .environment = {}};
+            .push = "changed"};
 }
 
 using Lanes = std::vector<std::unique_ptr<Lane>>;
@@ -259,19 +238,12 @@ void measure(const Lanes& lanes)
     for (const auto& lane : lanes) lane->rest();
 }
 
-double quantile(std::vector<double> values, double part)
-{
-    std::ranges::sort(values);
-    const auto last = static_cast<double>(values.size() - 1);
-    return values[static_cast<std::size_t>(std::lround(part * last))];
-}
-
 void report(const Lanes& lanes)
 {
     const auto row = [&](const std::string& what, const char* unit, double aim, int decimals, auto figure) {
         const auto of = [&](const char* title) -> std::optional<double> {
             const auto found = std::ranges::find_if(
-                lanes, [&](const auto& lane) { return lane->contender().title == title; });
+                lanes, [&](const auto& lane) { return lane->contender().program.title == title; });
             return found == lanes.end() ? std::nullopt : std::optional<double>(figure((*found)->costs()));
         };
         print({what, unit, of("velmorad"), of("upowerd"), of("bare_loop"), aim, decimals});
@@ -290,16 +262,16 @@ void report(const Lanes& lanes)
 
 void run(const std::string& bin)
 {
-    const Folder folder;
+    const TemporaryFolder folder;
     const PrivateBus privateBus;
     sd_bus* opened = nullptr;
     check(sd_bus_open_system(&opened));
     const dbus::Bus bus(opened);
     Lanes lanes;
-    lanes.push_back(std::make_unique<Lane>(velmorad(bin, folder.path), opened, folder.path));
+    lanes.push_back(std::make_unique<Lane>(velmorad(bin, folder.path()), opened, folder.path()));
     if (const std::string peer = "/usr/libexec/upowerd"; std::filesystem::exists(peer))
-        lanes.push_back(std::make_unique<Lane>(upowerd(peer, folder.path), opened, folder.path));
-    lanes.push_back(std::make_unique<Lane>(bareLoop(bin), opened, folder.path));
+        lanes.push_back(std::make_unique<Lane>(upowerd(peer, folder.path()), opened, folder.path()));
+    lanes.push_back(std::make_unique<Lane>(bareLoop(bin), opened, folder.path()));
     measure(lanes);
     report(lanes);
 }
