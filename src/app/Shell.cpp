@@ -6,7 +6,6 @@
 #include "TrayFaceOf.h"
 
 #include <csignal>
-#include <cstdio>
 #include <utility>
 
 namespace velmora {

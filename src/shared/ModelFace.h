@@ -18,7 +18,7 @@ inline constexpr auto interface = "app.velmora.Model";
 enum class Access : std::uint8_t {
     read,
     write,   ///< a view may set it; it lives in the model alone
-    setting, ///< likewise, and the daemon is told at the end of the turn
+    setting, ///< likewise, and the daemon is told at once
 };
 
 /// How a change is announced.
