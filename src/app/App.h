@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace velmora {
 
@@ -25,9 +26,17 @@ public:
     /// Called when that may have changed.
     std::function<void()> onDaemonPresence;
 
+    /// What the daemon last told of the charger; nothing where there is none, or it has not told yet.
+    std::optional<ChargerReport> charger() const { return client_->charger(); }
+    /// Called when that has changed.
+    std::function<void()> onChargerChange;
+
 private:
+    void followQuickCharge();
+
     std::shared_ptr<XPCClient> client_;
     BatteryModel model_;
+    bool isQuickCharging_ = false; ///< as the daemon says
 };
 
 } // namespace velmora

@@ -38,13 +38,13 @@ std::size_t FaceObject::indexOf(std::string_view name) const
     return static_cast<std::size_t>(found - properties_.begin());
 }
 
-void FaceObject::derive(std::string_view name, std::function<bool()> value)
+void FaceObject::derive(std::string_view name, std::function<KeyedArchive::Value()> value)
 {
     Row& row = rows_.at(indexOf(name));
-    row.read = [value](sd_bus_message* reply) { face::append(reply, KeyedArchive::Value{value()}); };
+    row.read = [value](sd_bus_message* reply) { face::append(reply, value()); };
     row.hasChanged = [value, was = value()]() mutable {
-        const bool is = value();
-        return is != std::exchange(was, is);
+        auto is = value();
+        return std::exchange(was, is) != is;
     };
 }
 

@@ -35,8 +35,10 @@ public:
     template <typename T>
     void bind(std::string_view name, Observable<T>& observable);
 
-    /// A property that follows from bound ones, and may change when any of them does.
-    void derive(std::string_view name, std::function<bool()> value);
+    /// A property that follows from others: looked at again whenever a bound one changes, and by
+    /// `derivedChanged`.
+    void derive(std::string_view name, std::function<KeyedArchive::Value()> value);
+    void derivedChanged() { announceSoon(); }
 
     /// `operate` is called before the caller is answered.
     void addOperation(const char* name, std::function<void()> operate);

@@ -37,6 +37,8 @@ void Shell::serve(sd_bus* bus)
 {
     model_.emplace(loop_, bus, app_.model());
     model_->onQuit = [this] { loop_.stop(); };
+    charger_.emplace(loop_, bus, [this] { return app_.charger(); });
+    app_.onChargerChange = [this] { charger_->changed(); };
     // Now rather than when it is first asked for: a window shall not begin with the wrong one of its two
     // views.
     installation_.emplace(loop_, bus, Platform::current().singleton<InstallationManager>());

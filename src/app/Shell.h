@@ -5,6 +5,7 @@
 
 #include "App.h"
 #include "ApplicationObject.h"
+#include "ChargerObject.h"
 #include "InstallationObject.h"
 #include "ModelObject.h"
 #include "Options.h"
@@ -44,6 +45,7 @@ private:
     EventLoop& loop_;
     App& app_;
     std::optional<ModelObject> model_;
+    std::optional<ChargerObject> charger_;
     std::optional<InstallationObject> installation_;
     std::optional<ApplicationObject> application_;
     WindowsProgram windows_;

@@ -3,6 +3,8 @@
 
 #include "ChargePolicy.h"
 
+#include "ChargerReport.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -42,13 +44,13 @@ std::string_view name(ChargeControl control)
 {
     switch (control) {
     case ChargeControl::thresholds:
-        return "thresholds";
+        return ChargerReport::Control::thresholds;
     case ChargeControl::endThreshold:
-        return "end threshold";
+        return ChargerReport::Control::endThreshold;
     case ChargeControl::none:
         break;
     }
-    return "none";
+    return ChargerReport::Control::none;
 }
 
 std::string_view rawValue(ManualCharging::Wish wish)
@@ -77,15 +79,15 @@ std::string_view name(ChargeMode mode)
 {
     switch (mode) {
     case ChargeMode::quickCharge:
-        return "quick charge";
+        return ChargerReport::Mode::quickCharge;
     case ChargeMode::storage:
         return "storage";
     case ChargeMode::autoProtect:
         return "auto-protect";
     case ChargeMode::paused:
-        return "paused";
+        return ChargerReport::Mode::paused;
     case ChargeMode::resumed:
-        return "resumed";
+        return ChargerReport::Mode::resumed;
     case ChargeMode::off:
         break;
     }

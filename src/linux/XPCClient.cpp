@@ -64,14 +64,28 @@ void XPCClient::followDaemon()
 {
     const auto appeared = [this] {
         const auto told = onDaemonAppeared;
+        charger_->fetch();
         setDaemonMissing(false);
         if (told) told();
     };
-    daemon_.emplace(bus_.get(), wire::serviceName, appeared, [this] { setDaemonMissing(true); });
+    const auto gone = [this] {
+        charger_->forget();
+        setDaemonMissing(true);
+    };
+    daemon_.emplace(bus_.get(), wire::serviceName, appeared, gone);
+    charger_.emplace(bus_.get(), *daemon_, complaints_);
+    charger_->onChange = [this] {
+        if (const auto told = onChargerChange) told();
+    };
     const std::string rule = std::string("type='signal',sender='") + wire::serviceName + "',path='" +
                              wire::objectPath + "',interface='" + wire::client_protocol::interface +
                              "',member='" + wire::client_protocol::batteryStateDidChange.member() + "'";
     matches_.push_back(dbus::match(bus_.get(), rule, dbus::serve<XPCClient, &XPCClient::statePushed>, this));
+}
+
+std::optional<ChargerReport> XPCClient::charger() const
+{
+    return charger_ ? charger_->report() : std::nullopt;
 }
 
 void XPCClient::setDaemonMissing(bool isMissing)

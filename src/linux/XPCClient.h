@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "ChargerClient.h"
 #include "Complaints.h"
 #include "DBus.h"
 #include "EventLoop.h"
@@ -42,6 +43,11 @@ public:
     /// Nobody owns the daemon's name, or there is no bus. False while that is not known yet.
     bool isDaemonMissing() const { return isDaemonMissing_; }
 
+    /// What the daemon last told of the charger; nothing where there is none, or it has not told yet.
+    std::optional<ChargerReport> charger() const;
+    /// Called when that has changed.
+    std::function<void()> onChargerChange;
+
     void fetchCurrentState(StateHandler completion) override;
     /// A long history is read over several turns of the loop.
     void fetchHistory(HistoryHandler completion) override;
@@ -72,6 +78,7 @@ private:
     Complaints complaints_;
     dbus::Bus bus_;                   ///< null: there was no bus
     std::optional<NameOwner> daemon_; ///< the only one whose pushes count
+    std::optional<ChargerClient> charger_;
     bool isDaemonMissing_ = false;
     std::list<dbus::Slot> matches_;
     std::list<PendingCall> calls_;

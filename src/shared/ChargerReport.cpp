@@ -26,4 +26,25 @@ KeyedArchive ChargerReport::archived() const
     return archive;
 }
 
+ChargerReport ChargerReport::unarchived(const KeyedArchive& archive)
+{
+    ChargerReport report;
+    report.hasBattery = archive.decodeBool("HasBattery", report.hasBattery);
+    report.batteries = archive.decodeText("Batteries", report.batteries);
+    report.control = archive.decodeText("Control", report.control);
+    report.driver = archive.decodeText("Driver", report.driver);
+    report.mode = archive.decodeText("Mode", report.mode);
+    report.wantedStartThreshold = archive.decodeInteger("WantedStartThreshold", report.wantedStartThreshold);
+    report.wantedEndThreshold = archive.decodeInteger("WantedEndThreshold", report.wantedEndThreshold);
+    report.startThreshold = archive.decodeInteger("StartThreshold", report.startThreshold);
+    report.endThreshold = archive.decodeInteger("EndThreshold", report.endThreshold);
+    report.isChargingAllowed = archive.decodeBool("IsChargingAllowed", report.isChargingAllowed);
+    report.lastAction = archive.decodeText("LastAction", report.lastAction);
+    report.lastReason = archive.decodeText("LastReason", report.lastReason);
+    report.lastActionDate = archive.decodeDate("LastActionDate").value_or(report.lastActionDate);
+    report.health = archive.decodeDouble("Health", report.health);
+    report.cycleCount = archive.decodeInteger("CycleCount", report.cycleCount);
+    return report;
+}
+
 } // namespace velmora

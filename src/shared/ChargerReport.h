@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace velmora {
 
@@ -16,11 +17,25 @@ namespace velmora {
 struct ChargerReport {
     static constexpr auto interface = "app.velmora.Charger";
 
+    /// Texts of `control`.
+    struct Control {
+        static constexpr std::string_view thresholds = "thresholds";
+        static constexpr std::string_view endThreshold = "end threshold";
+        static constexpr std::string_view none = "none";
+    };
+    /// Texts of `mode` that mean something to those who read them; "storage", "auto-protect" and "off" are
+    /// the others.
+    struct Mode {
+        static constexpr std::string_view quickCharge = "quick charge";
+        static constexpr std::string_view paused = "paused";
+        static constexpr std::string_view resumed = "resumed";
+    };
+
     bool hasBattery = false;
-    std::string batteries;          ///< names of the supplies, blank-separated
-    std::string control = "none";   ///< "thresholds", "end threshold" or "none"
+    std::string batteries{}; ///< names of the supplies, blank-separated
+    std::string control{Control::none};
     std::string driver = "unknown"; ///< driver family whose rules are followed
-    std::string mode = "off";       ///< "quick charge", "storage", "auto-protect", "paused", "resumed", "off"
+    std::string mode = "off";
     std::int64_t wantedStartThreshold = -1; ///< percent; -1 nothing asked for
     std::int64_t wantedEndThreshold = -1;
     std::int64_t startThreshold = -1; ///< percent, as the hardware reads back; -1 not there or not readable
@@ -34,6 +49,9 @@ struct ChargerReport {
 
     /// Keys are the property names, in upper camel case.
     KeyedArchive archived() const;
+    static ChargerReport unarchived(const KeyedArchive& archive);
+
+    friend bool operator==(const ChargerReport&, const ChargerReport&) = default;
 };
 
 } // namespace velmora

@@ -4,6 +4,8 @@
 #include "DashboardTexts.h"
 
 #include <algorithm>
+#include <cmath>
+#include <optional>
 
 namespace velmora::dashboard {
 
@@ -24,6 +26,28 @@ struct Hold {
     const char* because;
 };
 
+/// What the charger makes of a level that was asked for; the level itself while it has not told.
+double made(double asked, std::int64_t told, std::int64_t held)
+{
+    const bool isAbout = held >= 0 && static_cast<double>(told) == std::round(asked);
+    return isAbout ? static_cast<double>(held) : asked;
+}
+
+double limitMade(const Situation& now, double asked)
+{
+    return now.charger ? made(asked, now.charger->wantedEndThreshold, now.charger->endThreshold) : asked;
+}
+
+double startMade(const Situation& now, double asked)
+{
+    return now.charger ? made(asked, now.charger->wantedStartThreshold, now.charger->startThreshold) : asked;
+}
+
+bool isStartTheFirmwares(const Situation& now)
+{
+    return now.charger && now.charger->control == ChargerReport::Control::endThreshold;
+}
+
 std::string charging(const Situation& now, const Hold& hold)
 {
     if (now.percentage < hold.limit) return "Charging to " + percent(hold.limit) + ": " + hold.because + ".";
@@ -32,21 +56,34 @@ std::string charging(const Situation& now, const Hold& hold)
 
 std::string resting(const Situation& now, const Hold& hold)
 {
-    const double resume = hold.limit - now.hysteresis;
     if (now.percentage >= hold.limit + 1)
         return "Not charging: the battery is above the limit of " + percent(hold.limit) + ".";
     if (now.percentage >= hold.limit)
         return "Holding at " + percent(hold.limit) + ": plugged in, limit reached.";
+    if (isStartTheFirmwares(now))
+        return "Resting: plugged in, and the firmware decides when charging begins again.";
+    const double resume = startMade(now, hold.limit - now.hysteresis);
     if (now.percentage >= resume)
         return "Resting: plugged in, and charging begins again below " + percent(resume) + ".";
     return "Plugged in, but the battery takes no charge right now.";
 }
 
-std::string held(const Situation& now, const Hold& hold)
+std::string held(const Situation& now, double asked, const char* because)
 {
+    const Hold hold{limitMade(now, asked), because};
     if (now.isOnBattery)
         return "On battery: charging will stop at " + percent(hold.limit) + ", " + hold.because + ".";
     return now.isCharging ? charging(now, hold) : resting(now, hold);
+}
+
+/// Why no limit can be held here, if so.
+std::optional<std::string> obstacle(const Situation& now)
+{
+    if (!now.charger) return "The background service is not running: nothing holds the limit.";
+    if (!now.charger->hasBattery) return "This machine has no battery.";
+    if (now.charger->control == ChargerReport::Control::none)
+        return "This laptop's charger takes no limit from software: it charges to 100%.";
+    return std::nullopt;
 }
 
 /// Where nothing holds the battery below full.
@@ -88,10 +125,36 @@ std::string statusLine(const Situation& now)
 
 std::string limiterText(const Situation& now)
 {
+    if (const auto reason = obstacle(now)) return *reason;
+    const auto& charger = *now.charger;
+    if (charger.mode == ChargerReport::Mode::paused)
+        return "Paused at " + percent(static_cast<double>(charger.endThreshold)) +
+               " by hand, until the next plug or changed setting.";
+    if (charger.mode == ChargerReport::Mode::resumed) return unheld(now, "it was resumed by hand");
     if (now.isQuickChargeOn) return unheld(now, "quick charge is on");
-    if (now.isStorageModeOn) return held(now, {storageLevel, "storage mode is on"});
-    if (now.isAutoProtectOn && now.limit < 100) return held(now, {now.limit, "Auto-Protect is on"});
+    if (now.isStorageModeOn) return held(now, storageLevel, "storage mode is on");
+    if (now.isAutoProtectOn && now.limit < 100) return held(now, now.limit, "Auto-Protect is on");
     return unheld(now, "no limit is set");
+}
+
+std::string limitEffect(const Situation& now)
+{
+    if (const auto reason = obstacle(now)) return *reason;
+    const auto told = now.charger->wantedEndThreshold;
+    const auto held = now.charger->endThreshold;
+    if (told < 0) return "The charger has not been told yet.";
+    if (held < 0) return "The charger was told, but does not say what it holds.";
+    const auto inForce = percent(static_cast<double>(held));
+    if (held != told)
+        return "In force: " + inForce + ", which this laptop makes of " + percent(static_cast<double>(told)) +
+               ".";
+    return "In force: the charger stops at " + inForce + ".";
+}
+
+std::string startEffect(const Situation& now)
+{
+    if (isStartTheFirmwares(now)) return "This laptop's firmware decides when charging begins again.";
+    return "Charging begins again below " + percent(startMade(now, now.limit - now.hysteresis)) + ".";
 }
 
 std::string deviceStatus(const SharedBatteryState& device)

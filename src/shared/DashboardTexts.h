@@ -4,10 +4,12 @@
 #pragma once
 
 #include "BatteryDataSource.h"
+#include "ChargerReport.h"
 #include "MenuBarTexts.h"
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -61,6 +63,8 @@ struct Situation {
     bool isStorageModeOn = false;
     double limit = 80;     ///< percent
     double hysteresis = 2; ///< percentage points
+    /// What the daemon tells of the charger; nothing while it is not there.
+    std::optional<ChargerReport> charger{};
 };
 
 /// Below the title of the overview.
@@ -68,6 +72,10 @@ std::string statusLine(const Situation& now);
 
 /// One sentence: what the limiter does right now, and why.
 std::string limiterText(const Situation& now);
+
+/// What this laptop's charger makes of the limit, and when charging begins again; a sentence each.
+std::string limitEffect(const Situation& now);
+std::string startEffect(const Situation& now);
 
 /// What one of the user's machines does.
 std::string deviceStatus(const SharedBatteryState& device);

@@ -26,6 +26,17 @@ std::optional<Date> KeyedArchive::decodeDate(std::string_view key) const
     return seconds && std::isfinite(*seconds) ? std::optional(Date{*seconds}) : std::nullopt;
 }
 
+void KeyedArchive::update(const KeyedArchive& news)
+{
+    for (const auto& [key, value] : news.values_) {
+        const auto known = std::ranges::find(values_, key, &std::pair<std::string, Value>::first);
+        if (known == values_.end())
+            values_.emplace_back(key, value);
+        else
+            known->second = value;
+    }
+}
+
 const KeyedArchive::Value* KeyedArchive::find(std::string_view key) const
 {
     const auto found = std::ranges::find(values_, key, &std::pair<std::string, Value>::first);

@@ -27,6 +27,9 @@ public:
     void encode(std::string key, Value value) { values_.emplace_back(std::move(key), std::move(value)); }
     void encode(std::string key, Date date) { encode(std::move(key), date.sinceReference); }
 
+    /// Each value of `news` takes the place of the one under its key.
+    void update(const KeyedArchive& news);
+
     bool decodeBool(std::string_view key, bool otherwise) const { return decode(key, otherwise); }
     std::int64_t decodeInteger(std::string_view key, std::int64_t otherwise) const
     {

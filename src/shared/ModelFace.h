@@ -99,6 +99,35 @@ inline constexpr auto install = "install";
 
 } // namespace velmora::wire::face::installation
 
+/// What the laptop's charger can do and what is in force, as the daemon tells it: app.velmora.Charger of its
+/// object, see velmora::ChargerReport. It stands beside the model for those who are no client of the daemon.
+namespace velmora::wire::face::charger {
+
+inline constexpr auto objectPath = "/app/velmora/Charger";
+inline constexpr auto interface = "app.velmora.Charger";
+
+inline constexpr std::array properties{
+    Property{"IsKnown", "b"}, ///< the daemon is there and has told; the others are defaults until then
+    Property{"HasBattery", "b"},
+    Property{"Batteries", "s"},
+    Property{"Control", "s"},
+    Property{"Driver", "s"},
+    Property{"Mode", "s"},
+    Property{"WantedStartThreshold", "x"},
+    Property{"WantedEndThreshold", "x"},
+    Property{"StartThreshold", "x"},
+    Property{"EndThreshold", "x"},
+    Property{"IsChargingAllowed", "b"},
+    Property{"LastAction", "s"},
+    Property{"LastReason", "s"},
+    Property{"LastActionDate", "d"},
+    Property{"Health", "d"},
+    Property{"CycleCount", "x"},
+};
+inline constexpr auto isKnown = "IsKnown";
+
+} // namespace velmora::wire::face::charger
+
 /// What the windows' program serves on the session bus while it runs; its only caller is `velmora`.
 namespace velmora::wire::windows {
 

@@ -4,6 +4,7 @@
 #include "RemoteModel.h"
 
 #include "MenuBarTexts.h"
+#include "ModelFace.h"
 #include "PredictionEngine.h"
 #include "Saturate.h"
 
@@ -166,6 +167,12 @@ void RemoteModel::apply(const QVariantMap& values)
     Q_EMIT changed();
 }
 
+void RemoteModel::applyCharger(const QVariantMap& values)
+{
+    charger_.update(archive(values));
+    Q_EMIT changed();
+}
+
 void RemoteModel::selectDevice(const QString& id)
 {
     set(QStringLiteral("selectedDeviceID"), id.isEmpty() ? QStringList{} : QStringList{id});
@@ -218,6 +225,7 @@ QString RemoteModel::lastSync() const
 
 dashboard::Situation RemoteModel::situation() const
 {
+    const bool isTold = charger_.decodeBool(wire::face::charger::isKnown, false);
     return {.percentage = values_.percentage,
             .isCharging = values_.chargingState == QLatin1String("Charging"),
             .isOnBattery = values_.powerSource == QLatin1String("Battery"),
@@ -228,7 +236,8 @@ dashboard::Situation RemoteModel::situation() const
             .isQuickChargeOn = values_.isTemporaryOverrideEnabled,
             .isStorageModeOn = values_.isStorageModeEnabled,
             .limit = values_.customChargeLimit,
-            .hysteresis = values_.customHysteresis};
+            .hysteresis = values_.customHysteresis,
+            .charger = isTold ? std::optional(ChargerReport::unarchived(charger_)) : std::nullopt};
 }
 
 QString RemoteModel::statusLine() const
@@ -239,6 +248,22 @@ QString RemoteModel::statusLine() const
 QString RemoteModel::limiterText() const
 {
     return QString::fromStdString(dashboard::limiterText(situation()));
+}
+
+QString RemoteModel::limitEffect() const
+{
+    return QString::fromStdString(dashboard::limitEffect(situation()));
+}
+
+QString RemoteModel::startEffect() const
+{
+    return QString::fromStdString(dashboard::startEffect(situation()));
+}
+
+QString RemoteModel::cycles() const
+{
+    const auto count = ChargerReport::unarchived(charger_).cycleCount;
+    return count < 0 ? QString() : QString::number(count);
 }
 
 void RemoteModel::refuse(const QString& property)

@@ -20,7 +20,8 @@
 namespace velmora {
 
 /// The resident application's model as the views see it: the properties of wire::face under their own names,
-/// read only. A view changes one by `set`; what then changes comes back from the application.
+/// read only, and what the daemon tells of the charger. A view changes one by `set`; what then changes comes
+/// back from the application.
 ///
 /// Whoever has a link to the application feeds it by `apply` and carries its two requests. Until then it
 /// shows the values that a model begins with.
@@ -55,6 +56,9 @@ class RemoteModel : public QObject {
     // What the values say; see dashboard.
     Q_PROPERTY(QString statusLine READ statusLine NOTIFY changed)
     Q_PROPERTY(QString limiterText READ limiterText NOTIFY changed)
+    Q_PROPERTY(QString limitEffect READ limitEffect NOTIFY changed)
+    Q_PROPERTY(QString startEffect READ startEffect NOTIFY changed)
+    Q_PROPERTY(QString cycles READ cycles NOTIFY changed) ///< empty: the laptop does not count them
     // What the history says; see menu_bar. The colour is a name of `Theme.color`.
     Q_PROPERTY(QString degradationText READ degradationText NOTIFY changed)
     Q_PROPERTY(QString degradationAccessibleName READ degradationAccessibleName NOTIFY changed)
@@ -66,6 +70,8 @@ public:
     /// that is not finite, is refused with a line in the log and the one before stays; so are unknown names,
     /// silently.
     void apply(const QVariantMap& values);
+    /// The same for those of wire::face::charger; one that it refuses becomes the default.
+    void applyCharger(const QVariantMap& values);
 
     /// Asks the application to change a property of the model.
     Q_INVOKABLE void set(const QString& property, const QVariant& value)
@@ -104,6 +110,9 @@ public:
 
     QString statusLine() const;
     QString limiterText() const;
+    QString limitEffect() const;
+    QString startEffect() const;
+    QString cycles() const;
     QString degradationText() const { return degradation_.text; }
     QString degradationAccessibleName() const { return degradation_.accessibleName; }
     QString degradationColor() const { return degradation_.color; }
@@ -162,6 +171,7 @@ private:
     static Degradation degradationOf(const std::vector<HSHistorySnapshot>& history);
 
     Values values_;
+    KeyedArchive charger_; ///< as it was told
     std::vector<HSHistorySnapshot> history_;
     Degradation degradation_;
     QVariantList fleet_;

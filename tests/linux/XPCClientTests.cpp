@@ -182,12 +182,35 @@ TEST_F(XPCClientTest, AnAnswerThatIsNoRecordIsNoneWithOneLogLineACause)
         client->fetchCurrentState([](const auto&) { FAIL(); });
         client->fetchHistory([](const auto&) { FAIL(); });
     }
-    EXPECT_TRUE(eventually([&] { return asked == 6 && log.count() == 2; }));
+    EXPECT_TRUE(eventually([&] { return asked == 7 && log.count() == 3; }));
     liar.hangUp();
     const auto daemon = startDaemon();
     settle(*client);
     EXPECT_EQ(log.count("ignored a state"), 1U);
     EXPECT_EQ(log.count("ignored a history"), 1U);
+    EXPECT_EQ(log.count("charger's properties"), 1U);
+}
+
+TEST_F(XPCClientTest, FollowsWhatTheDaemonTellsOfTheCharger)
+{
+    const auto client = makeClient();
+    int changes = 0;
+    client->onChargerChange = [&] { ++changes; };
+    for (int life = 1; life <= 2; ++life) {
+        const auto daemon = startDaemon();
+        ASSERT_TRUE(eventually([&] { return client->charger() == service.report; }));
+        service.report.mode = "quick charge";
+        service.report.endThreshold = 100 - life;
+        service.report.lastActionDate = Date{7e8};
+        daemon->chargerChanged(service.report);
+        ASSERT_TRUE(eventually([&] { return client->charger() == service.report; }));
+        daemon->chargerChanged(service.report);
+        settle(*client);
+        EXPECT_EQ(changes, 3 * life - 1) << "told, changed";
+        service.report.mode = "off";
+        service.report.cycleCount = 7;
+    }
+    EXPECT_TRUE(eventually([&] { return !client->charger(); })) << "there is nobody to ask";
 }
 
 TEST_F(XPCClientTest, AHugeHistoryLeavesTheLoopToOthers)
@@ -233,11 +256,15 @@ TEST_F(XPCClientTest, APushOfAnybodyElseIsDropped)
     });
     send(wire::objectPath, wire::client_protocol::interface, "batteryStateDidChange",
          [&](auto* signal) { dbus::append(signal, at(66).archived()); });
+    send(wire::objectPath, "org.freedesktop.DBus.Properties", "PropertiesChanged", [&](auto* signal) {
+        sd_bus_message_append(signal, "sa{sv}as", ChargerReport::interface, 1, "Mode", "s", "paused", 0);
+    });
     spoofer.sync();
     daemon->push(at(1));
     ASSERT_TRUE(eventually([&] { return !pushed.empty(); }));
     EXPECT_EQ(pushed, States{at(1)});
     EXPECT_EQ(appeared, 0);
+    EXPECT_EQ(client->charger(), service.report);
 }
 
 } // namespace

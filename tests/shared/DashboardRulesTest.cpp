@@ -63,7 +63,58 @@ TEST(DashboardTexts, LimiterSaysWhatHoldsTheBattery)
         {{.isOnBattery = true, .isAutoProtectOn = false},
          "On battery: charging will go on to 100%, no limit is set."},
     };
-    for (const auto& [situation, sentence] : cases) EXPECT_EQ(dashboard::limiterText(situation), sentence);
+    for (auto [situation, sentence] : cases) {
+        situation.charger = ChargerReport{.hasBattery = true, .control = "thresholds"};
+        EXPECT_EQ(dashboard::limiterText(situation), sentence);
+    }
+}
+
+TEST(DashboardTexts, LimiterSaysWhatThisLaptopMakesOfTheLimit)
+{
+    using Charger = ChargerReport;
+    const auto held = [](const char* mode, int told, int holds, const char* control = "thresholds") {
+        return Charger{.hasBattery = true,
+                       .control = control,
+                       .mode = mode,
+                       .wantedEndThreshold = told,
+                       .endThreshold = holds};
+    };
+    auto rounded = held("auto-protect", 80, 80);
+    rounded.wantedStartThreshold = 78;
+    rounded.startThreshold = 75;
+    const char* const asAsked = "Charging begins again below 78%.";
+    const struct {
+        std::optional<Charger> charger;
+        const char *limiter, *limit, *start; ///< no limit: the same sentence
+    } cases[] = {
+        {std::nullopt, "The background service is not running: nothing holds the limit.", nullptr, asAsked},
+        {Charger{.hasBattery = false}, "This machine has no battery.", nullptr, asAsked},
+        {Charger{.hasBattery = true},
+         "This laptop's charger takes no limit from software: it charges to 100%.", nullptr, asAsked},
+        {rounded, "Resting: plugged in, and charging begins again below 75%.",
+         "In force: the charger stops at 80%.", "Charging begins again below 75%."},
+        {held("auto-protect", 80, 100), "Plugged in, but the battery takes no charge right now.",
+         "In force: 100%, which this laptop makes of 80%.", asAsked},
+        // The daemon has not answered to 80 yet.
+        {held("auto-protect", 60, 60), "Resting: plugged in, and charging begins again below 78%.",
+         "In force: the charger stops at 60%.", asAsked},
+        {held("auto-protect", 80, -1), "Resting: plugged in, and charging begins again below 78%.",
+         "The charger was told, but does not say what it holds.", asAsked},
+        {held("auto-protect", 80, 80, "end threshold"),
+         "Resting: plugged in, and the firmware decides when charging begins again.",
+         "In force: the charger stops at 80%.", "This laptop's firmware decides when charging begins again."},
+        {held("paused", 79, 79), "Paused at 79% by hand, until the next plug or changed setting.",
+         "In force: the charger stops at 79%.", asAsked},
+        {held("resumed", 100, 100),
+         "Plugged in, but the battery takes no charge right now: it was resumed by hand.",
+         "In force: the charger stops at 100%.", asAsked},
+    };
+    for (const auto& [charger, limiter, limit, start] : cases) {
+        const dashboard::Situation situation{.percentage = 79, .charger = charger};
+        EXPECT_EQ(dashboard::limiterText(situation), limiter);
+        EXPECT_EQ(dashboard::limitEffect(situation), limit ? limit : limiter);
+        EXPECT_EQ(dashboard::startEffect(situation), start);
+    }
 }
 
 HSHistorySnapshot sample(double age, double health, double level = 60, const char* state = "Nominal")

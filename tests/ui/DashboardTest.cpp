@@ -183,7 +183,17 @@ TEST_F(Dashboard, SwitchesAskForWhatTheySay)
     }
     EXPECT_FALSE(item("lowBatteryLimit")->isEnabled()) << "nothing is told of it";
     open("Settings");
+    EXPECT_TRUE(property("limiterText", "text").startsWith("The background service is not running"));
+    model.applyCharger(
+        {{"IsKnown", true}, {"HasBattery", true}, {"Control", "thresholds"}, {"EndThreshold", 3.0}});
     EXPECT_EQ(property("limiterText", "text"), "On battery: charging will stop at 50%, storage mode is on.");
+    EXPECT_EQ(property("limit/caption", "text"), "The charger has not been told yet.");
+    model.applyCharger(
+        {{"WantedEndThreshold", qint64{50}}, {"EndThreshold", qint64{55}}, {"CycleCount", qint64{7}}});
+    EXPECT_EQ(property("limit/caption", "text"), "In force: 55%, which this laptop makes of 50%.");
+    EXPECT_EQ(property("limiterText", "text"), "On battery: charging will stop at 55%, storage mode is on.");
+    open("Health");
+    EXPECT_EQ(property("cycles", "value"), "7");
 }
 
 TEST_F(Dashboard, SliderAsksWhenItIsLetGo)

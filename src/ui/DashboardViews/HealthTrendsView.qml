@@ -46,6 +46,13 @@ DashboardPage {
             value: trends.fitted
             color: Theme.colors.accent
         }
+        MetricColumn {
+            objectName: "cycles"
+            visible: value
+            title: qsTr("Cycles")
+            value: page.battery.cycles
+            color: Theme.colors.primary
+        }
         Item {
             Layout.fillWidth: true
         }

@@ -18,6 +18,7 @@ ColumnLayout {
     property real from: 0
     property real to: 100
     readonly property real shown: slider.value
+    readonly property bool isDragged: slider.pressed
 
     signal chosen(real value)
 

@@ -61,7 +61,7 @@ DashboardPage {
             objectName: "limit"
             Layout.fillWidth: true
             title: qsTr("Charge limit")
-            caption: page.battery.customChargeLimit < from ? qsTr("It is at %1% now, below what can be chosen here.").arg(Math.round(page.battery.customChargeLimit)) : ""
+            caption: page.battery.customChargeLimit < from ? qsTr("It is at %1% now, below what can be chosen here.").arg(Math.round(page.battery.customChargeLimit)) : page.battery.limitEffect
             current: page.battery.customChargeLimit
             from: 50
             to: 100
@@ -71,7 +71,7 @@ DashboardPage {
             objectName: "hysteresis"
             Layout.fillWidth: true
             title: qsTr("Hysteresis")
-            caption: qsTr("Charging begins again below %1%.").arg(Math.round(limit.shown - shown))
+            caption: !isDragged && !limit.isDragged ? page.battery.startEffect : qsTr("Charging begins again below %1%.").arg(Math.round(limit.shown - shown))
             unit: qsTr(" points")
             current: page.battery.customHysteresis
             from: 0
