@@ -42,6 +42,7 @@ void Shell::serve(sd_bus* bus)
     // Now rather than when it is first asked for: a window shall not begin with the wrong one of its two
     // views.
     installation_.emplace(loop_, bus, Platform::current().singleton<InstallationManager>());
+    noticeObject_.emplace(loop_, bus, notice_);
     application_.emplace(bus);
     application_->onActivate = [this](const std::string& token) { startedAgain(token); };
     application_->onPanel = [this](const std::string& token) { open(wire::windows::panel, token); };

@@ -11,6 +11,7 @@
 #include "Options.h"
 #include "SessionBus.h"
 #include "TrayIcon.h"
+#include "VersionNoticeObject.h"
 #include "WindowsProgram.h"
 
 #include <filesystem>
@@ -47,6 +48,8 @@ private:
     std::optional<ModelObject> model_;
     std::optional<ChargerObject> charger_;
     std::optional<InstallationObject> installation_;
+    VersionNotice notice_;
+    std::optional<VersionNoticeObject> noticeObject_;
     std::optional<ApplicationObject> application_;
     WindowsProgram windows_;
     TrayIcon tray_;

@@ -4,6 +4,7 @@
 #include "LinuxPlatform.h"
 
 #include "JournalLog.h"
+#include "KernelVersion.h"
 #include "LinuxPowerSources.h"
 #include "LinuxThermalLevel.h"
 #include "PreferencesFile.h"
@@ -67,6 +68,7 @@ LinuxPlatform::LinuxPlatform(const std::string& program) : loop_(std::make_share
     platform_.serviceManager = std::make_shared<SystemdServiceManager>(*loop_, log());
     platform_.applicationSupportDirectories = dataFolders();
     platform_.temporaryDirectory = temporaryFolder();
+    platform_.systemVersion = kernelVersion();
     installed_ = Platform::install(platform_);
 }
 

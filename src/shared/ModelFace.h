@@ -99,6 +99,23 @@ inline constexpr auto install = "install";
 
 } // namespace velmora::wire::face::installation
 
+/// The notice of the main window, beside the model under the same name; see velmora::VersionNotice.
+namespace velmora::wire::face::notice {
+
+inline constexpr auto objectPath = "/app/velmora/VersionNotice";
+inline constexpr auto interface = "app.velmora.VersionNotice";
+
+inline constexpr auto showMacOS264Banner = "showMacOS264Banner";
+inline constexpr std::array properties{
+    Property{"hasSeenMacOS264Banner", "b"},
+    Property{showMacOS264Banner, "b", Access::write}, ///< false once the notice has closed
+};
+
+inline constexpr auto appeared = "appeared";   ///< the main window has
+inline constexpr auto dismissed = "dismissed"; ///< the notice was answered
+
+} // namespace velmora::wire::face::notice
+
 /// What the laptop's charger can do and what is in force, as the daemon tells it: app.velmora.Charger of its
 /// object, see velmora::ChargerReport. It stands beside the model for those who are no client of the daemon.
 namespace velmora::wire::face::charger {

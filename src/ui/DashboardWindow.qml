@@ -4,25 +4,93 @@
 import QtQuick
 import Velmora
 
-/// The window around the dashboard, with the frame that the desktop gives it.
+/// The window around the dashboard, with the frame that the desktop gives it; without a daemon around the way
+/// to one. It shows neither before it is known which.
 Window {
     id: window
 
     required property RemoteModel battery
-    property alias selectedTab: view.selectedTab
+    property string selectedTab: "Overview"
+
+    readonly property string view: !InstallationManager.isKnown ? "" : InstallationManager.isInstallationCompleted ? "DashboardView" : "InstallationView"
+    readonly property size least: view === "InstallationView" ? Qt.size(600, 450) : Qt.size(900, 600)
+    readonly property bool showsNotice: VersionNotice.showMacOS264Banner
 
     title: qsTr("Velmora Dashboard")
     width: 900
     height: 600
-    minimumWidth: 900
-    minimumHeight: 600
+    minimumWidth: least.width
+    minimumHeight: least.height
     color: Theme.colors.controlBackground
+    onLeastChanged: fit()
+    onViewChanged: load()
+    onShowsNoticeChanged: sheet.load()
+    onVisibleChanged: if (visible)
+        VersionNotice.appeared()
+    Component.onCompleted: {
+        fit();
+        load();
+        sheet.load();
+    }
 
-    DashboardView {
-        id: view
+    /// One that is on the screen only grows: a person or the window manager may have made it large.
+    function fit(): void {
+        if (visible && visibility !== Window.Windowed)
+            return;
+        width = Math.max(visible ? width : 0, least.width);
+        height = Math.max(visible ? height : 0, least.height);
+    }
 
+    function load(): void {
+        content.setSource(view ? view + ".qml" : "", view === "DashboardView" ? {
+                "battery": battery,
+                "selectedTab": selectedTab
+            } : {});
+    }
+
+    Loader {
+        id: content
+
+        readonly property DashboardView dashboard: item as DashboardView
+
+        objectName: "content"
         anchors.fill: parent
         focus: true
-        battery: window.battery
+        onLoaded: item.focus = true
+    }
+    Binding {
+        when: content.dashboard
+        target: content.dashboard
+        property: "selectedTab"
+        value: window.selectedTab
+    }
+    Connections {
+        target: content.dashboard
+
+        function onSelectedTabChanged(): void {
+            window.selectedTab = content.dashboard.selectedTab;
+        }
+    }
+
+    Loader {
+        id: sheet
+
+        function load(): void {
+            setSource(window.showsNotice ? "MacOS264BannerView.qml" : "", {
+                    "parent": window.contentItem,
+                    "visible": true
+                });
+        }
+    }
+    Connections {
+        target: sheet.item as MacOS264BannerView
+
+        function onDismissed(): void {
+            VersionNotice.dismissed();
+        }
+        function onClosed(): void {
+            VersionNotice.closed();
+            content.forceActiveFocus(Qt.PopupFocusReason);
+        }
     }
 }

@@ -7,6 +7,9 @@
 #include "Display.h"
 #include "ModelFace.h"
 #include "ModelLink.h"
+#include "ObjectLink.h"
+#include "RemoteInstallation.h"
+#include "RemoteVersionNotice.h"
 #include "Shell.h"
 #include "TerminationSignals.h"
 #include "Windows.h"
@@ -34,6 +37,12 @@ constexpr std::chrono::milliseconds valuesPatience{30};
 constexpr std::chrono::seconds picturePatience{10};
 constexpr int forwardPatience = 2'000; // ms
 
+namespace face = wire::face;
+constexpr FaceLink::Face installationFace{face::installation::objectPath, face::installation::interface,
+                                          face::installation::properties};
+constexpr FaceLink::Face noticeFace{face::notice::objectPath, face::notice::interface,
+                                    face::notice::properties};
+
 int fail(const QString& what, int status = 1)
 {
     std::fprintf(stderr, "velmora-ui: %s\n", qUtf8Printable(what));
@@ -59,7 +68,12 @@ int forward(QDBusConnection bus, const CommandLine& wish)
 class Program {
 public:
     Program(const QDBusConnection& bus, TerminationSignals& signals_)
-        : bus_(bus), link_(bus, model_), windows_(engine_, model_), service_(windows_)
+        : bus_(bus),
+          link_(bus, model_),
+          installation_(bus, installationFace, *singleton<RemoteInstallation>("InstallationManager")),
+          notice_(bus, noticeFace, *singleton<RemoteVersionNotice>("VersionNotice")),
+          windows_(engine_, model_),
+          service_(windows_)
     {
         engine_.addImportPath(QStringLiteral("qrc:/qt/qml"));
         QObject::connect(&signals_, &TerminationSignals::received, &windows_,
@@ -86,6 +100,8 @@ public:
     int draw(const CommandLine& wish)
     {
         singleton<Appearance>("Appearance")->setOpaque();
+        singleton<RemoteVersionNotice>("VersionNotice")
+            ->disconnect(&notice_); // nobody sees the window appear
         whenReady([this, wish] {
             windows_.picture(wish.window, wish.page, [wish](const QImage& image) {
                 const bool isSaved = image.save(wish.picture, "PNG");
@@ -118,9 +134,10 @@ private:
     {
         auto* appearance = singleton<Appearance>("Appearance");
         const auto check = [this, appearance, deed] {
-            if (link_.isFed() && appearance->isSettled()) deed();
+            if (link_.isFed() && installation_.isSettled() && appearance->isSettled()) deed();
         };
         QObject::connect(&link_, &ModelLink::fed, &windows_, check);
+        QObject::connect(&installation_, &ObjectLink::settled, &windows_, check);
         QObject::connect(appearance, &Appearance::settled, &windows_, check);
     }
 
@@ -128,6 +145,8 @@ private:
     RemoteModel model_;
     ModelLink link_;
     QQmlEngine engine_;
+    ObjectLink installation_;
+    ObjectLink notice_;
     Windows windows_;
     WindowsService service_;
 };

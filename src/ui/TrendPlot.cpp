@@ -18,6 +18,7 @@ namespace velmora {
 
 namespace {
 constexpr double gap = 6;             // between a label and the field
+constexpr double loneDot = 3;         // radius of a sample that stands alone
 constexpr double interruption = 7200; // seconds without a sample over which no line is drawn, at least
 } // namespace
 
@@ -141,7 +142,7 @@ void TrendPlot::paint(QPainter* painter)
     painter->setFont(font_);
     if (isThermal_) paintBands(*painter);
     paintScales(*painter);
-    painter->setClipRect(field_.adjusted(-1, -2, 1, 2));
+    painter->setClipRect(field_.adjusted(-loneDot, -loneDot, loneDot, loneDot));
     paintCurve(*painter);
     if (!isThermal_) paintFit(*painter);
 }
@@ -207,7 +208,12 @@ void TrendPlot::paintCurve(QPainter& painter) const
         painter.drawPolygon(area);
         painter.setPen(QPen(ink_, 1.75, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         painter.setBrush(Qt::NoBrush);
-        line.size() > 1 ? painter.drawPolyline(line) : painter.drawPoint(line.first());
+        if (line.size() > 1) {
+            painter.drawPolyline(line);
+        } else { // with nothing to lead up to it
+            painter.setPen(QPen(ink_, 2 * loneDot, Qt::SolidLine, Qt::RoundCap));
+            painter.drawPoint(line.first());
+        }
         begin = end;
     }
 }

@@ -141,9 +141,9 @@ QString Trends::summary() const
 {
     if (isEmpty()) return tr("No samples");
     const auto& shown = window_.samples;
-    const auto count = shown.size() == 1 ? tr("1 sample") : tr("%1 samples").arg(shown.size());
-    return tr("%1, %2 to %3")
-        .arg(count, momentText(shown.front().timestamp), momentText(shown.back().timestamp));
+    const auto first = momentText(shown.front().timestamp);
+    if (shown.size() == 1) return tr("1 sample, %1").arg(first);
+    return tr("%1 samples, %2 to %3").arg(shown.size()).arg(first, momentText(shown.back().timestamp));
 }
 
 QString Trends::rate() const

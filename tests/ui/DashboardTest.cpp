@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "RemoteInstallation.h"
 #include "RemoteModel.h"
 #include "TimeScale.h"
 
@@ -52,6 +53,8 @@ protected:
         QObject::connect(&model, &RemoteModel::operationWanted, [this](const QString& operation) {
             if (operation != "fetchHistory") asked << operation;
         });
+        engine.singletonInstance<RemoteInstallation*>(qmlTypeId("Velmora", 1, 0, "InstallationManager"))
+            ->apply({{"isInstallationCompleted", true}});
         QQmlComponent component(&engine, QUrl("qrc:/qt/qml/Velmora/DashboardWindow.qml"));
         window.reset(qobject_cast<QQuickWindow*>(
             component.createWithInitialProperties({{"battery", QVariant::fromValue(&model)}})));
@@ -106,7 +109,11 @@ protected:
     {
         QTest::keyClick(window.get(), Qt::Key(key), modifiers);
     }
-    void open(const char* page) { window->setProperty("selectedTab", page); }
+    void open(const char* page)
+    {
+        window->setProperty("selectedTab", page);
+        window->grabWindow(); // by then everything has its place
+    }
     QString title() const { return property("page/title", "text"); }
 
     RemoteModel model;

@@ -46,7 +46,8 @@ public:
     {
         const auto arguments = call.arguments();
         const auto value = qvariant_cast<QDBusVariant>(arguments.value(2)).variant();
-        if (call.member() == "GetAll") return from.send(call.createReply(QVariant(properties)));
+        if (call.member() == "GetAll")
+            return from.send(call.createReply(QVariant(beside.value(arguments[0].toString(), properties))));
         if (call.member() == "Get")
             return from.send(call.createReply(
                 QVariant::fromValue(QDBusVariant(properties.value(arguments.value(1).toString())))));
@@ -61,6 +62,8 @@ public:
     /// Whom the application serves.
     QDBusConnection other = QDBusConnection::connectToBus(daemon.address().c_str(), "windows");
     QVariantMap properties;
+    /// Those of objects beside the model, by interface; a test registers the paths.
+    QMap<QString, QVariantMap> beside;
     QStringList calls; ///< all but reading
 };
 

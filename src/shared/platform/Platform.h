@@ -9,6 +9,7 @@
 #include "platform/PowerSources.h"
 #include "platform/Preferences.h"
 #include "platform/ServiceManager.h"
+#include "platform/SystemVersion.h"
 #include "platform/ThermalLevel.h"
 #include "platform/WorkQueue.h"
 
@@ -36,6 +37,7 @@ struct Platform {
     /// The user's folders for what applications keep, best first; may be empty.
     std::vector<std::filesystem::path> applicationSupportDirectories;
     std::filesystem::path temporaryDirectory;
+    SystemVersion systemVersion;
 
     /// The one T of this platform, created on first use. Main thread only.
     template <typename T>

@@ -8,7 +8,7 @@ import Velmora
 
 /// A setting in percent. It says what it would become while it is dragged and asks for it by `chosen` once it
 /// is let go; then it shows what is so.
-ColumnLayout {
+Column { // a layout would keep the place that it had for a caption of more lines
     id: setting
 
     required property string title
@@ -39,6 +39,7 @@ ColumnLayout {
             setting.settle()
     }
     RowLayout {
+        width: parent.width
         spacing: 8
 
         Label {
@@ -56,7 +57,7 @@ ColumnLayout {
     }
     Label {
         objectName: "caption"
-        Layout.fillWidth: true
+        width: parent.width
         visible: text
         text: setting.caption
         font: Theme.typography.captionFont
@@ -68,7 +69,7 @@ ColumnLayout {
         id: slider
 
         objectName: "slider"
-        Layout.fillWidth: true
+        width: parent.width
         implicitHeight: 24
         from: setting.from
         to: setting.to

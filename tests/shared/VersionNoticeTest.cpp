@@ -1,0 +1,56 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "VersionNotice.h"
+
+#include "FakePlatform.h"
+
+#include <gtest/gtest.h>
+
+namespace velmora {
+namespace {
+
+TEST(VersionNotice, IsForSystemsWithALimiter)
+{
+    const struct {
+        SystemVersion system;
+        bool isShown;
+    } cases[] = {
+        {{25, 9}, false}, {{26, 3}, false}, {{26, 4}, true},  {{26, 9}, true}, {{27, 0}, false},
+        {{27, 3}, false}, {{27, 4}, true},  {{6, 12}, false}, {{0, 0}, false},
+    };
+    for (const auto& [system, isShown] : cases) {
+        FakePlatform machine;
+        machine.platform.systemVersion = system;
+        VersionNotice notice;
+        EXPECT_FALSE(notice.showMacOS264Banner.get());
+        notice.appeared();
+        EXPECT_EQ(notice.showMacOS264Banner.get(), isShown) << system.major << '.' << system.minor;
+    }
+}
+
+TEST(VersionNotice, ComesBackUntilItIsAnsweredAndThenNeverAgain)
+{
+    FakePlatform machine;
+    machine.platform.systemVersion = {26, 4};
+    {
+        VersionNotice notice;
+        for (int time = 0; time < 2; ++time) {
+            notice.appeared();
+            EXPECT_TRUE(notice.showMacOS264Banner.get());
+            notice.showMacOS264Banner.set(false); // closed by other means
+        }
+        EXPECT_EQ(machine.preferences->assignments, 0);
+        notice.dismissed();
+        notice.appeared();
+        EXPECT_FALSE(notice.showMacOS264Banner.get());
+    }
+    EXPECT_EQ(machine.preferences->values,
+              (decltype(machine.preferences->values){{"hasSeenMacOS264Banner", true}}));
+    VersionNotice ofTheNextStart;
+    ofTheNextStart.appeared();
+    EXPECT_FALSE(ofTheNextStart.showMacOS264Banner.get());
+}
+
+} // namespace
+} // namespace velmora
