@@ -3,6 +3,9 @@
 
 #include "Contender.h"
 
+#include "DBus.h"
+
+#include <cerrno>
 #include <csignal>
 #include <ctime>
 #include <fcntl.h>
@@ -86,10 +89,41 @@ Contents Contents::of(sd_bus_message* message)
     return all;
 }
 
+std::optional<pid_t> processOf(sd_bus* bus, const char* name)
+{
+    sd_bus_message* reply = nullptr;
+    std::uint32_t process = 0;
+    const int answered = sd_bus_call_method(bus, dbus::busName, dbus::busPath, dbus::busName,
+                                            "GetConnectionUnixProcessID", nullptr, &reply, "s", name);
+    const dbus::Message owned(reply);
+    if (answered == -ENXIO) return std::nullopt;
+    dbus::check(answered, "the bus");
+    dbus::check(sd_bus_message_read(reply, "u", &process), "the bus");
+    return static_cast<pid_t>(process);
+}
+
 Memory memoryOf(pid_t process)
 {
     auto numbers = namedNumbers(procOf(process) / "smaps_rollup");
-    return {numbers["Rss"], numbers["Private_Clean"] + numbers["Private_Dirty"], numbers["Pss"]};
+    return {numbers["Rss"], numbers["Private_Clean"] + numbers["Private_Dirty"], numbers["Pss"],
+            numbers["Private_Dirty"]};
+}
+
+Nanoseconds processorTimeOf(pid_t process)
+{
+    clockid_t clock = 0;
+    timespec time{};
+    if (clock_getcpuclockid(process, &clock) != 0 || clock_gettime(clock, &time) != 0)
+        throw std::runtime_error("a program ended by itself");
+    return std::chrono::seconds(time.tv_sec) + Nanoseconds(time.tv_nsec);
+}
+
+long wakeUpsOf(pid_t process)
+{
+    long all = 0;
+    for (const auto& thread : std::filesystem::directory_iterator(procOf(process) / "task"))
+        all += namedNumbers(thread.path() / "status")["voluntary_ctxt_switches"];
+    return all;
 }
 
 Process::Process(const Program& program, const std::string& log)
@@ -112,23 +146,6 @@ Process::~Process()
 {
     kill(id_, SIGKILL);
     waitpid(id_, nullptr, 0);
-}
-
-Nanoseconds Process::processorTime() const
-{
-    clockid_t clock = 0;
-    timespec time{};
-    if (clock_getcpuclockid(id_, &clock) != 0 || clock_gettime(clock, &time) != 0)
-        throw std::runtime_error("a program ended by itself");
-    return std::chrono::seconds(time.tv_sec) + Nanoseconds(time.tv_nsec);
-}
-
-long Process::wakeUps() const
-{
-    long all = 0;
-    for (const auto& thread : std::filesystem::directory_iterator(procOf(id_) / "task"))
-        all += namedNumbers(thread.path() / "status")["voluntary_ctxt_switches"];
-    return all;
 }
 
 } // namespace velmora

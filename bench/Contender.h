@@ -41,10 +41,20 @@ struct Contents {
 
 struct Memory {
     long residentKilobytes, ownKilobytes, proportionalKilobytes;
+    long dirtyKilobytes; ///< what of its own it has written to
 };
 
-/// Of a process that need not be ours; zeros where there is none.
+/// The process that owns a name on the bus, if one does.
+std::optional<pid_t> processOf(sd_bus* bus, const char* name);
+
+// Of a process that need not be ours.
+
+/// Zeros where there is none.
 Memory memoryOf(pid_t process);
+/// User and system time of all its threads so far, those that have ended included.
+Nanoseconds processorTimeOf(pid_t process);
+/// How often any of its threads went to sleep of its own accord, and so was woken.
+long wakeUpsOf(pid_t process);
 
 /// A started program; killed with the object.
 class Process {
@@ -55,11 +65,8 @@ public:
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
-    /// User and system time of all its threads so far, those that have ended included.
-    Nanoseconds processorTime() const;
-    /// How often any of its threads went to sleep of its own accord, and so was woken.
-    long wakeUps() const;
-
+    Nanoseconds processorTime() const { return processorTimeOf(id_); }
+    long wakeUps() const { return wakeUpsOf(id_); }
     Memory memory() const { return memoryOf(id_); }
 
 private:

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 #include <xcb/xcb.h>
 
@@ -21,12 +22,19 @@ public:
     Screen();
 
     int width() const { return screen_->width_in_pixels; }
+    int height() const { return screen_->height_in_pixels; }
+    /// Where the visible window of this size is; nothing where there is none.
+    std::optional<Spot> windowOf(int width, int height) const;
+
+    void movePointer(Spot spot) const;
     /// Presses and releases the left button there; the server has had both when this returns.
     void click(Spot spot) const;
     /// A row of pixels, as they are shown now.
     std::vector<std::uint8_t> row(Spot from, int length) const;
 
 private:
+    void fake(std::uint8_t type, std::uint8_t detail, Spot spot) const;
+
     struct Disconnect {
         void operator()(xcb_connection_t* connection) const noexcept { xcb_disconnect(connection); }
     };

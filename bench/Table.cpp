@@ -25,6 +25,20 @@ double quantile(std::vector<double> values, double part)
     return values[static_cast<std::size_t>(std::lround(part * last))];
 }
 
+double megabytes(long kilobytes)
+{
+    constexpr double kilobytesInMegabyte = 1024;
+    return static_cast<double>(kilobytes) / kilobytesInMegabyte;
+}
+
+void printLine(const std::string& what, const std::string& unit, const std::vector<std::string>& cells)
+{
+    std::printf("| %s | %s |", what.c_str(), unit.c_str());
+    for (const auto& cell : cells) std::printf(" %s |", cell.c_str());
+    std::puts("");
+    std::fflush(stdout);
+}
+
 void print(const Row& row)
 {
     std::optional<double> ratio;

@@ -20,8 +20,13 @@ struct Row {
 
 void print(const Row& row);
 
+/// A line of a table whose columns are the caller's.
+void printLine(const std::string& what, const std::string& unit, const std::vector<std::string>& cells);
+
 /// As it stands in a table: a dash for nothing.
 std::string figure(std::optional<double> value, int decimals);
+
+double megabytes(long kilobytes);
 
 /// The value that `part` of all lie below: 0.5 is the median. Of at least one value.
 double quantile(std::vector<double> values, double part);

@@ -4,6 +4,7 @@
 // velmora beside the tray programs for batteries that are installed: the same display, buses, laptop and
 // minute. Started by ./bench/run, which puts a session bus, Xvfb and umockdev around it.
 
+#include "Await.h"
 #include "DBus.h"
 #include "MockLaptop.h"
 #include "ModelFace.h"
@@ -14,7 +15,6 @@
 #include "Tray.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <functional>
 #include <stdexcept>
@@ -31,42 +31,11 @@ using Figure = std::optional<double>;
 
 constexpr int starts = 15;
 constexpr int clicks = 15;
-constexpr auto patience = 10s;
+constexpr auto patience = usualPatience;
 constexpr auto iconPatience = 4s; ///< for an icon that may be shown by the other tray
 constexpr auto settling = 20s;    ///< after the start: icons, first looks
 constexpr auto resting = 60s;
 constexpr auto looking = 3s; ///< at the open panel
-
-constexpr double kilobytesInMegabyte = 1024;
-
-double megabytes(long kilobytes)
-{
-    return static_cast<double>(kilobytes) / kilobytesInMegabyte;
-}
-
-/// Whether `condition` comes true in time.
-bool await(const std::function<bool()>& condition, Nanoseconds time = patience)
-{
-    for (const auto begun = Clock::now(); !condition();) {
-        if (Clock::now() - begun > time) return false;
-        std::this_thread::sleep_for(500us);
-    }
-    return true;
-}
-
-/// The process that owns a name on the bus, if one does.
-std::optional<pid_t> processOf(sd_bus* bus, const char* name)
-{
-    sd_bus_message* reply = nullptr;
-    std::uint32_t process = 0;
-    const int answered = sd_bus_call_method(bus, dbus::busName, dbus::busPath, dbus::busName,
-                                            "GetConnectionUnixProcessID", nullptr, &reply, "s", name);
-    const dbus::Message owned(reply);
-    if (answered == -ENXIO) return std::nullopt;
-    dbus::check(answered, "the bus");
-    dbus::check(sd_bus_message_read(reply, "u", &process), "the bus");
-    return static_cast<pid_t>(process);
-}
 
 /// What one tray program cost.
 struct Costs {
@@ -208,14 +177,6 @@ std::vector<Program> programsIn(const std::string& bin)
                               .arguments = {"--no-daemon"}}};
     std::erase_if(all, [](const Program& one) { return !std::filesystem::exists(one.path); });
     return all;
-}
-
-void printLine(const std::string& what, const std::string& unit, const std::vector<std::string>& cells)
-{
-    std::printf("| %s | %s |", what.c_str(), unit.c_str());
-    for (const auto& cell : cells) std::printf(" %s |", cell.c_str());
-    std::puts("");
-    std::fflush(stdout);
 }
 
 /// The columns are the programs, and at the end the aim for velmora's own figure.

@@ -6,6 +6,7 @@
 #include "LaptopKinds.h"
 #include "LaptopShow.h"
 
+#include <cmath>
 #include <getopt.h>
 #include <iterator>
 #include <stdexcept>
@@ -19,6 +20,7 @@ constexpr option known[] = {
     {"laptop", required_argument, nullptr, 'l'},
     {"driver", required_argument, nullptr, 'd'},
     {"speed", required_argument, nullptr, 's'},
+    {"health", required_argument, nullptr, 'a'},
     {"level", required_argument, nullptr, 'p'},
     {"unplugged", no_argument, nullptr, 'u'},
     {"load", required_argument, nullptr, 'w'},
@@ -51,6 +53,9 @@ void take(LaptopOptions& options, int letter)
         break;
     case 's':
         options.speed = number("speed", 1, 3600);
+        break;
+    case 'a':
+        options.health = number("health", 1, 150);
         break;
     case 'p':
         options.level = number("level", 0, 100);
@@ -98,6 +103,23 @@ void addChargeTypes(CapturedMachine& machine)
     }
 }
 
+/// A battery that does not tell what it was made for stays as it is.
+void wear(CapturedMachine& machine, double health)
+{
+    for (const auto& supply : supplyNames(machine)) {
+        for (const std::string family : {"energy", "charge"}) {
+            const Folder folder(machine, supplyPath(supply));
+            const double design = folder.number(family + "_full_design", 0);
+            const double full = folder.number(family + "_full", 0);
+            if (design <= 0 || full <= 0) continue;
+            const double worn = design * health / 100;
+            const double now = folder.number(family + "_now", 0) / full * worn;
+            machine.values[folder.pathOf(family + "_full")] = std::to_string(std::llround(worn));
+            machine.values[folder.pathOf(family + "_now")] = std::to_string(std::llround(now));
+        }
+    }
+}
+
 template <typename Names>
 std::string listed(const Names& names)
 {
@@ -120,6 +142,7 @@ std::string LaptopOptions::usage()
            listed(drivers) +
            "\n"
            "  --speed N            N seconds pass in one, 1 to 3600 (160)\n"
+           "  --health PERCENT     what its batteries hold of what they were made for\n"
            "  --level PERCENT      charge at the beginning\n"
            "  --unplugged          begin on battery\n"
            "  --load WATTS         what the machine draws\n"
@@ -147,6 +170,7 @@ LaptopMake LaptopOptions::make() const
     if (!driver.empty()) make->driver = ThresholdDriver::named(driver);
     if (!make->driver) throw std::runtime_error("no driver called " + driver);
     if (driver == "dell") addChargeTypes(make->machine);
+    if (health) wear(make->machine, *health);
     return *make;
 }
 

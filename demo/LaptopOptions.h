@@ -16,6 +16,7 @@ struct LaptopOptions {
     std::string laptop = "thresholds"; ///< a kind, or a path that ends in .sysfs
     std::string driver;                ///< whose rules the thresholds follow; empty: the laptop's own
     double speed = 160;                ///< seconds that pass for the laptop in one of ours
+    std::optional<double> health;      ///< percent of what every battery was made for
     std::optional<double> level;       ///< percent, of every battery
     std::optional<double> load;        ///< watts
     bool isUnplugged = false;

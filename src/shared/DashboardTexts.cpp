@@ -20,9 +20,10 @@ std::string percent(double value)
     return menu_bar::percentageText(value);
 }
 
-/// What holds the battery at `limit`, and how that reads.
+/// What holds the battery between `resume` and `limit`, and how that reads.
 struct Hold {
     double limit;
+    double resume;
     const char* because;
 };
 
@@ -62,15 +63,14 @@ std::string resting(const Situation& now, const Hold& hold)
         return "Holding at " + percent(hold.limit) + ": plugged in, limit reached.";
     if (isStartTheFirmwares(now))
         return "Resting: plugged in, and the firmware decides when charging begins again.";
-    const double resume = startMade(now, hold.limit - now.hysteresis);
-    if (now.percentage >= resume)
-        return "Resting: plugged in, and charging begins again below " + percent(resume) + ".";
+    if (now.percentage >= hold.resume)
+        return "Resting: plugged in, and charging begins again below " + percent(hold.resume) + ".";
     return "Plugged in, but the battery takes no charge right now.";
 }
 
 std::string held(const Situation& now, double asked, const char* because)
 {
-    const Hold hold{limitMade(now, asked), because};
+    const Hold hold{limitMade(now, asked), startMade(now, asked - now.hysteresis), because};
     if (now.isOnBattery)
         return "On battery: charging will stop at " + percent(hold.limit) + ", " + hold.because + ".";
     return now.isCharging ? charging(now, hold) : resting(now, hold);

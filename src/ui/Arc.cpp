@@ -16,25 +16,22 @@ namespace {
 constexpr double degree = 16; // what Qt counts in, anticlockwise from three o'clock
 } // namespace
 
-Arc::Arc(QQuickItem* parent) : QQuickPaintedItem(parent)
+Arc::Arc(QQuickItem* parent) : PaintedItem(parent)
 {
-    setAntialiasing(true);
     connect(this, &Arc::looksChanged, this, [this] { update(); });
 }
 
-void Arc::paint(QPainter* painter)
+void Arc::paint(QPainter& painter, const QRectF& box)
 {
     if (!(value_ > 0) || !std::isfinite(start_)) return; // nor for what is no number
-    const auto box = boundingRect();
     QLinearGradient ink(box.topLeft(), box.bottomRight());
     ink.setColorAt(0, from_);
     ink.setColorAt(1, to_.isValid() ? to_ : from_);
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(QPen(ink, lineWidth_, Qt::SolidLine, Qt::RoundCap));
+    painter.setPen(QPen(ink, lineWidth_, Qt::SolidLine, Qt::RoundCap));
     const auto half = lineWidth_ / 2;
     const auto begin = 90 - std::fmod(start_, 360);
     const auto span = -360 * std::min(value_, 1.0);
-    painter->drawArc(box.adjusted(half, half, -half, -half), qRound(begin * degree), qRound(span * degree));
+    painter.drawArc(box.adjusted(half, half, -half, -half), qRound(begin * degree), qRound(span * degree));
 }
 
 } // namespace velmora

@@ -3,15 +3,17 @@
 
 #pragma once
 
+#include "PaintedItem.h"
+
 #include <QColor>
-#include <QQuickPaintedItem>
+#include <QtQml/qqmlregistration.h>
 
 namespace velmora {
 
 /// A part of the circle that the item's box holds, clockwise from the top or from `start`
 /// degrees after it, with round ends. Its ink runs from
 /// the box's top left corner to its bottom right one.
-class Arc : public QQuickPaintedItem {
+class Arc : public PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(qreal value MEMBER value_ NOTIFY looksChanged) ///< 0 nothing to 1 all; beyond counts as these
@@ -22,10 +24,11 @@ class Arc : public QQuickPaintedItem {
 public:
     explicit Arc(QQuickItem* parent = nullptr);
 
-    void paint(QPainter* painter) override;
-
 signals:
     void looksChanged();
+
+protected:
+    void paint(QPainter& painter, const QRectF& box) override;
 
 private:
     qreal value_ = 0;

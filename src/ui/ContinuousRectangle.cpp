@@ -54,43 +54,49 @@ QPainterPath continuousRectangle(const QRectF& box, qreal radius)
     return path;
 }
 
-ContinuousRectangle::ContinuousRectangle(QQuickItem* parent) : QQuickPaintedItem(parent)
+ContinuousRectangle::ContinuousRectangle(QQuickItem* parent) : PaintedItem(parent)
 {
-    setAntialiasing(true);
     connect(this, &ContinuousRectangle::looksChanged, this, [this] { update(); });
 }
 
-void ContinuousRectangle::paint(QPainter* painter)
+void ContinuousRectangle::paint(QPainter& painter, const QRectF& box)
 {
-    const auto body = boundingRect().adjusted(inset_, inset_, -inset_, -inset_);
+    const auto body = box.adjusted(inset_, inset_, -inset_, -inset_);
     if (body.isEmpty()) return;
-    painter->setRenderHint(QPainter::Antialiasing);
     if (shadowColor_.alpha() > 0) paintShadow(painter, body);
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(color_);
-    painter->drawPath(continuousRectangle(body, radius_));
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color_);
+    painter.drawPath(continuousRectangle(body, radius_));
     if (edgeWidth_ <= 0) return;
-    const auto half = edgeWidth_ / 2;
-    painter->setPen(QPen(edgeColor_, edgeWidth_));
-    painter->setBrush(Qt::NoBrush);
-    painter->drawPath(continuousRectangle(body.adjusted(half, half, -half, -half), radius_ - half));
+    // Filled, between two outlines: of a pen this thin Qt paints a quarter too little, and some of it
+    // outside.
+    auto edge = continuousRectangle(body, radius_);
+    edge.addPath(continuousRectangle(body.adjusted(edgeWidth_, edgeWidth_, -edgeWidth_, -edgeWidth_),
+                                     radius_ - edgeWidth_));
+    painter.setBrush(edgeColor_);
+    painter.drawPath(edge);
+}
+
+int ContinuousRectangle::corner() const
+{
+    const auto shadow = shadowColor_.alpha() > 0 ? shadowRadius_ / 2 + std::abs(shadowOffset_) : 0;
+    return static_cast<int>(std::ceil(inset_ + radius_ * reachPerRadius + edgeWidth_ + shadow));
 }
 
 /// Rings laid over each other, the widest first: each adds its part of the colour.
-void ContinuousRectangle::paintShadow(QPainter* painter, const QRectF& body) const
+void ContinuousRectangle::paintShadow(QPainter& painter, const QRectF& body) const
 {
     const auto rings = std::clamp(static_cast<int>(std::ceil(shadowRadius_)), 1, 24);
     auto ink = shadowColor_;
     ink.setAlphaF(static_cast<float>(1 - std::pow(1 - shadowColor_.alphaF(), 1.0 / rings)));
     QPainterPath shadow;
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(ink);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(ink);
     for (int ring = 0; ring < rings; ++ring) {
         const auto spread = shadowRadius_ / 2 - shadowRadius_ * ring / rings;
         const auto box = body.adjusted(-spread, -spread, spread, spread).translated(0, shadowOffset_);
         if (box.isValid())
-            painter->drawPath(continuousRectangle(box, radius_ + spread) -
-                              continuousRectangle(body, radius_));
+            painter.drawPath(continuousRectangle(box, radius_ + spread) - continuousRectangle(body, radius_));
     }
 }
 

@@ -3,16 +3,18 @@
 
 #pragma once
 
+#include "PaintedItem.h"
+
 #include <QColor>
 #include <QPainterPath>
-#include <QQuickPaintedItem>
+#include <QtQml/qqmlregistration.h>
 
 namespace velmora {
 
 /// A rectangle whose corners bend gradually instead of starting at once on a circle, with an edge that may be
 /// thinner than a pixel and a soft shadow below. The shadow is painted inside the item: leave room for it by
 /// `inset`.
-class ContinuousRectangle : public QQuickPaintedItem {
+class ContinuousRectangle : public PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QColor color MEMBER color_ NOTIFY looksChanged)
@@ -26,13 +28,15 @@ class ContinuousRectangle : public QQuickPaintedItem {
 public:
     explicit ContinuousRectangle(QQuickItem* parent = nullptr);
 
-    void paint(QPainter* painter) override;
-
 signals:
     void looksChanged();
 
+protected:
+    void paint(QPainter& painter, const QRectF& box) override;
+    int corner() const override;
+
 private:
-    void paintShadow(QPainter* painter, const QRectF& body) const;
+    void paintShadow(QPainter& painter, const QRectF& body) const;
 
     QColor color_ = Qt::transparent;
     qreal radius_ = 0;

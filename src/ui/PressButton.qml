@@ -20,6 +20,7 @@ T.Button {
     Keys.onEnterPressed: clicked()
     Accessible.name: text
     Accessible.onPressAction: clicked()
+    Accessible.onToggleAction: clicked()
 
     FocusRing {
         visible: button.visualFocus

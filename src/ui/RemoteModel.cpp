@@ -91,11 +91,6 @@ QVariantMap fleetRow(const SharedBatteryState& device)
             {"battery", QString::fromStdString(menu_bar::percentageText(device.percentage))}};
 }
 
-Date now()
-{
-    return Date::fromUnix(static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000);
-}
-
 } // namespace
 
 struct RemoteModel::Field {
@@ -143,9 +138,17 @@ const std::vector<RemoteModel::Field>& RemoteModel::fields()
     return table;
 }
 
-RemoteModel::RemoteModel(QObject* parent)
-    : QObject(parent), degradation_(degradationOf(history_)), complaints_(log_, "RemoteModel")
+RemoteModel::RemoteModel(std::function<Date()> now, QObject* parent)
+    : QObject(parent),
+      now_(std::move(now)),
+      degradation_(degradationOf(history_)),
+      complaints_(log_, "RemoteModel")
 {
+}
+
+Date RemoteModel::timeOfDay()
+{
+    return Date::fromUnix(static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000);
 }
 
 void RemoteModel::apply(const QVariantMap& values)

@@ -14,6 +14,7 @@
 #include <QVariantList>
 #include <QVariantMap>
 #include <QtQml/qqmlregistration.h>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -64,7 +65,8 @@ class RemoteModel : public QObject {
     Q_PROPERTY(QString degradationAccessibleName READ degradationAccessibleName NOTIFY changed)
     Q_PROPERTY(QString degradationColor READ degradationColor NOTIFY changed)
 public:
-    explicit RemoteModel(QObject* parent = nullptr);
+    /// `now`: what time it is for those who look at the history.
+    explicit RemoteModel(std::function<Date()> now = &RemoteModel::timeOfDay, QObject* parent = nullptr);
 
     /// Takes values from outside, then says `changed` once. A value of another type than wire::face has, or
     /// that is not finite, is refused with a line in the log and the one before stays; so are unknown names,
@@ -119,6 +121,7 @@ public:
 
     /// Not for QML: a thousand samples are worked on here.
     const std::vector<HSHistorySnapshot>& history() const { return history_; }
+    Date now() const { return now_(); }
 
 Q_SIGNALS:
     void changed();
@@ -169,7 +172,9 @@ private:
         QString color;
     };
     static Degradation degradationOf(const std::vector<HSHistorySnapshot>& history);
+    static Date timeOfDay();
 
+    std::function<Date()> now_;
     Values values_;
     KeyedArchive charger_; ///< as it was told
     std::vector<HSHistorySnapshot> history_;

@@ -33,6 +33,7 @@ T.CheckBox {
     Keys.onEnterPressed: clicked()
     Accessible.name: text
     Accessible.description: caption
+    Accessible.checked: isOn // Qt 6.4 would go on calling it checked where it has been in the beginning
     Accessible.onPressAction: clicked()
     Accessible.onToggleAction: clicked()
 

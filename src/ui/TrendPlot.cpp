@@ -22,9 +22,8 @@ constexpr double loneDot = 3;         // radius of a sample that stands alone
 constexpr double interruption = 7200; // seconds without a sample over which no line is drawn, at least
 } // namespace
 
-TrendPlot::TrendPlot(QQuickItem* parent) : QQuickPaintedItem(parent)
+TrendPlot::TrendPlot(QQuickItem* parent) : PaintedItem(parent)
 {
-    setAntialiasing(true);
     setAcceptHoverEvents(true);
     connect(this, &TrendPlot::looksChanged, this, &TrendPlot::layOut);
 }
@@ -102,7 +101,7 @@ void TrendPlot::keyPressEvent(QKeyEvent* event)
 
 void TrendPlot::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry)
 {
-    QQuickPaintedItem::geometryChange(newGeometry, oldGeometry);
+    PaintedItem::geometryChange(newGeometry, oldGeometry);
     layOut();
 }
 
@@ -135,16 +134,15 @@ double TrendPlot::yOf(double value) const
 
 // -- Painting
 
-void TrendPlot::paint(QPainter* painter)
+void TrendPlot::paint(QPainter& painter, const QRectF&)
 {
     if (!trends_ || trends_->isEmpty()) return;
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setFont(font_);
-    if (isThermal_) paintBands(*painter);
-    paintScales(*painter);
-    painter->setClipRect(field_.adjusted(-loneDot, -loneDot, loneDot, loneDot));
-    paintCurve(*painter);
-    if (!isThermal_) paintFit(*painter);
+    painter.setFont(font_);
+    if (isThermal_) paintBands(painter);
+    paintScales(painter);
+    painter.setClipRect(field_.adjusted(-loneDot, -loneDot, loneDot, loneDot));
+    paintCurve(painter);
+    if (!isThermal_) paintFit(painter);
 }
 
 void TrendPlot::paintScales(QPainter& painter) const

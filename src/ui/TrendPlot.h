@@ -3,19 +3,20 @@
 
 #pragma once
 
+#include "PaintedItem.h"
 #include "Trends.h"
 
 #include <QColor>
 #include <QFont>
 #include <QPointer>
-#include <QQuickPaintedItem>
+#include <QtQml/qqmlregistration.h>
 
 namespace velmora {
 
 /// A curve over time with scales: of health with the line fitted through it, or of the level above bands of
 /// thermal states. Under the pointer, or moved by the arrow keys, is a cursor on the nearest sample; it is
 /// not painted here, so that it moves without the curve being painted again.
-class TrendPlot : public QQuickPaintedItem {
+class TrendPlot : public PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(velmora::Trends* trends READ trends WRITE setTrends NOTIFY looksChanged)
@@ -41,13 +42,12 @@ public:
     QPointF cursor() const;
     QString readOut() const;
 
-    void paint(QPainter* painter) override;
-
 Q_SIGNALS:
     void looksChanged();
     void cursorChanged();
 
 protected:
+    void paint(QPainter& painter, const QRectF& box) override;
     void hoverMoveEvent(QHoverEvent* event) override;
     void hoverLeaveEvent(QHoverEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;

@@ -21,11 +21,6 @@ namespace {
 
 constexpr std::chrono::minutes refreshInterval{5};
 
-Date now()
-{
-    return Date::fromUnix(static_cast<double>(QDateTime::currentMSecsSinceEpoch()) / 1000);
-}
-
 QString text(std::string_view utf8)
 {
     return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
@@ -114,7 +109,7 @@ QStringList Trends::ranges() const
 
 void Trends::workOut()
 {
-    samples_ = battery_ ? trends::usable(battery_->history(), now()) : trends::Samples{};
+    samples_ = battery_ ? trends::usable(battery_->history(), battery_->now()) : trends::Samples{};
     fit_ = trends::fit(samples_);
     forecast_ = trends::forecast(samples_, fit_);
     insights_ = cards(samples_);
@@ -123,7 +118,7 @@ void Trends::workOut()
 
 void Trends::workOutRange()
 {
-    window_ = trends::window(samples_, range_, now());
+    window_ = trends::window(samples_, range_, battery_ ? battery_->now() : Date{});
     bands_ = trends::bands(samples_, window_);
     healthScale_ = trends::healthScale(window_.samples);
     Q_EMIT changed();

@@ -82,6 +82,8 @@ TEST(DashboardTexts, LimiterSaysWhatThisLaptopMakesOfTheLimit)
     auto rounded = held("auto-protect", 80, 80);
     rounded.wantedStartThreshold = 78;
     rounded.startThreshold = 75;
+    auto raised = rounded;
+    raised.endThreshold = 85;
     const char* const asAsked = "Charging begins again below 78%.";
     const struct {
         std::optional<Charger> charger;
@@ -93,7 +95,9 @@ TEST(DashboardTexts, LimiterSaysWhatThisLaptopMakesOfTheLimit)
          "This laptop's charger takes no limit from software: it charges to 100%.", nullptr, asAsked},
         {rounded, "Resting: plugged in, and charging begins again below 75%.",
          "In force: the charger stops at 80%.", "Charging begins again below 75%."},
-        {held("auto-protect", 80, 100), "Plugged in, but the battery takes no charge right now.",
+        {raised, "Resting: plugged in, and charging begins again below 75%.",
+         "In force: 85%, which this laptop makes of 80%.", "Charging begins again below 75%."},
+        {held("auto-protect", 80, 100), "Resting: plugged in, and charging begins again below 78%.",
          "In force: 100%, which this laptop makes of 80%.", asAsked},
         // The daemon has not answered to 80 yet.
         {held("auto-protect", 60, 60), "Resting: plugged in, and charging begins again below 78%.",

@@ -3,6 +3,7 @@
 
 #include "Windows.h"
 #include "FakeApplication.h"
+#include "Pictures.h"
 
 #include <QDBusReply>
 #include <QGuiApplication>
@@ -244,6 +245,13 @@ TEST_F(Program, DrawsAPictureOfTheApplicationsValues)
     EXPECT_LT(some.pixelColor(160, 445).lightness(), 64) << "dark, as the environment asks";
     EXPECT_NE(some, draw(87));
     EXPECT_EQ(some, draw(12));
+
+    auto environment = first.processEnvironment();
+    environment.insert("QT_SCALE_FACTOR", "2");
+    first.setProcessEnvironment(environment);
+    const auto finer = draw(12);
+    EXPECT_EQ(finer.size(), some.size() * 2);
+    EXPECT_TRUE(differences(reduced(reduced(finer)), reduced(some)).empty());
 }
 
 TEST_F(Program, BeginsWithTheViewThatTheInstallationCallsFor)

@@ -6,11 +6,13 @@
 #include <gtest/gtest.h>
 
 /// All windows of the tests are drawn in memory, and whoever runs them lends them neither a desktop nor its
-/// wishes.
+/// wishes, type or time zone.
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+    qputenv("FONTCONFIG_FILE", VELMORA_UI_TESTS "/fonts.conf");
+    qputenv("TZ", "UTC");
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     testing::InitGoogleTest(&argc, argv);
     const QGuiApplication application(argc, argv);

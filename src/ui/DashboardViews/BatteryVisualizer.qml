@@ -49,7 +49,8 @@ Item {
 
         objectName: "ring"
         anchors.fill: parent
-        percentage: visualizer.shownPercentage
+        percentage: visualizer.percentage // decides the ink, which does not swing with the arc
+        value: visualizer.shownPercentage / 100
         isCharging: visualizer.isCharging
         isLimitReached: visualizer.isLimitReached
         pulseAlpha: visualizer.pulseAlpha

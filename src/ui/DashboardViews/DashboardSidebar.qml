@@ -22,7 +22,7 @@ Rectangle {
     }
 
     color: Theme.grey(Theme.dark ? 1 : 0, 0.03)
-    Accessible.role: Accessible.PageTabList
+    Accessible.role: Accessible.Grouping
     Accessible.name: qsTr("Pages")
 
     ScrollColumn {

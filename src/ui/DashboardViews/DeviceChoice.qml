@@ -17,9 +17,8 @@ PressButton {
     objectName: "device" + identifier
     text: modelData.name + ": " + modelData.status + ", " + modelData.battery
     padding: 8
-    Accessible.role: Accessible.CheckBox
-    Accessible.checkable: true
-    Accessible.checked: selected
+    checkable: true
+    checked: selected
 
     background: Rectangle {
         radius: choice.ringRadius

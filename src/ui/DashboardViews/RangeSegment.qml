@@ -5,7 +5,7 @@ import QtQuick
 import Velmora
 
 /// One of the words of a RangePicker.
-PressButton {
+ChoiceButton {
     id: segment
 
     required property string modelData
@@ -21,9 +21,7 @@ PressButton {
     rightPadding: 12
     ringRadius: 6
     font: Theme.font(11, selected ? Font.DemiBold : Font.Normal)
-    Accessible.role: Accessible.RadioButton
-    Accessible.checkable: true
-    Accessible.checked: selected
+    checked: selected
     Keys.onLeftPressed: stepped(-1)
     Keys.onRightPressed: stepped(1)
 

@@ -6,7 +6,7 @@ import QtQuick.Layouts
 import Velmora
 
 /// A page's name in the sidebar; marked while its page is shown.
-PressButton {
+ChoiceButton {
     id: link
 
     required property string title
@@ -20,9 +20,7 @@ PressButton {
     padding: 7
     leftPadding: 10
     rightPadding: 10
-    Accessible.role: Accessible.PageTab
-    Accessible.selectable: true
-    Accessible.selected: selected
+    checked: selected
 
     background: Rectangle {
         radius: link.ringRadius

@@ -12,10 +12,6 @@ from stage import WindowTest, has, rectangle, until, xdotool
 
 
 class PanelTest(WindowTest):
-    def await_charger(self, start, end):
-        held = lambda: [self.battery(f"charge_control_{which}_threshold") for which in ("start", "end")]
-        until(lambda: held() == [str(start), str(end)], f"the charger holds {start} to {end}")
-
     def await_switch(self, name, is_on):
         until(lambda: has("CHECKED", self.widget("check box", name)) == is_on, f"{name}: {is_on}")
 

@@ -95,6 +95,8 @@ class Program:
 class WindowTest(unittest.TestCase):
     """Its methods are what a person does and sees."""
 
+    title = "Velmora"  # of the window that is looked at
+
     # -- The stage, for all tests of a file
 
     @classmethod
@@ -149,11 +151,14 @@ class WindowTest(unittest.TestCase):
     def start_tray(self):
         self.tray = self.start("velmora-trayhost")
 
-    def start_all(self, level=30):
-        """Over a laptop that charges a percent in a second."""
-        os.environ["STATE_DIRECTORY"] = tempfile.mkdtemp(dir=self.folder)
+    def start_all(self, level=30, past=None, manager=("--enabled",)):
+        """Over a laptop that charges a percent in a second; `past` is what the daemon remembers, `manager` how the
+        stand-in of systemd's manager behaves."""
+        os.environ["STATE_DIRECTORY"] = state = tempfile.mkdtemp(dir=self.folder)
+        if past:
+            (Path(state) / "history.json").write_bytes(past)
         self.start("velmora-laptop", "--into", self.folder / "sys", "--level", level, "--speed", 60).says("^ready")
-        self.start("velmorad")
+        self.start("velmora-servicemanager", *manager, BIN / "velmorad").says("^ready")
         self.start_tray()
         self.start_velmora()
 
@@ -179,33 +184,45 @@ class WindowTest(unittest.TestCase):
     def windows_program(self):
         return self.owner(WINDOWS)
 
+    def model(self, name):
+        """A property of the model."""
+        return self.call(APPLICATION, OBJECT, "org.freedesktop.DBus.Properties", "Get",
+                         GLib.Variant("(ss)", (MODEL, name)))[0]
+
     def battery(self, attribute):
         return (self.folder / "sys/class/power_supply/BAT0" / attribute).read_text().strip()
 
+    def await_charger(self, start, end):
+        held = lambda: [self.battery(f"charge_control_{which}_threshold") for which in ("start", "end")]
+        until(lambda: held() == [str(start), str(end)], f"the charger holds {start} to {end}")
+
     # -- What a person sees
 
-    def panel(self):
-        """The panel's window; nothing where there is none."""
+    def window(self, title):
+        """Nothing where there is none."""
         pid = self.windows_program()
         desktop = Atspi.get_desktop(0)
         desktop.clear_cache()
         for program in children(desktop) if pid else ():
             if program.get_process_id() == pid:
                 program.clear_cache()
-                return seek(program, "frame", "Velmora")
+                return next((frame for frame in children(program) if frame.get_name() == title), None)
         return None
 
+    def panel(self):
+        return self.window("Velmora")
+
     def widget(self, role, name):
-        """Waits for it, and until it stands still."""
+        """Waits for it in the window that is looked at, and until it stands still."""
         place = None
 
         def look():
             nonlocal place
-            found = (window := self.panel()) and seek(window, role, name)
+            found = (window := self.window(self.title)) and seek(window, role, name)
             earlier, place = place, found and rectangle(found)
             return found if place and place == earlier else None
 
-        return until(look, f'the panel shows the {role} "{name}"')
+        return until(look, f'"{self.title}" shows the {role} "{name}"')
 
     def icon(self):
         """Waits for its place. By then it has been asked for its tooltip, and knows that it is shown."""

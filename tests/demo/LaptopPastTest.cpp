@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "LaptopPast.h"
+
+#include "HistoryCodec.h"
+#include "HistoryTrends.h"
+#include "LaptopKinds.h"
+#include "LaptopOptions.h"
+#include "TemporaryFolder.h"
+
+#include <algorithm>
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace velmora {
+
+namespace {
+
+constexpr Date now{827'000'000};
+
+TEST(LaptopPast, IsTwoMonthsThatADaemonWouldHaveKept)
+{
+    const auto samples = past::lived(*laptopOfKind("thresholds"), now, 3600);
+    ASSERT_GT(samples.size(), 500U);
+    ASSERT_LE(samples.size(), history_limits::maximumLength);
+    EXPECT_GT(now - samples.front().timestamp, 50 * 86'400.0);
+    EXPECT_GE(now - samples.back().timestamp, 900);
+    EXPECT_LE(now - samples.back().timestamp, 1800);
+    for (std::size_t index = 1; index < samples.size(); ++index)
+        ASSERT_TRUE(isWorthKeeping(&samples[index - 1], samples[index])) << index;
+
+    const auto fit = trends::fit(samples);
+    ASSERT_TRUE(fit);
+    EXPECT_NEAR(fit->perMonth, -1, 0.3);
+    EXPECT_NEAR(fit->at(now), 96, 0.5); // what such a laptop's battery holds now
+
+    const auto has = [&](auto tells) { return std::ranges::any_of(samples, tells); };
+    EXPECT_TRUE(has([](const auto& sample) { return sample.isCharging && sample.percentage > 95; }));
+    EXPECT_TRUE(has([](const auto& sample) { return !sample.isCharging && sample.percentage < 30; }));
+    EXPECT_TRUE(has([](const auto& sample) { return sample.thermalState == "Fair"; }));
+    EXPECT_EQ(samples, past::lived(*laptopOfKind("thresholds"), now, 3600));
+    EXPECT_TRUE(past::lived(*laptopOfKind("none"), now, 0).empty());
+    LaptopOptions worn;
+    worn.health = 61;
+    EXPECT_NEAR(past::lived(worn.make(), now, 0).back().health, 61, 0.5);
+}
+
+struct RecordedPast : testing::Test {
+    past::Samples read(const std::string& text) const
+    {
+        const auto file = folder.path() / "past";
+        std::ofstream(file) << text;
+        return past::recorded(file, now);
+    }
+    TemporaryFolder folder;
+};
+
+TEST_F(RecordedPast, EndsAQuarterOfAnHourAgo)
+{
+    constexpr double day = 86'400;
+    const Date last = now + -900.0;
+    const past::Samples expected{{last + -29 * day, 97, 90, "Nominal", false},
+                                 {last, 42, 89.5, "Nominal", false}};
+    const char* const forms[] = {
+        "# where from\ndate,cycles,full_mAh,full_min_mAh,design_mAh,level_max\n2020-01-31,1,,,4000,50\n"
+        "2020-02-01,2,3600,3500,4000,97\n2020-03-01,3,3580,3400,4000,42\n",
+        "start,end,design_mWh,full_mWh,level_max\r\n2020-02-23,2020-03-01,80000,71600,42\r\n"
+        "2020-01-25,2020-02-01,80000,72000,97\r\n",
+        R"([{"t":0,"p":97,"h":90,"s":"Nominal","c":false},{"t":2505600,"p":42,"h":89.5,"s":"Nominal","c":false}])"};
+    for (const char* form : forms) EXPECT_EQ(read(form), expected) << form;
+}
+
+TEST_F(RecordedPast, OfABrokenFileThereIsNone)
+{
+    for (const std::string file :
+         {"", "[]", "[1]", "[{\"t\":1e999}]", "date,full_mAh\n2020-02-01,1\n", "date,full_mAh,design_mAh\n",
+          "date,full_mAh,design_mAh\n2020-02-01,nan,4000\n",
+          "date,full_mAh,design_mAh\n2020-02-01,1e99,4000\n",
+          "date,full_mAh,design_mAh\n2020-02-30,3600,4000\n", "date,full_mAh,design_mAh\n2020-02-01,3600\n",
+          "date,full_mAh,design_mAh\n2020-02-01,3600,0\n", "\0\xff,\n,,"})
+        EXPECT_THROW(read(file), std::runtime_error) << file;
+    EXPECT_THROW(past::recorded(folder.path(), now), std::runtime_error);
+}
+
+} // namespace
+
+} // namespace velmora

@@ -1,0 +1,284 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "Gallery.h"
+#include "Pictures.h"
+#include "RemoteInstallation.h"
+#include "RemoteModel.h"
+
+#include <QPainter>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTest>
+#include <cmath>
+
+void qml_register_types_Velmora();
+
+namespace velmora {
+namespace {
+
+constexpr double hour = 3600;
+constexpr Date today{815'400'000}; ///< 2026-11-03 12:00:00 UTC
+
+/// Three weeks of a battery that ages, is unplugged for half of the day, and was very hot once.
+QVariant history()
+{
+    QList<QVariantMap> records;
+    for (int i = 24 * 21; i > 0; --i) {
+        const auto* heat = i / 4 == 20  ? "Critical"
+                           : i % 24 < 4 ? "Serious"
+                           : i % 24 < 9 ? "Fair"
+                                        : "Nominal";
+        records.append({{"timestamp", today.sinceReference - i * hour},
+                        {"percentage", 60 + 20 * std::sin(i / 24.0 * 6.28)},
+                        {"health", 94 + 0.004 * i + 0.3 * std::sin(i / 15.0)},
+                        {"thermalState", heat}});
+    }
+    return QVariant::fromValue(records);
+}
+
+QVariantMap laptop()
+{
+    const QList<QVariantMap> fleet{
+        {{"deviceID", "a"}, {"deviceName", "Attic"}, {"percentage", 72.0}, {"powerSource", "AC"}},
+        {{"deviceID", "b"}, {"deviceName", "Desk"}, {"percentage", 31.0}, {"powerSource", "Battery"}}};
+    return {{"percentage", 80.0},
+            {"chargingState", "Idle"},
+            {"isLimitReached", true},
+            {"powerSource", "AC"},
+            {"thermalState", "Fair"},
+            {"history", history()},
+            {"fleetStates", QVariant::fromValue(fleet)},
+            {"selectedDeviceID", QStringList{"b"}},
+            {"lastCloudSyncDate", QVariant::fromValue(QList<double>{today.sinceReference - hour})}};
+}
+
+/// It makes 85 % of the 80 that it was told.
+QVariantMap charger()
+{
+    return {{"IsKnown", true},
+            {"HasBattery", true},
+            {"Control", "thresholds"},
+            {"Mode", "auto-protect"},
+            {"WantedStartThreshold", qint64{78}},
+            {"WantedEndThreshold", qint64{80}},
+            {"StartThreshold", qint64{75}},
+            {"EndThreshold", qint64{85}},
+            {"CycleCount", qint64{224}}};
+}
+
+QQuickItem* find(const QQuickItem* top, const QString& name)
+{
+    for (auto* child : top->childItems()) {
+        if (child->objectName() == name) return child;
+        if (auto* deeper = find(child, name)) return deeper;
+    }
+    return nullptr;
+}
+
+QRect placeOf(const QQuickItem* item)
+{
+    return item->mapRectToScene(item->boundingRect()).toAlignedRect();
+}
+
+TEST(PictureComparison, SeesWhatPeopleSeeAndNotHowTypeIsDrawn)
+{
+    struct Look {
+        const char* what = "";
+        bool differs = false;
+        int shift = 0;
+        QColor card{0xff, 0x99, 0x00}, word = Qt::black;
+        bool hasDot = true;
+        QFont::HintingPreference hinting = QFont::PreferVerticalHinting;
+    };
+    const auto drawn = [](const Look& look) {
+        QImage image(300, 100, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.translate(look.shift, look.shift);
+        painter.fillRect(10, 10, 120, 60, look.card);
+        QFont font;
+        font.setPixelSize(13);
+        font.setHintingPreference(look.hinting);
+        painter.setFont(font);
+        painter.setPen(look.word);
+        painter.drawText(140, 40, "Holding at 80%: plugged in");
+        painter.setBrush(look.hasDot ? Qt::darkGreen : Qt::transparent);
+        painter.setPen(Qt::NoPen);
+        painter.drawEllipse(150, 60, 6, 6);
+        return reduced(image);
+    };
+    const Look cases[] = {
+        {.what = "hinting", .hinting = QFont::PreferNoHinting},
+        {.what = "a pixel", .shift = 1},
+        {.what = "four pixels", .differs = true, .shift = 4},
+        {.what = "ground", .differs = true, .card = {0xff, 0x80, 0x00}},
+        {.what = "word", .differs = true, .word = Qt::darkGray},
+        {.what = "dot", .differs = true, .hasDot = false},
+    };
+    for (const auto& look : cases)
+        EXPECT_EQ(!differences(drawn(look), drawn({})).empty(), look.differs) << look.what;
+}
+
+/// The name is the appearance.
+class Pictures : public testing::TestWithParam<const char*> {
+protected:
+    Pictures()
+    {
+        qputenv("VELMORA_APPEARANCE", GetParam());
+        qml_register_types_Velmora();
+        engine.addImportPath("qrc:/qt/qml");
+        model.apply(laptop());
+        model.applyCharger(charger());
+    }
+
+    void show(std::unique_ptr<QQuickWindow> made)
+    {
+        window = std::move(made);
+        window->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    }
+    void open(const char* name)
+    {
+        QQmlComponent component(&engine, QUrl(QStringLiteral("qrc:/qt/qml/Velmora/%1.qml").arg(name)));
+        std::unique_ptr<QQuickWindow> made(qobject_cast<QQuickWindow*>(
+            component.createWithInitialProperties({{"battery", QVariant::fromValue(&model)}})));
+        ASSERT_TRUE(made) << component.errorString().toStdString();
+        show(std::move(made));
+    }
+    /// All of it, with nothing moving.
+    QImage gallery()
+    {
+        show(makeGallery(engine, false));
+        window->setHeight(int(std::ceil(window->property("contentHeight").toDouble())));
+        const auto* content = window->contentItem();
+        const auto* charging = find(find(content, "BatteryVisualizer, charging"), "ring");
+        EXPECT_TRUE(QTest::qWaitFor([&] { return charging->opacity() == 0.4; }));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return content->height() == window->height(); }));
+        return window->grabWindow();
+    }
+    QColor pixel(const QImage& picture, const char* cell, double x, double y) const
+    {
+        const auto* stage = find(find(window->contentItem(), cell), "stage");
+        const auto place = stage->mapToScene({stage->width() * x, stage->height() * y});
+        return picture.pixelColor(int(place.x()), int(place.y()));
+    }
+    static QString name(const QString& what) { return what.toLower() + '-' + GetParam(); }
+
+    RemoteModel model{[] { return today; }};
+    QQmlEngine engine;
+    std::unique_ptr<QQuickWindow> window;
+};
+
+TEST_P(Pictures, PagesAndPanelLookAsTheyDid)
+{
+    open("PanelWindow");
+    EXPECT_TRUE(looksAsKept(window->grabWindow(), name("panel")));
+    auto* installation =
+        engine.singletonInstance<RemoteInstallation*>(qmlTypeId("Velmora", 1, 0, "InstallationManager"));
+    installation->apply({{"isInstallationCompleted", false}});
+    open("DashboardWindow");
+    EXPECT_TRUE(looksAsKept(window->grabWindow(), name("installation")));
+    installation->apply({{"isInstallationCompleted", true}});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window->contentItem()->width() == 900; }));
+    for (const auto* page : {"Overview", "Health", "Thermal", "Ecosystem", "Settings", "Notifications"}) {
+        window->setProperty("selectedTab", page);
+        EXPECT_TRUE(looksAsKept(window->grabWindow(), name(page)));
+    }
+}
+
+TEST_P(Pictures, ComponentsLookAsTheyDid)
+{
+    const auto picture = gallery();
+    for (const auto* section : {"Battery", "Grounds", "Figures", "Controls", "Theme", "Symbols"}) {
+        const auto* item = find(window->contentItem(), section);
+        ASSERT_TRUE(item) << section;
+        const auto place = placeOf(item);
+        const auto nameOf = [&](QRect box) {
+            const auto* flow = item->childItems().last();
+            const auto middle = QPointF(box.translated(place.topLeft()).center());
+            const auto* cell = flow->childAt(flow->mapFromScene(middle).x(), flow->mapFromScene(middle).y());
+            return cell ? cell->objectName() : QString();
+        };
+        EXPECT_TRUE(looksAsKept(picture.copy(place), name(QStringLiteral("gallery-") + section), nameOf));
+    }
+}
+
+/// What stands on the window's ground, from the bottom up: a level of grey and how much it covers.
+struct Layer {
+    double level, opacity;
+};
+
+TEST_P(Pictures, GroundsHaveTheirExactShades)
+{
+    const bool isDark = GetParam() == std::string("dark");
+    const struct {
+        const char* cell;
+        double x, y; ///< part of the component's box
+        std::vector<Layer> light, dark;
+    } cases[] = {
+        {"PodBackground", 0.5, 0.5, {{0, 0.03}}, {{1, 0.05}}},
+        {"PodBackground", 0.5, 0, {{0, 0.03}, {0, 0.06 / 2}}, {{1, 0.05}, {1, 0.08 / 2}}},
+        {"GlassyBackground",
+         0.2,
+         0.5,
+         {{0.48, 1}, {0.98, 0.9}},
+         {{0.48, 1}, {0.15, 0.6}}}, // above the accent
+        {"GlassyBackground", 0.5, 0, {{0.98, 0.9}, {0, 0.08 / 2}}, {{0.15, 0.6}, {1, 0.12 / 2}}},
+        {"DeviceRow", 0.92, 0.17, {{0, 0.05 * 0.87}}, {{1, 0.05 * 0.9}}},
+        {"BatteryVisualizer, empty", 0.5, 0.03, {{0, 0.06 * 0.87}}, {{1, 0.06 * 0.9}}},
+    };
+    const auto picture = gallery();
+    for (const auto& [cell, x, y, light, dark] : cases) {
+        double expected = isDark ? 0x1e : 0xff;
+        for (const auto& [level, opacity] : isDark ? dark : light)
+            expected += (255 * level - expected) * opacity;
+        EXPECT_NEAR(pixel(picture, cell, x, y).green(), expected, 1) << cell << ' ' << x << ' ' << y;
+    }
+}
+
+TEST_P(Pictures, InksHaveTheirExactColoursAndFade)
+{
+    const double ground = GetParam() == std::string("dark") ? 0x1e : 0xff;
+    const struct {
+        const char* cell;
+        double x, y; ///< part of the component's box
+        QRgb ink;
+        double fade;        ///< opacity at the bottom right corner
+        double opacity = 1; ///< of all of it
+    } cases[] = {
+        {"batteryGreen", 0.5, 0.5, 0x34c759, 1},
+        {"batteryWarning", 0.5, 0.5, 0xffcc00, 1},
+        {"batteryDanger", 0.5, 0.5, 0xff3b30, 1},
+        {"accent", 0.5, 0.5, 0x007aff, 1},
+        {"orange", 0.5, 0.5, 0xff9900, 1},
+        {"gradient primary", 0.75, 0.75, 0x007aff, 0.8},
+        {"gradient healthy", 0.75, 0.75, 0x34c759, 0.7},
+        {"gradient active", 0.75, 0.75, 0x007aff, 0.6},
+        {"gradient lowPower", 0.75, 0.75, 0xff3b30, 0.7},
+        {"BatteryRing, charging", 0.6, 0.05, 0x34c759, 0.7, 0.4},
+        {"BatteryRing, low", 0.6, 0.05, 0xff3b30, 0.7},
+        {"BatteryRing, limit reached", 0.96, 0.5, 0x007aff, 0.6},
+        {"BatteryRing, normal", 0.96, 0.5, 0x007aff, 0.8},
+        {"BatteryRing, full", 0.96, 0.5, 0x007aff, 0.8},
+        {"BatteryRing, full", 0.04, 0.5, 0x007aff, 0.8},
+        {"BatteryRing, empty", 0.96, 0.5, 0x007aff, 0, 0},
+    };
+    const auto picture = gallery();
+    for (const auto& [cell, x, y, ink, fade, opacity] : cases) {
+        const auto covers = opacity * (1 - (1 - fade) * (x + y) / 2);
+        const auto found = pixel(picture, cell, x, y);
+        const int is[] = {found.red(), found.green(), found.blue()};
+        const int full[] = {qRed(ink), qGreen(ink), qBlue(ink)};
+        for (int i = 0; i < 3; ++i)
+            EXPECT_NEAR(is[i], ground + (full[i] - ground) * covers, 2.5) << cell << ", colour " << i;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Appearances, Pictures, testing::Values("light", "dark"));
+
+} // namespace
+} // namespace velmora
