@@ -71,8 +71,7 @@ int ApplicationObject::activateAction(sd_bus_message* call)
         if (const auto kept = told) kept(arguments...);
         return sd_bus_reply_method_return(call, nullptr);
     };
-    if (action == wire::face::panelAction) return answer(onPanel, given);
-    if (action == wire::face::dashboardAction) return answer(onDashboard, given);
+    if (const auto* window = wire::face::windowOf(action)) return answer(onWindow, window, given);
     if (action == wire::face::quitAction) return answer(onQuit);
     return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_INVALID_ARGS, "there is no such action");
 }

@@ -23,8 +23,8 @@ public:
     using Request = std::function<void(const std::string& token)>;
 
     Request onActivate; ///< started again
-    Request onPanel;
-    Request onDashboard;
+    /// A window of wire::windows is wanted.
+    std::function<void(const char* window, const std::string& token)> onWindow;
     std::function<void()> onQuit;
 
 private:

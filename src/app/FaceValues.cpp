@@ -3,7 +3,9 @@
 
 #include "FaceValues.h"
 
+#include <array>
 #include <cmath>
+#include <span>
 #include <string_view>
 
 namespace velmora::face {
@@ -62,6 +64,13 @@ void appendList(sd_bus_message* reply, const std::vector<Record>& records)
     dbus::check(sd_bus_message_close_container(reply), "close a list");
 }
 
+void checkRange(const wire::face::Property& declared, double value)
+{
+    if (std::isfinite(value) && value >= declared.lowest && value <= declared.highest) return;
+    throw Refusal(std::string(declared.name) + " takes " + std::to_string(std::lround(declared.lowest)) +
+                  " to " + std::to_string(std::lround(declared.highest)));
+}
+
 } // namespace
 
 void append(sd_bus_message* reply, const KeyedArchive::Value& value)
@@ -94,6 +103,14 @@ void append(sd_bus_message* reply, const std::optional<std::string>& text)
     appendOptional(reply, text);
 }
 
+void append(sd_bus_message* reply, const std::optional<WidgetPlace>& place)
+{
+    const auto [x, y] = place.value_or(WidgetPlace{});
+    const std::array coordinates{x, y};
+    const std::size_t bytes = place ? sizeof coordinates : 0;
+    dbus::check(sd_bus_message_append_array(reply, 'i', coordinates.data(), bytes), "append a place");
+}
+
 void append(sd_bus_message* reply, const std::vector<HSHistorySnapshot>& samples)
 {
     appendList(reply, samples);
@@ -114,9 +131,7 @@ void read(sd_bus_message* message, const wire::face::Property&, bool& value)
 void read(sd_bus_message* message, const wire::face::Property& declared, double& value)
 {
     dbus::check(sd_bus_message_read_basic(message, 'd', &value), "read a number");
-    if (std::isfinite(value) && value >= declared.lowest && value <= declared.highest) return;
-    throw Refusal(std::string(declared.name) + " takes " + std::to_string(std::lround(declared.lowest)) +
-                  " to " + std::to_string(std::lround(declared.highest)));
+    checkRange(declared, value);
 }
 
 void read(sd_bus_message* message, const wire::face::Property& declared, std::optional<std::string>& value)
@@ -130,6 +145,19 @@ void read(sd_bus_message* message, const wire::face::Property& declared, std::op
         value = text;
     }
     dbus::check(sd_bus_message_exit_container(message), "leave an optional");
+}
+
+void read(sd_bus_message* message, const wire::face::Property& declared, std::optional<WidgetPlace>& value)
+{
+    const void* data = nullptr;
+    std::size_t bytes = 0;
+    dbus::check(sd_bus_message_read_array(message, 'i', &data, &bytes), "read a place");
+    const std::span coordinates(static_cast<const std::int32_t*>(data), bytes / sizeof(std::int32_t));
+    value.reset();
+    if (coordinates.empty()) return;
+    if (coordinates.size() != 2) throw Refusal(std::string(declared.name) + " takes two numbers, or none");
+    for (const auto one : coordinates) checkRange(declared, one);
+    value = {coordinates[0], coordinates[1]};
 }
 
 } // namespace velmora::face

@@ -6,6 +6,7 @@
 #include "BatteryModel.h"
 #include "DBus.h"
 #include "ModelFace.h"
+#include "WidgetSettings.h"
 
 #include <optional>
 #include <stdexcept>
@@ -27,6 +28,7 @@ void append(sd_bus_message* reply, ChargingState state);
 void append(sd_bus_message* reply, ThermalMonitorService::ThermalState state);
 void append(sd_bus_message* reply, const std::optional<Date>& date);
 void append(sd_bus_message* reply, const std::optional<std::string>& text);
+void append(sd_bus_message* reply, const std::optional<WidgetPlace>& place);
 void append(sd_bus_message* reply, const std::vector<HSHistorySnapshot>& samples);
 /// What is not known of a state has no key.
 void append(sd_bus_message* reply, const std::vector<SharedBatteryState>& states);
@@ -37,6 +39,7 @@ void append(sd_bus_message* reply, const std::vector<SharedBatteryState>& states
 void read(sd_bus_message* message, const wire::face::Property& declared, bool& value);
 void read(sd_bus_message* message, const wire::face::Property& declared, double& value);
 void read(sd_bus_message* message, const wire::face::Property& declared, std::optional<std::string>& value);
+void read(sd_bus_message* message, const wire::face::Property& declared, std::optional<WidgetPlace>& value);
 
 template <typename T>
 concept Writable = requires(sd_bus_message* message, const wire::face::Property& declared, T& value)

@@ -13,13 +13,18 @@ enum class Errand : std::uint8_t {
     run,       ///< be there; the panel where there is no tray icon to open it
     panel,     ///< open the panel
     dashboard, ///< open the dashboard
-    quit,      ///< end the one that runs
-    help,      ///< say how it is started
+    smallWidget,
+    mediumWidget,
+    quit, ///< end the one that runs
+    help, ///< say how it is started
 };
 
-inline constexpr auto usage = "usage: velmora [--panel | --dashboard | --quit]\n";
+inline constexpr auto usage = "usage: velmora [--panel | --dashboard | --widget small|medium | --quit]\n";
 
 /// Nothing for arguments that make no sense.
 std::optional<Errand> errandOf(int argc, const char* const* argv);
+
+/// The action of wire::face that the one who runs is asked for; null for none, which is to be there.
+const char* actionOf(Errand errand);
 
 } // namespace velmora

@@ -26,20 +26,6 @@ std::string activationToken()
     return token ? token : "";
 }
 
-const char* actionOf(Errand errand)
-{
-    switch (errand) {
-    case Errand::panel:
-        return wire::face::panelAction;
-    case Errand::dashboard:
-        return wire::face::dashboardAction;
-    case Errand::quit:
-        return wire::face::quitAction;
-    default:
-        return nullptr;
-    }
-}
-
 } // namespace
 
 SessionBus::SessionBus(EventLoop& loop, Log& log) : log_(log)

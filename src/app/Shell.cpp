@@ -43,10 +43,11 @@ void Shell::serve(sd_bus* bus)
     // views.
     installation_.emplace(loop_, bus, Platform::current().singleton<InstallationManager>());
     noticeObject_.emplace(loop_, bus, notice_);
+    smallWidgetObject_.emplace(loop_, bus, wire::face::widget::smallPath, smallWidget_);
+    mediumWidgetObject_.emplace(loop_, bus, wire::face::widget::mediumPath, mediumWidget_);
     application_.emplace(bus);
     application_->onActivate = [this](const std::string& token) { startedAgain(token); };
-    application_->onPanel = [this](const std::string& token) { open(wire::windows::panel, token); };
-    application_->onDashboard = [this](const std::string& token) { open(wire::windows::dashboard, token); };
+    application_->onWindow = [this](const char* window, const std::string& token) { open(window, token); };
     application_->onQuit = [this] { loop_.stop(); };
 }
 
@@ -61,8 +62,10 @@ void Shell::wireTray()
 
 void Shell::begin(Errand errand)
 {
-    if (errand == Errand::panel) open(wire::windows::panel, "");
-    if (errand == Errand::dashboard) open(wire::windows::dashboard, "");
+    const auto* action = actionOf(errand);
+    if (const auto* window = action ? wire::face::windowOf(action) : nullptr) open(window, "");
+    if (smallWidget_.isShownAtLogIn.get()) open(wire::windows::smallWidget, "");
+    if (mediumWidget_.isShownAtLogIn.get()) open(wire::windows::mediumWidget, "");
 }
 
 void Shell::open(const char* window, std::string token)

@@ -12,6 +12,7 @@
 #include "SessionBus.h"
 #include "TrayIcon.h"
 #include "VersionNoticeObject.h"
+#include "WidgetObject.h"
 #include "WindowsProgram.h"
 
 #include <filesystem>
@@ -30,7 +31,8 @@ public:
     Shell(const Shell&) = delete;
     Shell& operator=(const Shell&) = delete;
 
-    /// What the person asked for who started this program.
+    /// What the person asked for who started this program, and the widgets that are wished at log-in, which
+    /// is when it is started.
     void begin(Errand errand);
 
 private:
@@ -50,6 +52,10 @@ private:
     std::optional<InstallationObject> installation_;
     VersionNotice notice_;
     std::optional<VersionNoticeObject> noticeObject_;
+    WidgetSettings smallWidget_{"small"};
+    WidgetSettings mediumWidget_{"medium"};
+    std::optional<WidgetObject> smallWidgetObject_;
+    std::optional<WidgetObject> mediumWidgetObject_;
     std::optional<ApplicationObject> application_;
     WindowsProgram windows_;
     TrayIcon tray_;

@@ -6,6 +6,7 @@
 #include "ModelFace.h"
 #include "Utf8.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <spawn.h>
@@ -104,12 +105,17 @@ struct WindowsProgram::Child {
     WindowsProgram& owner;
     std::chrono::milliseconds started;
     pid_t id;
+    std::string window; ///< that it was started for
     int descriptor = -1;
     bool hasAppeared = false; ///< it owned the windows' name at some time
     sd_event_source* source = nullptr;
 
-    Child(WindowsProgram& itsOwner, pid_t itsId)
-        : owner(itsOwner), started(itsOwner.clock_.sinceBoot()), id(itsId), descriptor(pidfd_open(itsId, 0))
+    Child(WindowsProgram& itsOwner, pid_t itsId, std::string itsWindow)
+        : owner(itsOwner),
+          started(itsOwner.clock_.sinceBoot()),
+          id(itsId),
+          window(std::move(itsWindow)),
+          descriptor(pidfd_open(itsId, 0))
     {
         dbus::check(descriptor < 0 ? -errno : 0, "pidfd_open");
         dbus::check(sd_event_add_io(owner.loop_.handle(), &source, descriptor, EPOLLIN, onEnd, this),
@@ -169,7 +175,24 @@ void WindowsProgram::request(WindowRequest request)
 /// A second click while the window is on its way is an impatient one, not a wish to close it.
 void WindowsProgram::wait(WindowRequest request)
 {
-    if (!request.isToggle || isStuck()) waiting_ = std::move(request);
+    if (request.isToggle && isOnItsWay(request.window) && !isStuck()) return;
+    std::erase_if(waiting_, [&](const auto& one) { return one.window == request.window; });
+    waiting_.push_back(std::move(request));
+}
+
+bool WindowsProgram::isOnItsWay(const std::string& window) const
+{
+    return (child_ && !child_->hasAppeared && child_->window == window) ||
+           (told_ && told_->window == window) ||
+           std::ranges::find(waiting_, window, &WindowRequest::window) != waiting_.end();
+}
+
+std::optional<WindowRequest> WindowsProgram::takeNext()
+{
+    if (waiting_.empty()) return std::nullopt;
+    auto next = std::move(waiting_.front());
+    waiting_.pop_front();
+    return next;
 }
 
 bool WindowsProgram::isStuck() const
@@ -179,9 +202,10 @@ bool WindowsProgram::isStuck() const
 
 void WindowsProgram::start(const WindowRequest& request)
 try {
-    child_ = std::make_unique<Child>(*this, spawn(program_, request));
+    child_ = std::make_unique<Child>(*this, spawn(program_, request), request.window);
     complaints_.settle("start");
 } catch (const std::system_error& failure) {
+    waiting_.clear(); // they would meet the same
     complaints_.raise("start", std::string("cannot start ") + failure.what());
 }
 
@@ -210,20 +234,24 @@ int WindowsProgram::answered(sd_bus_message* reply)
 {
     call_.reset();
     const auto told = std::exchange(told_, std::nullopt);
-    const auto later = std::exchange(waiting_, std::nullopt);
-    if (!sd_bus_message_is_method_error(reply, nullptr)) {
-        if (later) request(*later);
-        return 0;
+    const auto* error = sd_bus_message_get_error(reply);
+    const bool isHungOrGone =
+        error && sd_bus_error_has_names(error, SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER,
+                                        SD_BUS_ERROR_NO_REPLY);
+    const bool isAboutToGo = error && child_ && sd_bus_error_has_name(error, SD_BUS_ERROR_UNKNOWN_OBJECT);
+    if ((isHungOrGone || isAboutToGo) && !isOnItsWay(told->window)) waiting_.push_front(*told);
+    if (isHungOrGone) {
+        startAnew();
+    } else if (!isAboutToGo) {
+        if (error) refused(*told, *error);
+        serveNext();
     }
-    const auto& error = *sd_bus_message_get_error(reply);
-    if (sd_bus_error_has_names(&error, SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER,
-                               SD_BUS_ERROR_NO_REPLY)) // hung, or just gone
-        startAnew(later.value_or(*told));
-    else if (child_ && sd_bus_error_has_name(&error, SD_BUS_ERROR_UNKNOWN_OBJECT)) // about to go
-        waiting_ = later.value_or(*told);
-    else
-        refused(*told, error);
     return 0;
+}
+
+void WindowsProgram::serveNext()
+{
+    if (auto next = takeNext()) request(std::move(*next));
 }
 
 void WindowsProgram::refused(const WindowRequest& request, const sd_bus_error& error)
@@ -234,36 +262,41 @@ void WindowsProgram::refused(const WindowRequest& request, const sd_bus_error& e
 }
 
 /// Once the program before is gone; one that hangs is helped.
-void WindowsProgram::startAnew(WindowRequest request)
+void WindowsProgram::startAnew()
 {
     if (owner_->exists()) {
         log_.warning(category, program_.filename().string() + " does not answer" + (child_ ? ": ended" : ""));
-        if (!child_) return;
+        if (!child_) return waiting_.clear();
         child_->kill();
     }
-    if (!child_) return start(request);
-    waiting_ = std::move(request);
+    if (child_) return;
+    if (const auto next = takeNext()) start(*next);
 }
 
 void WindowsProgram::appeared()
 {
-    if (child_) child_->hasAppeared = true;
-    if (auto request = std::exchange(waiting_, std::nullopt)) this->request(std::move(*request));
+    if (child_) {
+        child_->hasAppeared = true;
+        complaints_.settle("before " + child_->window);
+    }
+    serveNext();
 }
 
 void WindowsProgram::ended(const siginfo_t& end)
 {
     const bool hasAppeared = child_->hasAppeared || owner_->exists();
+    const auto window = child_->window;
     child_.reset();
     const auto name = program_.filename().string();
-    if (end.si_code != CLD_EXITED || end.si_status != 0)
+    if (!hasAppeared)
+        complaints_.raise("before " + window,
+                          name + " " + fate(end) + " before it showed the window \"" + window + '"');
+    else if (end.si_code != CLD_EXITED || end.si_status != 0)
         complaints_.raise("end", name + " " + fate(end));
-    else if (!hasAppeared)
-        complaints_.raise("end", name + " ended before it showed a window");
     else
         complaints_.settle("end");
     if (told_) return; // its answer comes yet, and says that nobody is there
-    if (const auto request = std::exchange(waiting_, std::nullopt)) start(*request);
+    if (const auto next = takeNext()) start(*next);
 }
 
 } // namespace velmora

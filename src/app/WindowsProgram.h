@@ -12,6 +12,7 @@
 #include "platform/Log.h"
 
 #include <csignal>
+#include <deque>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -49,7 +50,10 @@ private:
     void tell(const WindowRequest& request);
     void wait(WindowRequest request);
     int answered(sd_bus_message* reply);
-    void startAnew(WindowRequest request);
+    void startAnew();
+    void serveNext();
+    std::optional<WindowRequest> takeNext();
+    bool isOnItsWay(const std::string& window) const;
     void refused(const WindowRequest& request, const sd_bus_error& error);
     void appeared();
     void ended(const siginfo_t& end);
@@ -61,10 +65,10 @@ private:
     Log& log_;
     Complaints complaints_; ///< of what each click would meet again
     std::filesystem::path program_;
-    std::optional<NameOwner> owner_;       ///< of the windows' name
-    std::unique_ptr<Child> child_;         ///< the one that this started, while it lives
-    std::optional<WindowRequest> told_;    ///< not answered yet
-    std::optional<WindowRequest> waiting_; ///< until a program can be told, or the old one is gone
+    std::optional<NameOwner> owner_;    ///< of the windows' name
+    std::unique_ptr<Child> child_;      ///< the one that this started, while it lives
+    std::optional<WindowRequest> told_; ///< not answered yet
+    std::deque<WindowRequest> waiting_; ///< one a window, until a program can be told
     dbus::Slot call_;
 };
 

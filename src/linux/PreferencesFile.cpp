@@ -56,13 +56,23 @@ void PreferencesFile::read()
 
 bool PreferencesFile::boolean(std::string_view key) const
 {
-    const auto found = values_.find(key);
-    return found != values_.end() && found->second == "true";
+    return text(key) == "true";
 }
 
 void PreferencesFile::set(std::string_view key, bool value)
 {
-    values_.insert_or_assign(std::string(key), value ? "true" : "false");
+    setText(key, value ? "true" : "false");
+}
+
+std::string PreferencesFile::text(std::string_view key) const
+{
+    const auto found = values_.find(key);
+    return found == values_.end() ? "" : found->second;
+}
+
+void PreferencesFile::setText(std::string_view key, std::string_view value)
+{
+    values_.insert_or_assign(std::string(key), std::string(value));
     if (folder_.empty()) return;
     std::string text;
     for (const auto& [name, kept] : values_) text += name + "=" + kept + "\n";

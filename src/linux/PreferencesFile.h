@@ -29,6 +29,8 @@ public:
 
     bool boolean(std::string_view key) const override;
     void set(std::string_view key, bool value) override;
+    std::string text(std::string_view key) const override;
+    void setText(std::string_view key, std::string_view value) override;
 
 private:
     void read();

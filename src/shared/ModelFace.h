@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string_view>
 
 /// What `velmora` serves on the session bus, declared once for it and for its windows: the model's face.
 namespace velmora::wire::face {
@@ -74,9 +75,11 @@ inline constexpr std::array operations{
 /// Ends the resident application, windows included; an operation beside those of the model.
 inline constexpr auto quit = "Quit";
 
-/// The actions of org.freedesktop.Application on the same object.
+/// The actions of org.freedesktop.Application on the same object: each opens a window, but for the last.
 inline constexpr auto panelAction = "panel";
 inline constexpr auto dashboardAction = "dashboard";
+inline constexpr auto smallWidgetAction = "small-widget";
+inline constexpr auto mediumWidgetAction = "medium-widget";
 inline constexpr auto quitAction = "quit";
 
 } // namespace velmora::wire::face
@@ -145,6 +148,21 @@ inline constexpr auto isKnown = "IsKnown";
 
 } // namespace velmora::wire::face::charger
 
+/// What a person has set about one of the desktop's widgets; see velmora::WidgetSettings.
+namespace velmora::wire::face::widget {
+
+inline constexpr auto smallPath = "/app/velmora/widgets/small";
+inline constexpr auto mediumPath = "/app/velmora/widgets/medium";
+inline constexpr auto interface = "app.velmora.Widget";
+
+inline constexpr std::array properties{
+    Property{"isPinned", "b", Access::write}, ///< stays above all other windows
+    Property{"isShownAtLogIn", "b", Access::write},
+    Property{"place", "ai", Access::write, -32'768, 32'767}, ///< x and y, as windows are measured; or none
+};
+
+} // namespace velmora::wire::face::widget
+
 /// What the windows' program serves on the session bus while it runs; its only caller is `velmora`.
 namespace velmora::wire::windows {
 
@@ -160,5 +178,20 @@ inline constexpr auto toggle = "Toggle";
 
 inline constexpr auto panel = "panel";
 inline constexpr auto dashboard = "dashboard";
+inline constexpr auto smallWidget = "widget-small";
+inline constexpr auto mediumWidget = "widget-medium";
 
 } // namespace velmora::wire::windows
+
+namespace velmora::wire::face {
+
+/// The window that an action opens; null for one that opens none.
+constexpr const char* windowOf(std::string_view action)
+{
+    if (action == panelAction) return windows::panel;
+    if (action == dashboardAction) return windows::dashboard;
+    if (action == smallWidgetAction) return windows::smallWidget;
+    return action == mediumWidgetAction ? windows::mediumWidget : nullptr;
+}
+
+} // namespace velmora::wire::face

@@ -13,7 +13,7 @@ namespace velmora {
 /// A part of the circle that the item's box holds, clockwise from the top or from `start`
 /// degrees after it, with round ends. Its ink runs from
 /// the box's top left corner to its bottom right one.
-class Arc : public PaintedItem {
+class Arc : public velmora::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(qreal value MEMBER value_ NOTIFY looksChanged) ///< 0 nothing to 1 all; beyond counts as these

@@ -42,9 +42,9 @@ const char* CommandLine::usage()
     return "usage: velmora-ui --show WINDOW\n"
            "       velmora-ui --toggle WINDOW [--at X,Y]    what a click there on the tray icon means\n"
            "       velmora-ui --picture FILE --window WINDOW [--page PAGE]    the window as a PNG\n"
-           "Windows are \"panel\" and \"dashboard\"; the dashboard's pages are Overview, Health, Thermal, "
-           "Ecosystem,\nSettings and Notifications. velmora must be running; it starts this program when a "
-           "window is wanted.\n";
+           "Windows are \"panel\", \"dashboard\", \"widget-small\" and \"widget-medium\". The pages of the "
+           "dashboard\nare Overview, Health, Thermal, Ecosystem, Settings and Notifications. velmora must be "
+           "running;\nit starts this program when a window is wanted.\n";
 }
 
 std::variant<CommandLine, QString> CommandLine::parse(const QStringList& arguments)

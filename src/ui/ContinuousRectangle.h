@@ -14,7 +14,7 @@ namespace velmora {
 /// A rectangle whose corners bend gradually instead of starting at once on a circle, with an edge that may be
 /// thinner than a pixel and a soft shadow below. The shadow is painted inside the item: leave room for it by
 /// `inset`.
-class ContinuousRectangle : public PaintedItem {
+class ContinuousRectangle : public velmora::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QColor color MEMBER color_ NOTIFY looksChanged)

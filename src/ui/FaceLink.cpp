@@ -30,6 +30,7 @@ QMetaType typeOf(std::string_view signature)
     if (signature == "d") return QMetaType::fromType<double>();
     if (signature == "s") return QMetaType::fromType<QString>();
     if (signature == "as") return QMetaType::fromType<QStringList>();
+    if (signature == "ai") return QMetaType::fromType<QList<int>>();
     return {};
 }
 

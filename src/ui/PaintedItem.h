@@ -11,7 +11,8 @@ class QPainter;
 namespace velmora {
 
 /// An item that is painted into a picture, which is kept until `update`. Qt's own painted item keeps two in
-/// the software renderer, both as large as the item.
+/// the software renderer, both as large as the item. Derived classes name it in full, or qmllint does not
+/// know it.
 class PaintedItem : public QQuickItem {
     Q_OBJECT
     QML_ANONYMOUS

@@ -3,19 +3,14 @@
 
 #pragma once
 
+#include "Screens.h"
+
 #include <QPoint>
-#include <QRect>
+#include <QSize>
 #include <optional>
 #include <vector>
 
 namespace velmora {
-
-/// A monitor. Rectangles are in the pixels that windows are measured in; each is `scale` of the display's.
-struct ScreenArea {
-    QRect geometry;
-    QRect available; ///< what bars leave
-    double scale = 1;
-};
 
 /// Where the top left corner of the panel goes when the tray icon was clicked at `click`, in the display's
 /// own pixels: under the icon, or above it on a bar at the bottom, and inside what bars leave. Where the

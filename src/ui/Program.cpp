@@ -10,6 +10,7 @@
 #include "ObjectLink.h"
 #include "RemoteInstallation.h"
 #include "RemoteVersionNotice.h"
+#include "RemoteWidget.h"
 #include "Shell.h"
 #include "TerminationSignals.h"
 #include "Windows.h"
@@ -25,6 +26,7 @@
 #include <chrono>
 #include <cstdio>
 #include <functional>
+#include <malloc.h>
 
 void qml_register_types_Velmora(); // keeps the linker from leaving them out
 
@@ -37,11 +39,18 @@ constexpr std::chrono::milliseconds valuesPatience{30};
 constexpr std::chrono::seconds picturePatience{10};
 constexpr int forwardPatience = 2'000; // ms
 
+/// Bytes; blocks from here on, most of them pictures, go back to the kernel once they are freed. Said so that
+/// the C library does not raise it with each of them.
+constexpr int largeBlock = 128 * 1024;
 namespace face = wire::face;
 constexpr FaceLink::Face installationFace{face::installation::objectPath, face::installation::interface,
                                           face::installation::properties};
 constexpr FaceLink::Face noticeFace{face::notice::objectPath, face::notice::interface,
                                     face::notice::properties};
+constexpr FaceLink::Face smallWidgetFace{face::widget::smallPath, face::widget::interface,
+                                         face::widget::properties};
+constexpr FaceLink::Face mediumWidgetFace{face::widget::mediumPath, face::widget::interface,
+                                          face::widget::properties};
 
 int fail(const QString& what, int status = 1)
 {
@@ -64,6 +73,16 @@ int forward(QDBusConnection bus, const CommandLine& wish)
     return reply.type() == QDBusMessage::ErrorMessage ? fail(reply.errorMessage()) : 0;
 }
 
+/// Returns once the bus has taken what was said to it: QtDBus sends on another thread, which an exit cuts
+/// off.
+void awaitSent(const QDBusConnection& bus)
+{
+    auto ping =
+        QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
+                                       QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+    bus.call(ping, QDBus::Block, forwardPatience);
+}
+
 /// All that lives while windows are shown.
 class Program {
 public:
@@ -72,6 +91,8 @@ public:
           link_(bus, model_),
           installation_(bus, installationFace, *singleton<RemoteInstallation>("InstallationManager")),
           notice_(bus, noticeFace, *singleton<RemoteVersionNotice>("VersionNotice")),
+          smallWidget_(bus, smallWidgetFace, *singleton<Widgets>("Widgets")->small()),
+          mediumWidget_(bus, mediumWidgetFace, *singleton<Widgets>("Widgets")->medium()),
           windows_(engine_, model_),
           service_(windows_)
     {
@@ -87,7 +108,10 @@ public:
     int show(const CommandLine& wish)
     {
         if (!service_.publish(bus_)) return forward(bus_, wish);
-        QObject::connect(&windows_, &Windows::allClosed, &windows_, [] { QCoreApplication::exit(0); });
+        QObject::connect(&windows_, &Windows::allClosed, &windows_, [this] {
+            awaitSent(bus_);
+            QCoreApplication::exit(0);
+        });
         passOnWishes(*singleton<Shell>("Shell"));
         const bool isMade = wish.deed == CommandLine::Deed::toggle ? windows_.toggle(wish.window, wish.click)
                                                                    : windows_.show(wish.window);
@@ -126,6 +150,10 @@ private:
     {
         QObject::connect(&shell, &Shell::dashboardWanted, &link_,
                          [this] { link_.activate(QString::fromLatin1(wire::face::dashboardAction)); });
+        QObject::connect(&shell, &Shell::widgetWanted, &link_, [this](const QString& size) {
+            link_.activate(
+                QString::fromLatin1(size == "small" ? face::smallWidgetAction : face::mediumWidgetAction));
+        });
         QObject::connect(&shell, &Shell::quitWanted, &link_, &ModelLink::quit);
     }
 
@@ -134,10 +162,13 @@ private:
     {
         auto* appearance = singleton<Appearance>("Appearance");
         const auto check = [this, appearance, deed] {
-            if (link_.isFed() && installation_.isSettled() && appearance->isSettled()) deed();
+            if (link_.isFed() && installation_.isSettled() && smallWidget_.isSettled() &&
+                mediumWidget_.isSettled() && appearance->isSettled())
+                deed();
         };
         QObject::connect(&link_, &ModelLink::fed, &windows_, check);
-        QObject::connect(&installation_, &ObjectLink::settled, &windows_, check);
+        for (const auto* link : {&installation_, &smallWidget_, &mediumWidget_})
+            QObject::connect(link, &ObjectLink::settled, &windows_, check);
         QObject::connect(appearance, &Appearance::settled, &windows_, check);
     }
 
@@ -147,6 +178,8 @@ private:
     QQmlEngine engine_;
     ObjectLink installation_;
     ObjectLink notice_;
+    ObjectLink smallWidget_;
+    ObjectLink mediumWidget_;
     Windows windows_;
     WindowsService service_;
 };
@@ -162,6 +195,7 @@ int runWindows(int argc, char** argv)
     if (!Windows::isKnown(wish.window)) return fail("there is no window \"" + wish.window + '"');
     if (!isDisplayThere()) return fail(QStringLiteral("there is no display"));
 
+    mallopt(M_MMAP_THRESHOLD, largeBlock);
     QtLog::setUp();
     TerminationSignals signals_;
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);

@@ -7,6 +7,7 @@
 #include "ModelFace.h"
 #include "PredictionEngine.h"
 #include "Saturate.h"
+#include "WidgetTexts.h"
 
 #include <QDBusArgument>
 #include <QDateTime>
@@ -267,6 +268,34 @@ QString RemoteModel::cycles() const
 {
     const auto count = ChargerReport::unarchived(charger_).cycleCount;
     return count < 0 ? QString() : QString::number(count);
+}
+
+QString RemoteModel::stateText() const
+{
+    return QString::fromStdString(widget::stateText(situation()));
+}
+
+QString RemoteModel::statusText() const
+{
+    return QString::fromStdString(widget::statusText(situation()));
+}
+
+QString RemoteModel::healthText() const
+{
+    return QString::fromStdString(widget::healthText(situation()));
+}
+
+QString RemoteModel::breath() const
+{
+    return QString::fromStdString(widget::breath(situation()));
+}
+
+QString RemoteModel::longBreath() const
+{
+    using Thermal = ThermalMonitorService;
+    const auto thermal = Thermal::thermalStateFromRawValue(values_.thermalState.toStdString());
+    return QString::fromStdString(
+        widget::longBreath(situation(), thermal.value_or(Thermal::ThermalState::nominal)));
 }
 
 void RemoteModel::refuse(const QString& property)

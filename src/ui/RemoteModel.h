@@ -60,6 +60,12 @@ class RemoteModel : public QObject {
     Q_PROPERTY(QString limitEffect READ limitEffect NOTIFY changed)
     Q_PROPERTY(QString startEffect READ startEffect NOTIFY changed)
     Q_PROPERTY(QString cycles READ cycles NOTIFY changed) ///< empty: the laptop does not count them
+    // What the desktop's widgets say; see widget.
+    Q_PROPERTY(QString stateText READ stateText NOTIFY changed)
+    Q_PROPERTY(QString statusText READ statusText NOTIFY changed)
+    Q_PROPERTY(QString healthText READ healthText NOTIFY changed)
+    Q_PROPERTY(QString breath READ breath NOTIFY changed)
+    Q_PROPERTY(QString longBreath READ longBreath NOTIFY changed)
     // What the history says; see menu_bar. The colour is a name of `Theme.color`.
     Q_PROPERTY(QString degradationText READ degradationText NOTIFY changed)
     Q_PROPERTY(QString degradationAccessibleName READ degradationAccessibleName NOTIFY changed)
@@ -115,6 +121,11 @@ public:
     QString limitEffect() const;
     QString startEffect() const;
     QString cycles() const;
+    QString stateText() const;
+    QString statusText() const;
+    QString healthText() const;
+    QString breath() const;
+    QString longBreath() const;
     QString degradationText() const { return degradation_.text; }
     QString degradationAccessibleName() const { return degradation_.accessibleName; }
     QString degradationColor() const { return degradation_.color; }

@@ -17,11 +17,14 @@ public:
     using QObject::QObject;
 
     Q_INVOKABLE void openDashboard() { Q_EMIT dashboardWanted(); }
+    /// "small" or "medium".
+    Q_INVOKABLE void openWidget(const QString& size) { Q_EMIT widgetWanted(size); }
     /// Ends the whole application at once.
     Q_INVOKABLE void quit() { Q_EMIT quitWanted(); }
 
 Q_SIGNALS:
     void dashboardWanted();
+    void widgetWanted(const QString& size);
     void quitWanted();
 };
 

@@ -6,71 +6,23 @@ import QtQuick.Templates as T
 import Velmora
 
 /// The charge limits to choose from, and the way to all other settings.
-T.Menu {
+PlainMenu {
     id: menu
 
     required property RemoteModel battery
     property alias limits: choices.model
-    readonly property int first: 1 ///< below the header
-
-    property bool byKeyboard: false
 
     signal chosen(real limit)
     signal settingsWanted
 
-    /// For the keyboard, which begins at the choice in force and needs a place to come back to.
+    /// For the keyboard, which begins at the choice in force.
     function openAtTick(): void {
-        byKeyboard = true;
-        open();
-        go(first + Math.max(0, limits.findIndex(one => one.limit === battery.customChargeLimit)));
-    }
-
-    function go(line: int): void {
-        currentIndex = line;
-        itemAt(line).forceActiveFocus(Qt.TabFocusReason);
+        openAt(first + Math.max(0, limits.findIndex(one => one.limit === battery.customChargeLimit)));
     }
 
     title: qsTr("Settings")
-    padding: 5
-    margins: 6
+    first: 1 // below the header
     implicitWidth: Math.min(300, Math.round(208 * Math.max(1, Theme.fontScale)))
-    implicitHeight: contentHeight + topPadding + bottomPadding
-    font: Theme.typography.bodyFont
-    modal: true
-    dim: false
-    closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside
-
-    Component.onCompleted: contentItem.parent.Accessible.name = title
-    onClosed: {
-        parent.forceActiveFocus(byKeyboard ? Qt.TabFocusReason : Qt.PopupFocusReason);
-        byKeyboard = false;
-    }
-
-    background: ContinuousRectangle {
-        x: -inset
-        y: -inset
-        width: menu.width + 2 * inset
-        height: menu.height + 2 * inset
-        inset: 16
-        radius: 9
-        color: Theme.colors.menuBackground
-        edgeColor: Theme.colors.edge
-        edgeWidth: 1
-        shadowColor: Theme.grey(0, Theme.dark ? 0.5 : 0.22)
-        shadowOffset: 4
-        shadowRadius: 16
-    }
-    contentItem: ListView {
-        implicitHeight: contentHeight
-        model: menu.contentModel
-        currentIndex: menu.currentIndex
-        interactive: false
-        Keys.onPressed: event => {
-            event.accepted = event.key === Qt.Key_Home || event.key === Qt.Key_End;
-            if (event.accepted)
-                menu.go(event.key === Qt.Key_Home ? menu.first : menu.count - 1);
-        }
-    }
 
     Label {
         text: qsTr("Charge Threshold")

@@ -16,7 +16,7 @@ namespace velmora {
 /// A curve over time with scales: of health with the line fitted through it, or of the level above bands of
 /// thermal states. Under the pointer, or moved by the arrow keys, is a cursor on the nearest sample; it is
 /// not painted here, so that it moves without the curve being painted again.
-class TrendPlot : public PaintedItem {
+class TrendPlot : public velmora::PaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(velmora::Trends* trends READ trends WRITE setTrends NOTIFY looksChanged)

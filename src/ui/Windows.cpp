@@ -6,28 +6,14 @@
 #include "ModelFace.h"
 #include "PanelPlace.h"
 
-#include <QGuiApplication>
 #include <QQmlComponent>
 #include <QQuickWindow>
-#include <QScreen>
 #include <QTimer>
 #include <algorithm>
 #include <array>
 #include <chrono>
 
 namespace velmora {
-
-namespace {
-
-std::vector<ScreenArea> screens()
-{
-    std::vector<ScreenArea> areas; // Qt's first screen is the primary one
-    for (const auto* screen : QGuiApplication::screens())
-        areas.push_back({screen->geometry(), screen->availableGeometry(), screen->devicePixelRatio()});
-    return areas;
-}
-
-} // namespace
 
 struct Windows::Kind {
     const char* name;
@@ -41,6 +27,8 @@ const Windows::Kind* Windows::kind(const QString& name)
     static constexpr std::array kinds{
         Kind{wire::windows::panel, "PanelWindow.qml", true},
         Kind{wire::windows::dashboard, "DashboardWindow.qml", false},
+        Kind{wire::windows::smallWidget, "SmallWidgetWindow.qml", false},
+        Kind{wire::windows::mediumWidget, "MediumWidgetWindow.qml", false},
     };
     const auto found =
         std::ranges::find_if(kinds, [&](const Kind& one) { return name == QLatin1String(one.name); });
@@ -117,7 +105,7 @@ bool Windows::open(const QString& name, std::optional<QPoint> click)
     made.release();
     open_[name].reset(window);
     if (itsKind->isPanel) {
-        window->setPosition(panelPlace(click, screens(), window->size()));
+        window->setPosition(panelPlace(click, presentScreens(), window->size()));
         closeOnFocusLoss(name, *window);
     }
     if (!isHeld_) reveal(*window);

@@ -55,13 +55,14 @@ TEST_F(SessionTest, ASecondProgramHandsItsErrandToTheFirst)
     ApplicationObject object(application.get());
     std::vector<std::string> asked;
     object.onActivate = [&](const auto& token) { asked.push_back("activate " + token); };
-    object.onPanel = [&](const auto& token) { asked.push_back("panel " + token); };
-    object.onDashboard = [&](const auto&) { asked.push_back("dashboard"); };
+    object.onWindow = [&](const std::string& window, const auto& token) {
+        asked.push_back(window + " " + token);
+    };
     object.onQuit = [&] { asked.push_back("quit"); };
     setenv("XDG_ACTIVATION_TOKEN", "leave", 1);
     std::atomic<int> done{0};
     std::thread second([&] { // its calls wait, and this thread answers them
-        for (const auto errand : {Errand::run, Errand::panel, Errand::dashboard, Errand::quit}) {
+        for (const auto errand : {Errand::run, Errand::panel, Errand::mediumWidget, Errand::quit}) {
             EventLoop itsLoop;
             RecordingLog log;
             SessionBus session(itsLoop, log);
@@ -73,7 +74,8 @@ TEST_F(SessionTest, ASecondProgramHandsItsErrandToTheFirst)
     EXPECT_TRUE(eventually([&] { return done == 4; }));
     second.join();
     unsetenv("XDG_ACTIVATION_TOKEN");
-    EXPECT_EQ(asked, (std::vector<std::string>{"activate leave", "panel leave", "dashboard", "quit"}));
+    EXPECT_EQ(asked,
+              (std::vector<std::string>{"activate leave", "panel leave", "widget-medium leave", "quit"}));
 
     const auto unknown = call("org.freedesktop.Application", "ActivateAction");
     dbus::check(sd_bus_message_append(unknown.get(), "sava{sv}", "format", 0, 0), "append");

@@ -104,6 +104,18 @@ TEST_F(WindowsProgramTest, IsStartedOnceAndToldOfTheRest)
     EXPECT_TRUE(eventually([&] { return !isRunning(); })) << "and outlives nobody";
 }
 
+TEST_F(WindowsProgramTest, IsToldOfAllThatWereAskedForWhileItStarted)
+{
+    programDoes(lives);
+    for (const auto* window : {"widget-small", "widget-medium", "dashboard", "widget-medium"})
+        windows->request({.window = window});
+    windows->request(click());
+    ASSERT_TRUE(wasStarted("--show widget-small \n"));
+    pose(true);
+    ASSERT_TRUE(eventually([&] { return calls.size() == 3; }));
+    EXPECT_EQ(calls, (std::vector<std::string>{"Show dashboard", "Show widget-medium", "Toggle panel"}));
+}
+
 TEST_F(WindowsProgramTest, OneThatEndsOrCannotBeStartedIsNamedAndTriedAgainAtTheNextRequest)
 {
     for (const auto* end : {"exit 3", "exit 0", "kill -9 $$"}) {

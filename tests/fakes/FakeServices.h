@@ -15,6 +15,7 @@ namespace velmora {
 /// Preferences that last as long as the test.
 struct FakePreferences final : Preferences {
     std::map<std::string, bool, std::less<>> values;
+    std::map<std::string, std::string, std::less<>> texts;
     int assignments = 0;
 
     bool boolean(std::string_view key) const override
@@ -26,6 +27,16 @@ struct FakePreferences final : Preferences {
     {
         ++assignments;
         values.insert_or_assign(std::string(key), value);
+    }
+    std::string text(std::string_view key) const override
+    {
+        const auto found = texts.find(key);
+        return found == texts.end() ? "" : found->second;
+    }
+    void setText(std::string_view key, std::string_view value) override
+    {
+        ++assignments;
+        texts.insert_or_assign(std::string(key), std::string(value));
     }
 };
 

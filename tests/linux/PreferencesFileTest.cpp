@@ -39,14 +39,16 @@ TEST_F(PreferencesFileTest, WhatIsSetHoldsAtOnceAndIsThereBeforeTheEnd)
         preferences.set("seen", true);
         preferences.set("installed", true);
         preferences.set("installed", false);
+        preferences.setText("place", "-12,400");
         EXPECT_TRUE(preferences.boolean("seen"));
         EXPECT_FALSE(std::filesystem::exists(file)) << "the caller waits for no disk";
     }
-    EXPECT_EQ(home.read(file), "installed=false\nseen=true\n");
+    EXPECT_EQ(home.read(file), "installed=false\nplace=-12,400\nseen=true\n");
     EXPECT_EQ(modeOf(file), 0600U);
     EXPECT_EQ(modeOf(folder), 0700U);
     EXPECT_TRUE(open().boolean("seen"));
     EXPECT_FALSE(open().boolean("installed"));
+    EXPECT_EQ(open().text("place"), "-12,400");
     EXPECT_EQ(log.count(), 0U);
 }
 

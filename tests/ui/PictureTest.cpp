@@ -175,8 +175,10 @@ protected:
 
 TEST_P(Pictures, PagesAndPanelLookAsTheyDid)
 {
-    open("PanelWindow");
-    EXPECT_TRUE(looksAsKept(window->grabWindow(), name("panel")));
+    for (const auto* one : {"Panel", "SmallWidget", "MediumWidget"}) {
+        open(qPrintable(QString(one) + "Window"));
+        EXPECT_TRUE(looksAsKept(window->grabWindow(), name(one)));
+    }
     auto* installation =
         engine.singletonInstance<RemoteInstallation*>(qmlTypeId("Velmora", 1, 0, "InstallationManager"));
     installation->apply({{"isInstallationCompleted", false}});

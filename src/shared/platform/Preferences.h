@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace velmora {
@@ -18,6 +19,10 @@ public:
     /// Holds at once, and over the next start unless the machine's power fails within moments. Never waits
     /// for a disk.
     virtual void set(std::string_view key, bool value) = 0;
+
+    /// Likewise a text, on one line, of printable ASCII characters. Empty where it was never set.
+    virtual std::string text(std::string_view key) const = 0;
+    virtual void setText(std::string_view key, std::string_view value) = 0;
 };
 
 /// The keys in use.

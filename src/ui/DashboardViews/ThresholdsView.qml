@@ -98,6 +98,32 @@ DashboardPage {
         tint: Theme.color(Texts.quickChargeTint(page.battery.isTemporaryOverrideEnabled))
         onClicked: page.battery.toggleTemporaryOverride()
     }
+    Label {
+        text: qsTr("Desktop Widgets")
+        font: Theme.typography.headlineFont
+        Accessible.role: Accessible.Heading
+    }
+    SettingsGroup {
+        Layout.fillWidth: true
+
+        WidgetRow {
+            Layout.fillWidth: true
+            settings: Widgets.small
+            size: "small"
+            name: qsTr("Small widget")
+            subtitle: qsTr("The ring, the percentage and what the battery does.")
+        }
+        SeparatorLine {
+            Layout.fillWidth: true
+        }
+        WidgetRow {
+            Layout.fillWidth: true
+            settings: Widgets.medium
+            size: "medium"
+            name: qsTr("Medium widget")
+            subtitle: qsTr("Besides how long it lasts, its health, and how warm the machine is.")
+        }
+    }
     Item {
         Layout.fillHeight: true
     }

@@ -20,7 +20,8 @@ PAGES = {
     "Health Trends": ("Health Trends", [*PAST, "Battery health"]),
     "Thermal History": ("Thermal History", [*PAST, "Thermal history"]),
     "Ecosystem Sync": ("Ecosystem Sync", []),
-    "Thresholds": ("Thresholds", ["Auto-Protect", "Charge limit", "Hysteresis", "Storage mode", "Quick Charge to 100%"]),
+    "Thresholds": ("Thresholds", ["Auto-Protect", "Charge limit", "Hysteresis", "Storage mode", "Quick Charge to 100%",
+                                  "Small widget at log-in", "Show small widget"]),  # without scrolling
     "Notifications": ("Notifications", ["Charge limit", "Power source", "Heat", "Charge cycles", "Low battery",
                                         "Low-battery threshold"]),
 }

@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "Observable.h"
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace velmora {
+
+/// The top left corner of a widget, in pixels as windows are measured.
+struct WidgetPlace {
+    std::int32_t x = 0;
+    std::int32_t y = 0;
+
+    /// What a display can have.
+    static constexpr std::int32_t lowest = -32'768;
+    static constexpr std::int32_t highest = 32'767;
+
+    friend bool operator==(const WidgetPlace&, const WidgetPlace&) = default;
+};
+
+/// What a person has set about one of the desktop's widgets. Every change is remembered. Main thread only.
+class WidgetSettings {
+public:
+    Observable<bool> isPinned{false}; ///< stays above all other windows
+    Observable<bool> isShownAtLogIn{false};
+    Observable<std::optional<WidgetPlace>> place{std::nullopt}; ///< nothing while it was never moved
+
+    /// `name` is the widget's among the preferences of the installed platform. What cannot be understood
+    /// there is as if it had never been set, and a line in the log.
+    explicit WidgetSettings(std::string_view name);
+    WidgetSettings(const WidgetSettings&) = delete;
+    WidgetSettings& operator=(const WidgetSettings&) = delete;
+
+private:
+    Subscription pinnings_;
+    Subscription logIns_;
+    Subscription moves_;
+};
+
+} // namespace velmora

@@ -1,0 +1,124 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+import QtQuick
+import Velmora
+
+/// The frameless window around a desktop widget: it goes where it is dragged, by pointer or arrow keys, and
+/// its menu pins it, has it shown at log-in and closes it. What it shows is laid on `face`.
+Window {
+    id: window
+
+    required property RemoteModel battery
+    required property RemoteWidget settings
+    required property string breath ///< all of it in a sentence
+    required property real plainWidth ///< at the usual size of type
+    property alias firstTop: frame.firstTop
+    default property alias face: face.data
+
+    readonly property real magnification: Math.max(1, Theme.fontScale)
+
+    width: Math.round(plainWidth * magnification)
+    height: Math.round(160 * magnification)
+    minimumWidth: width
+    maximumWidth: width
+    minimumHeight: height
+    maximumHeight: height
+    flags: Qt.Window | Qt.FramelessWindowHint | (settings.isPinned ? Qt.WindowStaysOnTopHint : 0)
+    color: Appearance.translucent ? "transparent" : ground.color
+
+    WidgetFrame {
+        id: frame
+
+        window: window
+        settings: window.settings
+    }
+    Item {
+        id: hold
+
+        property bool byKeyboard: false
+
+        objectName: "hold"
+        anchors.fill: parent
+        focus: true
+        Accessible.role: Accessible.Button
+        Accessible.focusable: true
+        Accessible.name: window.breath
+        Accessible.description: qsTr("Opens the dashboard. Arrow keys move it, the menu key opens its menu.")
+        Accessible.onPressAction: Shell.openDashboard()
+        Keys.onLeftPressed: frame.nudge(-8, 0)
+        Keys.onRightPressed: frame.nudge(8, 0)
+        Keys.onUpPressed: frame.nudge(0, -8)
+        Keys.onDownPressed: frame.nudge(0, 8)
+        Keys.onReturnPressed: Shell.openDashboard()
+        Keys.onEnterPressed: Shell.openDashboard()
+        Keys.onSpacePressed: Shell.openDashboard()
+        Keys.onPressed: event => {
+            event.accepted = event.key === Qt.Key_Menu || (event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier);
+            if (event.accepted)
+                menu.openAt(0);
+        }
+        Keys.onReleased: byKeyboard = true
+
+        GlassyBackground {
+            id: ground
+
+            anchors.margins: 0
+            inset: 0
+            radius: Appearance.translucent ? 14 : 0
+            color: Theme.grey(Theme.dark ? 0.15 : 0.98, Appearance.translucent ? 0.9 : 1)
+            edgeWidth: 1
+            shadowColor: "transparent"
+        }
+        Item {
+            id: face
+
+            anchors.fill: parent
+            anchors.margins: 14
+        }
+        FocusRing {
+            visible: hold.activeFocus && hold.byKeyboard
+            gap: -3
+            radius: 11
+        }
+        MouseArea {
+            property bool isDragging: false
+            property point grip
+
+            anchors.fill: parent
+            acceptedButtons: Qt.LeftButton | Qt.RightButton
+            onPressed: mouse => {
+                hold.byKeyboard = false;
+                grip = Qt.point(mouse.x, mouse.y);
+                if (mouse.button === Qt.RightButton)
+                    menu.popup(mouse.x, mouse.y);
+            }
+            onPositionChanged: mouse => {
+                if (isDragging) {
+                    frame.drag();
+                } else if (pressedButtons & Qt.LeftButton && Math.hypot(mouse.x - grip.x, mouse.y - grip.y) >= 4) {
+                    isDragging = true; // once a press: the window manager may have it from here
+                    frame.beginDrag();
+                }
+            }
+            onReleased: isDragging = false
+            onCanceled: isDragging = false
+            onDoubleClicked: mouse => {
+                if (mouse.button === Qt.LeftButton)
+                    Shell.openDashboard();
+            }
+            onPressAndHold: mouse => {
+                if (mouse.source !== Qt.MouseEventNotSynthesized)
+                    menu.popup(mouse.x, mouse.y); // by a finger
+            }
+        }
+        WidgetMenu {
+            id: menu
+
+            objectName: "menu"
+            settings: window.settings
+            onDashboardWanted: Shell.openDashboard()
+            onCloseWanted: window.close()
+        }
+    }
+}

@@ -1,0 +1,201 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "Appearance.h"
+#include "RemoteInstallation.h"
+#include "RemoteModel.h"
+#include "RemoteWidget.h"
+#include "Shell.h"
+#include "WidgetPlacing.h"
+
+#include <QAccessible>
+#include <QCursor>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTest>
+#include <gtest/gtest.h>
+
+void qml_register_types_Velmora();
+
+namespace velmora {
+namespace {
+
+TEST(WidgetPlace, IsInsideWhatBarsLeaveOfAScreenThatIsThere)
+{
+    const ScreenArea barAbove{{0, 0, 1280, 800}, {0, 28, 1280, 772}};
+    const ScreenArea rightOfIt{{1280, 0, 1920, 1080}, {1280, 0, 1920, 1040}};
+    const ScreenArea tiny{{0, 0, 100, 90}, {0, 10, 100, 80}};
+    const struct {
+        const char* what;
+        QPoint wanted;
+        std::vector<ScreenArea> screens;
+        QPoint place;
+    } cases[] = {
+        {"where it was", {1000, 300}, {barAbove, rightOfIt}, {1000, 300}},
+        {"on the second screen", {2000, 300}, {barAbove, rightOfIt}, {2000, 300}},
+        {"which is gone", {2000, 300}, {barAbove}, {1120, 300}},
+        {"under a bar", {5, 0}, {barAbove}, {5, 28}},
+        {"across two screens", {1150, 300}, {barAbove, rightOfIt}, {1120, 300}},
+        {"between them, nearer to the right one", {1500, 1200}, {barAbove, rightOfIt}, {1500, 880}},
+        {"off all, to the left", {-32'768, 32'767}, {barAbove, rightOfIt}, {0, 640}},
+        {"a screen too small", {50, 50}, {tiny}, {0, 10}},
+    };
+    for (const auto& [what, wanted, screens, place] : cases)
+        EXPECT_TRUE(widgetPlace(wanted, screens, {160, 160}) == place) << what;
+    EXPECT_EQ(firstWidgetPlace({barAbove, rightOfIt}, {160, 160}, 0), QPoint(1096, 52));
+}
+
+/// Both widgets over settings that grant whatever they are asked, on a screen of 800 x 800.
+struct WidgetTest : testing::Test {
+    WidgetTest()
+    {
+        qputenv("VELMORA_APPEARANCE", "light");
+        qml_register_types_Velmora();
+        engine.addImportPath("qrc:/qt/qml");
+        widgets = engine.singletonInstance<Widgets*>(qmlTypeId("Velmora", 1, 0, "Widgets"));
+        for (auto* one : {widgets->small(), widgets->medium()}) {
+            QObject::connect(one, &RemoteWidget::setWanted,
+                             [this, one](const QString& key, const QVariant& value) {
+                                 asked << key;
+                                 one->apply({{key, value}});
+                             });
+        }
+        auto* shell = engine.singletonInstance<Shell*>(qmlTypeId("Velmora", 1, 0, "Shell"));
+        QObject::connect(shell, &Shell::dashboardWanted, [this] { asked << "dashboard"; });
+        QObject::connect(shell, &Shell::widgetWanted, [this](const QString& size) { asked << size; });
+    }
+    void open(const char* file)
+    {
+        QQmlComponent component(&engine, QUrl(QString("qrc:/qt/qml/Velmora/") + file));
+        window.reset(qobject_cast<QQuickWindow*>(
+            component.createWithInitialProperties({{"battery", QVariant::fromValue(&model)}})));
+        ASSERT_TRUE(window) << component.errorString().toStdString();
+        window->show();
+        window->requestActivate();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    }
+    QString text(const char* name, const char* property = "text") const
+    {
+        const auto* item = window->findChild<QQuickItem*>(name);
+        return item ? item->property(property).toString() : "none";
+    }
+    QString spoken() const
+    {
+        auto* hold = window->findChild<QQuickItem*>("hold");
+        return QAccessible::queryAccessibleInterface(hold)->text(QAccessible::Name);
+    }
+    bool isMenuOpen() const { return window->findChild<QObject*>("menu")->property("opened").toBool(); }
+    void press(std::initializer_list<Qt::Key> keys)
+    {
+        for (const auto key : keys) QTest::keyClick(window.get(), key);
+    }
+    bool isPinned() const { return window->flags().testFlag(Qt::WindowStaysOnTopHint); }
+
+    RemoteModel model;
+    QStringList asked;
+    QQmlEngine engine;
+    Widgets* widgets = nullptr;
+    std::unique_ptr<QQuickWindow> window;
+};
+
+TEST_F(WidgetTest, ShowWhatTheModelHoldsAndSayItInOneBreath)
+{
+    model.apply({{"percentage", 72.5}, {"chargingState", "Charging"}, {"thermalState", "Serious"}});
+    model.applyCharger({{"IsKnown", true}, {"Health", 91.2}});
+    open("SmallWidgetWindow.qml");
+    EXPECT_EQ(text("percentage") + " " + text("state"), "72% Charging");
+    EXPECT_EQ(spoken(), "Battery, 72%, charging");
+    open("MediumWidgetWindow.qml");
+    EXPECT_EQ(text("percentage") + " " + text("status"), "72% Charging...");
+    EXPECT_EQ(text("health", "value") + " " + text("thermal", "value"), "91% Serious");
+    model.apply({{"timeToFull", qint64(65)}, {"isAppleRecommendedModeEnabled", false}});
+    EXPECT_EQ(text("status"), "Charging: 1h 5m to full");
+    auto* appearance = engine.singletonInstance<Appearance*>(qmlTypeId("Velmora", 1, 0, "Appearance"));
+    QMetaObject::invokeMethod(appearance, "settingChanged", Q_ARG(QString, "org.gnome.desktop.interface"),
+                              Q_ARG(QString, "text-scaling-factor"), Q_ARG(QDBusVariant, QDBusVariant(1.5)));
+    EXPECT_EQ(window->size(), QSize(504, 240));
+    QCoreApplication::processEvents();
+    window->grabWindow(); // and so lays out
+    for (const auto* label : window->findChildren<QQuickItem*>())
+        EXPECT_FALSE(label->property("truncated").toBool())
+            << label->property("text").toString().toStdString();
+}
+
+TEST_F(WidgetTest, StandsWhereItWasPutAndIsMovedByKeysAndPointer)
+{
+    open("SmallWidgetWindow.qml");
+    EXPECT_EQ(window->position(), QPoint(616, 24));
+    widgets->small()->apply({{"place", QVariant::fromValue(QList<int>{700, 5000})}});
+    EXPECT_EQ(window->position(), QPoint(640, 640)) << "on the screen that there is";
+    press({Qt::Key_Left, Qt::Key_Left, Qt::Key_Up, Qt::Key_Down, Qt::Key_Down});
+    EXPECT_EQ(window->position(), QPoint(624, 640)) << "and not off it";
+    EXPECT_TRUE(asked.empty()) << "not yet at rest";
+    QTRY_COMPARE(asked, QStringList{"place"});
+    EXPECT_EQ(widgets->small()->place(), QPoint(624, 640));
+
+    const auto hold = [&](QPoint from, QPoint to) { // no window manager moves it here
+        QCursor::setPos(window->position() + from);
+        QTest::mousePress(window.get(), Qt::LeftButton, {}, from);
+        for (const auto at : {(from + to) / 2, to}) {
+            QCursor::setPos(QPoint(624, 640) + at);
+            QTest::mouseMove(window.get(), window->mapFromGlobal(QPoint(624, 640) + at));
+        }
+        QTest::mouseRelease(window.get(), Qt::LeftButton, {}, from);
+    };
+    hold({50, 50}, {-150, -150});
+    EXPECT_EQ(window->position(), QPoint(524, 540)) << "from where the drag was seen to be one";
+    window->close();
+    EXPECT_EQ(widgets->small()->place(), QPoint(524, 540)) << "and kept at once, should it close";
+    open("SmallWidgetWindow.qml");
+    EXPECT_EQ(window->position(), QPoint(524, 540));
+}
+
+TEST_F(WidgetTest, MenuPinsItShowsItAtLogInAndClosesIt)
+{
+    open("SmallWidgetWindow.qml");
+    EXPECT_FALSE(isPinned());
+    press({Qt::Key_Menu, Qt::Key_Return});
+    EXPECT_TRUE(isPinned()) << "at once";
+    QTest::keyClick(window.get(), Qt::Key_F10, Qt::ShiftModifier);
+    press({Qt::Key_Down, Qt::Key_Return});
+    EXPECT_TRUE(widgets->small()->isShownAtLogIn());
+    EXPECT_FALSE(widgets->medium()->isShownAtLogIn());
+    QTest::mouseClick(window.get(), Qt::RightButton, {}, {150, 150});
+    ASSERT_TRUE(isMenuOpen());
+    const auto* sheet = window->findChild<QObject*>("menu")->property("contentItem").value<QQuickItem*>();
+    EXPECT_TRUE(QRectF(0, 0, 160, 160).contains(sheet->mapRectToScene(sheet->boundingRect())));
+    press({Qt::Key_Escape, Qt::Key_Escape});
+    EXPECT_FALSE(isMenuOpen());
+    EXPECT_TRUE(window->isVisible()) << "Escape leaves a widget where it is";
+
+    QTest::mouseDClick(window.get(), Qt::LeftButton, {}, {80, 80});
+    press({Qt::Key_Return, Qt::Key_Menu, Qt::Key_Down, Qt::Key_Down, Qt::Key_Return});
+    EXPECT_EQ(asked.mid(2), QStringList(3, "dashboard"));
+    press({Qt::Key_Menu, Qt::Key_End, Qt::Key_Return});
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(WidgetTest, AreFoundOnThePageOfTheThresholds)
+{
+    engine.singletonInstance<RemoteInstallation*>(qmlTypeId("Velmora", 1, 0, "InstallationManager"))
+        ->apply({{"isInstallationCompleted", true}});
+    open("DashboardWindow.qml");
+    window->setProperty("selectedTab", "Settings");
+    for (const auto* size : {"small", "medium"}) {
+        for (const auto* control : {"AtLogIn", "Show"}) {
+            QQuickItem* found = nullptr;
+            for (auto* item : window->findChildren<QQuickItem*>())
+                if (item->objectName() == QString(size) + control) found = item;
+            ASSERT_TRUE(found) << size << control;
+            found->forceActiveFocus(Qt::TabFocusReason);
+            press({Qt::Key_Space});
+        }
+    }
+    EXPECT_EQ(asked, (QStringList{"isShownAtLogIn", "small", "isShownAtLogIn", "medium"}));
+    EXPECT_TRUE(widgets->medium()->isShownAtLogIn());
+}
+
+} // namespace
+} // namespace velmora
