@@ -31,16 +31,16 @@ constexpr int limitGap = 2;
 struct Stretch {
     double from; ///< hour of the day
     double to;
-    bool isPlugged;
     double watts;
+    bool isPlugged;
     int limit = past::limit;
 };
-constexpr Stretch atTheDesk[] = {{8.5, 11.5, true, 11}, {11.5, 12.3, false, 9}, {12.3, 17.5, true, 14}};
+constexpr Stretch atTheDesk[] = {{8.5, 11.5, 11, true}, {11.5, 12.3, 9, false}, {12.3, 17.5, 14, true}};
 constexpr Stretch onTheRoad[] = {
-    {7, 8.2, true, 9, 100}, {8.5, 11.8, false, 8}, {13, 13.25, false, 62}, {14, 17, true, 12}};
+    {7, 8.2, 9, true, 100}, {8.5, 11.8, 8, false}, {13, 13.25, 62, false}, {14, 17, 12, true}};
 constexpr Stretch atHome[] = {
-    {10, 11.5, false, 7}, {11.5, 13, true, 50}, {19.5, 21.7, false, 6}, {21.7, 22.5, true, 9}};
-constexpr Stretch atRest[] = {{20, 20.5, true, 7}};
+    {10, 11.5, 7, false}, {11.5, 13, 50, true}, {19.5, 21.7, 6, false}, {21.7, 22.5, 9, true}};
+constexpr Stretch atRest[] = {{20, 20.5, 7, true}};
 constexpr std::span<const Stretch> week[] = {atTheDesk, atTheDesk, onTheRoad, atTheDesk,
                                              atTheDesk, atHome,    atRest};
 
@@ -160,8 +160,8 @@ private:
     /// The distributions of the standard library differ from one to the next.
     double vary(double lowest, double highest)
     {
-        const double chance =
-            static_cast<double>(random_() - random_.min()) / (random_.max() - random_.min());
+        const double chance = static_cast<double>(random_() - random_.min()) /
+                              static_cast<double>(random_.max() - random_.min());
         return lowest + (highest - lowest) * chance;
     }
 

@@ -135,6 +135,7 @@ Samples read(std::string_view bytes)
     if (!bytes.starts_with('[')) return tabled(bytes);
     auto samples = decodeHistory(bytes);
     if (!samples) throw std::runtime_error("it is not a history");
+    std::erase_if(*samples, [](const auto& sample) { return !(sample.health >= 1 && sample.health <= 150); });
     return std::move(*samples);
 }
 

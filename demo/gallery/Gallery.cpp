@@ -28,7 +28,7 @@ std::unique_ptr<QQuickWindow> makeGallery(QQmlEngine& engine, bool isAnimated)
         component.createWithInitialProperties({{"symbols", names}, {"isAnimated", isAnimated}}));
     auto* window = qobject_cast<QQuickWindow*>(made.get());
     if (!window) throw std::runtime_error(component.errorString().toStdString());
-    made.release();
+    (void)made.release();
     return std::unique_ptr<QQuickWindow>(window);
 }
 

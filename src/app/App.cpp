@@ -16,25 +16,32 @@ App::App(LinuxPlatform& platform)
     // A daemon that starts pushes its state by itself, but not its history.
     client_->onDaemonAppeared = [this] { model_.fetchHistory(); };
     client_->onDaemonPresence = [this] {
-        if (const auto told = onDaemonPresence) told();
+        if (onChargerChange) onChargerChange();
+        if (onDaemonPresence) onDaemonPresence();
     };
     client_->onChargerChange = [this] {
         followQuickCharge();
-        if (const auto told = onChargerChange) told();
+        if (onChargerChange) onChargerChange();
     };
+    // What the daemon still has to say of one that was stopped by hand does not end the next.
+    stopping_ = model_.isTemporaryOverrideEnabled.observe([this](bool isWanted) {
+        if (!isWanted) isQuickCharging_ = false;
+    });
 }
 
 /// The daemon ends a quick charge once the battery is full, or unplugged for long. It keeps the request as
-/// spent until that is taken back.
+/// spent until that is taken back, and tells the model nothing of it.
 void App::followQuickCharge()
 {
     const auto report = charger();
-    if (!report) return;
+    if (!report || !report->hasBattery) return; // a daemon that has not looked yet
     const bool isHeldBack =
         report->mode == ChargerReport::Mode::paused || report->mode == ChargerReport::Mode::resumed;
     if (isHeldBack) return; // by the charging toggle; it may go on
     const bool was = std::exchange(isQuickCharging_, report->mode == ChargerReport::Mode::quickCharge);
-    if (was && !isQuickCharging_) model_.isTemporaryOverrideEnabled.set(false);
+    if (!was || isQuickCharging_ || !model_.isTemporaryOverrideEnabled.get()) return;
+    model_.isTemporaryOverrideEnabled.set(false);
+    model_.syncSettingsToDaemon();
 }
 
 } // namespace velmora

@@ -37,6 +37,7 @@ private:
     std::shared_ptr<XPCClient> client_;
     BatteryModel model_;
     bool isQuickCharging_ = false; ///< as the daemon says
+    Subscription stopping_;
 };
 
 } // namespace velmora

@@ -21,24 +21,18 @@ constexpr std::uint64_t anyone = SD_BUS_VTABLE_UNPRIVILEGED;
 
 } // namespace
 
-FaceObject::FaceObject(MainLoop& loop, sd_bus* bus, const char* path, const char* interface,
-                       Properties properties)
-    : loop_(loop),
-      bus_(bus),
-      path_(path),
-      interface_(interface),
-      properties_(properties),
-      rows_(properties.size())
+FaceObject::FaceObject(MainLoop& loop, sd_bus* bus, const wire::face::Face& face)
+    : loop_(loop), bus_(bus), face_(face), rows_(face.properties.size())
 {
 }
 
 std::size_t FaceObject::indexOf(std::string_view name) const
 {
-    const auto found = std::ranges::find(properties_, name, &Property::name);
-    return static_cast<std::size_t>(found - properties_.begin());
+    const auto found = std::ranges::find(face_.properties, name, &Property::name);
+    return static_cast<std::size_t>(found - face_.properties.begin());
 }
 
-void FaceObject::derive(std::string_view name, std::function<KeyedArchive::Value()> value)
+void FaceObject::derive(std::string_view name, const std::function<KeyedArchive::Value()>& value)
 {
     Row& row = rows_.at(indexOf(name));
     row.read = [value](sd_bus_message* reply) { face::append(reply, value()); };
@@ -57,7 +51,8 @@ void FaceObject::serve()
 {
     fillTable();
     sd_bus_slot* slot = nullptr;
-    dbus::check(sd_bus_add_object_vtable(bus_, &slot, path_, interface_, table_.data(), this), interface_);
+    dbus::check(sd_bus_add_object_vtable(bus_, &slot, face_.path, face_.interface, table_.data(), this),
+                face_.interface);
     object_.reset(slot);
 }
 
@@ -71,7 +66,7 @@ sd_bus_vtable FaceObject::entry(const Property& property)
 void FaceObject::fillTable()
 {
     table_ = {SD_BUS_VTABLE_START(0)};
-    for (const auto& property : properties_) {
+    for (const auto& property : face_.properties) {
         table_.push_back(property.news == News::value
                              ? entry<SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE>(property)
                              : entry<SD_BUS_VTABLE_PROPERTY_EMITS_INVALIDATION>(property));
@@ -90,7 +85,7 @@ try {
     const std::size_t index = object.indexOf(property);
     std::uint64_t unsent = 0;
     dbus::check(sd_bus_get_n_queued_write(bus, &unsent), "look at the queue");
-    if (object.properties_[index].news == News::invalidated && unsent > maximumUnsent)
+    if (object.face_.properties[index].news == News::invalidated && unsent > maximumUnsent)
         return sd_bus_error_set(error, SD_BUS_ERROR_LIMITS_EXCEEDED, "asked too often");
     object.rows_.at(index).read(reply);
     return 0;
@@ -103,7 +98,7 @@ int FaceObject::set(sd_bus*, const char*, const char*, const char* property, sd_
 try {
     const auto& object = *static_cast<FaceObject*>(self);
     const std::size_t index = object.indexOf(property);
-    const auto& declared = object.properties_[index];
+    const auto& declared = object.face_.properties[index];
     object.rows_.at(index).write(value, declared);
     if (const auto told = object.onSetting; told && declared.access == Access::setting) told();
     return 0;
@@ -135,12 +130,13 @@ void FaceObject::announce()
     for (std::size_t index = 0; index < rows_.size(); ++index) {
         Row& row = rows_[index];
         if (row.hasChanged) row.isDirty = row.hasChanged();
-        if (std::exchange(row.isDirty, false)) names.push_back(const_cast<char*>(properties_[index].name));
+        if (std::exchange(row.isDirty, false))
+            names.push_back(const_cast<char*>(face_.properties[index].name));
     }
     if (names.empty()) return;
     names.push_back(nullptr);
     // A lost bus was told to whoever watches it.
-    sd_bus_emit_properties_changed_strv(bus_, path_, interface_, names.data());
+    sd_bus_emit_properties_changed_strv(bus_, face_.path, face_.interface, names.data());
 }
 
 } // namespace velmora

@@ -24,10 +24,8 @@ namespace velmora {
 /// Its owner binds every property, adds the operations, then serves it. Main thread only.
 class FaceObject {
 public:
-    using Properties = std::span<const wire::face::Property>;
-
-    /// All must outlive the object, the texts included.
-    FaceObject(MainLoop& loop, sd_bus* bus, const char* path, const char* interface, Properties properties);
+    /// Loop and bus must outlive the object; so must what `face` points to.
+    FaceObject(MainLoop& loop, sd_bus* bus, const wire::face::Face& face);
     FaceObject(const FaceObject&) = delete;
     FaceObject& operator=(const FaceObject&) = delete;
 
@@ -37,7 +35,7 @@ public:
 
     /// A property that follows from others: looked at again whenever a bound one changes, and by
     /// `derivedChanged`.
-    void derive(std::string_view name, std::function<KeyedArchive::Value()> value);
+    void derive(std::string_view name, const std::function<KeyedArchive::Value()>& value);
     void derivedChanged() { announceSoon(); }
 
     /// `operate` is called before the caller is answered.
@@ -75,9 +73,7 @@ private:
     Lifetime lifetime_;
     MainLoop& loop_;
     sd_bus* bus_;
-    const char* path_;
-    const char* interface_;
-    Properties properties_;
+    wire::face::Face face_;
     std::vector<Row> rows_; ///< in the order of the properties; never grows
     std::vector<std::pair<const char*, std::function<void()>>> operations_;
     bool isAnnouncing_ = false; ///< at the end of this turn

@@ -21,7 +21,7 @@ constexpr std::array<void (BatteryModel::*)(), wire::face::operations.size()> op
 } // namespace
 
 ModelObject::ModelObject(MainLoop& loop, sd_bus* bus, BatteryModel& model)
-    : model_(model), face_(loop, bus, wire::face::objectPath, wire::face::interface, wire::face::properties)
+    : model_(model), face_(loop, bus, wire::face::model)
 {
     bindProperties();
     addOperations();

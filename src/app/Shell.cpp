@@ -37,14 +37,18 @@ void Shell::serve(sd_bus* bus)
 {
     model_.emplace(loop_, bus, app_.model());
     model_->onQuit = [this] { loop_.stop(); };
-    charger_.emplace(loop_, bus, [this] { return app_.charger(); });
-    app_.onChargerChange = [this] { charger_->changed(); };
+    const auto serve = [&](std::optional<FaceObject>& object, const wire::face::Face& face, auto&& what) {
+        face::serve(object.emplace(loop_, bus, face), what);
+    };
+    serve(charger_, wire::face::charger::face, face::ChargerSource([this] { return app_.charger(); }));
+    app_.onChargerChange = [this] { charger_->derivedChanged(); };
     // Now rather than when it is first asked for: a window shall not begin with the wrong one of its two
     // views.
-    installation_.emplace(loop_, bus, Platform::current().singleton<InstallationManager>());
-    noticeObject_.emplace(loop_, bus, notice_);
-    smallWidgetObject_.emplace(loop_, bus, wire::face::widget::smallPath, smallWidget_);
-    mediumWidgetObject_.emplace(loop_, bus, wire::face::widget::mediumPath, mediumWidget_);
+    serve(installation_, wire::face::installation::face,
+          Platform::current().singleton<InstallationManager>());
+    serve(noticeObject_, wire::face::notice::face, notice_);
+    serve(smallWidgetObject_, wire::face::widget::small, smallWidget_);
+    serve(mediumWidgetObject_, wire::face::widget::medium, mediumWidget_);
     application_.emplace(bus);
     application_->onActivate = [this](const std::string& token) { startedAgain(token); };
     application_->onWindow = [this](const char* window, const std::string& token) { open(window, token); };
@@ -64,8 +68,11 @@ void Shell::begin(Errand errand)
 {
     const auto* action = actionOf(errand);
     if (const auto* window = action ? wire::face::windowOf(action) : nullptr) open(window, "");
-    if (smallWidget_.isShownAtLogIn.get()) open(wire::windows::smallWidget, "");
-    if (mediumWidget_.isShownAtLogIn.get()) open(wire::windows::mediumWidget, "");
+    // Nobody has asked for these just now.
+    if (smallWidget_.isShownAtLogIn.get())
+        windows_.request({.window = wire::windows::smallWidget, .takesFocus = false});
+    if (mediumWidget_.isShownAtLogIn.get())
+        windows_.request({.window = wire::windows::mediumWidget, .takesFocus = false});
 }
 
 void Shell::open(const char* window, std::string token)

@@ -5,14 +5,11 @@
 
 #include "App.h"
 #include "ApplicationObject.h"
-#include "ChargerObject.h"
-#include "InstallationObject.h"
+#include "FaceBindings.h"
 #include "ModelObject.h"
 #include "Options.h"
 #include "SessionBus.h"
 #include "TrayIcon.h"
-#include "VersionNoticeObject.h"
-#include "WidgetObject.h"
 #include "WindowsProgram.h"
 
 #include <filesystem>
@@ -48,14 +45,14 @@ private:
     EventLoop& loop_;
     App& app_;
     std::optional<ModelObject> model_;
-    std::optional<ChargerObject> charger_;
-    std::optional<InstallationObject> installation_;
+    std::optional<FaceObject> charger_;
+    std::optional<FaceObject> installation_;
     VersionNotice notice_;
-    std::optional<VersionNoticeObject> noticeObject_;
+    std::optional<FaceObject> noticeObject_;
     WidgetSettings smallWidget_{"small"};
     WidgetSettings mediumWidget_{"medium"};
-    std::optional<WidgetObject> smallWidgetObject_;
-    std::optional<WidgetObject> mediumWidgetObject_;
+    std::optional<FaceObject> smallWidgetObject_;
+    std::optional<FaceObject> mediumWidgetObject_;
     std::optional<ApplicationObject> application_;
     WindowsProgram windows_;
     TrayIcon tray_;

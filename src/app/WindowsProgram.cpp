@@ -34,6 +34,7 @@ constexpr std::chrono::milliseconds startPatience{10'000}; // a cold disk takes 
 std::vector<char*> pointers(std::vector<std::string>& texts)
 {
     std::vector<char*> result;
+    result.reserve(texts.size() + 1);
     for (auto& text : texts) result.push_back(text.data());
     result.push_back(nullptr);
     return result;
@@ -41,7 +42,8 @@ std::vector<char*> pointers(std::vector<std::string>& texts)
 
 std::vector<std::string> argumentsFor(const std::filesystem::path& program, const WindowRequest& request)
 {
-    std::vector<std::string> arguments{program, request.isToggle ? "--toggle" : "--show", request.window};
+    const auto* option = request.isToggle ? "--toggle" : request.takesFocus ? "--show" : "--show-inactive";
+    std::vector<std::string> arguments{program, option, request.window};
     if (request.at) {
         arguments.emplace_back("--at");
         arguments.push_back(std::to_string(request.at->x) + "," + std::to_string(request.at->y));
@@ -211,12 +213,12 @@ try {
 
 void WindowsProgram::tell(const WindowRequest& request)
 {
-    const auto& [window, isToggle, at, token] = request;
+    const auto& [window, isToggle, at, token, takesFocus] = request;
     sd_bus_slot* slot = nullptr;
     sd_bus_message* made = nullptr;
     using namespace wire::windows;
-    dbus::check(sd_bus_message_new_method_call(bus_, &made, serviceName, objectPath, interface,
-                                               isToggle ? toggle : show),
+    const auto* method = isToggle ? toggle : takesFocus ? show : showInactive;
+    dbus::check(sd_bus_message_new_method_call(bus_, &made, serviceName, objectPath, interface, method),
                 "new call");
     const dbus::Message call(made);
     dbus::check(sd_bus_message_set_auto_start(made, false), "set_auto_start");

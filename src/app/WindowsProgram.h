@@ -27,6 +27,7 @@ struct WindowRequest {
     bool isToggle = false;           ///< closes the window where it is open
     std::optional<ScreenPoint> at{}; ///< of the click; nothing where that is not known
     std::string token{};             ///< the desktop's leave to take the focus; may be empty
+    bool takesFocus = true;          ///< otherwise a window that is open stays as it is
 };
 
 /// velmora-ui as seen from the resident program: started when a window is asked for, told of further ones

@@ -81,9 +81,9 @@ std::string_view name(ChargeMode mode)
     case ChargeMode::quickCharge:
         return ChargerReport::Mode::quickCharge;
     case ChargeMode::storage:
-        return "storage";
+        return ChargerReport::Mode::storage;
     case ChargeMode::autoProtect:
-        return "auto-protect";
+        return ChargerReport::Mode::autoProtect;
     case ChargeMode::paused:
         return ChargerReport::Mode::paused;
     case ChargeMode::resumed:
@@ -91,7 +91,7 @@ std::string_view name(ChargeMode mode)
     case ChargeMode::off:
         break;
     }
-    return "off";
+    return ChargerReport::Mode::off;
 }
 
 ChargeDecision decideCharging(const ChargingSettings& settings, bool isQuickCharging,

@@ -32,60 +32,76 @@ ChargerClient::ChargerClient(sd_bus* bus, const NameOwner& daemon, Complaints& c
 }
 
 void ChargerClient::fetch()
-{
-    take([this] {
-        sd_bus_message* made = nullptr;
-        dbus::check(sd_bus_message_new_method_call(bus_, &made, wire::serviceName, wire::objectPath,
-                                                   properties, "GetAll"),
-                    "GetAll");
-        const dbus::Message call(made);
-        dbus::check(sd_bus_message_append(made, "s", ChargerReport::interface), "GetAll");
-        dbus::check(sd_bus_message_set_auto_start(made, false), "GetAll");
-        sd_bus_slot* slot = nullptr;
-        dbus::check(sd_bus_call_async(bus_, &slot, made, dbus::serve<ChargerClient, &ChargerClient::answered>,
-                                      this, 0),
-                    "GetAll");
-        question_.reset(slot);
-    });
+try {
+    sd_bus_message* made = nullptr;
+    dbus::check(sd_bus_message_new_method_call(bus_, &made, wire::serviceName, wire::objectPath, properties,
+                                               "GetAll"),
+                deed);
+    const dbus::Message call(made);
+    dbus::check(sd_bus_message_append(made, "s", ChargerReport::interface), deed);
+    dbus::check(sd_bus_message_set_auto_start(made, false), deed);
+    sd_bus_slot* slot = nullptr;
+    dbus::check(
+        sd_bus_call_async(bus_, &slot, made, dbus::serve<ChargerClient, &ChargerClient::answered>, this, 0),
+        deed);
+    question_.reset(slot);
+} catch (const std::system_error& failure) {
+    complain(failure.what());
 }
 
 void ChargerClient::forget()
 {
     question_.reset();
-    set(std::nullopt);
+    report_.reset();
 }
 
 int ChargerClient::answered(sd_bus_message* reply)
 {
     const auto answer = std::move(question_);
-    if (sd_bus_message_is_method_error(reply, nullptr)) return 0;
-    take([&] { set(ChargerReport::unarchived(dbus::readArchive(reply))); });
+    if (const auto* error = sd_bus_message_get_error(reply)) {
+        if (daemon_.exists()) complain(dbus::textOf(*error));
+        return 0;
+    }
+    if (const auto values = read(reply)) set(ChargerReport::unarchived(*values));
     return 0;
 }
 
 int ChargerClient::changed(sd_bus_message* signal)
 {
-    if (!daemon_.sent(signal) || !report_) return 0; // else the answer that is on its way says it
-    take([&] {
-        dbus::check(sd_bus_message_skip(signal, "s"), "skip the interface");
+    if (!daemon_.sent(signal)) return 0;
+    if (!report_) {
+        if (!question_) fetch(); // else the answer that is on its way says it
+        return 0;
+    }
+    dbus::check(sd_bus_message_skip(signal, "s"), deed);
+    if (const auto values = read(signal)) {
         KeyedArchive whole = report_->archived();
-        whole.update(dbus::readArchive(signal));
+        whole.update(*values);
         set(ChargerReport::unarchived(whole));
-    });
+    }
     return 0;
 }
 
-void ChargerClient::take(const std::function<void()>& read)
+std::optional<KeyedArchive> ChargerClient::read(sd_bus_message* message)
 try {
-    read();
+    auto values = dbus::readArchive(message);
     complaints_.settle(deed);
+    return values;
 } catch (const std::system_error& failure) {
-    complaints_.raise(deed, std::string("could not ") + deed + ": " + failure.what());
+    complain(failure.what());
+    return std::nullopt;
 }
 
-void ChargerClient::set(std::optional<ChargerReport> report)
+void ChargerClient::complain(const std::string& why)
 {
-    if (std::exchange(report_, std::move(report)) == report_) return;
+    complaints_.raise(deed, std::string("could not ") + deed + ": " + why);
+}
+
+/// Nothing comes after it: who is told may destroy the client.
+void ChargerClient::set(ChargerReport report)
+{
+    if (report_ == report) return;
+    report_ = std::move(report);
     if (const auto told = onChange) told();
 }
 

@@ -6,10 +6,12 @@
 #include "ChargerReport.h"
 #include "Complaints.h"
 #include "DBus.h"
+#include "KeyedArchive.h"
 #include "NameOwner.h"
 
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace velmora {
 
@@ -25,19 +27,20 @@ public:
 
     /// Nothing while there is no daemon, or before it has answered.
     const std::optional<ChargerReport>& report() const { return report_; }
-    /// Called when that has changed.
+    /// Called when the daemon has told something new; may destroy the client.
     std::function<void()> onChange;
 
     /// Asks a daemon that may have appeared.
     void fetch();
-    /// The daemon is gone.
+    /// The daemon is gone; who says so knows it, and nobody else is told.
     void forget();
 
 private:
     int answered(sd_bus_message* reply);
     int changed(sd_bus_message* signal);
-    void take(const std::function<void()>& read);
-    void set(std::optional<ChargerReport> report);
+    std::optional<KeyedArchive> read(sd_bus_message* message);
+    void complain(const std::string& why);
+    void set(ChargerReport report);
 
     sd_bus* bus_;
     const NameOwner& daemon_;

@@ -29,13 +29,6 @@ sd_bus_vtable tableEnd()
     return SD_BUS_VTABLE_END;
 }
 
-const KeyedArchive::Value* valueOf(const KeyedArchive& archive, std::string_view key)
-{
-    const auto found =
-        std::ranges::find(archive.values(), key, &std::pair<std::string, KeyedArchive::Value>::first);
-    return found == archive.values().end() ? nullptr : &found->second;
-}
-
 constexpr auto loginName = "org.freedesktop.login1";
 
 /// Throws std::system_error unless the bus's answer to RequestName is that the name is ours.
@@ -238,7 +231,7 @@ int DaemonObject::chargerProperty(sd_bus*, const char*, const char*, const char*
                                   sd_bus_message* reply, void* self, sd_bus_error* error) noexcept
 try {
     const KeyedArchive report = static_cast<DaemonObject*>(self)->service_.charger().archived();
-    const auto* value = valueOf(report, property);
+    const auto* value = report.find(property);
     if (!value) return sd_bus_error_set(error, SD_BUS_ERROR_UNKNOWN_PROPERTY, property);
     dbus::append(reply, *value);
     return 0;
@@ -304,7 +297,7 @@ void DaemonObject::chargerChanged(const ChargerReport& report)
     KeyedArchive current = report.archived();
     KeyedArchive changes;
     for (const auto& [name, value] : current.values()) {
-        const auto* before = valueOf(announced_, name);
+        const auto* before = announced_.find(name);
         if (!before || *before != value) changes.encode(name, value);
     }
     announced_ = std::move(current);

@@ -75,7 +75,7 @@ void PreferencesFile::setText(std::string_view key, std::string_view value)
     values_.insert_or_assign(std::string(key), std::string(value));
     if (folder_.empty()) return;
     std::string text;
-    for (const auto& [name, kept] : values_) text += name + "=" + kept + "\n";
+    for (const auto& [name, kept] : values_) text.append(name).append("=").append(kept).append("\n");
     queue_->async([this, text = std::move(text)] { save(text); });
 }
 

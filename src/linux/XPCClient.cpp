@@ -212,6 +212,7 @@ int XPCClient::disconnected(sd_bus_message*)
 {
     log_.warning("XPCClient",
                  "the system bus hung up: the daemon is out of reach until Velmora starts again");
+    if (charger_) charger_->forget();
     setDaemonMissing(true);
     return 0;
 }

@@ -45,7 +45,7 @@ public:
 
     /// What the daemon last told of the charger; nothing where there is none, or it has not told yet.
     std::optional<ChargerReport> charger() const;
-    /// Called when that has changed.
+    /// Called when the daemon has told something new; that it is gone, `onDaemonPresence` tells.
     std::function<void()> onChargerChange;
 
     void fetchCurrentState(StateHandler completion) override;

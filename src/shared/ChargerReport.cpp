@@ -5,45 +5,53 @@
 
 namespace velmora {
 
+namespace {
+
+/// Each property with its value, in the order in which they stand on the bus.
+template <typename Report, typename Visit>
+void forEachProperty(Report& report, Visit&& visit)
+{
+    visit("HasBattery", report.hasBattery);
+    visit("Batteries", report.batteries);
+    visit("Control", report.control);
+    visit("Driver", report.driver);
+    visit("Mode", report.mode);
+    visit("WantedStartThreshold", report.wantedStartThreshold);
+    visit("WantedEndThreshold", report.wantedEndThreshold);
+    visit("StartThreshold", report.startThreshold);
+    visit("EndThreshold", report.endThreshold);
+    visit("IsChargingAllowed", report.isChargingAllowed);
+    visit("LastAction", report.lastAction);
+    visit("LastReason", report.lastReason);
+    visit("LastActionDate", report.lastActionDate);
+    visit("Health", report.health);
+    visit("CycleCount", report.cycleCount);
+}
+
+/// Replaces a value by the archived one, where there is one of its type.
+struct Reader {
+    const KeyedArchive& archive;
+
+    void operator()(const char* key, bool& value) const { value = archive.decodeBool(key, value); }
+    void operator()(const char* key, std::int64_t& value) const { value = archive.decodeInteger(key, value); }
+    void operator()(const char* key, double& value) const { value = archive.decodeDouble(key, value); }
+    void operator()(const char* key, std::string& value) const { value = archive.decodeText(key, value); }
+    void operator()(const char* key, Date& value) const { value = archive.decodeDate(key).value_or(value); }
+};
+
+} // namespace
+
 KeyedArchive ChargerReport::archived() const
 {
     KeyedArchive archive;
-    archive.encode("HasBattery", hasBattery);
-    archive.encode("Batteries", batteries);
-    archive.encode("Control", control);
-    archive.encode("Driver", driver);
-    archive.encode("Mode", mode);
-    archive.encode("WantedStartThreshold", wantedStartThreshold);
-    archive.encode("WantedEndThreshold", wantedEndThreshold);
-    archive.encode("StartThreshold", startThreshold);
-    archive.encode("EndThreshold", endThreshold);
-    archive.encode("IsChargingAllowed", isChargingAllowed);
-    archive.encode("LastAction", lastAction);
-    archive.encode("LastReason", lastReason);
-    archive.encode("LastActionDate", lastActionDate);
-    archive.encode("Health", health);
-    archive.encode("CycleCount", cycleCount);
+    forEachProperty(*this, [&](const char* key, const auto& value) { archive.encode(key, value); });
     return archive;
 }
 
 ChargerReport ChargerReport::unarchived(const KeyedArchive& archive)
 {
     ChargerReport report;
-    report.hasBattery = archive.decodeBool("HasBattery", report.hasBattery);
-    report.batteries = archive.decodeText("Batteries", report.batteries);
-    report.control = archive.decodeText("Control", report.control);
-    report.driver = archive.decodeText("Driver", report.driver);
-    report.mode = archive.decodeText("Mode", report.mode);
-    report.wantedStartThreshold = archive.decodeInteger("WantedStartThreshold", report.wantedStartThreshold);
-    report.wantedEndThreshold = archive.decodeInteger("WantedEndThreshold", report.wantedEndThreshold);
-    report.startThreshold = archive.decodeInteger("StartThreshold", report.startThreshold);
-    report.endThreshold = archive.decodeInteger("EndThreshold", report.endThreshold);
-    report.isChargingAllowed = archive.decodeBool("IsChargingAllowed", report.isChargingAllowed);
-    report.lastAction = archive.decodeText("LastAction", report.lastAction);
-    report.lastReason = archive.decodeText("LastReason", report.lastReason);
-    report.lastActionDate = archive.decodeDate("LastActionDate").value_or(report.lastActionDate);
-    report.health = archive.decodeDouble("Health", report.health);
-    report.cycleCount = archive.decodeInteger("CycleCount", report.cycleCount);
+    forEachProperty(report, Reader{archive});
     return report;
 }
 

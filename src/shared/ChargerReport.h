@@ -23,19 +23,21 @@ struct ChargerReport {
         static constexpr std::string_view endThreshold = "end threshold";
         static constexpr std::string_view none = "none";
     };
-    /// Texts of `mode` that mean something to those who read them; "storage", "auto-protect" and "off" are
-    /// the others.
+    /// Texts of `mode`.
     struct Mode {
-        static constexpr std::string_view quickCharge = "quick charge";
-        static constexpr std::string_view paused = "paused";
+        static constexpr std::string_view paused = "paused"; ///< by the charging toggle, as is the next
         static constexpr std::string_view resumed = "resumed";
+        static constexpr std::string_view quickCharge = "quick charge";
+        static constexpr std::string_view storage = "storage";
+        static constexpr std::string_view autoProtect = "auto-protect";
+        static constexpr std::string_view off = "off";
     };
 
     bool hasBattery = false;
     std::string batteries{}; ///< names of the supplies, blank-separated
     std::string control{Control::none};
     std::string driver = "unknown"; ///< driver family whose rules are followed
-    std::string mode = "off";
+    std::string mode{Mode::off};
     std::int64_t wantedStartThreshold = -1; ///< percent; -1 nothing asked for
     std::int64_t wantedEndThreshold = -1;
     std::int64_t startThreshold = -1; ///< percent, as the hardware reads back; -1 not there or not readable

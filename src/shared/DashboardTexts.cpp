@@ -11,42 +11,27 @@ namespace velmora::dashboard {
 
 namespace {
 
-constexpr std::int64_t workingOut = -2;
-constexpr double storageLevel = 50; // percent
-constexpr double nearlyFull = 99;
-
 std::string percent(double value)
 {
     return menu_bar::percentageText(value);
 }
 
-/// What holds the battery between `resume` and `limit`, and how that reads.
+/// Where the battery is held, and how that reads.
 struct Hold {
     double limit;
-    double resume;
+    double resume; ///< negative: not known
     const char* because;
 };
 
-/// What the charger makes of a level that was asked for; the level itself while it has not told.
-double made(double asked, std::int64_t told, std::int64_t held)
+/// What a threshold became; what was asked for where the charger does not tell.
+double inForce(std::int64_t held, std::int64_t told)
 {
-    const bool isAbout = held >= 0 && static_cast<double>(told) == std::round(asked);
-    return isAbout ? static_cast<double>(held) : asked;
+    return static_cast<double>(held >= 0 ? held : told);
 }
 
-double limitMade(const Situation& now, double asked)
+bool isStartTheFirmwares(const ChargerReport& charger)
 {
-    return now.charger ? made(asked, now.charger->wantedEndThreshold, now.charger->endThreshold) : asked;
-}
-
-double startMade(const Situation& now, double asked)
-{
-    return now.charger ? made(asked, now.charger->wantedStartThreshold, now.charger->startThreshold) : asked;
-}
-
-bool isStartTheFirmwares(const Situation& now)
-{
-    return now.charger && now.charger->control == ChargerReport::Control::endThreshold;
+    return charger.control == ChargerReport::Control::endThreshold;
 }
 
 std::string charging(const Situation& now, const Hold& hold)
@@ -61,16 +46,14 @@ std::string resting(const Situation& now, const Hold& hold)
         return "Not charging: the battery is above the limit of " + percent(hold.limit) + ".";
     if (now.percentage >= hold.limit)
         return "Holding at " + percent(hold.limit) + ": plugged in, limit reached.";
-    if (isStartTheFirmwares(now))
-        return "Resting: plugged in, and the firmware decides when charging begins again.";
+    if (hold.resume < 0) return "Resting: plugged in, and the firmware decides when charging begins again.";
     if (now.percentage >= hold.resume)
         return "Resting: plugged in, and charging begins again below " + percent(hold.resume) + ".";
     return "Plugged in, but the battery takes no charge right now.";
 }
 
-std::string held(const Situation& now, double asked, const char* because)
+std::string held(const Situation& now, const Hold& hold)
 {
-    const Hold hold{limitMade(now, asked), startMade(now, asked - now.hysteresis), because};
     if (now.isOnBattery)
         return "On battery: charging will stop at " + percent(hold.limit) + ", " + hold.because + ".";
     return now.isCharging ? charging(now, hold) : resting(now, hold);
@@ -79,7 +62,8 @@ std::string held(const Situation& now, double asked, const char* because)
 /// Why no limit can be held here, if so.
 std::optional<std::string> obstacle(const Situation& now)
 {
-    if (!now.charger) return "The background service is not running: nothing holds the limit.";
+    if (!now.charger)
+        return "The background service is not running: the charger keeps what it was last told.";
     if (!now.charger->hasBattery) return "This machine has no battery.";
     if (now.charger->control == ChargerReport::Control::none)
         return "This laptop's charger takes no limit from software: it charges to 100%.";
@@ -92,7 +76,7 @@ std::string unheld(const Situation& now, const char* because)
     const std::string reason = because;
     if (now.isOnBattery) return "On battery: charging will go on to 100%, " + reason + ".";
     if (now.isCharging) return "Charging to 100%: " + reason + ".";
-    if (now.percentage >= nearlyFull) return "Full: plugged in, " + reason + ".";
+    if (now.percentage >= full) return "Full: plugged in, " + reason + ".";
     return "Plugged in, but the battery takes no charge right now: " + reason + ".";
 }
 
@@ -123,18 +107,29 @@ std::string statusLine(const Situation& now)
     return now.timeToFull == workingOut ? "Calculating time to full..." : "Charging...";
 }
 
+bool isWatched(const Situation& now)
+{
+    return now.isSimulated || (now.charger && now.charger->hasBattery);
+}
+
 std::string limiterText(const Situation& now)
 {
     if (const auto reason = obstacle(now)) return *reason;
+    using Mode = ChargerReport::Mode;
     const auto& charger = *now.charger;
-    if (charger.mode == ChargerReport::Mode::paused)
-        return "Paused at " + percent(static_cast<double>(charger.endThreshold)) +
+    const double limit = inForce(charger.endThreshold, charger.wantedEndThreshold);
+    if (charger.mode == Mode::paused)
+        return "Paused" + (limit < 0 ? "" : " at " + percent(limit)) +
                " by hand, until the next plug or changed setting.";
-    if (charger.mode == ChargerReport::Mode::resumed) return unheld(now, "it was resumed by hand");
-    if (now.isQuickChargeOn) return unheld(now, "quick charge is on");
-    if (now.isStorageModeOn) return held(now, storageLevel, "storage mode is on");
-    if (now.isAutoProtectOn && now.limit < 100) return held(now, now.limit, "Auto-Protect is on");
-    return unheld(now, "no limit is set");
+    if (charger.mode == Mode::resumed) return unheld(now, "it was resumed by hand");
+    if (charger.mode == Mode::quickCharge) return unheld(now, "quick charge is on");
+    const bool isStorage = charger.mode == Mode::storage;
+    if (!isStorage && charger.mode != Mode::autoProtect) return unheld(now, "no limit is set");
+    if (limit < 0) return "The charger has not been told yet.";
+    if (limit >= 100) return unheld(now, "no limit is set");
+    const double resume =
+        isStartTheFirmwares(charger) ? -1 : inForce(charger.startThreshold, charger.wantedStartThreshold);
+    return held(now, {limit, resume, isStorage ? "storage mode is on" : "Auto-Protect is on"});
 }
 
 std::string limitEffect(const Situation& now)
@@ -151,10 +146,25 @@ std::string limitEffect(const Situation& now)
     return "In force: the charger stops at " + inForce + ".";
 }
 
-std::string startEffect(const Situation& now)
+std::string startEffect(const Situation& now, double limit, double hysteresis)
 {
-    if (isStartTheFirmwares(now)) return "This laptop's firmware decides when charging begins again.";
-    return "Charging begins again below " + percent(startMade(now, now.limit - now.hysteresis)) + ".";
+    if (obstacle(now)) return "";
+    const auto& charger = *now.charger;
+    if (isStartTheFirmwares(charger)) return "This laptop's firmware decides when charging begins again.";
+    const double asked = limit - hysteresis;
+    const bool isInForce = charger.mode == ChargerReport::Mode::autoProtect &&
+                           static_cast<double>(charger.wantedStartThreshold) == std::round(asked);
+    if (!isInForce) return "With Auto-Protect charging begins again below " + percent(asked) + ".";
+    return "Charging begins again below " +
+           percent(inForce(charger.startThreshold, charger.wantedStartThreshold)) + ".";
+}
+
+std::string firstSampleText(const Situation& now)
+{
+    if (!now.charger) return "No samples: the background service is not running.";
+    if (!now.charger->hasBattery) return "No samples: this machine has no battery.";
+    return "No samples yet. The first comes as soon as the battery has been read, the next ones about every "
+           "quarter of an hour while it charges or drains.";
 }
 
 std::string deviceStatus(const SharedBatteryState& device)

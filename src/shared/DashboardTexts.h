@@ -50,6 +50,9 @@ inline constexpr std::string_view placeholder = "Select an item to view insights
 /// "45m", "2h 5m".
 std::string timeText(std::int64_t minutes);
 
+inline constexpr std::int64_t workingOut = -2; ///< minutes that are not known yet
+inline constexpr double full = 99;             ///< percent; many a battery stops there
+
 /// What the battery does and what it was told to do.
 struct Situation {
     double percentage = 50;
@@ -59,23 +62,30 @@ struct Situation {
     std::int64_t timeToEmpty = -1;
     std::int64_t timeToLimit = -1;
     bool isAutoProtectOn = true;
-    bool isQuickChargeOn = false;
-    bool isStorageModeOn = false;
-    double limit = 80;     ///< percent
-    double hysteresis = 2; ///< percentage points
+    double limit = 80; ///< percent
     /// What the daemon tells of the charger; nothing while it is not there.
     std::optional<ChargerReport> charger{};
+    bool isSimulated = false; ///< of a battery that there is not
 };
+
+/// The values are those of a battery, and not what a model begins with.
+bool isWatched(const Situation& now);
 
 /// Below the title of the overview.
 std::string statusLine(const Situation& now);
 
-/// One sentence: what the limiter does right now, and why.
+/// One sentence: what the limiter does right now, and why, as the daemon tells it. What a person asked for
+/// may have been refused.
 std::string limiterText(const Situation& now);
 
-/// What this laptop's charger makes of the limit, and when charging begins again; a sentence each.
+/// What this laptop's charger makes of the limit that it was told; a sentence.
 std::string limitEffect(const Situation& now);
-std::string startEffect(const Situation& now);
+/// When charging begins again with these two settings, be they in force or not yet; a sentence, or nothing
+/// where that has no meaning.
+std::string startEffect(const Situation& now, double limit, double hysteresis);
+
+/// When the first sample of the history comes, or why none does.
+std::string firstSampleText(const Situation& now);
 
 /// What one of the user's machines does.
 std::string deviceStatus(const SharedBatteryState& device);

@@ -23,7 +23,7 @@ struct Date {
         return later.sinceReference - earlier.sinceReference;
     }
     friend constexpr Date operator+(Date date, double seconds) { return Date{date.sinceReference + seconds}; }
-    friend constexpr auto operator<=>(Date, Date) = default;
+    friend constexpr auto operator<=>(Date, Date) = default; // NOLINT(modernize-use-nullptr): there is none
 };
 
 } // namespace velmora

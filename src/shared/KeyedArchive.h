@@ -39,13 +39,12 @@ public:
     std::string decodeText(std::string_view key, std::string otherwise) const;
     std::optional<Date> decodeDate(std::string_view key) const;
 
+    const Value* find(std::string_view key) const; ///< null where there is none
     const std::vector<std::pair<std::string, Value>>& values() const { return values_; }
 
     friend bool operator==(const KeyedArchive&, const KeyedArchive&) = default;
 
 private:
-    const Value* find(std::string_view key) const;
-
     template <typename T>
     T decode(std::string_view key, T otherwise) const
     {

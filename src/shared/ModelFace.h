@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 /// What `velmora` serves on the session bus, declared once for it and for its windows: the model's face.
@@ -18,7 +19,7 @@ inline constexpr auto interface = "app.velmora.Model";
 
 enum class Access : std::uint8_t {
     read,
-    write,   ///< a view may set it; it lives in the model alone
+    write,   ///< a view may set it; the daemon never learns it
     setting, ///< likewise, and the daemon is told at once
 };
 
@@ -37,6 +38,13 @@ struct Property {
     double lowest = 0;
     double highest = 0;
     News news = News::value;
+};
+
+/// An object of the face.
+struct Face {
+    const char* path;
+    const char* interface;
+    std::span<const Property> properties;
 };
 
 inline constexpr std::array properties{
@@ -65,6 +73,7 @@ inline constexpr std::array properties{
     Property{"fleetStates", recordListType, Access::read, 0, 0, News::invalidated},
     Property{"selectedDeviceID", "as", Access::write},
 };
+inline constexpr Face model{objectPath, interface, properties};
 
 /// The model's operations; no arguments, no result.
 inline constexpr std::array operations{
@@ -96,6 +105,7 @@ inline constexpr std::array properties{
     Property{"installationProgress", "d"}, ///< 0 to 1
     Property{"installationError", "as"},
 };
+inline constexpr Face face{objectPath, interface, properties};
 
 /// Registers the daemon, unless that is under way; what comes of it, the properties tell.
 inline constexpr auto install = "install";
@@ -113,6 +123,7 @@ inline constexpr std::array properties{
     Property{"hasSeenMacOS264Banner", "b"},
     Property{showMacOS264Banner, "b", Access::write}, ///< false once the notice has closed
 };
+inline constexpr Face face{objectPath, interface, properties};
 
 inline constexpr auto appeared = "appeared";   ///< the main window has
 inline constexpr auto dismissed = "dismissed"; ///< the notice was answered
@@ -144,6 +155,7 @@ inline constexpr std::array properties{
     Property{"Health", "d"},
     Property{"CycleCount", "x"},
 };
+inline constexpr Face face{objectPath, interface, properties};
 inline constexpr auto isKnown = "IsKnown";
 
 } // namespace velmora::wire::face::charger
@@ -160,6 +172,8 @@ inline constexpr std::array properties{
     Property{"isShownAtLogIn", "b", Access::write},
     Property{"place", "ai", Access::write, -32'768, 32'767}, ///< x and y, as windows are measured; or none
 };
+inline constexpr Face small{smallPath, interface, properties};
+inline constexpr Face medium{mediumPath, interface, properties};
 
 } // namespace velmora::wire::face::widget
 
@@ -172,6 +186,9 @@ inline constexpr auto interface = "app.velmora.Windows";
 
 /// Show(s window): opens the window, or brings it to the front.
 inline constexpr auto show = "Show";
+/// ShowInactive(s window): opens the window and leaves the focus where it is; one that is open stays as it
+/// is.
+inline constexpr auto showInactive = "ShowInactive";
 /// Toggle(s window, i x, i y): a click at that place of the screen (pixels of the root window) opens the
 /// window there, or closes it.
 inline constexpr auto toggle = "Toggle";

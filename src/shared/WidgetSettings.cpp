@@ -38,37 +38,32 @@ std::string textOf(const std::optional<WidgetPlace>& place)
     return place ? std::to_string(place->x) + "," + std::to_string(place->y) : "";
 }
 
-/// Has `keep` called with every new value.
-template <typename T>
-Subscription onChange(Observable<T>& value, std::function<void(const T&)> keep)
-{
-    return value.observe([&value, keep](const T& incoming) {
-        if (incoming != value.get()) keep(incoming);
-    });
-}
-
 } // namespace
 
 WidgetSettings::WidgetSettings(std::string_view name)
+    : preferences_(Platform::current().preferences),
+      name_(name),
+      isPinned(preferences_->boolean(key("isPinned")), nullptr,
+               [this] { preferences_->set(key("isPinned"), isPinned.get()); }),
+      isShownAtLogIn(preferences_->boolean(key("isShownAtLogIn")), nullptr,
+                     [this] { preferences_->set(key("isShownAtLogIn"), isShownAtLogIn.get()); }),
+      place(remembered(), nullptr, [this] { preferences_->setText(key("place"), textOf(place.get())); })
 {
-    const auto preferences = Platform::current().preferences;
-    const auto key = [&](const char* setting) { return std::string(name) + "Widget_" + setting; };
-    const auto bindFlag = [&](Observable<bool>& flag, const std::string& itsKey) {
-        flag.set(preferences->boolean(itsKey));
-        return onChange<bool>(flag, [preferences, itsKey](bool value) { preferences->set(itsKey, value); });
-    };
-    pinnings_ = bindFlag(isPinned, key("isPinned"));
-    logIns_ = bindFlag(isShownAtLogIn, key("isShownAtLogIn"));
+}
 
-    const auto remembered = preferences->text(key("place"));
-    place.set(placeOf(remembered));
-    if (!place.get() && !remembered.empty())
-        Platform::current().log->warning("WidgetSettings", "where the " + std::string(name) +
-                                                               " widget was is not to be understood");
-    moves_ =
-        onChange<std::optional<WidgetPlace>>(place, [preferences, itsKey = key("place")](const auto& to) {
-            preferences->setText(itsKey, textOf(to));
-        });
+std::string WidgetSettings::key(const char* setting) const
+{
+    return name_ + "Widget_" + setting;
+}
+
+std::optional<WidgetPlace> WidgetSettings::remembered() const
+{
+    const auto text = preferences_->text(key("place"));
+    const auto known = placeOf(text);
+    if (!known && !text.empty())
+        Platform::current().log->warning("WidgetSettings",
+                                         "where the " + name_ + " widget was is not to be understood");
+    return known;
 }
 
 } // namespace velmora

@@ -4,9 +4,12 @@
 #pragma once
 
 #include "Observable.h"
+#include "platform/Preferences.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace velmora {
@@ -23,12 +26,16 @@ struct WidgetPlace {
     friend bool operator==(const WidgetPlace&, const WidgetPlace&) = default;
 };
 
-/// What a person has set about one of the desktop's widgets. Every change is remembered. Main thread only.
+/// What a person has set about one of the desktop's widgets. Every assignment is remembered. Main thread
+/// only.
 class WidgetSettings {
+    std::shared_ptr<Preferences> preferences_;
+    std::string name_;
+
 public:
-    Observable<bool> isPinned{false}; ///< stays above all other windows
-    Observable<bool> isShownAtLogIn{false};
-    Observable<std::optional<WidgetPlace>> place{std::nullopt}; ///< nothing while it was never moved
+    Observable<bool> isPinned; ///< stays above all other windows
+    Observable<bool> isShownAtLogIn;
+    Observable<std::optional<WidgetPlace>> place; ///< nothing while it was never moved
 
     /// `name` is the widget's among the preferences of the installed platform. What cannot be understood
     /// there is as if it had never been set, and a line in the log.
@@ -37,9 +44,8 @@ public:
     WidgetSettings& operator=(const WidgetSettings&) = delete;
 
 private:
-    Subscription pinnings_;
-    Subscription logIns_;
-    Subscription moves_;
+    std::string key(const char* setting) const;
+    std::optional<WidgetPlace> remembered() const;
 };
 
 } // namespace velmora

@@ -7,8 +7,8 @@ namespace velmora::widget {
 
 namespace {
 
-constexpr double full = 99; // percent; many a battery stops there
-constexpr std::int64_t workingOut = -2;
+using dashboard::full;
+using dashboard::workingOut;
 
 /// Within a sentence.
 std::string lowered(std::string text)
@@ -17,9 +17,11 @@ std::string lowered(std::string text)
     return text;
 }
 
+constexpr const char* unknown = "–";
+
 std::string beginning(const dashboard::Situation& now)
 {
-    return "Battery, " + menu_bar::percentageText(now.percentage) + ", ";
+    return isWatched(now) ? "Battery, " + levelText(now) + ", " : "Battery: ";
 }
 
 bool isHealthKnown(const dashboard::Situation& now)
@@ -29,8 +31,14 @@ bool isHealthKnown(const dashboard::Situation& now)
 
 } // namespace
 
+std::string levelText(const dashboard::Situation& now)
+{
+    return isWatched(now) ? menu_bar::percentageText(now.percentage) : unknown;
+}
+
 std::string stateText(const dashboard::Situation& now)
 {
+    if (!isWatched(now)) return now.charger ? "No battery" : "Not watched";
     if (now.isCharging) return "Charging";
     if (now.isOnBattery) return "On battery";
     if (now.percentage >= full) return "Full";
@@ -39,13 +47,14 @@ std::string stateText(const dashboard::Situation& now)
 
 std::string statusText(const dashboard::Situation& now)
 {
+    if (!isWatched(now)) return now.charger ? "No battery" : "Background service not running";
     const bool isTimed = now.timeToEmpty >= 1 || now.timeToEmpty == workingOut;
     return now.isCharging || (now.isOnBattery && isTimed) ? dashboard::statusLine(now) : stateText(now);
 }
 
 std::string healthText(const dashboard::Situation& now)
 {
-    return isHealthKnown(now) ? menu_bar::percentageText(now.charger->health) : "–";
+    return isHealthKnown(now) ? menu_bar::percentageText(now.charger->health) : unknown;
 }
 
 std::string breath(const dashboard::Situation& now)

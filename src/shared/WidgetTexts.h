@@ -10,6 +10,9 @@
 /// What the desktop's widgets say, from the model's values alone.
 namespace velmora::widget {
 
+/// "72%"; a dash where there is no battery, or nobody reads it.
+std::string levelText(const dashboard::Situation& now);
+
 /// "Charging", "On battery": what the battery does, in a word or two.
 std::string stateText(const dashboard::Situation& now);
 

@@ -24,7 +24,8 @@ std::optional<QPoint> parsePlace(const QString& text)
 /// The options that there are, with the value that each needs.
 std::variant<std::map<QString, QString>, QString> pairs(const QStringList& arguments)
 {
-    static const QStringList known{"--show", "--toggle", "--at", "--picture", "--window", "--page"};
+    static const QStringList known{"--show",    "--show-inactive", "--toggle", "--at",
+                                   "--picture", "--window",        "--page"};
     std::map<QString, QString> options;
     for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
         if (!known.contains(*argument)) return "unknown argument " + *argument;
@@ -40,6 +41,7 @@ std::variant<std::map<QString, QString>, QString> pairs(const QStringList& argum
 const char* CommandLine::usage()
 {
     return "usage: velmora-ui --show WINDOW\n"
+           "       velmora-ui --show-inactive WINDOW    the focus stays where it is\n"
            "       velmora-ui --toggle WINDOW [--at X,Y]    what a click there on the tray icon means\n"
            "       velmora-ui --picture FILE --window WINDOW [--page PAGE]    the window as a PNG\n"
            "Windows are \"panel\", \"dashboard\", \"widget-small\" and \"widget-medium\". The pages of the "
@@ -57,6 +59,7 @@ std::variant<CommandLine, QString> CommandLine::parse(const QStringList& argumen
         return options.size() == sizeof...(names) && (options.contains(names) && ...);
     };
     if (has("--show")) return CommandLine{Deed::show, options["--show"]};
+    if (has("--show-inactive")) return CommandLine{Deed::showInactive, options["--show-inactive"]};
     if (has("--toggle")) return CommandLine{Deed::toggle, options["--toggle"]};
     if (has("--picture", "--window") || has("--picture", "--window", "--page"))
         return CommandLine{Deed::picture, options["--window"], std::nullopt, options["--picture"],

@@ -13,7 +13,7 @@ namespace velmora {
 
 /// What velmora-ui was started for.
 struct CommandLine {
-    enum class Deed { help, show, toggle, picture };
+    enum class Deed { help, show, showInactive, toggle, picture };
 
     Deed deed = Deed::help;
     QString window{};

@@ -108,13 +108,13 @@ void FaceLink::call(const QString& interface, const QString& method, const QVari
 void FaceLink::propertiesChanged(const QString& interface, const QVariantMap& values,
                                  const QStringList& invalidated)
 {
-    if (interface != interface_) return;
+    if (interface != interface_ || !isSettled_) return; // all values are on their way
     if (!values.isEmpty()) apply_(values);
     for (const auto& property : invalidated) fetch(property);
 }
 
 void FaceLink::send(const QString& interface, const QString& member, const QVariantList& arguments,
-                    Answer answer)
+                    const Answer& answer)
 {
     auto call = QDBusMessage::createMethodCall(service, path_, interface, member);
     call.setAutoStartService(false);

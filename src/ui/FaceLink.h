@@ -23,15 +23,10 @@ namespace velmora {
 class FaceLink : public QObject {
     Q_OBJECT
 public:
-    struct Face {
-        const char* path;
-        const char* interface;
-        std::span<const wire::face::Property> properties; ///< those that may be written are looked up here
-    };
-
+    using Face = wire::face::Face;
     using Apply = std::function<void(const QVariantMap& values)>;
 
-    /// Listens, and asks for all values at once; `apply` is given them, and later those that changed.
+    /// Listens, and asks for all values at once; `apply` is given them first, and later those that changed.
     FaceLink(const QDBusConnection& bus, const Face& face, Apply apply, QObject* parent = nullptr);
 
     /// The object has given its values.
@@ -60,7 +55,8 @@ private:
 
     void fetchAll();
     void fetch(const QString& property);
-    void send(const QString& interface, const QString& member, const QVariantList& arguments, Answer answer);
+    void send(const QString& interface, const QString& member, const QVariantList& arguments,
+              const Answer& answer);
 
     QDBusConnection bus_;
     Face face_;

@@ -5,20 +5,13 @@
 
 namespace velmora {
 
-namespace {
-
-constexpr FaceLink::Face modelFace{wire::face::objectPath, wire::face::interface, wire::face::properties};
-constexpr FaceLink::Face chargerFace{wire::face::charger::objectPath, wire::face::charger::interface,
-                                     wire::face::charger::properties};
-
-} // namespace
-
 ModelLink::ModelLink(const QDBusConnection& bus, RemoteModel& model, QObject* parent)
     : QObject(parent),
       watcher_(QString::fromLatin1(wire::face::serviceName), bus,
                QDBusServiceWatcher::WatchForUnregistration),
-      model_(bus, modelFace, [&model](const QVariantMap& values) { model.apply(values); }),
-      charger_(bus, chargerFace, [&model](const QVariantMap& values) { model.applyCharger(values); })
+      model_(bus, wire::face::model, [&model](const QVariantMap& values) { model.apply(values); }),
+      charger_(bus, wire::face::charger::face,
+               [&model](const QVariantMap& values) { model.applyCharger(values); })
 {
     connect(&watcher_, &QDBusServiceWatcher::serviceUnregistered, this, &ModelLink::gone);
     connect(&model_, &FaceLink::gone, this, &ModelLink::gone);

@@ -21,6 +21,9 @@ public:
     /// The model has the application's values.
     bool isFed() const { return model_.isFed() && charger_.isSettled(); }
 
+    /// There was an application.
+    bool hasMet() const { return model_.isSettled(); }
+
     /// One of wire::face's actions.
     void activate(const QString& action);
     /// Asks the application to end.

@@ -43,14 +43,6 @@ constexpr int forwardPatience = 2'000; // ms
 /// the C library does not raise it with each of them.
 constexpr int largeBlock = 128 * 1024;
 namespace face = wire::face;
-constexpr FaceLink::Face installationFace{face::installation::objectPath, face::installation::interface,
-                                          face::installation::properties};
-constexpr FaceLink::Face noticeFace{face::notice::objectPath, face::notice::interface,
-                                    face::notice::properties};
-constexpr FaceLink::Face smallWidgetFace{face::widget::smallPath, face::widget::interface,
-                                         face::widget::properties};
-constexpr FaceLink::Face mediumWidgetFace{face::widget::mediumPath, face::widget::interface,
-                                          face::widget::properties};
 
 int fail(const QString& what, int status = 1)
 {
@@ -58,14 +50,21 @@ int fail(const QString& what, int status = 1)
     return status;
 }
 
+const char* methodFor(CommandLine::Deed deed)
+{
+    using namespace wire::windows;
+    if (deed == CommandLine::Deed::toggle) return toggle;
+    return deed == CommandLine::Deed::showInactive ? showInactive : show;
+}
+
 /// To the velmora-ui that runs already.
-int forward(QDBusConnection bus, const CommandLine& wish)
+int forward(const QDBusConnection& bus, const CommandLine& wish)
 {
     using namespace wire::windows;
     const bool isToggle = wish.deed == CommandLine::Deed::toggle;
     auto call = QDBusMessage::createMethodCall(
         QString::fromLatin1(serviceName), QString::fromLatin1(objectPath), QString::fromLatin1(interface),
-        QString::fromLatin1(isToggle ? toggle : show));
+        QString::fromLatin1(methodFor(wish.deed)));
     call.setAutoStartService(false);
     const auto place = wish.click.value_or(QPoint(-1, -1));
     call.setArguments(isToggle ? QVariantList{wish.window, place.x(), place.y()} : QVariantList{wish.window});
@@ -89,10 +88,10 @@ public:
     Program(const QDBusConnection& bus, TerminationSignals& signals_)
         : bus_(bus),
           link_(bus, model_),
-          installation_(bus, installationFace, *singleton<RemoteInstallation>("InstallationManager")),
-          notice_(bus, noticeFace, *singleton<RemoteVersionNotice>("VersionNotice")),
-          smallWidget_(bus, smallWidgetFace, *singleton<Widgets>("Widgets")->small()),
-          mediumWidget_(bus, mediumWidgetFace, *singleton<Widgets>("Widgets")->medium()),
+          installation_(bus, face::installation::face, *singleton<RemoteInstallation>("InstallationManager")),
+          notice_(bus, face::notice::face, *singleton<RemoteVersionNotice>("VersionNotice")),
+          smallWidget_(bus, face::widget::small, *singleton<Widgets>("Widgets")->small()),
+          mediumWidget_(bus, face::widget::medium, *singleton<Widgets>("Widgets")->medium()),
           windows_(engine_, model_),
           service_(windows_)
     {
@@ -100,7 +99,7 @@ public:
         QObject::connect(&signals_, &TerminationSignals::received, &windows_,
                          [] { QCoreApplication::exit(0); });
         QObject::connect(&link_, &ModelLink::gone, &windows_, [this] {
-            QCoreApplication::exit(link_.isFed() ? 0 : fail(QStringLiteral("velmora is not running")));
+            QCoreApplication::exit(link_.hasMet() ? 0 : fail(QStringLiteral("velmora is not running")));
         });
         signals_.listen();
     }
@@ -113,9 +112,7 @@ public:
             QCoreApplication::exit(0);
         });
         passOnWishes(*singleton<Shell>("Shell"));
-        const bool isMade = wish.deed == CommandLine::Deed::toggle ? windows_.toggle(wish.window, wish.click)
-                                                                   : windows_.show(wish.window);
-        if (!isMade) return 1;
+        if (!open(wish)) return 1;
         whenReady([this] { windows_.release(); });
         QTimer::singleShot(valuesPatience, &windows_, &Windows::release);
         return QGuiApplication::exec();
@@ -140,6 +137,13 @@ public:
     }
 
 private:
+    bool open(const CommandLine& wish)
+    {
+        if (wish.deed == CommandLine::Deed::toggle) return windows_.toggle(wish.window, wish.click);
+        return wish.deed == CommandLine::Deed::showInactive ? windows_.showInactive(wish.window)
+                                                            : windows_.show(wish.window);
+    }
+
     template <typename T>
     T* singleton(const char* name)
     {
@@ -158,7 +162,7 @@ private:
     }
 
     /// Once the application's values and the desktop's wishes are known.
-    void whenReady(std::function<void()> deed)
+    void whenReady(const std::function<void()>& deed)
     {
         auto* appearance = singleton<Appearance>("Appearance");
         const auto check = [this, appearance, deed] {

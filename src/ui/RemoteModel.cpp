@@ -7,7 +7,6 @@
 #include "ModelFace.h"
 #include "PredictionEngine.h"
 #include "Saturate.h"
-#include "WidgetTexts.h"
 
 #include <QDBusArgument>
 #include <QDateTime>
@@ -237,57 +236,25 @@ dashboard::Situation RemoteModel::situation() const
             .timeToEmpty = values_.timeToEmpty,
             .timeToLimit = values_.timeToLimit,
             .isAutoProtectOn = values_.isAppleRecommendedModeEnabled,
-            .isQuickChargeOn = values_.isTemporaryOverrideEnabled,
-            .isStorageModeOn = values_.isStorageModeEnabled,
             .limit = values_.customChargeLimit,
-            .hysteresis = values_.customHysteresis,
-            .charger = isTold ? std::optional(ChargerReport::unarchived(charger_)) : std::nullopt};
+            .charger = isTold ? std::optional(ChargerReport::unarchived(charger_)) : std::nullopt,
+            .isSimulated = values_.isSimulationModeEnabled};
 }
 
-QString RemoteModel::statusLine() const
+QString RemoteModel::said(std::string (*words)(const dashboard::Situation&)) const
 {
-    return QString::fromStdString(dashboard::statusLine(situation()));
+    return QString::fromStdString(words(situation()));
 }
 
-QString RemoteModel::limiterText() const
+QString RemoteModel::startEffect(double limit, double hysteresis) const
 {
-    return QString::fromStdString(dashboard::limiterText(situation()));
-}
-
-QString RemoteModel::limitEffect() const
-{
-    return QString::fromStdString(dashboard::limitEffect(situation()));
-}
-
-QString RemoteModel::startEffect() const
-{
-    return QString::fromStdString(dashboard::startEffect(situation()));
+    return QString::fromStdString(dashboard::startEffect(situation(), limit, hysteresis));
 }
 
 QString RemoteModel::cycles() const
 {
     const auto count = ChargerReport::unarchived(charger_).cycleCount;
     return count < 0 ? QString() : QString::number(count);
-}
-
-QString RemoteModel::stateText() const
-{
-    return QString::fromStdString(widget::stateText(situation()));
-}
-
-QString RemoteModel::statusText() const
-{
-    return QString::fromStdString(widget::statusText(situation()));
-}
-
-QString RemoteModel::healthText() const
-{
-    return QString::fromStdString(widget::healthText(situation()));
-}
-
-QString RemoteModel::breath() const
-{
-    return QString::fromStdString(widget::breath(situation()));
 }
 
 QString RemoteModel::longBreath() const

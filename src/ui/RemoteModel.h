@@ -7,6 +7,7 @@
 #include "DashboardTexts.h"
 #include "QtLog.h"
 #include "VelmoraProtocol.h"
+#include "WidgetTexts.h"
 
 #include <QObject>
 #include <QString>
@@ -16,6 +17,7 @@
 #include <QtQml/qqmlregistration.h>
 #include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace velmora {
@@ -58,9 +60,10 @@ class RemoteModel : public QObject {
     Q_PROPERTY(QString statusLine READ statusLine NOTIFY changed)
     Q_PROPERTY(QString limiterText READ limiterText NOTIFY changed)
     Q_PROPERTY(QString limitEffect READ limitEffect NOTIFY changed)
-    Q_PROPERTY(QString startEffect READ startEffect NOTIFY changed)
     Q_PROPERTY(QString cycles READ cycles NOTIFY changed) ///< empty: the laptop does not count them
     // What the desktop's widgets say; see widget.
+    Q_PROPERTY(bool isWatched READ isWatched NOTIFY changed)
+    Q_PROPERTY(QString levelText READ levelText NOTIFY changed)
     Q_PROPERTY(QString stateText READ stateText NOTIFY changed)
     Q_PROPERTY(QString statusText READ statusText NOTIFY changed)
     Q_PROPERTY(QString healthText READ healthText NOTIFY changed)
@@ -78,7 +81,7 @@ public:
     /// that is not finite, is refused with a line in the log and the one before stays; so are unknown names,
     /// silently.
     void apply(const QVariantMap& values);
-    /// The same for those of wire::face::charger; one that it refuses becomes the default.
+    /// The same for those of wire::face::charger; one of another type there counts as not told.
     void applyCharger(const QVariantMap& values);
 
     /// Asks the application to change a property of the model.
@@ -86,6 +89,8 @@ public:
     {
         Q_EMIT setWanted(property, value);
     }
+    /// When charging would begin again with these two. Depends on what `changed` tells of.
+    Q_INVOKABLE QString startEffect(double limit, double hysteresis) const;
     Q_INVOKABLE void selectDevice(const QString& id); ///< empty: none
     Q_INVOKABLE void toggleTemporaryOverride() { Q_EMIT operationWanted("toggleTemporaryOverride"); }
     /// Asks for samples that have come since.
@@ -116,15 +121,17 @@ public:
     QString selectedDeviceID() const { return selectedDevice_; }
     QString lastSync() const;
 
-    QString statusLine() const;
-    QString limiterText() const;
-    QString limitEffect() const;
-    QString startEffect() const;
+    QString statusLine() const { return said(dashboard::statusLine); }
+    QString limiterText() const { return said(dashboard::limiterText); }
+    QString limitEffect() const { return said(dashboard::limitEffect); }
     QString cycles() const;
-    QString stateText() const;
-    QString statusText() const;
-    QString healthText() const;
-    QString breath() const;
+    bool isWatched() const { return dashboard::isWatched(situation()); }
+    QString firstSampleText() const { return said(dashboard::firstSampleText); }
+    QString levelText() const { return said(widget::levelText); }
+    QString stateText() const { return said(widget::stateText); }
+    QString statusText() const { return said(widget::statusText); }
+    QString healthText() const { return said(widget::healthText); }
+    QString breath() const { return said(widget::breath); }
     QString longBreath() const;
     QString degradationText() const { return degradation_.text; }
     QString degradationAccessibleName() const { return degradation_.accessibleName; }
@@ -177,6 +184,7 @@ private:
     void refuse(const QString& property);
 
     dashboard::Situation situation() const;
+    QString said(std::string (*words)(const dashboard::Situation&)) const;
     struct Degradation {
         QString text;
         QString accessibleName;

@@ -3,7 +3,10 @@
 
 #include "RemoteWidget.h"
 
+#include "WidgetSettings.h"
+
 #include <QDBusArgument>
+#include <algorithm>
 
 namespace velmora {
 
@@ -33,7 +36,10 @@ void RemoteWidget::apply(const QVariantMap& values)
 
 std::optional<QPoint> RemoteWidget::place() const
 {
-    if (place_.size() != 2) return std::nullopt;
+    const auto isPossible = [](int value) {
+        return value >= WidgetPlace::lowest && value <= WidgetPlace::highest;
+    };
+    if (place_.size() != 2 || !std::ranges::all_of(place_, isPossible)) return std::nullopt;
     return QPoint(place_[0], place_[1]);
 }
 

@@ -31,7 +31,7 @@ public:
     bool isPinned() const { return isPinned_; }
     bool isShownAtLogIn() const { return isShownAtLogIn_; }
 
-    /// Where a person put it; nothing where it was never moved, or that is not known yet.
+    /// Where a person put it; nothing where it was never moved, that is not known yet, or no display has it.
     std::optional<QPoint> place() const;
     void keepPlace(QPoint place);
     /// The application has told.

@@ -35,7 +35,7 @@ PlainMenu {
     Instantiator {
         id: choices
 
-        delegate: ThresholdMenuItem {
+        delegate: PlainMenuItem {
             required property var modelData
 
             text: modelData.text
@@ -56,7 +56,7 @@ PlainMenu {
             implicitHeight: 1
         }
     }
-    ThresholdMenuItem {
+    PlainMenuItem {
         text: qsTr("Dashboard Settings...")
         onTriggered: menu.settingsWanted()
     }

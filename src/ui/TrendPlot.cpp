@@ -34,7 +34,7 @@ void TrendPlot::setTrends(Trends* trends)
     trends_ = trends;
     if (trends_)
         connect(trends_, &Trends::changed, this, [this] {
-            setCursor(std::nullopt);
+            findCursor();
             update();
         });
     Q_EMIT looksChanged();
@@ -50,7 +50,19 @@ const HSHistorySnapshot* TrendPlot::sample() const
 
 void TrendPlot::setCursor(std::optional<std::size_t> index)
 {
-    if (std::exchange(cursor_, index) != index) Q_EMIT cursorChanged();
+    const bool isOther = std::exchange(cursor_, index) != index;
+    if (const auto* at = sample()) cursorDate_ = at->timestamp;
+    if (isOther) Q_EMIT cursorChanged();
+}
+
+/// The sample that it was on may stand elsewhere among others, or be gone.
+void TrendPlot::findCursor()
+{
+    const auto& samples = trends_->window().samples;
+    const auto found = std::ranges::find(samples, cursorDate_, &HSHistorySnapshot::timestamp);
+    const bool isLost = !cursor_ || found == samples.end();
+    cursor_ = isLost ? std::nullopt : std::optional(static_cast<std::size_t>(found - samples.begin()));
+    Q_EMIT cursorChanged();
 }
 
 QPointF TrendPlot::cursor() const
@@ -67,11 +79,17 @@ QString TrendPlot::readOut() const
 
 void TrendPlot::hoverMoveEvent(QHoverEvent* event)
 {
-    if (!trends_) return;
+    const bool isAtRest = event->position() == event->oldPosF(); // told again with every frame
+    if (!trends_ || (isAtRest && hasActiveFocus())) return;      // the keys have it now
     const auto& window = trends_->window();
     const auto& box = field_;
     const double part = (event->position().x() - box.left()) / std::max(1.0, box.width());
     setCursor(trends::nearest(window.samples, window.from + part * (window.to - window.from)));
+}
+
+void TrendPlot::hoverEnterEvent(QHoverEvent* event)
+{
+    hoverMoveEvent(event);
 }
 
 void TrendPlot::hoverLeaveEvent(QHoverEvent*)
@@ -83,20 +101,20 @@ void TrendPlot::keyPressEvent(QKeyEvent* event)
 {
     const auto count = trends_ ? trends_->window().samples.size() : 0;
     const auto last = count - 1;
-    const auto at = std::min(cursor_.value_or(last), last);
     const auto key = event->key();
     const bool isOurs =
         key == Qt::Key_Left || key == Qt::Key_Right || key == Qt::Key_Home || key == Qt::Key_End;
     event->setAccepted(isOurs && count > 0);
     if (!event->isAccepted()) return;
-    if (!cursor_)
-        setCursor(key == Qt::Key_Home ? 0 : last);
+    const auto at = std::min(cursor_.value_or(last), last);
+    if (key == Qt::Key_Home)
+        setCursor(0);
+    else if (key == Qt::Key_End || !cursor_)
+        setCursor(last);
     else if (key == Qt::Key_Left)
         setCursor(at == 0 ? 0 : at - 1);
-    else if (key == Qt::Key_Right)
-        setCursor(std::min(at + 1, last));
     else
-        setCursor(key == Qt::Key_Home ? 0 : last);
+        setCursor(std::min(at + 1, last));
 }
 
 void TrendPlot::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry)
@@ -168,8 +186,8 @@ void TrendPlot::paintScales(QPainter& painter) const
         const auto side = x - widest / 2 < box.left()    ? Qt::AlignLeft
                           : x + widest / 2 > box.right() ? Qt::AlignRight
                                                          : Qt::AlignHCenter;
-        painter.drawText(QRectF(start, box.bottom() + gap, widest, metrics.height()), side | Qt::AlignTop,
-                         label);
+        painter.drawText(QRectF(start, box.bottom() + gap, widest, metrics.height()),
+                         int(side | Qt::AlignTop), label);
     }
 }
 

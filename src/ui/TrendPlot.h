@@ -48,6 +48,7 @@ Q_SIGNALS:
 
 protected:
     void paint(QPainter& painter, const QRectF& box) override;
+    void hoverEnterEvent(QHoverEvent* event) override;
     void hoverMoveEvent(QHoverEvent* event) override;
     void hoverLeaveEvent(QHoverEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -55,6 +56,7 @@ protected:
 
 private:
     void setCursor(std::optional<std::size_t> index);
+    void findCursor();
     const HSHistorySnapshot* sample() const;
 
     void layOut();
@@ -78,6 +80,7 @@ private:
     QFont font_;
     QRectF field_; ///< within the scales
     std::optional<std::size_t> cursor_;
+    Date cursorDate_{}; ///< of the sample that it was last on
 };
 
 } // namespace velmora

@@ -26,10 +26,9 @@ QString text(std::string_view utf8)
     return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
 }
 
-QString momentText(Date date)
+QDateTime local(Date date)
 {
-    const auto moment = QDateTime::fromSecsSinceEpoch(truncated(date.unixSeconds()));
-    return QLocale::c().toString(moment, QStringLiteral("d MMM, HH:mm"));
+    return QDateTime::fromSecsSinceEpoch(truncated(date.unixSeconds()));
 }
 
 /// A path in this place under which there is nothing yet.
@@ -126,10 +125,17 @@ void Trends::workOutRange()
 
 QString Trends::emptyText() const
 {
-    if (samples_.empty())
-        return tr("No samples yet. The first comes as soon as the daemon has read the battery, "
-                  "the next ones about every quarter of an hour while it charges or drains.");
+    if (samples_.empty()) return battery_ ? battery_->firstSampleText() : QString();
     return tr("No samples in this range. The newest is from %1.").arg(momentText(samples_.back().timestamp));
+}
+
+/// With its year where that is not this one.
+QString Trends::momentText(Date date) const
+{
+    const auto moment = local(date);
+    const bool isThisYear = battery_ && moment.date().year() == local(battery_->now()).date().year();
+    const auto format = isThisYear ? QStringLiteral("d MMM, HH:mm") : QStringLiteral("d MMM yyyy, HH:mm");
+    return QLocale::c().toString(moment, format);
 }
 
 QString Trends::summary() const

@@ -76,6 +76,7 @@ private:
     void refresh();
     void workOut();
     void workOutRange();
+    QString momentText(Date date) const;
 
     RemoteModel* battery_ = nullptr;
     trends::Range range_ = trends::Range::all;

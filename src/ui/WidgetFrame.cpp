@@ -8,8 +8,10 @@
 
 #include <QCursor>
 #include <QGuiApplication>
+#include <QQuickItem>
 #include <QScreen>
 #include <chrono>
+#include <utility>
 
 namespace velmora {
 
@@ -41,18 +43,21 @@ void WidgetFrame::componentComplete()
     connect(settings_, &RemoteWidget::changed, this, &WidgetFrame::takeSettings);
     connect(window_, &QWindow::xChanged, this, &WidgetFrame::moved);
     connect(window_, &QWindow::yChanged, this, &WidgetFrame::moved);
+    connect(window_, &QWindow::widthChanged, this, &WidgetFrame::roomChanged); // with the size of type
+    connect(window_, &QWindow::heightChanged, this, &WidgetFrame::roomChanged);
     connect(window_, &QWindow::visibleChanged, this, [this](bool isVisible) {
-        if (!isVisible && resting_.isActive()) rest(); // it is about to go
+        if (isVisible) return roomChanged(); // a window manager may have a place of its own for it
+        if (resting_.isActive()) rest();     // it is about to go
     });
     connect(qGuiApp, &QGuiApplication::screenAdded, this, &WidgetFrame::watch);
-    connect(qGuiApp, &QGuiApplication::screenAdded, this, &WidgetFrame::screensChanged);
-    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &WidgetFrame::screensChanged);
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, &WidgetFrame::roomChanged);
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &WidgetFrame::roomChanged);
     for (auto* screen : QGuiApplication::screens()) watch(screen);
 }
 
 void WidgetFrame::watch(QScreen* screen)
 {
-    connect(screen, &QScreen::availableGeometryChanged, this, &WidgetFrame::screensChanged);
+    connect(screen, &QScreen::availableGeometryChanged, this, &WidgetFrame::roomChanged);
 }
 
 void WidgetFrame::takeSettings()
@@ -66,20 +71,22 @@ void WidgetFrame::place()
 {
     const auto screens = presentScreens();
     const auto kept = settings_->place();
-    window_->setPosition(kept ? widgetPlace(*kept, screens, window_->size())
-                              : firstWidgetPlace(screens, window_->size(), firstTop_));
+    put_ = kept ? widgetPlace(*kept, screens, window_->size())
+                : firstWidgetPlace(screens, window_->size(), firstTop_);
+    window_->setPosition(put_);
 }
 
 void WidgetFrame::beginDrag()
 {
     isTheirs_ = true;
     grip_ = QCursor::pos() - window_->position();
-    isSystemMoving_ = window_->startSystemMove();
+    auto* holder = window_->mouseGrabberItem();
+    if (window_->startSystemMove() && holder) holder->ungrabMouse(); // it may never hear of the release
 }
 
 void WidgetFrame::drag()
 {
-    if (!isSystemMoving_ && isPlaceKnown()) window_->setPosition(QCursor::pos() - grip_);
+    if (isPlaceKnown()) window_->setPosition(QCursor::pos() - grip_);
 }
 
 void WidgetFrame::nudge(int right, int down)
@@ -96,7 +103,7 @@ void WidgetFrame::moved()
 }
 
 /// What the window manager does about it now is no wish of the owner's.
-void WidgetFrame::screensChanged()
+void WidgetFrame::roomChanged()
 {
     isTheirs_ = false;
     resting_.start();
@@ -105,10 +112,8 @@ void WidgetFrame::screensChanged()
 void WidgetFrame::rest()
 {
     resting_.stop();
-    if (!isTheirs_)
-        place();
-    else if (settings_->place() != window_->position())
-        settings_->keepPlace(window_->position());
+    if (!std::exchange(isTheirs_, true)) return place();
+    if (std::exchange(put_, window_->position()) != window_->position()) settings_->keepPlace(put_);
 }
 
 } // namespace velmora

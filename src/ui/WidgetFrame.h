@@ -15,9 +15,9 @@
 namespace velmora {
 
 /// Keeps a widget's window where its owner put it: brings it back to that place, moves it by pointer and
-/// keys, and remembers where it came to rest. Where screens come and go it is moved into what is there, and
-/// the place is not forgotten for that. On Wayland a window does not know its place, nor can it choose one:
-/// there the compositor places it, and nothing is remembered.
+/// keys, and remembers where it came to rest. Where screens come and go, or it grows, it is moved into what
+/// is there, and the place is not forgotten for that. On Wayland a window does not know its place, nor can it
+/// choose one: there the compositor places it, and nothing is remembered.
 class WidgetFrame : public QObject, public QQmlParserStatus {
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)
@@ -29,9 +29,10 @@ class WidgetFrame : public QObject, public QQmlParserStatus {
 public:
     explicit WidgetFrame(QObject* parent = nullptr);
 
-    /// The pointer has taken hold of it: from now on it goes with it.
+    /// The pointer has taken hold of it: from now on it goes with it. Where the window manager sees to that,
+    /// the item that was pressed is told that the press is cancelled.
     Q_INVOKABLE void beginDrag();
-    /// The pointer has moved, where nothing else moves the window.
+    /// The pointer has moved.
     Q_INVOKABLE void drag();
     /// By so many pixels, as long as it stays on a screen.
     Q_INVOKABLE void nudge(int right, int down);
@@ -43,17 +44,17 @@ private:
     void takeSettings();
     void place();
     void moved();
-    void screensChanged();
+    void roomChanged();
     void watch(QScreen* screen);
     void rest();
 
     QQuickWindow* window_ = nullptr;
     RemoteWidget* settings_ = nullptr;
     int firstTop_ = 0;
-    bool isPlaced_ = false;       ///< the remembered place was known
-    bool isTheirs_ = true;        ///< its owner moves it, not a change of the screens
-    bool isSystemMoving_ = false; ///< the window manager moves it with the pointer
-    QPoint grip_;                 ///< of the pointer, from the window's corner
+    bool isPlaced_ = false; ///< the remembered place was known
+    bool isTheirs_ = true;  ///< its owner moves it, not a change of the screens or of its size
+    QPoint put_;            ///< where it is at rest, as far as that is no news
+    QPoint grip_;           ///< of the pointer, from the window's corner
     QTimer resting_;
 };
 

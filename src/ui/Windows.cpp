@@ -15,6 +15,13 @@
 
 namespace velmora {
 
+namespace {
+
+/// Qt's own name for it: X11 has the window mapped with a user time of zero.
+constexpr auto inactiveProperty = "_q_showWithoutActivating";
+
+} // namespace
+
 struct Windows::Kind {
     const char* name;
     const char* file;
@@ -57,8 +64,14 @@ bool Windows::show(const QString& name)
 {
     const auto window = open_.find(name);
     if (window == open_.end()) return open(name, std::nullopt);
+    window->second->setProperty(inactiveProperty, false);
     if (!isHeld_) reveal(*window->second);
     return true;
+}
+
+bool Windows::showInactive(const QString& name)
+{
+    return open_.contains(name) || open(name, std::nullopt, true);
 }
 
 bool Windows::toggle(const QString& name, std::optional<QPoint> click)
@@ -90,7 +103,7 @@ void Windows::picture(const QString& name, const QString& page,
     window->show(); // not to the front: there may be none
 }
 
-bool Windows::open(const QString& name, std::optional<QPoint> click)
+bool Windows::open(const QString& name, std::optional<QPoint> click, bool isLeftInactive)
 {
     const auto* itsKind = kind(name);
     if (!itsKind) return false;
@@ -102,8 +115,9 @@ bool Windows::open(const QString& name, std::optional<QPoint> click)
         log_.error("Windows", "cannot make the window: " + component.errorString().toStdString());
         return false;
     }
-    made.release();
+    (void)made.release();
     open_[name].reset(window);
+    window->setProperty(inactiveProperty, isLeftInactive);
     if (itsKind->isPanel) {
         window->setPosition(panelPlace(click, presentScreens(), window->size()));
         closeOnFocusLoss(name, *window);
@@ -118,6 +132,7 @@ bool Windows::open(const QString& name, std::optional<QPoint> click)
 void Windows::reveal(QQuickWindow& window)
 {
     window.show();
+    if (window.property(inactiveProperty).toBool()) return;
     window.raise();
     window.requestActivate();
 }

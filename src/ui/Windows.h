@@ -37,6 +37,9 @@ public:
 
     /// Opens the window or brings it to the front. False where it could not be made; the log says why.
     bool show(const QString& name);
+    /// Opens the window and leaves the focus where it is (on Wayland the compositor decides); one that is
+    /// open stays as it is.
+    bool showInactive(const QString& name);
     /// What a click on the tray icon means, at this place of the display: the window opens there, or closes.
     /// A click that has just closed it by taking the focus away does not open it again.
     bool toggle(const QString& name, std::optional<QPoint> click);
@@ -55,7 +58,7 @@ private:
     struct Kind;
     static const Kind* kind(const QString& name);
 
-    bool open(const QString& name, std::optional<QPoint> click);
+    bool open(const QString& name, std::optional<QPoint> click, bool isLeftInactive = false);
     void reveal(QQuickWindow& window);
     void closeOnFocusLoss(const QString& name, QQuickWindow& window);
     /// One that took the focus from the window, and so closed it, may be one on its icon.

@@ -34,6 +34,11 @@ void WindowsService::Show(const QString& window)
     if (!refusesUnknown(window)) answer(windows_.show(window));
 }
 
+void WindowsService::ShowInactive(const QString& window)
+{
+    if (!refusesUnknown(window)) answer(windows_.showInactive(window));
+}
+
 void WindowsService::Toggle(const QString& window, int x, int y)
 {
     if (!refusesUnknown(window)) answer(windows_.toggle(window, place(x, y)));

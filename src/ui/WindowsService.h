@@ -25,6 +25,7 @@ public:
 
 public Q_SLOTS:
     Q_SCRIPTABLE void Show(const QString& window);
+    Q_SCRIPTABLE void ShowInactive(const QString& window);
     Q_SCRIPTABLE void Toggle(const QString& window, int x, int y);
 
 private:

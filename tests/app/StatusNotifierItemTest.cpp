@@ -208,19 +208,9 @@ TEST_F(StatusNotifierItemTest, OffersAMenu)
     EXPECT_TRUE(ask(menuPath, menuInterface, "EventGroup", "a(isvu)", 4, 1, "clicked", "i", 0, 0, 1,
                     "clicked", "s", "", 0, 99, "clicked", "i", 0, 0, 4, "clicked", "i", 0, 0));
     EXPECT_THAT(events, ElementsAre("dashboard", "panel", "quit"));
-}
 
-TEST_F(StatusNotifierItemTest, RefusesNonsense)
-{
-    showIcon();
-    EXPECT_FALSE(ask(itemPath, itemInterface, "Activate", "ss", "here", "there"));
-    EXPECT_FALSE(ask(itemPath, properties, "Set", "ssv", itemInterface, "Id", "s", "mine"));
     EXPECT_FALSE(ask(menuPath, menuInterface, "GetLayout", "iias", -1, -1, 0));
     EXPECT_FALSE(ask(menuPath, menuInterface, "AboutToShow", "i", 5));
-    EXPECT_FALSE(ask(menuPath, menuInterface, "Event", "isvu", 2'147'483'647, "clicked", "i", 0, 0));
-    EXPECT_FALSE(ask(menuPath, menuInterface, "EventGroup", "as", 1, "clicked"));
-    EXPECT_THAT(events, ElementsAre());
-    EXPECT_TRUE(icon.isShown());
 }
 
 } // namespace

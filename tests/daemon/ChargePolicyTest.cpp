@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "ChargePolicy.h"
-#include "DriverFamily.h"
 #include "QuickCharge.h"
 
 #include <gtest/gtest.h>
@@ -127,19 +126,6 @@ TEST_F(QuickChargeTest, ABreakStartsTheWaitAnewAndTheEndIsKnownAhead)
     EXPECT_FALSE(pass(50s, unplugged));
     now = *quick.due();
     EXPECT_TRUE(quick.observe(unplugged, now));
-}
-
-TEST(DriverFamily, FitsEveryPairIntoItsOwnBounds)
-{
-    for (const auto& family : driverFamilies()) {
-        SCOPED_TRACE(family.name);
-        for (int end = 1; end <= 100; ++end) {
-            const auto fitted = family.fitted({end - 1, end});
-            ASSERT_GE(*fitted.start, 0);
-            ASSERT_LE(*fitted.start, fitted.end - family.gap);
-            ASSERT_EQ(family.fitted(fitted), fitted) << "what is fitted stays";
-        }
-    }
 }
 
 } // namespace

@@ -109,28 +109,6 @@ protected:
     std::optional<Daemon> daemon; // last: the others outlive it
 };
 
-TEST_F(DaemonTest, HoldsTheLimitFromTheStartAndFollowsEveryMode)
-{
-    EXPECT_EQ(ready, 1);
-    EXPECT_EQ(std::pair(start(), end()), std::pair(78, 80));
-    const struct {
-        const char* what;
-        ChargingSettings settings;
-        std::pair<int, int> held;
-    } cases[] = {
-        {"another limit", {.customChargeLimit = 90, .customHysteresis = 5}, {85, 90}},
-        {"a lower one", {.customChargeLimit = 60, .customHysteresis = 2}, {58, 60}},
-        {"storage", {.isStorageModeEnabled = true}, {48, 50}},
-        {"quick charge", {.isTemporaryOverride = true}, {99, 100}},
-        {"all off", {.isAppleRecommendedMode = false}, {95, 100}},
-    };
-    for (const auto& [what, message, held] : cases) {
-        SCOPED_TRACE(what);
-        send(":1.1", message);
-        EXPECT_EQ(std::pair(start(), end()), held);
-    }
-}
-
 TEST_F(DaemonTest, ALimitThatWasThereBecomesTheLimitAtTheFirstStartOnly)
 {
     const auto firstStart = [this](int startValue, int endValue) {

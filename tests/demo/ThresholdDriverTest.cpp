@@ -49,18 +49,6 @@ TEST(ThresholdDriver, TakesWritesAsTheKernelsDriversDo)
     }
 }
 
-TEST(ThresholdDriver, ReadsNumbersAsTheKernelDoes)
-{
-    const auto store = [](const char* text) {
-        ChargeThresholds held;
-        return ThresholdDriver::named("asus")->store(held, Threshold::end, text);
-    };
-    for (const auto* text : {"80", "80\n", "+80", "080"}) EXPECT_EQ(store(text), 0) << text;
-    for (const auto* text : {"", "\n", "80\n\n", " 80", "80 %", "0x50", "+-80", "-1"})
-        EXPECT_EQ(store(text), EINVAL) << '"' << text << '"';
-    EXPECT_EQ(store("99999999999"), ERANGE);
-}
-
 } // namespace
 
 } // namespace velmora

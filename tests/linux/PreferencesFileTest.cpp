@@ -54,10 +54,7 @@ TEST_F(PreferencesFileTest, WhatIsSetHoldsAtOnceAndIsThereBeforeTheEnd)
 
 TEST_F(PreferencesFileTest, OfABrokenFileTheGoodPartIsTakenAndAllOfItIsKept)
 {
-    const struct {
-        const char* what;
-        std::string contents;
-    } cases[] = {
+    const std::pair<const char*, std::string> cases[] = {
         {"a line that is none", "good=true\nnonsense\n"},
         {"a line without a key", "good=true\n=true\n"},
         {"torn", "good=true\nha"},

@@ -156,17 +156,6 @@ TEST_F(BatteryModelTest, DerivesTheMinutesToTheLimit)
     }
 }
 
-TEST_F(BatteryModelTest, TheLimitIsReachedOnlyInTheRecommendedMode)
-{
-    model.percentage.set(80);
-    EXPECT_TRUE(model.isLimitReached());
-    model.isAppleRecommendedModeEnabled.set(false);
-    EXPECT_FALSE(model.isLimitReached());
-    model.isAppleRecommendedModeEnabled.set(true);
-    model.percentage.set(79.9);
-    EXPECT_FALSE(model.isLimitReached());
-}
-
 TEST_F(BatteryModelTest, SettingsAreSentOnceHalfASecondAfterTheLastChange)
 {
     for (const double limit : {70.0, 75.0, 90.0}) { // a finger on the slider
@@ -178,34 +167,6 @@ TEST_F(BatteryModelTest, SettingsAreSentOnceHalfASecondAfterTheLastChange)
     loop.advance(1ms);
     EXPECT_EQ(daemon->sent, (std::vector{ChargingSettings{.customChargeLimit = 90}}));
     EXPECT_EQ(loop.pendingTimers(), 0U);
-}
-
-TEST_F(BatteryModelTest, NineSettingsAreWatched)
-{
-    using M = BatteryModel;
-    const struct {
-        const char* what;
-        void (*change)(BatteryModel&);
-        ChargingSettings sent;
-    } cases[] = {
-        {"the same limit again", [](M& m) { m.customChargeLimit.set(80); }, {}},
-        {"hysteresis", [](M& m) { m.customHysteresis.set(5); }, {.customHysteresis = 5}},
-        {"storage mode", [](M& m) { m.isStorageModeEnabled.set(true); }, {.isStorageModeEnabled = true}},
-        {"limit notice", [](M& m) { m.notifyOnLimit.set(false); }, {.notifyOnLimit = false}},
-        {"heat notice", [](M& m) { m.notifyOnHeat.set(false); }, {.notifyOnHeat = false}},
-        {"cycle notice", [](M& m) { m.notifyOnCycle.set(true); }, {.notifyOnCycle = true}},
-        {"low battery notice: not sent itself", [](M& m) { m.notifyOnLowBattery.set(false); }, {}},
-        {"low battery level", [](M& m) { m.lowBatteryLimit.set(11); }, {.lowBatteryLimit = 11}},
-        {"power notice", [](M& m) { m.notifyOnPowerChange.set(false); }, {.notifyOnPowerChange = false}},
-    };
-    for (const auto& [what, change, sent] : cases) {
-        SCOPED_TRACE(what);
-        daemon->sent.clear();
-        BatteryModel fresh(daemon, source);
-        change(fresh);
-        loop.advance(500ms);
-        EXPECT_EQ(daemon->sent, std::vector{sent});
-    }
 }
 
 TEST_F(BatteryModelTest, ALimitThatTheDaemonReportsIsEchoedOnce)
@@ -289,19 +250,6 @@ TEST_F(BatteryModelTest, LeavingTheSimulationAsksForTheTruth)
         EXPECT_EQ(daemon->stateRequests.size(), 1U);
         EXPECT_EQ(loop.pendingTimers(), 0U);
     }
-}
-
-TEST_F(BatteryModelTest, WorksAlone)
-{
-    BatteryModel alone(nullptr, nullptr);
-    alone.customChargeLimit.set(60);
-    alone.isSimulationModeEnabled.set(false);
-    alone.toggleTemporaryOverride();
-    alone.fetchHistory();
-    loop.advance(1s);
-    EXPECT_EQ(alone.percentage.get(), 50);
-    EXPECT_EQ(alone.chargingState.get(), charging);
-    EXPECT_TRUE(daemon->sent.empty());
 }
 
 TEST_F(BatteryModelTest, ASentenceSaysWhatItChargesTo)

@@ -15,17 +15,9 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
 TEST(SharedBatteryState, IsIdentifiedByItsDeviceElseByItsLevel)
 {
-    const struct {
-        SharedBatteryState state;
-        std::string id;
-    } cases[] = {
-        {{.percentage = 42.5}, "unknown_42.5"},
-        {{.percentage = 80}, "unknown_80.0"},
-        {{.percentage = 100.0 / 3}, "unknown_33.333333333333336"},
-        {{.percentage = 80, .deviceID = "A"}, "A"},
-        {{.percentage = 80, .deviceID = ""}, ""},
-    };
-    for (const auto& [state, id] : cases) EXPECT_EQ(state.id(), id);
+    EXPECT_EQ(SharedBatteryState{.percentage = 80}.id(), "unknown_80.0");
+    EXPECT_EQ(SharedBatteryState{.percentage = 100.0 / 3}.id(), "unknown_33.333333333333336");
+    EXPECT_EQ((SharedBatteryState{.percentage = 80, .deviceID = ""}.id()), "");
 }
 
 TEST(KeyedArchive, WhatIsMissingMistypedOrNotFiniteTakesTheDefault)

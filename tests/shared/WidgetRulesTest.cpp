@@ -38,13 +38,14 @@ TEST(WidgetSettings, AreAsTheyWereLeftAndBrokenPlacesAreNone)
 TEST(WidgetTexts, SayWhatTheBatteryDoes)
 {
     using dashboard::Situation;
-    ChargerReport known;
+    const ChargerReport some{.hasBattery = true};
+    ChargerReport known = some;
     known.health = 94.6;
     const struct {
         Situation now;
         const char *state, *status, *breath;
     } cases[] = {
-        {{.percentage = 72.9, .isCharging = true, .timeToLimit = 6},
+        {{.percentage = 72.9, .isCharging = true, .timeToLimit = 6, .charger = some},
          "Charging",
          "Charging: 6m to limit",
          "Battery, 72%, charging: 6m to limit, health unknown, thermal state fair"},
@@ -52,19 +53,22 @@ TEST(WidgetTexts, SayWhatTheBatteryDoes)
          "On battery",
          "2h 5m remaining",
          "Battery, 72%, 2h 5m remaining, health 94%, thermal state fair"},
-        {{.percentage = 72, .isOnBattery = true},
-         "On battery",
-         "On battery",
-         "Battery, 72%, on battery, health unknown, thermal state fair"},
-        {{.percentage = 80, .timeToEmpty = 125, .charger = ChargerReport{}},
+        {{.percentage = 80, .timeToEmpty = 125, .charger = some},
          "Limit reached",
          "Limit reached",
          "Battery, 80%, limit reached, health unknown, thermal state fair"},
-        {{.percentage = 85, .isAutoProtectOn = false},
-         "Plugged in",
-         "Plugged in",
-         "Battery, 85%, plugged in, health unknown, thermal state fair"},
-        {{.percentage = 99.2}, "Full", "Full", "Battery, 99%, full, health unknown, thermal state fair"},
+        {{.percentage = 99.2, .isSimulated = true},
+         "Full",
+         "Full",
+         "Battery, 99%, full, health unknown, thermal state fair"},
+        {{.percentage = 99.2, .charger = ChargerReport{}},
+         "No battery",
+         "No battery",
+         "Battery: no battery, health unknown, thermal state fair"},
+        {{.percentage = 50},
+         "Not watched",
+         "Background service not running",
+         "Battery: background service not running, health unknown, thermal state fair"},
     };
     for (const auto& [now, state, status, breath] : cases) {
         EXPECT_EQ(widget::stateText(now), state);

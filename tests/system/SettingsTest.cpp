@@ -37,7 +37,6 @@ TEST_F(SettingsTest, EveryModeArrivesInTheTreeAndSurvivesARestart)
     } cases[] = {
         {"a limit", {.customChargeLimit = 70, .customHysteresis = 5}, 65, 70},
         {"storage", {.isStorageModeEnabled = true, .customChargeLimit = 70}, 48, 50},
-        {"nothing", {.isAppleRecommendedMode = false, .customChargeLimit = 70}, 95, 100},
         {"quick charge", {.isTemporaryOverride = true, .customChargeLimit = 70}, 99, 100},
         {"a lower limit", {.customChargeLimit = 60}, 58, 60},
     };

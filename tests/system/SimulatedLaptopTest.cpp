@@ -32,19 +32,6 @@ TEST_F(SimulatedLaptopTest, ChargesToTheLimitStaysAndResumesBelowTheStart)
     EXPECT_TRUE(shows(80, false));
 }
 
-TEST_F(SimulatedLaptopTest, AnEndAloneLeavesResumingToTheFirmware)
-{
-    begin("end-only");
-    ASSERT_TRUE(eventually([this] { return end() == 80; }));
-    ASSERT_TRUE(passUntil(80, "Not charging"));
-    plug(false);
-    ASSERT_TRUE(passUntil(76, "Discharging"));
-    plug(true);
-    EXPECT_TRUE(passUntil(80, "Not charging"));
-    const auto writes = laptop->with([](SimulatedLaptop& one) { return one.takeWrites(); });
-    EXPECT_EQ(writes.size(), 1U) << "the end is not moved up and down";
-}
-
 TEST_F(SimulatedLaptopTest, FirmwareThatDoesNotAnswerKeepsNobodyWaitingAndLosesNothing)
 {
     begin("thresholds", 3s);

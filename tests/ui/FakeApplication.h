@@ -46,8 +46,11 @@ public:
     {
         const auto arguments = call.arguments();
         const auto value = qvariant_cast<QDBusVariant>(arguments.value(2)).variant();
-        if (call.member() == "GetAll")
+        if (call.member() == "GetAll") {
+            if (!news.isEmpty()) announce(news);
+            isRead = true;
             return from.send(call.createReply(QVariant(beside.value(arguments[0].toString(), properties))));
+        }
         if (call.member() == "Get")
             return from.send(call.createReply(
                 QVariant::fromValue(QDBusVariant(properties.value(arguments.value(1).toString())))));
@@ -64,7 +67,9 @@ public:
     QVariantMap properties;
     /// Those of objects beside the model, by interface; a test registers the paths.
     QMap<QString, QVariantMap> beside;
-    QStringList calls; ///< all but reading
+    QVariantMap news;    ///< of the model, told each time before all values are
+    bool isRead = false; ///< all values of an object
+    QStringList calls;   ///< all but reading
 };
 
 } // namespace velmora

@@ -1,21 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "Appearance.h"
 #include "HapticFeedback.h"
-#include "RemoteModel.h"
 #include "Shell.h"
-
-#include <QAccessible>
-#include <QQmlComponent>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QTest>
-#include <gtest/gtest.h>
-#include <set>
-
-void qml_register_types_Velmora();
+#include "Views.h"
 
 namespace velmora {
 namespace {
@@ -26,14 +14,12 @@ struct CountingHaptics : Haptics {
 };
 
 /// The panel in a window, over a model that grants whatever it is asked.
-class Panel : public testing::Test {
+class Panel : public Views {
 protected:
-    explicit Panel(const char* appearance = "light") { qputenv("VELMORA_APPEARANCE", appearance); }
+    using Views::Views;
 
     void SetUp() override
     {
-        qml_register_types_Velmora();
-        engine.addImportPath("qrc:/qt/qml");
         QObject::connect(&model, &RemoteModel::setWanted, [this](const QString& key, const QVariant& value) {
             asked << key + "=" + value.toString();
             model.apply({{key, value}});
@@ -42,37 +28,18 @@ protected:
             asked << operation;
             model.apply({{"isTemporaryOverrideEnabled", !model.isTemporaryOverrideEnabled()}});
         });
-        auto* shell = engine.singletonInstance<Shell*>(qmlTypeId("Velmora", 1, 0, "Shell"));
+        auto* shell = singleton<Shell>("Shell");
         QObject::connect(shell, &Shell::dashboardWanted, [this] { asked << "dashboard"; });
         QObject::connect(shell, &Shell::quitWanted, [this] { asked << "quit"; });
-        engine.singletonInstance<HapticFeedback*>(qmlTypeId("Velmora", 1, 0, "HapticFeedback"))->use(haptics);
+        singleton<HapticFeedback>("HapticFeedback")->use(haptics);
 
-        QQmlComponent view(&engine, QUrl("qrc:/qt/qml/Velmora/MenuBarView.qml"));
-        panel.reset(qobject_cast<QQuickItem*>(view.createWithInitialProperties(
-            {{"battery", QVariant::fromValue(&model)}, {"backgroundOpacity", 1}})));
-        ASSERT_TRUE(panel) << view.errorString().toStdString();
-        window.resize(320, 450);
-        panel->setSize(window.size());
-        panel->setParentItem(window.contentItem());
-        window.show();
-        window.requestActivate();
+        panel = showComponent(
+            "MenuBarView", {{"battery", QVariant::fromValue(&model)}, {"backgroundOpacity", 1}}, {320, 450});
+        ASSERT_TRUE(panel);
         panel->forceActiveFocus();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-        QObject::connect(panel.get(), SIGNAL(dismissed()), &window, SLOT(close()));
+        QObject::connect(panel, SIGNAL(dismissed()), window.get(), SLOT(close()));
     }
 
-    QQuickItem* item(const QString& path) const // "outer/inner", by object names
-    {
-        const QObject* found = panel.get();
-        for (const auto& name : path.split('/'))
-            found = found ? found->findChild<QQuickItem*>(name) : nullptr;
-        EXPECT_TRUE(found) << path.toStdString();
-        return qobject_cast<QQuickItem*>(const_cast<QObject*>(found));
-    }
-    QString property(const QString& path, const char* name) const
-    {
-        return item(path)->property(name).toString();
-    }
     QObject* menu() const { return panel->findChild<QObject*>("thresholds"); }
     QQuickItem* line(int at) const
     {
@@ -81,32 +48,20 @@ protected:
         return found;
     }
     QQuickItem* sheet() const { return menu()->property("contentItem").value<QQuickItem*>(); }
-    void expectNoTextCut() const
-    {
-        for (const auto* text : panel->findChildren<QQuickItem*>())
-            if (text->property("truncated").toBool())
-                ADD_FAILURE() << text->property("text").toString().toStdString();
-    }
     bool isMenuOpen() const { return menu()->property("opened").toBool(); }
 
-    void click(const QString& path) { clickAt(item(path)); }
-    void clickAt(QQuickItem* target)
+    void clickLine(int at)
     {
-        const auto at = target->mapToScene(target->boundingRect().center());
-        QTest::mouseClick(&window, Qt::LeftButton, {}, at.toPoint());
+        QTest::mouseClick(window.get(), Qt::LeftButton, {}, box(line(at)).center().toPoint());
     }
-    void press(Qt::Key key) { QTest::keyClick(&window, key); }
     QString focused() const
     {
-        return window.activeFocusItem() ? window.activeFocusItem()->objectName() : QString();
+        return window->activeFocusItem() ? window->activeFocusItem()->objectName() : QString();
     }
 
-    RemoteModel model;
     QStringList asked;
     std::shared_ptr<CountingHaptics> haptics = std::make_shared<CountingHaptics>();
-    QQmlEngine engine;
-    std::unique_ptr<QQuickItem> panel;
-    QQuickWindow window; // goes first, and takes with it what was painted
+    QQuickItem* panel = nullptr;
 };
 
 TEST_F(Panel, ShowsWhatTheModelHolds)
@@ -184,26 +139,18 @@ TEST_F(Panel, EveryControlAnswersToMouseAndKeyboard)
     }
 }
 
-TEST_F(Panel, QuickChargePressedTwiceIsAsBefore)
-{
-    click("quickCharge");
-    EXPECT_EQ(property("quickCharge", "text"), "Stop Quick Charge");
-    click("quickCharge");
-    EXPECT_EQ(property("quickCharge", "text"), "Quick Charge to 100%");
-}
-
 TEST_F(Panel, MenuChoosesALimitByMouse)
 {
     click("gear");
     ASSERT_TRUE(isMenuOpen());
-    EXPECT_TRUE(QRectF(0, 0, 320, 450).contains(sheet()->mapRectToScene(sheet()->boundingRect())));
+    EXPECT_TRUE(QRectF(0, 0, 320, 450).contains(box(sheet())));
 
     QStringList lines;
     for (int at = 0; at < menu()->property("count").toInt(); ++at)
         lines << line(at)->property("text").toString() + (line(at)->property("ticked").toBool() ? " *" : "");
     EXPECT_EQ(lines, (QStringList{"Charge Threshold", "Limit to 80% *", "Limit to 90%", "Full Charge (100%)",
                                   "", "Dashboard Settings..."}));
-    clickAt(line(2));
+    clickLine(2);
     EXPECT_EQ(asked, QStringList{"customChargeLimit=90"});
     EXPECT_EQ(property("autoProtect/caption", "text"), "Limit to 90% charge");
     EXPECT_FALSE(isMenuOpen());
@@ -231,9 +178,9 @@ TEST_F(Panel, MenuIsWalkedByKeyboardAndEscapeClosesItFirst)
     press(Qt::Key_Escape);
     EXPECT_FALSE(isMenuOpen());
     EXPECT_EQ(focused(), "gear");
-    EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(window->isVisible());
     press(Qt::Key_Escape);
-    EXPECT_FALSE(window.isVisible());
+    EXPECT_FALSE(window->isVisible());
 }
 
 TEST_F(Panel, TapsWheneverAutoProtectChanges)
@@ -263,7 +210,6 @@ TEST_F(Panel, AReaderHearsNamesRolesAndStates)
         {"gear", QAccessible::Button, "Settings"},
         {"power", QAccessible::Button, "Quit Velmora"},
     };
-    const auto voice = [&](const char* path) { return QAccessible::queryAccessibleInterface(item(path)); };
     const auto act = [](QAccessibleInterface* on) {
         on->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     };
@@ -290,7 +236,6 @@ TEST_F(Panel, AReaderHearsNamesRolesAndStates)
 
 TEST_F(Panel, LargeTypeTakesOfTheRoomAndTheFooterStays)
 {
-    auto* appearance = engine.singletonInstance<Appearance*>(qmlTypeId("Velmora", 1, 0, "Appearance"));
     const struct {
         double scale;
         int height;
@@ -299,43 +244,15 @@ TEST_F(Panel, LargeTypeTakesOfTheRoomAndTheFooterStays)
         {0.75, 450, false}, {1.15, 450, false}, {1.25, 450, false}, {1.5, 450, false}, {1.5, 400, true}};
     for (const auto& [scale, height, scrolls] : cases) {
         SCOPED_TRACE(scale);
-        QMetaObject::invokeMethod(appearance, "settingChanged", Q_ARG(QString, "org.gnome.desktop.interface"),
-                                  Q_ARG(QString, "text-scaling-factor"),
-                                  Q_ARG(QDBusVariant, QDBusVariant(scale)));
+        setTypeScale(scale);
         panel->setHeight(height);
-        window.grabWindow(); // and so lays out
+        window->grabWindow(); // and so lays out
         EXPECT_EQ(item("scroll")->property("interactive").toBool(), scrolls);
         for (const auto* name : {"launchDashboard", "gear", "power"})
-            EXPECT_LE(item(name)->mapRectToScene(item(name)->boundingRect()).bottom(), height - 16) << name;
-        expectNoTextCut();
+            EXPECT_LE(box(name).bottom(), height - 16) << name;
+        expectNoTextCut(panel);
     }
 }
-
-class PanelPicture : public Panel, public testing::WithParamInterface<const char*> {
-protected:
-    PanelPicture() : Panel(GetParam()) {}
-};
-
-TEST_P(PanelPicture, IsPaintedInTheThemesColoursAndCutsNoText)
-{
-    model.apply({{"percentage", 100.0}, {"thermalState", "Critical"}, {"isTemporaryOverrideEnabled", true}});
-    EXPECT_TRUE(QTest::qWaitFor([&] { return property("quickCharge", "tint") == "#ff9900"; }));
-    const auto picture = window.grabWindow();
-    const auto ground = QString(GetParam()) == "dark" ? QColor("#1e1e1e") : QColor("#ffffff");
-    EXPECT_EQ(picture.pixelColor(8, 225), ground);
-    EXPECT_EQ(picture.pixelColor(item("quickCharge")->mapToScene({8, 18}).toPoint()), QColor("#ff9900"));
-
-    std::set<QRgb> ink; // of the percentage: letters, their soft edges and the ground
-    const auto box = item("percentage")->mapRectToScene(item("percentage")->boundingRect()).toRect();
-    for (auto y = box.top(); y < box.bottom(); ++y)
-        for (auto x = box.left(); x < box.right(); ++x) ink.insert(picture.pixel(x, y));
-    EXPECT_GT(ink.size(), 20U);
-
-    expectNoTextCut();
-    EXPECT_LE(item("power")->mapRectToScene(item("power")->boundingRect()).bottom(), 450 - 8);
-}
-
-INSTANTIATE_TEST_SUITE_P(Appearances, PanelPicture, testing::Values("light", "dark"));
 
 } // namespace
 } // namespace velmora

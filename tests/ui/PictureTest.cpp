@@ -4,17 +4,10 @@
 #include "Gallery.h"
 #include "Pictures.h"
 #include "RemoteInstallation.h"
-#include "RemoteModel.h"
+#include "Views.h"
 
 #include <QPainter>
-#include <QQmlComponent>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QTest>
 #include <cmath>
-
-void qml_register_types_Velmora();
 
 namespace velmora {
 namespace {
@@ -69,20 +62,6 @@ QVariantMap charger()
             {"CycleCount", qint64{224}}};
 }
 
-QQuickItem* find(const QQuickItem* top, const QString& name)
-{
-    for (auto* child : top->childItems()) {
-        if (child->objectName() == name) return child;
-        if (auto* deeper = find(child, name)) return deeper;
-    }
-    return nullptr;
-}
-
-QRect placeOf(const QQuickItem* item)
-{
-    return item->mapRectToScene(item->boundingRect()).toAlignedRect();
-}
-
 TEST(PictureComparison, SeesWhatPeopleSeeAndNotHowTypeIsDrawn)
 {
     struct Look {
@@ -124,65 +103,49 @@ TEST(PictureComparison, SeesWhatPeopleSeeAndNotHowTypeIsDrawn)
 }
 
 /// The name is the appearance.
-class Pictures : public testing::TestWithParam<const char*> {
+class Pictures : public Views, public testing::WithParamInterface<const char*> {
 protected:
-    Pictures()
+    Pictures() : Views(GetParam(), [] { return today; })
     {
-        qputenv("VELMORA_APPEARANCE", GetParam());
-        qml_register_types_Velmora();
-        engine.addImportPath("qrc:/qt/qml");
         model.apply(laptop());
         model.applyCharger(charger());
     }
 
-    void show(std::unique_ptr<QQuickWindow> made)
+    void open(const QString& name)
     {
-        window = std::move(made);
-        window->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
-    }
-    void open(const char* name)
-    {
-        QQmlComponent component(&engine, QUrl(QStringLiteral("qrc:/qt/qml/Velmora/%1.qml").arg(name)));
-        std::unique_ptr<QQuickWindow> made(qobject_cast<QQuickWindow*>(
-            component.createWithInitialProperties({{"battery", QVariant::fromValue(&model)}})));
-        ASSERT_TRUE(made) << component.errorString().toStdString();
-        show(std::move(made));
+        makeWindow(name + "Window");
+        show();
     }
     /// All of it, with nothing moving.
     QImage gallery()
     {
-        show(makeGallery(engine, false));
+        window = makeGallery(engine, false);
+        show();
         window->setHeight(int(std::ceil(window->property("contentHeight").toDouble())));
         const auto* content = window->contentItem();
-        const auto* charging = find(find(content, "BatteryVisualizer, charging"), "ring");
+        const auto* charging = item("BatteryVisualizer, charging/ring");
         EXPECT_TRUE(QTest::qWaitFor([&] { return charging->opacity() == 0.4; }));
         EXPECT_TRUE(QTest::qWaitFor([&] { return content->height() == window->height(); }));
         return window->grabWindow();
     }
     QColor pixel(const QImage& picture, const char* cell, double x, double y) const
     {
-        const auto* stage = find(find(window->contentItem(), cell), "stage");
+        const auto* stage = item(cell + QStringLiteral("/stage"));
         const auto place = stage->mapToScene({stage->width() * x, stage->height() * y});
         return picture.pixelColor(int(place.x()), int(place.y()));
     }
     static QString name(const QString& what) { return what.toLower() + '-' + GetParam(); }
-
-    RemoteModel model{[] { return today; }};
-    QQmlEngine engine;
-    std::unique_ptr<QQuickWindow> window;
 };
 
 TEST_P(Pictures, PagesAndPanelLookAsTheyDid)
 {
     for (const auto* one : {"Panel", "SmallWidget", "MediumWidget"}) {
-        open(qPrintable(QString(one) + "Window"));
+        open(one);
         EXPECT_TRUE(looksAsKept(window->grabWindow(), name(one)));
     }
-    auto* installation =
-        engine.singletonInstance<RemoteInstallation*>(qmlTypeId("Velmora", 1, 0, "InstallationManager"));
+    auto* installation = singleton<RemoteInstallation>("InstallationManager");
     installation->apply({{"isInstallationCompleted", false}});
-    open("DashboardWindow");
+    open("Dashboard");
     EXPECT_TRUE(looksAsKept(window->grabWindow(), name("installation")));
     installation->apply({{"isInstallationCompleted", true}});
     ASSERT_TRUE(QTest::qWaitFor([&] { return window->contentItem()->width() == 900; }));
@@ -196,12 +159,10 @@ TEST_P(Pictures, ComponentsLookAsTheyDid)
 {
     const auto picture = gallery();
     for (const auto* section : {"Battery", "Grounds", "Figures", "Controls", "Theme", "Symbols"}) {
-        const auto* item = find(window->contentItem(), section);
-        ASSERT_TRUE(item) << section;
-        const auto place = placeOf(item);
-        const auto nameOf = [&](QRect box) {
-            const auto* flow = item->childItems().last();
-            const auto middle = QPointF(box.translated(place.topLeft()).center());
+        const auto place = box(section).toAlignedRect();
+        const auto nameOf = [&](QRect part) {
+            const auto* flow = item(section)->childItems().last();
+            const auto middle = QPointF(part.translated(place.topLeft()).center());
             const auto* cell = flow->childAt(flow->mapFromScene(middle).x(), flow->mapFromScene(middle).y());
             return cell ? cell->objectName() : QString();
         };

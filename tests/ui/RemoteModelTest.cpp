@@ -81,8 +81,10 @@ TEST_F(Linked, TakesAllValuesAndThenEachBatchAtOnce)
 {
     application.properties = {
         {"percentage", 79.6}, {"chargingState", "Charging"}, {"history", historyLosing(1)}};
+    application.news = {{"isLimitReached", true}};
     ModelLink link(application.other, model);
     ASSERT_TRUE(QSignalSpy(&link, &ModelLink::fed).wait());
+    EXPECT_FALSE(model.isLimitReached()) << "that was before";
     EXPECT_EQ(model.percentage(), 79.6);
     EXPECT_EQ(model.chargingState(), "Charging");
     EXPECT_EQ(model.history().size(), 6U);

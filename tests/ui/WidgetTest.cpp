@@ -1,23 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "Appearance.h"
 #include "RemoteInstallation.h"
-#include "RemoteModel.h"
 #include "RemoteWidget.h"
 #include "Shell.h"
+#include "Views.h"
 #include "WidgetPlacing.h"
 
-#include <QAccessible>
 #include <QCursor>
-#include <QQmlComponent>
-#include <QQmlEngine>
-#include <QQuickItem>
-#include <QQuickWindow>
-#include <QTest>
-#include <gtest/gtest.h>
-
-void qml_register_types_Velmora();
+#include <QScreen>
+#include <limits>
 
 namespace velmora {
 namespace {
@@ -48,13 +40,9 @@ TEST(WidgetPlace, IsInsideWhatBarsLeaveOfAScreenThatIsThere)
 }
 
 /// Both widgets over settings that grant whatever they are asked, on a screen of 800 x 800.
-struct WidgetTest : testing::Test {
+struct WidgetTest : Views {
     WidgetTest()
     {
-        qputenv("VELMORA_APPEARANCE", "light");
-        qml_register_types_Velmora();
-        engine.addImportPath("qrc:/qt/qml");
-        widgets = engine.singletonInstance<Widgets*>(qmlTypeId("Velmora", 1, 0, "Widgets"));
         for (auto* one : {widgets->small(), widgets->medium()}) {
             QObject::connect(one, &RemoteWidget::setWanted,
                              [this, one](const QString& key, const QVariant& value) {
@@ -62,77 +50,58 @@ struct WidgetTest : testing::Test {
                                  one->apply({{key, value}});
                              });
         }
-        auto* shell = engine.singletonInstance<Shell*>(qmlTypeId("Velmora", 1, 0, "Shell"));
+        auto* shell = singleton<Shell>("Shell");
         QObject::connect(shell, &Shell::dashboardWanted, [this] { asked << "dashboard"; });
         QObject::connect(shell, &Shell::widgetWanted, [this](const QString& size) { asked << size; });
     }
-    void open(const char* file)
+    void open(const char* name)
     {
-        QQmlComponent component(&engine, QUrl(QString("qrc:/qt/qml/Velmora/") + file));
-        window.reset(qobject_cast<QQuickWindow*>(
-            component.createWithInitialProperties({{"battery", QVariant::fromValue(&model)}})));
-        ASSERT_TRUE(window) << component.errorString().toStdString();
-        window->show();
-        window->requestActivate();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        makeWindow(name);
+        show();
     }
-    QString text(const char* name, const char* property = "text") const
-    {
-        const auto* item = window->findChild<QQuickItem*>(name);
-        return item ? item->property(property).toString() : "none";
-    }
-    QString spoken() const
-    {
-        auto* hold = window->findChild<QQuickItem*>("hold");
-        return QAccessible::queryAccessibleInterface(hold)->text(QAccessible::Name);
-    }
+    QString text(const char* name) const { return property(name, "text"); }
+    QString spoken() const { return voice("hold")->text(QAccessible::Name); }
     bool isMenuOpen() const { return window->findChild<QObject*>("menu")->property("opened").toBool(); }
     void press(std::initializer_list<Qt::Key> keys)
     {
-        for (const auto key : keys) QTest::keyClick(window.get(), key);
+        for (const auto key : keys) Views::press(key);
     }
     bool isPinned() const { return window->flags().testFlag(Qt::WindowStaysOnTopHint); }
 
-    RemoteModel model;
     QStringList asked;
-    QQmlEngine engine;
-    Widgets* widgets = nullptr;
-    std::unique_ptr<QQuickWindow> window;
+    Widgets* widgets = singleton<Widgets>("Widgets");
 };
 
 TEST_F(WidgetTest, ShowWhatTheModelHoldsAndSayItInOneBreath)
 {
     model.apply({{"percentage", 72.5}, {"chargingState", "Charging"}, {"thermalState", "Serious"}});
-    model.applyCharger({{"IsKnown", true}, {"Health", 91.2}});
-    open("SmallWidgetWindow.qml");
+    model.applyCharger({{"IsKnown", true}, {"HasBattery", true}, {"Health", 91.2}});
+    open("SmallWidgetWindow");
     EXPECT_EQ(text("percentage") + " " + text("state"), "72% Charging");
     EXPECT_EQ(spoken(), "Battery, 72%, charging");
-    open("MediumWidgetWindow.qml");
+    open("MediumWidgetWindow");
+    EXPECT_EQ(voice("hold")->childCount(), 0) << "nothing is said twice";
     EXPECT_EQ(text("percentage") + " " + text("status"), "72% Charging...");
-    EXPECT_EQ(text("health", "value") + " " + text("thermal", "value"), "91% Serious");
+    EXPECT_EQ(property("health", "value") + " " + property("thermal", "value"), "91% Serious");
     model.apply({{"timeToFull", qint64(65)}, {"isAppleRecommendedModeEnabled", false}});
     EXPECT_EQ(text("status"), "Charging: 1h 5m to full");
-    auto* appearance = engine.singletonInstance<Appearance*>(qmlTypeId("Velmora", 1, 0, "Appearance"));
-    QMetaObject::invokeMethod(appearance, "settingChanged", Q_ARG(QString, "org.gnome.desktop.interface"),
-                              Q_ARG(QString, "text-scaling-factor"), Q_ARG(QDBusVariant, QDBusVariant(1.5)));
+    setTypeScale(1.5);
     EXPECT_EQ(window->size(), QSize(504, 240));
     QCoreApplication::processEvents();
     window->grabWindow(); // and so lays out
-    for (const auto* label : window->findChildren<QQuickItem*>())
-        EXPECT_FALSE(label->property("truncated").toBool())
-            << label->property("text").toString().toStdString();
+    expectNoTextCut(window->contentItem());
 }
 
 TEST_F(WidgetTest, StandsWhereItWasPutAndIsMovedByKeysAndPointer)
 {
-    open("SmallWidgetWindow.qml");
+    open("SmallWidgetWindow");
     EXPECT_EQ(window->position(), QPoint(616, 24));
     widgets->small()->apply({{"place", QVariant::fromValue(QList<int>{700, 5000})}});
     EXPECT_EQ(window->position(), QPoint(640, 640)) << "on the screen that there is";
     press({Qt::Key_Left, Qt::Key_Left, Qt::Key_Up, Qt::Key_Down, Qt::Key_Down});
     EXPECT_EQ(window->position(), QPoint(624, 640)) << "and not off it";
     EXPECT_TRUE(asked.empty()) << "not yet at rest";
-    QTRY_COMPARE(asked, QStringList{"place"});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !asked.empty(); }));
     EXPECT_EQ(widgets->small()->place(), QPoint(624, 640));
 
     const auto hold = [&](QPoint from, QPoint to) { // no window manager moves it here
@@ -148,13 +117,33 @@ TEST_F(WidgetTest, StandsWhereItWasPutAndIsMovedByKeysAndPointer)
     EXPECT_EQ(window->position(), QPoint(524, 540)) << "from where the drag was seen to be one";
     window->close();
     EXPECT_EQ(widgets->small()->place(), QPoint(524, 540)) << "and kept at once, should it close";
-    open("SmallWidgetWindow.qml");
+    open("SmallWidgetWindow");
     EXPECT_EQ(window->position(), QPoint(524, 540));
+    widgets->medium()->apply(
+        {{"place", QVariant::fromValue(QList<int>{std::numeric_limits<int>::max(), 5})}});
+    EXPECT_FALSE(widgets->medium()->place()) << "no display has it";
+}
+
+TEST_F(WidgetTest, ComesBackAfterAChangeOfItsRoomButNotFromWhereItIsPutLater)
+{
+    const auto isAt = [&](QPoint place) {
+        return QTest::qWaitFor([&] { return window->position() == place; });
+    };
+    widgets->small()->apply({{"place", QVariant::fromValue(QList<int>{640, 640})}});
+    open("SmallWidgetWindow");
+    setTypeScale(1.5);
+    EXPECT_TRUE(isAt({560, 560})) << "it has grown";
+    Q_EMIT window->screen()->availableGeometryChanged({});
+    window->setPosition(100, 100); // by a window manager that makes room
+    EXPECT_TRUE(isAt({560, 560}));
+    EXPECT_TRUE(asked.empty());
+    window->setPosition(100, 100); // by one that its owner told to
+    EXPECT_TRUE(QTest::qWaitFor([&] { return widgets->small()->place() == QPoint(100, 100); }));
 }
 
 TEST_F(WidgetTest, MenuPinsItShowsItAtLogInAndClosesIt)
 {
-    open("SmallWidgetWindow.qml");
+    open("SmallWidgetWindow");
     EXPECT_FALSE(isPinned());
     press({Qt::Key_Menu, Qt::Key_Return});
     EXPECT_TRUE(isPinned()) << "at once";
@@ -165,7 +154,7 @@ TEST_F(WidgetTest, MenuPinsItShowsItAtLogInAndClosesIt)
     QTest::mouseClick(window.get(), Qt::RightButton, {}, {150, 150});
     ASSERT_TRUE(isMenuOpen());
     const auto* sheet = window->findChild<QObject*>("menu")->property("contentItem").value<QQuickItem*>();
-    EXPECT_TRUE(QRectF(0, 0, 160, 160).contains(sheet->mapRectToScene(sheet->boundingRect())));
+    EXPECT_TRUE(QRectF(0, 0, 160, 160).contains(box(sheet)));
     press({Qt::Key_Escape, Qt::Key_Escape});
     EXPECT_FALSE(isMenuOpen());
     EXPECT_TRUE(window->isVisible()) << "Escape leaves a widget where it is";
@@ -179,17 +168,12 @@ TEST_F(WidgetTest, MenuPinsItShowsItAtLogInAndClosesIt)
 
 TEST_F(WidgetTest, AreFoundOnThePageOfTheThresholds)
 {
-    engine.singletonInstance<RemoteInstallation*>(qmlTypeId("Velmora", 1, 0, "InstallationManager"))
-        ->apply({{"isInstallationCompleted", true}});
-    open("DashboardWindow.qml");
+    singleton<RemoteInstallation>("InstallationManager")->apply({{"isInstallationCompleted", true}});
+    open("DashboardWindow");
     window->setProperty("selectedTab", "Settings");
     for (const auto* size : {"small", "medium"}) {
         for (const auto* control : {"AtLogIn", "Show"}) {
-            QQuickItem* found = nullptr;
-            for (auto* item : window->findChildren<QQuickItem*>())
-                if (item->objectName() == QString(size) + control) found = item;
-            ASSERT_TRUE(found) << size << control;
-            found->forceActiveFocus(Qt::TabFocusReason);
+            item(QString(size) + control)->forceActiveFocus(Qt::TabFocusReason);
             press({Qt::Key_Space});
         }
     }

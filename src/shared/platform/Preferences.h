@@ -25,7 +25,7 @@ public:
     virtual void setText(std::string_view key, std::string_view value) = 0;
 };
 
-/// The keys in use.
+/// The keys in use, beside those of WidgetSettings.
 namespace preference_key {
 inline constexpr std::string_view daemonInstalled = "Velmora_DaemonInstalled";
 inline constexpr std::string_view hasSeenVersionNotice = "hasSeenMacOS264Banner";

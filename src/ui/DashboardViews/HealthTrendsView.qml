@@ -24,7 +24,7 @@ DashboardPage {
         battery: page.battery
     }
 
-    RowLayout {
+    Flow {
         Layout.fillWidth: true
         spacing: 24
 
@@ -52,9 +52,6 @@ DashboardPage {
             title: qsTr("Cycles")
             value: page.battery.cycles
             color: Theme.colors.primary
-        }
-        Item {
-            Layout.fillWidth: true
         }
     }
     HistoryPlot {

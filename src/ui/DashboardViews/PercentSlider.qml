@@ -18,7 +18,6 @@ Column { // a layout would keep the place that it had for a caption of more line
     property real from: 0
     property real to: 100
     readonly property real shown: slider.value
-    readonly property bool isDragged: slider.pressed
 
     signal chosen(real value)
 
@@ -79,6 +78,13 @@ Column { // a layout would keep the place that it had for a caption of more line
         hoverEnabled: true
         onPressedChanged: ask()
         onValueChanged: ask() // a screen reader neither presses nor lets go
+        readonly property real minimumValue: from // what a screen reader is told
+        readonly property real maximumValue: to
+        Keys.onPressed: event => {
+            event.accepted = event.key === Qt.Key_Home || event.key === Qt.Key_End;
+            if (event.accepted)
+                value = event.key === Qt.Key_Home ? from : to;
+        }
         Accessible.name: setting.title
         Accessible.description: setting.caption
 

@@ -71,7 +71,10 @@ DashboardPage {
             objectName: "hysteresis"
             Layout.fillWidth: true
             title: qsTr("Hysteresis")
-            caption: !isDragged && !limit.isDragged ? page.battery.startEffect : qsTr("Charging begins again below %1%.").arg(Math.round(limit.shown - shown))
+            caption: {
+                page.battery.limitEffect; // changes with what the next depends on
+                return page.battery.startEffect(limit.shown, shown);
+            }
             unit: qsTr(" points")
             current: page.battery.customHysteresis
             from: 0

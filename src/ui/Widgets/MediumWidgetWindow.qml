@@ -11,7 +11,7 @@ WidgetWindow {
 
     title: qsTr("Velmora Medium Widget")
     plainWidth: 336
-    firstTop: 176 // below the small one
+    firstTop: 16 + height // below the small one
     settings: Widgets.medium
     breath: battery.longBreath
 
@@ -28,7 +28,7 @@ WidgetWindow {
 
             Label {
                 objectName: "percentage"
-                text: Texts.percentage(window.battery.percentage)
+                text: window.battery.levelText
                 font: Theme.font(28, Font.Bold)
                 spoken: false
             }
@@ -48,6 +48,7 @@ WidgetWindow {
                     objectName: "health"
                     Layout.fillWidth: true
                     Layout.preferredWidth: 1
+                    Accessible.ignored: true
                     label: qsTr("Health")
                     symbol: "heart.fill"
                     value: window.battery.healthText
@@ -57,6 +58,7 @@ WidgetWindow {
                     objectName: "thermal"
                     Layout.fillWidth: true
                     Layout.preferredWidth: 1
+                    Accessible.ignored: true
                     label: qsTr("Thermal")
                     symbol: "thermometer"
                     value: Texts.thermalText(window.battery.thermalState)

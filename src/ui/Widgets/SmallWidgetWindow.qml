@@ -28,7 +28,7 @@ WidgetWindow {
         Label {
             objectName: "percentage"
             Layout.alignment: Qt.AlignHCenter
-            text: Texts.percentage(window.battery.percentage)
+            text: window.battery.levelText
             font: Theme.font(22, Font.Bold)
             spoken: false
         }

@@ -17,26 +17,26 @@ PlainMenu {
     margins: 4
     implicitWidth: Math.round(146 * Math.max(1, Theme.fontScale))
 
-    ThresholdMenuItem {
+    PlainMenuItem {
         objectName: "pin"
         text: qsTr("Keep on Top")
         isChoice: true
         ticked: menu.settings.isPinned
         onTriggered: menu.settings.set("isPinned", !menu.settings.isPinned)
     }
-    ThresholdMenuItem {
+    PlainMenuItem {
         objectName: "atLogIn"
         text: qsTr("Show at Log-in")
         isChoice: true
         ticked: menu.settings.isShownAtLogIn
         onTriggered: menu.settings.set("isShownAtLogIn", !menu.settings.isShownAtLogIn)
     }
-    ThresholdMenuItem {
+    PlainMenuItem {
         objectName: "openDashboard"
         text: qsTr("Open Dashboard")
         onTriggered: menu.dashboardWanted()
     }
-    ThresholdMenuItem {
+    PlainMenuItem {
         objectName: "close"
         text: qsTr("Close")
         onTriggered: menu.closeWanted()

@@ -17,9 +17,10 @@ Item {
     BatteryVisualizer {
         id: visualizer
 
-        percentage: ring.battery.percentage
-        isCharging: ring.battery.chargingState === "Charging"
+        percentage: ring.battery.isWatched ? ring.battery.percentage : 0
+        isCharging: ring.battery.isWatched && ring.battery.chargingState === "Charging"
         isLimitReached: ring.battery.isLimitReached
+        opacity: ring.battery.isWatched ? 1 : 0.3
         Accessible.ignored: true // the widget says it
     }
 }

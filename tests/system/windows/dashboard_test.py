@@ -79,6 +79,8 @@ class DashboardTest(WindowTest):
                                        ("push button", "Stop Quick Charge", 64, 75)]:
             self.press(role, name)
             self.await_charger(start, end)
+        until(lambda: self.widget("slider", "Charge limit").get_description() == "In force: the charger stops at 75%.",
+              "the page knows what the charger holds")
 
     def test_notices_are_chosen(self):
         self.open_dashboard("Notifications")

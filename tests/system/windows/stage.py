@@ -143,8 +143,8 @@ class WindowTest(unittest.TestCase):
         self.addCleanup(started.end)
         return started
 
-    def start_velmora(self):
-        self.velmora = self.start("velmora")
+    def start_velmora(self, *arguments):
+        self.velmora = self.start("velmora", *arguments)
         self.addCleanup(self.end_windows)
         until(lambda: self.owner(APPLICATION), "velmora is on the bus")
 

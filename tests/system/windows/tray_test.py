@@ -18,14 +18,6 @@ class TrayTest(WindowTest):
         """A second one, which hands over its errand before it ends."""
         self.assertEqual(self.start("velmora", *arguments).wait(), 0)
 
-    def test_the_icon_comes_back_with_the_tray(self):
-        self.start_tray()
-        self.start_velmora()
-        self.icon()
-        self.tray.end()
-        self.start_tray()
-        self.open_panel()
-
     def test_an_older_tray_shows_the_icon_too(self):
         settings = self.folder / "tint2rc"
         settings.write_text("panel_items = S\npanel_size = 100% 30\ndisable_transparency = 1\n")

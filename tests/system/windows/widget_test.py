@@ -69,14 +69,21 @@ class WidgetTest(WindowTest):
         until(lambda: not self.window(self.title), "it has closed")
         self.assertTrue(self.window("Velmora Dashboard"))
 
-    def test_those_that_are_wished_at_log_in_are_there(self):
+    def test_those_that_are_wished_at_log_in_are_there_and_leave_the_focus(self):
         self.start_velmora()
         for size in "small", "medium":
             self.set(size, isShownAtLogIn=GLib.Variant("b", True))
         self.velmora.end()
-        self.start_velmora()
-        for size in "Small", "Medium":
-            until(lambda: self.window(f"Velmora {size} Widget"), f"the {size} one is there")
+        self.start_velmora("--dashboard")
+        widgets = [f"Velmora {size} Widget" for size in ("Small", "Medium")]
+        for title in widgets:
+            until(lambda: has("SHOWING", self.window(title)), f"{title} is there")
+        until(lambda: has("ACTIVE", self.window("Velmora Dashboard")), "the dashboard has the focus")
+        xdotool("key", "alt+F4")
+        until(lambda: not self.window("Velmora Dashboard"), "what is typed goes to the dashboard")
+        for size, title in zip(("small", "medium"), widgets):
+            self.show("--widget", size)
+            until(lambda: has("ACTIVE", self.window(title)), f"{title} has the focus, now that it was asked for")
 
 
 if __name__ == "__main__":
