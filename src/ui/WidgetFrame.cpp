@@ -62,7 +62,9 @@ void WidgetFrame::watch(QScreen* screen)
 
 void WidgetFrame::takeSettings()
 {
-    if (isPlaced_ || !settings_->isKnown()) return;
+    if (!settings_->isKnown()) return;
+    const bool isMeantElsewhere = settings_->place().value_or(put_) != put_;
+    if (isPlaced_ && (!isMeantElsewhere || resting_.isActive())) return;
     place();
     isPlaced_ = true;
 }

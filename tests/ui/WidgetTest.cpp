@@ -119,6 +119,8 @@ TEST_F(WidgetTest, StandsWhereItWasPutAndIsMovedByKeysAndPointer)
     EXPECT_EQ(widgets->small()->place(), QPoint(524, 540)) << "and kept at once, should it close";
     open("SmallWidgetWindow");
     EXPECT_EQ(window->position(), QPoint(524, 540));
+    widgets->small()->apply({{"place", QVariant::fromValue(QList<int>{300, 200})}});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window->position() == QPoint(300, 200); })) << "by a script";
     widgets->medium()->apply(
         {{"place", QVariant::fromValue(QList<int>{std::numeric_limits<int>::max(), 5})}});
     EXPECT_FALSE(widgets->medium()->place()) << "no display has it";
