@@ -3,7 +3,7 @@
 
 #include "Contender.h"
 
-#include "DBus.h"
+#include "bus/DBus.h"
 
 #include <cerrno>
 #include <csignal>

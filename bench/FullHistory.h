@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "HistoryCodec.h"
+#include "history/HistoryCodec.h"
 
 namespace velmora {
 

@@ -3,7 +3,7 @@
 
 #include "Screen.h"
 
-#include "DBus.h"
+#include "bus/DBus.h"
 
 #include <cstdlib>
 #include <stdexcept>

@@ -3,11 +3,11 @@
 
 // What the core costs by itself, each beside the bare thing that it cannot do without.
 
-#include "BatteryModel.h"
 #include "FakePlatform.h"
 #include "FullHistory.h"
-#include "HistoryStore.h"
 #include "Table.h"
+#include "model/BatteryModel.h"
+#include "state/HistoryStore.h"
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>

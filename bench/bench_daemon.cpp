@@ -5,12 +5,12 @@
 // each. Started by ./bench/run, which puts umockdev around it.
 
 #include "Contender.h"
-#include "DBus.h"
 #include "FullHistory.h"
 #include "MockLaptop.h"
 #include "PrivateBus.h"
 #include "Table.h"
 #include "TemporaryFolder.h"
+#include "bus/DBus.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -5,14 +5,14 @@
 // Xvfb and umockdev around it.
 
 #include "Await.h"
-#include "DBus.h"
 #include "FullHistory.h"
 #include "MockLaptop.h"
-#include "ModelFace.h"
 #include "PrivateBus.h"
 #include "Screen.h"
 #include "Table.h"
 #include "TemporaryFolder.h"
+#include "bus/DBus.h"
+#include "wire/ModelFace.h"
 
 #include <csignal>
 #include <cstdio>

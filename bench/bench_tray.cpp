@@ -5,14 +5,14 @@
 // minute. Started by ./bench/run, which puts a session bus, Xvfb and umockdev around it.
 
 #include "Await.h"
-#include "DBus.h"
 #include "MockLaptop.h"
-#include "ModelFace.h"
 #include "PrivateBus.h"
 #include "Screen.h"
 #include "Table.h"
 #include "TemporaryFolder.h"
 #include "Tray.h"
+#include "bus/DBus.h"
+#include "wire/ModelFace.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -3,7 +3,7 @@
 
 #include "Gallery.h"
 
-#include "symbols/SymbolPaths.h"
+#include "paint/symbols/SymbolPaths.h"
 
 #include <QQmlComponent>
 #include <QQmlEngine>

@@ -4,9 +4,9 @@
 // velmora-past: writes a history.json, as the daemon keeps it, to standard output: the one that a simulated
 // laptop would have by now, or one that was recorded elsewhere, moved to now.
 
-#include "HistoryCodec.h"
 #include "LaptopOptions.h"
 #include "LaptopPast.h"
+#include "history/HistoryCodec.h"
 
 #include <cstdio>
 #include <ctime>

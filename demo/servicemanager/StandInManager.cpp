@@ -3,7 +3,7 @@
 
 #include "StandInManager.h"
 
-#include "SystemdRegistration.h"
+#include "systemd/SystemdRegistration.h"
 
 #include <string_view>
 

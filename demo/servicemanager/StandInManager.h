@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "DBus.h"
-#include "EventLoop.h"
+#include "base/EventLoop.h"
+#include "bus/DBus.h"
 
 #include <chrono>
 #include <cstdint>

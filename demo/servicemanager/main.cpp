@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "NameOwner.h"
 #include "StandInManager.h"
-#include "SystemdServiceManager.h"
-#include "VelmoraProtocol.h"
+#include "bus/NameOwner.h"
+#include "systemd/SystemdServiceManager.h"
+#include "wire/VelmoraProtocol.h"
 
 #include <charconv>
 #include <csignal>

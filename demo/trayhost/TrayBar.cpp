@@ -3,7 +3,7 @@
 
 #include "TrayBar.h"
 
-#include "DBus.h"
+#include "bus/DBus.h"
 
 #include <array>
 #include <cstdlib>

@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "EventLoop.h"
 #include "TrayLayout.h"
 #include "TrayPicture.h"
+#include "base/EventLoop.h"
 
 #include <cstdint>
 #include <functional>

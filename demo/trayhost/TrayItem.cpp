@@ -3,7 +3,7 @@
 
 #include "TrayItem.h"
 
-#include "Utf8.h"
+#include "base/Utf8.h"
 
 #include <algorithm>
 #include <string_view>

@@ -3,7 +3,7 @@
 
 #include "App.h"
 
-#include "BatteryHardwareService.h"
+#include "battery/BatteryHardwareService.h"
 
 #include <utility>
 

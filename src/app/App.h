@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "BatteryModel.h"
 #include "LinuxPlatform.h"
-#include "XPCClient.h"
+#include "link/XPCClient.h"
+#include "model/BatteryModel.h"
 
 #include <functional>
 #include <memory>

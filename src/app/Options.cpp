@@ -3,7 +3,7 @@
 
 #include "Options.h"
 
-#include "ModelFace.h"
+#include "wire/ModelFace.h"
 
 #include <string_view>
 

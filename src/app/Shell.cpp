@@ -3,7 +3,7 @@
 
 #include "Shell.h"
 
-#include "TrayFaceOf.h"
+#include "tray/TrayFaceOf.h"
 
 #include <csignal>
 #include <utility>

@@ -4,13 +4,13 @@
 #pragma once
 
 #include "App.h"
-#include "ApplicationObject.h"
-#include "FaceBindings.h"
-#include "ModelObject.h"
 #include "Options.h"
-#include "SessionBus.h"
-#include "TrayIcon.h"
-#include "WindowsProgram.h"
+#include "bus/ApplicationObject.h"
+#include "bus/FaceBindings.h"
+#include "bus/ModelObject.h"
+#include "bus/SessionBus.h"
+#include "tray/TrayIcon.h"
+#include "windows/WindowsProgram.h"
 
 #include <filesystem>
 #include <functional>

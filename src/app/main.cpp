@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "Heap.h"
 #include "Shell.h"
+#include "base/Heap.h"
 
 #include <cstdio>
 

@@ -3,8 +3,8 @@
 
 #include "Daemon.h"
 
-#include "BatteryHardwareService.h"
-#include "ThermalMonitorService.h"
+#include "battery/BatteryHardwareService.h"
+#include "thermal/ThermalMonitorService.h"
 
 #include <algorithm>
 #include <utility>

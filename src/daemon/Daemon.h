@@ -3,16 +3,16 @@
 
 #pragma once
 
-#include "BatteryDataSource.h"
-#include "CallerMemory.h"
-#include "ChargerKeeper.h"
-#include "DaemonService.h"
-#include "HistoryStore.h"
-#include "Lifetime.h"
-#include "LogBudget.h"
-#include "PushPacer.h"
-#include "QuickCharge.h"
-#include "SettingsStore.h"
+#include "base/Lifetime.h"
+#include "battery/BatteryDataSource.h"
+#include "charging/ChargerKeeper.h"
+#include "charging/QuickCharge.h"
+#include "link/CallerMemory.h"
+#include "link/DaemonService.h"
+#include "link/PushPacer.h"
+#include "platform/LogBudget.h"
+#include "state/HistoryStore.h"
+#include "state/SettingsStore.h"
 
 #include <functional>
 #include <memory>

@@ -4,14 +4,14 @@
 #include "Program.h"
 
 #include "Daemon.h"
-#include "DaemonObject.h"
-#include "EventLoop.h"
-#include "JournalLog.h"
-#include "LinuxPowerSources.h"
-#include "LinuxThermalLevel.h"
-#include "PowerSupplyMonitor.h"
-#include "SystemClock.h"
-#include "WorkerThread.h"
+#include "base/EventLoop.h"
+#include "base/JournalLog.h"
+#include "base/SystemClock.h"
+#include "base/WorkerThread.h"
+#include "link/DaemonObject.h"
+#include "power/LinuxPowerSources.h"
+#include "power/LinuxThermalLevel.h"
+#include "power/PowerSupplyMonitor.h"
 
 #include <csignal>
 #include <cstdlib>

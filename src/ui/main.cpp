@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "Program.h"
+#include "program/Program.h"
 
 int main(int argc, char** argv)
 {

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "SessionBus.h"
+#include "bus/SessionBus.h"
 
-#include "ApplicationObject.h"
 #include "RecordingLog.h"
 #include "SessionTest.h"
+#include "bus/ApplicationObject.h"
 
 #include <algorithm>
 #include <atomic>

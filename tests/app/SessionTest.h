@@ -3,12 +3,12 @@
 
 #pragma once
 
-#include "DBus.h"
 #include "FakeDaemonClient.h"
 #include "FakePlatform.h"
 #include "LoopTest.h"
-#include "ModelFace.h"
 #include "PrivateBus.h"
+#include "bus/DBus.h"
+#include "wire/ModelFace.h"
 
 #include <cstdlib>
 #include <string>

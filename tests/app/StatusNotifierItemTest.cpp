@@ -5,7 +5,7 @@
 #include "PrivateBus.h"
 #include "RecordingLog.h"
 #include "TrayHost.h"
-#include "TrayIcon.h"
+#include "tray/TrayIcon.h"
 
 #include <cstdlib>
 #include <gmock/gmock.h>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "DBus.h"
+#include "bus/DBus.h"
 
 #include <string>
 #include <vector>

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "WindowsProgram.h"
+#include "windows/WindowsProgram.h"
 
 #include "SessionTest.h"
-#include "SystemClock.h"
+#include "base/SystemClock.h"
 
 #include <csignal>
 #include <fstream>

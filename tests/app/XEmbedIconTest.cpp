@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "BatteryPicture.h"
 #include "LoopTest.h"
 #include "PrivateBus.h"
 #include "Process.h"
 #include "RecordingLog.h"
 #include "TemporaryFolder.h"
 #include "TrayHost.h"
-#include "TrayIcon.h"
 #include "XTray.h"
+#include "tray/BatteryPicture.h"
+#include "tray/TrayIcon.h"
 
 #include <fstream>
 #include <gmock/gmock.h>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "ChargePolicy.h"
-#include "QuickCharge.h"
+#include "charging/ChargePolicy.h"
+#include "charging/QuickCharge.h"
 
 #include <gtest/gtest.h>
 

@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "HistoryCodec.h"
-#include "HistoryStore.h"
 #include "ManualClock.h"
 #include "ManualLoop.h"
 #include "RecordingLog.h"
-#include "SettingsStore.h"
 #include "TemporaryFolder.h"
+#include "history/HistoryCodec.h"
+#include "state/HistoryStore.h"
+#include "state/SettingsStore.h"
 
 #include <cmath>
 #include <filesystem>

@@ -3,10 +3,10 @@
 
 #include "LaptopPast.h"
 
-#include "HistoryCodec.h"
-#include "HistoryTrends.h"
 #include "LaptopKinds.h"
 #include "TemporaryFolder.h"
+#include "history/HistoryCodec.h"
+#include "history/HistoryTrends.h"
 
 #include <fstream>
 #include <gtest/gtest.h>

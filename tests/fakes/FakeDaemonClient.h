@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "VelmoraProtocol.h"
+#include "wire/VelmoraProtocol.h"
 
 #include <deque>
 

@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "CapturedMachine.h"
-#include "LinuxPowerSources.h"
-#include "LinuxThermalLevel.h"
-#include "SystemClock.h"
 #include "TemporaryFolder.h"
+#include "base/SystemClock.h"
+#include "power/LinuxPowerSources.h"
+#include "power/LinuxThermalLevel.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "DBus.h"
-#include "Utf8.h"
+#include "base/Utf8.h"
+#include "bus/DBus.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "JournalLog.h"
-#include "Utf8.h"
+#include "base/JournalLog.h"
+#include "base/Utf8.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "KernelVersion.h"
+#include "base/KernelVersion.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "LinuxPowerSources.h"
+#include "power/LinuxPowerSources.h"
 
 #include "FakePlatform.h"
 #include "SysfsTree.h"

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "LinuxThermalLevel.h"
+#include "power/LinuxThermalLevel.h"
 
 #include "RecordingLog.h"
 #include "SysfsTree.h"

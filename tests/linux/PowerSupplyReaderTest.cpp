@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "PowerSupplyReader.h"
+#include "power/PowerSupplyReader.h"
 
-#include "MachineBattery.h"
 #include "RecordingLog.h"
 #include "SysfsTree.h"
+#include "power/MachineBattery.h"
 
 #include <gtest/gtest.h>
 

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "CapturedMachine.h"
-#include "Sysfs.h"
 #include "TemporaryFolder.h"
+#include "power/Sysfs.h"
 
 #include <string>
 #include <utility>

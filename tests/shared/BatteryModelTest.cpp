@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "BatteryModel.h"
+#include "model/BatteryModel.h"
 
-#include "AnalyticsStore.h"
 #include "FakeDaemonClient.h"
 #include "FakePlatform.h"
-#include "ModelSentence.h"
+#include "history/AnalyticsStore.h"
+#include "texts/ModelSentence.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

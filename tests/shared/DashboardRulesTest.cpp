@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "DashboardTexts.h"
-#include "HistoryTrends.h"
+#include "history/HistoryTrends.h"
+#include "texts/DashboardTexts.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "AnalyticsStore.h"
 #include "FakePlatform.h"
-#include "HistoryCodec.h"
+#include "history/AnalyticsStore.h"
+#include "history/HistoryCodec.h"
 
 #include <atomic>
 #include <cmath>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "MenuBarTexts.h"
-#include "PredictionEngine.h"
+#include "history/PredictionEngine.h"
+#include "texts/MenuBarTexts.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "BatteryHardwareService.h"
 #include "FakePlatform.h"
-#include "ThermalMonitorService.h"
+#include "battery/BatteryHardwareService.h"
+#include "thermal/ThermalMonitorService.h"
 
 #include <gtest/gtest.h>
 

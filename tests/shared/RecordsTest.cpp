@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "BatteryDataSource.h"
-#include "VelmoraProtocol.h"
+#include "battery/BatteryDataSource.h"
+#include "wire/VelmoraProtocol.h"
 
 #include <gtest/gtest.h>
 #include <limits>

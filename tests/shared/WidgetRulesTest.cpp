@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "WidgetSettings.h"
-#include "WidgetTexts.h"
+#include "model/WidgetSettings.h"
+#include "texts/WidgetTexts.h"
 
 #include "FakePlatform.h"
 

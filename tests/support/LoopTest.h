@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "EventLoop.h"
+#include "base/EventLoop.h"
 
 #include <chrono>
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 
 #include "Peer.h"
 
-#include "ChargerReport.h"
+#include "wire/ChargerReport.h"
 
 namespace velmora {
 

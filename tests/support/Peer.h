@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "DBus.h"
-#include "EventLoop.h"
-#include "VelmoraProtocol.h"
+#include "base/EventLoop.h"
+#include "bus/DBus.h"
+#include "wire/VelmoraProtocol.h"
 
 #include <cstdint>
 #include <functional>

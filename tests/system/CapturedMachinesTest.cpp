@@ -3,8 +3,8 @@
 
 #include "SystemTest.h"
 
-#include "HistoryCodec.h"
-#include "ThermalMonitorService.h"
+#include "history/HistoryCodec.h"
+#include "thermal/ThermalMonitorService.h"
 
 #include <cmath>
 #include <nlohmann/json.hpp>

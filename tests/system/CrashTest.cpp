@@ -3,7 +3,7 @@
 
 #include "SystemTest.h"
 
-#include "HistoryCodec.h"
+#include "history/HistoryCodec.h"
 
 #include <cmath>
 #include <csignal>

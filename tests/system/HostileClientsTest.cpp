@@ -3,7 +3,7 @@
 
 #include "SystemTest.h"
 
-#include "ChargerReport.h"
+#include "wire/ChargerReport.h"
 
 #include <algorithm>
 #include <nlohmann/json.hpp>

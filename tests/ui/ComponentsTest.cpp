@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "SymbolProvider.h"
 #include "Views.h"
+#include "paint/SymbolProvider.h"
 
 #include <limits>
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "RemoteInstallation.h"
-#include "TimeScale.h"
 #include "Views.h"
+#include "client/RemoteInstallation.h"
+#include "history/TimeScale.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "ModelFace.h"
 #include "PrivateBus.h"
+#include "wire/ModelFace.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>

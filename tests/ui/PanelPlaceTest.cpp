@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "PanelPlace.h"
+#include "desktop/PanelPlace.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "HapticFeedback.h"
-#include "Shell.h"
 #include "Views.h"
+#include "program/HapticFeedback.h"
+#include "program/Shell.h"
 
 namespace velmora {
 namespace {

@@ -3,8 +3,8 @@
 
 #include "Gallery.h"
 #include "Pictures.h"
-#include "RemoteInstallation.h"
 #include "Views.h"
+#include "client/RemoteInstallation.h"
 
 #include <QPainter>
 #include <cmath>

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "RemoteModel.h"
+#include "client/RemoteModel.h"
 #include "FakeApplication.h"
-#include "ModelLink.h"
+#include "client/ModelLink.h"
 
 #include <QMetaProperty>
 #include <QSignalSpy>

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "Appearance.h"
-#include "RemoteModel.h"
+#include "client/RemoteModel.h"
+#include "desktop/Appearance.h"
 
 #include <QAccessible>
 #include <QDBusVariant>

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "RemoteInstallation.h"
-#include "RemoteWidget.h"
-#include "Shell.h"
 #include "Views.h"
-#include "WidgetPlacing.h"
+#include "Widgets/WidgetPlacing.h"
+#include "client/RemoteInstallation.h"
+#include "client/RemoteWidget.h"
+#include "program/Shell.h"
 
 #include <QCursor>
 #include <QScreen>

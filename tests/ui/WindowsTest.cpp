@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "Windows.h"
+#include "windows/Windows.h"
 #include "FakeApplication.h"
 #include "Pictures.h"
 #include "Views.h"

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Date.h"
+#include "base/Date.h"
 
 #include <chrono>
 

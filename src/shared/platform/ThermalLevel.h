@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Observable.h"
+#include "base/Observable.h"
 
 #include <functional>
 

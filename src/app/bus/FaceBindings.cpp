@@ -1,0 +1,55 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "bus/FaceBindings.h"
+
+namespace velmora::face {
+
+namespace {
+
+KeyedArchive::Value valueOf(const std::optional<ChargerReport>& report, std::string_view property)
+{
+    KeyedArchive archive = report.value_or(ChargerReport{}).archived();
+    archive.encode(wire::face::charger::isKnown, report.has_value());
+    const auto* value = archive.find(property);
+    return value ? *value : KeyedArchive::Value{};
+}
+
+} // namespace
+
+void serve(FaceObject& object, InstallationManager& manager)
+{
+    object.bind("isInstallationCompleted", manager.isInstallationCompleted);
+    object.bind("isInstalling", manager.isInstalling);
+    object.bind("installationProgress", manager.installationProgress);
+    object.bind("installationError", manager.installationError);
+    object.addOperation(wire::face::installation::install, [&manager] { manager.begin(); });
+    object.serve();
+}
+
+void serve(FaceObject& object, VersionNotice& notice)
+{
+    namespace wired = wire::face::notice;
+    object.bind("hasSeenMacOS264Banner", notice.hasSeenMacOS264Banner);
+    object.bind(wired::showMacOS264Banner, notice.showMacOS264Banner);
+    object.addOperation(wired::appeared, [&notice] { notice.appeared(); });
+    object.addOperation(wired::dismissed, [&notice] { notice.dismissed(); });
+    object.serve();
+}
+
+void serve(FaceObject& object, WidgetSettings& widget)
+{
+    object.bind("isPinned", widget.isPinned);
+    object.bind("isShownAtLogIn", widget.isShownAtLogIn);
+    object.bind("place", widget.place);
+    object.serve();
+}
+
+void serve(FaceObject& object, const ChargerSource& report)
+{
+    for (const auto& property : wire::face::charger::properties)
+        object.derive(property.name, [report, name = property.name] { return valueOf(report(), name); });
+    object.serve();
+}
+
+} // namespace velmora::face

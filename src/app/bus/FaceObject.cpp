@@ -1,0 +1,142 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "bus/FaceObject.h"
+
+#include <algorithm>
+
+namespace velmora {
+
+namespace {
+
+using wire::face::Access;
+using wire::face::News;
+using wire::face::Property;
+
+/// Messages that the bus has not taken yet; with more than these nobody is given a long list besides.
+constexpr std::uint64_t maximumUnsent = 16;
+
+/// The caller is of this user, as all on a session bus are; to ask the bus for it would be to wait for it.
+constexpr std::uint64_t anyone = SD_BUS_VTABLE_UNPRIVILEGED;
+
+} // namespace
+
+FaceObject::FaceObject(MainLoop& loop, sd_bus* bus, const wire::face::Face& face)
+    : loop_(loop), bus_(bus), face_(face), rows_(face.properties.size())
+{
+}
+
+std::size_t FaceObject::indexOf(std::string_view name) const
+{
+    const auto found = std::ranges::find(face_.properties, name, &Property::name);
+    return static_cast<std::size_t>(found - face_.properties.begin());
+}
+
+void FaceObject::derive(std::string_view name, const std::function<KeyedArchive::Value()>& value)
+{
+    Row& row = rows_.at(indexOf(name));
+    row.read = [value](sd_bus_message* reply) { face::append(reply, value()); };
+    row.hasChanged = [value, was = value()]() mutable {
+        auto is = value();
+        return std::exchange(was, is) != is;
+    };
+}
+
+void FaceObject::addOperation(const char* name, std::function<void()> operate)
+{
+    operations_.emplace_back(name, std::move(operate));
+}
+
+void FaceObject::serve()
+{
+    fillTable();
+    sd_bus_slot* slot = nullptr;
+    dbus::check(sd_bus_add_object_vtable(bus_, &slot, face_.path, face_.interface, table_.data(), this),
+                face_.interface);
+    object_.reset(slot);
+}
+
+template <std::uint64_t News>
+sd_bus_vtable FaceObject::entry(const Property& property)
+{
+    if (property.access == Access::read) return SD_BUS_PROPERTY(property.name, property.type, get, 0, News);
+    return SD_BUS_WRITABLE_PROPERTY(property.name, property.type, get, set, 0, News | anyone);
+}
+
+void FaceObject::fillTable()
+{
+    table_ = {SD_BUS_VTABLE_START(0)};
+    for (const auto& property : face_.properties) {
+        table_.push_back(property.news == News::value
+                             ? entry<SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE>(property)
+                             : entry<SD_BUS_VTABLE_PROPERTY_EMITS_INVALIDATION>(property));
+    }
+    for (const auto& [name, operation] : operations_) {
+        table_.push_back(
+            SD_BUS_METHOD(name, "", "", (dbus::serve<FaceObject, &FaceObject::operate>), anyone));
+    }
+    table_.push_back(SD_BUS_VTABLE_END);
+}
+
+int FaceObject::get(sd_bus* bus, const char*, const char*, const char* property, sd_bus_message* reply,
+                    void* self, sd_bus_error* error) noexcept
+try {
+    const auto& object = *static_cast<FaceObject*>(self);
+    const std::size_t index = object.indexOf(property);
+    std::uint64_t unsent = 0;
+    dbus::check(sd_bus_get_n_queued_write(bus, &unsent), "look at the queue");
+    if (object.face_.properties[index].news == News::invalidated && unsent > maximumUnsent)
+        return sd_bus_error_set(error, SD_BUS_ERROR_LIMITS_EXCEEDED, "asked too often");
+    object.rows_.at(index).read(reply);
+    return 0;
+} catch (const std::exception& failure) {
+    return sd_bus_error_set(error, SD_BUS_ERROR_FAILED, failure.what());
+}
+
+int FaceObject::set(sd_bus*, const char*, const char*, const char* property, sd_bus_message* value,
+                    void* self, sd_bus_error* error) noexcept
+try {
+    const auto& object = *static_cast<FaceObject*>(self);
+    const std::size_t index = object.indexOf(property);
+    const auto& declared = object.face_.properties[index];
+    object.rows_.at(index).write(value, declared);
+    if (const auto told = object.onSetting; told && declared.access == Access::setting) told();
+    return 0;
+} catch (const face::Refusal& refusal) {
+    return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, refusal.what());
+} catch (const std::exception& failure) {
+    return sd_bus_error_set(error, SD_BUS_ERROR_FAILED, failure.what());
+}
+
+int FaceObject::operate(sd_bus_message* call)
+{
+    const std::string_view member = sd_bus_message_get_member(call);
+    for (const auto& [name, operation] : operations_) {
+        if (member == name) operation();
+    }
+    return sd_bus_reply_method_return(call, nullptr);
+}
+
+void FaceObject::announceSoon()
+{
+    if (std::exchange(isAnnouncing_, true)) return;
+    loop_.post(lifetime_.guard([this] { announce(); }));
+}
+
+void FaceObject::announce()
+{
+    isAnnouncing_ = false;
+    std::vector<char*> names;
+    for (std::size_t index = 0; index < rows_.size(); ++index) {
+        Row& row = rows_[index];
+        if (row.hasChanged) row.isDirty = row.hasChanged();
+        if (std::exchange(row.isDirty, false))
+            names.push_back(const_cast<char*>(face_.properties[index].name));
+    }
+    if (names.empty()) return;
+    names.push_back(nullptr);
+    // A lost bus was told to whoever watches it.
+    sd_bus_emit_properties_changed_strv(bus_, face_.path, face_.interface, names.data());
+}
+
+} // namespace velmora

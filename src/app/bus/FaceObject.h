@@ -1,0 +1,104 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "base/Lifetime.h"
+#include "base/Observable.h"
+#include "bus/FaceValues.h"
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace velmora {
+
+/// One object of the face on the session bus: the properties that a table of the wire declares, each bound to
+/// an observable, and operations without arguments. What changed in one turn of the loop is announced once,
+/// at its end. A value of the wrong type, not finite or out of range is answered with an error and changes
+/// nothing.
+///
+/// Its owner binds every property, adds the operations, then serves it. Main thread only.
+class FaceObject {
+public:
+    /// Loop and bus must outlive the object; so must what `face` points to.
+    FaceObject(MainLoop& loop, sd_bus* bus, const wire::face::Face& face);
+    FaceObject(const FaceObject&) = delete;
+    FaceObject& operator=(const FaceObject&) = delete;
+
+    /// `observable` is the property of that name; it must outlive the object.
+    template <typename T>
+    void bind(std::string_view name, Observable<T>& observable);
+
+    /// A property that follows from others: looked at again whenever a bound one changes, and by
+    /// `derivedChanged`.
+    void derive(std::string_view name, const std::function<KeyedArchive::Value()>& value);
+    void derivedChanged() { announceSoon(); }
+
+    /// `operate` is called before the caller is answered.
+    void addOperation(const char* name, std::function<void()> operate);
+
+    /// Called after a property was written that the table calls a setting.
+    std::function<void()> onSetting;
+
+    /// Throws std::system_error where the bus takes no objects.
+    void serve();
+
+private:
+    /// How one property is read, written, and seen to change.
+    struct Row {
+        std::function<void(sd_bus_message* reply)> read{};
+        std::function<void(sd_bus_message* value, const wire::face::Property& declared)> write{};
+        std::function<bool()> hasChanged{}; ///< of a derived one
+        Subscription changes{};
+        bool isDirty = false;
+    };
+
+    std::size_t indexOf(std::string_view name) const;
+    template <std::uint64_t News>
+    static sd_bus_vtable entry(const wire::face::Property& property);
+    void fillTable();
+    void announceSoon();
+    void announce();
+
+    int operate(sd_bus_message* call);
+    static int get(sd_bus*, const char*, const char*, const char* property, sd_bus_message* reply, void* self,
+                   sd_bus_error* error) noexcept;
+    static int set(sd_bus*, const char*, const char*, const char* property, sd_bus_message* value, void* self,
+                   sd_bus_error* error) noexcept;
+
+    Lifetime lifetime_;
+    MainLoop& loop_;
+    sd_bus* bus_;
+    wire::face::Face face_;
+    std::vector<Row> rows_; ///< in the order of the properties; never grows
+    std::vector<std::pair<const char*, std::function<void()>>> operations_;
+    bool isAnnouncing_ = false; ///< at the end of this turn
+    std::vector<sd_bus_vtable> table_;
+    dbus::Slot object_;
+};
+
+template <typename T>
+void FaceObject::bind(std::string_view name, Observable<T>& observable)
+{
+    Row& row = rows_.at(indexOf(name));
+    row.read = [&observable](sd_bus_message* reply) { face::append(reply, observable.get()); };
+    if constexpr (face::Writable<T>) {
+        row.write = [&observable](sd_bus_message* value, const wire::face::Property& declared) {
+            T incoming{};
+            face::read(value, declared, incoming);
+            observable.set(std::move(incoming));
+        };
+    }
+    // An observable tells of every assignment, the bus is told of changes.
+    row.changes = observable.observe([this, &row, &observable](const T& incoming) {
+        if (incoming == observable.get()) return;
+        row.isDirty = true;
+        announceSoon();
+    });
+}
+
+} // namespace velmora

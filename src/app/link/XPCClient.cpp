@@ -1,0 +1,220 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "link/XPCClient.h"
+
+#include <system_error>
+
+namespace velmora {
+
+/// Waits for an answer; erased with it, so that nothing calls a client that is gone.
+struct XPCClient::PendingCall {
+    XPCClient& client;
+    ReplyHandler handler;
+    std::list<PendingCall>::iterator self{};
+    dbus::Slot slot{};
+
+    int answered(sd_bus_message* reply)
+    {
+        const auto told = std::move(handler);
+        client.calls_.erase(self); // `this` goes here, the client perhaps in the next line
+        if (!sd_bus_message_is_method_error(reply, nullptr)) told(reply);
+        return 0;
+    }
+};
+
+/// A history on its way out of its message, a slice a turn: a hundred thousand samples do not hold up the
+/// loop.
+struct XPCClient::HistoryReading {
+    static constexpr int slice = 500; // about a millisecond
+
+    std::shared_ptr<sd_bus_message> reply;
+    HistoryHandler completion;
+    Date now;
+    std::vector<HSHistorySnapshot> samples{};
+
+    bool readSlice() ///< whether that was all
+    {
+        for (int read = 0; read < slice; ++read) {
+            if (dbus::check(sd_bus_message_at_end(reply.get(), false), "read a history")) return true;
+            samples.emplace_back(dbus::readArchive(reply.get()), now);
+        }
+        return false;
+    }
+};
+
+XPCClient::XPCClient(EventLoop& loop, const Clock& clock, Log& log)
+    : loop_(loop), clock_(clock), log_(log), complaints_(log, "XPCClient")
+{
+    attempt("connect to the daemon", [&] { connect(loop); });
+    isDaemonMissing_ = !bus_;
+}
+
+XPCClient::~XPCClient() = default;
+
+void XPCClient::connect(const EventLoop& loop)
+{
+    bus_ = dbus::openSystemBus(loop);
+    matches_.push_back(
+        dbus::onDisconnected(bus_.get(), dbus::serve<XPCClient, &XPCClient::disconnected>, this));
+    followDaemon();
+}
+
+void XPCClient::followDaemon()
+{
+    const auto appeared = [this] {
+        const auto told = onDaemonAppeared;
+        charger_->fetch();
+        setDaemonMissing(false);
+        if (told) told();
+    };
+    const auto gone = [this] {
+        charger_->forget();
+        setDaemonMissing(true);
+    };
+    daemon_.emplace(bus_.get(), wire::serviceName, appeared, gone);
+    charger_.emplace(bus_.get(), *daemon_, complaints_);
+    charger_->onChange = [this] {
+        if (const auto told = onChargerChange) told();
+    };
+    const std::string rule = std::string("type='signal',sender='") + wire::serviceName + "',path='" +
+                             wire::objectPath + "',interface='" + wire::client_protocol::interface +
+                             "',member='" + wire::client_protocol::batteryStateDidChange.member() + "'";
+    matches_.push_back(dbus::match(bus_.get(), rule, dbus::serve<XPCClient, &XPCClient::statePushed>, this));
+}
+
+std::optional<ChargerReport> XPCClient::charger() const
+{
+    return charger_ ? charger_->report() : std::nullopt;
+}
+
+void XPCClient::setDaemonMissing(bool isMissing)
+{
+    isDaemonMissing_ = isMissing;
+    if (const auto told = onDaemonPresence) told();
+}
+
+dbus::Message XPCClient::newCall(const wire::Message& message) const
+{
+    const auto member = message.member();
+    sd_bus_message* made = nullptr;
+    dbus::check(sd_bus_message_new_method_call(bus_.get(), &made, wire::serviceName, wire::objectPath,
+                                               wire::daemon_protocol::interface, member.c_str()),
+                member.c_str());
+    dbus::Message call(made);
+    dbus::check(sd_bus_message_set_auto_start(call.get(), false), member.c_str());
+    return call;
+}
+
+void XPCClient::send(dbus::Message call, ReplyHandler handler)
+{
+    const auto pending = calls_.insert(calls_.end(), PendingCall{*this, std::move(handler)});
+    pending->self = pending;
+    sd_bus_slot* slot = nullptr;
+    const int result = sd_bus_call_async(bus_.get(), &slot, call.get(),
+                                         dbus::serve<PendingCall, &PendingCall::answered>, &*pending, 0);
+    if (result < 0)
+        calls_.erase(pending); // a lost bus was logged when it was lost
+    else
+        pending->slot.reset(slot);
+}
+
+template <typename Deed>
+void XPCClient::attempt(const std::string& deed, Deed&& act)
+try {
+    act();
+    complaints_.settle(deed);
+} catch (const std::system_error& failure) {
+    complaints_.raise(deed, "could not " + deed + ": " + failure.what());
+}
+
+bool XPCClient::isWellFormed(sd_bus_message* message, const char* what, const char* signature)
+{
+    if (sd_bus_message_has_signature(message, signature) > 0) {
+        complaints_.settle(what);
+        return true;
+    }
+    const char* actual = sd_bus_message_get_signature(message, true);
+    complaints_.raise(what, std::string("ignored ") + what + " of the daemon: its type is \"" +
+                                (actual ? actual : "") + "\" instead of \"" + signature + "\"");
+    return false;
+}
+
+std::optional<HSBatteryState> XPCClient::readState(sd_bus_message* message, const char* what)
+{
+    std::optional<HSBatteryState> state;
+    if (isWellFormed(message, what, wire::recordType))
+        attempt(std::string("read ") + what, [&] { state.emplace(dbus::readArchive(message)); });
+    return state;
+}
+
+void XPCClient::fetchCurrentState(StateHandler completion)
+{
+    if (!bus_) return;
+    attempt("ask for the state", [&] {
+        send(newCall(wire::daemon_protocol::getBatteryState), [this, completion](sd_bus_message* reply) {
+            if (const auto state = readState(reply, "a state")) completion(*state);
+        });
+    });
+}
+
+void XPCClient::fetchHistory(HistoryHandler completion)
+{
+    if (!bus_) return;
+    attempt("ask for the history", [&] {
+        send(newCall(wire::daemon_protocol::getAnalyticsHistory), [this, completion](sd_bus_message* reply) {
+            if (!isWellFormed(reply, "a history", wire::recordListType)) return;
+            dbus::check(sd_bus_message_enter_container(reply, 'a', wire::recordType), "read a history");
+            HistoryReading reading{dbus::keep(reply), completion, clock_.now()};
+            readOn(readings_.emplace_back(std::make_shared<HistoryReading>(std::move(reading))));
+        });
+    });
+}
+
+void XPCClient::readOn(const std::weak_ptr<HistoryReading>& weak)
+{
+    const auto reading = weak.lock();
+    if (!reading) return;
+    bool isWhole = false;
+    bool isBroken = true;
+    attempt("read a history", [&] {
+        isWhole = reading->readSlice();
+        isBroken = false;
+    });
+    if (!isWhole && !isBroken)
+        return loop_.post([this, weak] {
+            if (!weak.expired()) readOn(weak);
+        });
+    readings_.remove(reading);
+    if (isWhole) reading->completion(std::move(reading->samples));
+}
+
+void XPCClient::updateSettings(const ChargingSettings& settings)
+{
+    if (!bus_) return;
+    attempt("send the settings", [&] {
+        const auto call = newCall(wire::daemon_protocol::updateSettings);
+        dbus::check(sd_bus_message_set_expect_reply(call.get(), false), "one way");
+        dbus::append(call.get(), settings);
+        sd_bus_send(bus_.get(), call.get(), nullptr); // a lost bus was logged when it was lost
+    });
+}
+
+int XPCClient::statePushed(sd_bus_message* signal)
+{
+    if (!daemon_->sent(signal)) return 0;
+    const auto state = readState(signal, "a push");
+    if (const auto told = onStateChange; told && state) told(*state);
+    return 0;
+}
+
+int XPCClient::disconnected(sd_bus_message*)
+{
+    log_.warning("XPCClient",
+                 "the system bus hung up: the daemon is out of reach until Velmora starts again");
+    if (charger_) charger_->forget();
+    setDaemonMissing(true);
+    return 0;
+}
+
+} // namespace velmora

@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "base/EventLoop.h"
+#include "bus/DBus.h"
+#include "bus/NameOwner.h"
+#include "link/ChargerClient.h"
+#include "platform/Clock.h"
+#include "platform/Complaints.h"
+#include "wire/VelmoraProtocol.h"
+
+#include <functional>
+#include <list>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace velmora {
+
+/// The application's end of the wire: app.velmora.daemon on the system bus.
+///
+/// Never blocks and never fails loudly. Without a bus or a daemon a call is lost; its completion is dropped.
+/// A daemon that comes back is reached again, no call starts one. What the daemon says is not trusted further
+/// than its types go: records take defaults, an answer that is no record is none, with a log line a cause.
+///
+/// Main thread only; completions and handlers are called there, and may destroy the client.
+class XPCClient final : public DaemonClientProtocol {
+public:
+    /// `loop`, `clock` and `log` must outlive the client.
+    XPCClient(EventLoop& loop, const Clock& clock, Log& log);
+    ~XPCClient() override;
+    XPCClient(const XPCClient&) = delete;
+    XPCClient& operator=(const XPCClient&) = delete;
+
+    /// Called when the daemon's name gains an owner: one that was not there when the client began, or a new
+    /// one. What was asked of the one before may not have been answered.
+    std::function<void()> onDaemonAppeared;
+    /// Called when `isDaemonMissing` may have changed.
+    std::function<void()> onDaemonPresence;
+
+    /// Nobody owns the daemon's name, or there is no bus. False while that is not known yet.
+    bool isDaemonMissing() const { return isDaemonMissing_; }
+
+    /// What the daemon last told of the charger; nothing where there is none, or it has not told yet.
+    std::optional<ChargerReport> charger() const;
+    /// Called when the daemon has told something new; that it is gone, `onDaemonPresence` tells.
+    std::function<void()> onChargerChange;
+
+    void fetchCurrentState(StateHandler completion) override;
+    /// A long history is read over several turns of the loop.
+    void fetchHistory(HistoryHandler completion) override;
+    void updateSettings(const ChargingSettings& settings) override;
+
+private:
+    using ReplyHandler = std::function<void(sd_bus_message*)>;
+    struct PendingCall;
+    struct HistoryReading;
+
+    void connect(const EventLoop& loop);
+    void followDaemon();
+    void setDaemonMissing(bool isMissing);
+    dbus::Message newCall(const wire::Message& message) const;
+    void send(dbus::Message call, ReplyHandler handler);
+    template <typename Deed>
+    void attempt(const std::string& deed, Deed&& act);
+    bool isWellFormed(sd_bus_message* message, const char* what, const char* signature);
+    std::optional<HSBatteryState> readState(sd_bus_message* message, const char* what);
+    void readOn(const std::weak_ptr<HistoryReading>& reading);
+
+    int statePushed(sd_bus_message* signal);
+    int disconnected(sd_bus_message* signal);
+
+    EventLoop& loop_;
+    const Clock& clock_;
+    Log& log_;
+    Complaints complaints_;
+    dbus::Bus bus_;                   ///< null: there was no bus
+    std::optional<NameOwner> daemon_; ///< the only one whose pushes count
+    std::optional<ChargerClient> charger_;
+    bool isDaemonMissing_ = false;
+    std::list<dbus::Slot> matches_;
+    std::list<PendingCall> calls_;
+    std::list<std::shared_ptr<HistoryReading>> readings_;
+};
+
+} // namespace velmora

@@ -1,0 +1,124 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "tray/TrayIcon.h"
+
+#include "tray/StatusNotifierItem.h"
+#include "tray/TrayMenu.h"
+#include "tray/XEmbedIcon.h"
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace velmora {
+
+namespace {
+
+/// The folder with the themes that our icons were installed into, beside this program; empty where they are
+/// not.
+std::string installedIcons()
+{
+    std::error_code failure;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", failure);
+    const auto icons = program.parent_path().parent_path() / "share/icons";
+    const auto one = icons / "hicolor/scalable/status" / (trayIconName(0, false) + ".svg");
+    return std::filesystem::exists(one, failure) ? icons.string() : "";
+}
+
+} // namespace
+
+TrayIcon::TrayIcon(EventLoop& loop, sd_bus* session, Log& log, std::chrono::milliseconds patience)
+    : loop_(loop), complaints_(log, "TrayIcon"), patience_(patience)
+{
+    if (session) serveOn(session, log);
+    changed();
+}
+
+TrayIcon::~TrayIcon() = default;
+
+void TrayIcon::serveOn(sd_bus* session, Log& log)
+try {
+    menu_ = std::make_unique<TrayMenu>(session, std::vector<TrayMenu::Entry>{
+                                                    {"Open Velmora", [this] { tell(onOpenPanel); }},
+                                                    {"Launch Dashboard", [this] { tell(onLaunchDashboard); }},
+                                                    {nullptr, {}},
+                                                    {"Quit Velmora", [this] { tell(onQuit); }},
+                                                });
+    item_ = std::make_unique<StatusNotifierItem>(loop_, session, log, installedIcons());
+    item_->onChanged = [this] { changed(); };
+    item_->onActivate = [this](auto at) { tell(onActivate, at); };
+} catch (const std::system_error& failure) {
+    complaints_.raise("serve", std::string("cannot serve the tray icon: ") + failure.what());
+}
+
+bool TrayIcon::isShown() const
+{
+    return (item_ && item_->isShown()) || (embedded_ && embedded_->isDocked());
+}
+
+void TrayIcon::show(const TrayFace& face)
+{
+    if (std::exchange(face_, face) == face) return;
+    if (item_) item_->show(face_);
+    if (embedded_) embedded_->show(face_);
+}
+
+std::string TrayIcon::takeActivationToken()
+{
+    return item_ ? item_->takeActivationToken() : "";
+}
+
+void TrayIcon::changed()
+{
+    if (!isShown()) {
+        if (!next_) next_ = loop_.after(patience_, [this] { descend(); });
+        return;
+    }
+    next_.reset();
+    complaints_.settle("none");
+    // Not from here: it may be the embedded icon that called.
+    if (item_ && item_->isShown()) loop_.post(lifetime_.guard([this] { ascended(); }));
+}
+
+void TrayIcon::ascended()
+{
+    if (item_ && item_->isShown()) embedded_.reset();
+}
+
+void TrayIcon::descend()
+{
+    next_.reset();
+    if (!embedded_ && embed()) return changed(); // until it has docked
+    giveUp();
+    if (!embedded_ && retries_ > 0) tryAgainLater();
+}
+
+bool TrayIcon::embed()
+{
+    embedded_ = XEmbedIcon::open(loop_);
+    if (!embedded_) return false;
+    embedded_->show(face_);
+    embedded_->onChanged = [this] { changed(); };
+    embedded_->onActivate = [this](ScreenPoint at) { tell(onActivate, std::optional(at)); };
+    embedded_->onLost = [this] {
+        embedded_.reset();
+        retries_ = mostRetries;
+        changed();
+    };
+    return true;
+}
+
+void TrayIcon::giveUp()
+{
+    complaints_.raise("none", "no tray shows the icon: open Velmora from the list of applications");
+    tell(std::exchange(onNoHost, nullptr));
+}
+
+void TrayIcon::tryAgainLater()
+{
+    const int tried = mostRetries - retries_--;
+    next_ = loop_.after(patience_ * (2 << tried), [this] { descend(); });
+}
+
+} // namespace velmora

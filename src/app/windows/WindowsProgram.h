@@ -1,0 +1,76 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "base/EventLoop.h"
+#include "bus/DBus.h"
+#include "bus/NameOwner.h"
+#include "platform/Clock.h"
+#include "platform/Complaints.h"
+#include "platform/Log.h"
+#include "tray/ScreenPoint.h"
+
+#include <csignal>
+#include <deque>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <sys/types.h>
+
+namespace velmora {
+
+/// A window that somebody asked for.
+struct WindowRequest {
+    std::string window;              ///< of wire::windows
+    bool isToggle = false;           ///< closes the window where it is open
+    std::optional<ScreenPoint> at{}; ///< of the click; nothing where that is not known
+    std::string token{};             ///< the desktop's leave to take the focus; may be empty
+    bool takesFocus = true;          ///< otherwise a window that is open stays as it is
+};
+
+/// velmora-ui as seen from the resident program: started when a window is asked for, told of further ones
+/// while it runs, and never waited for. It ends with this. One that does not answer is ended and started anew
+/// at the next request. Main thread only.
+class WindowsProgram {
+public:
+    /// `bus` is null where there is no session bus: then there are no windows, and each request is a line in
+    /// the log. The others must outlive this.
+    WindowsProgram(EventLoop& loop, sd_bus* bus, const Clock& clock, Log& log, std::filesystem::path program);
+    ~WindowsProgram();
+    WindowsProgram(const WindowsProgram&) = delete;
+    WindowsProgram& operator=(const WindowsProgram&) = delete;
+
+    void request(WindowRequest request);
+
+private:
+    struct Child;
+
+    void start(const WindowRequest& request);
+    void tell(const WindowRequest& request);
+    void wait(WindowRequest request);
+    int answered(sd_bus_message* reply);
+    void startAnew();
+    void serveNext();
+    std::optional<WindowRequest> takeNext();
+    bool isOnItsWay(const std::string& window) const;
+    void refused(const WindowRequest& request, const sd_bus_error& error);
+    void appeared();
+    void ended(const siginfo_t& end);
+    bool isStuck() const;
+
+    EventLoop& loop_;
+    sd_bus* bus_;
+    const Clock& clock_;
+    Log& log_;
+    Complaints complaints_; ///< of what each click would meet again
+    std::filesystem::path program_;
+    std::optional<NameOwner> owner_;    ///< of the windows' name
+    std::unique_ptr<Child> child_;      ///< the one that this started, while it lives
+    std::optional<WindowRequest> told_; ///< not answered yet
+    std::deque<WindowRequest> waiting_; ///< one a window, until a program can be told
+    dbus::Slot call_;
+};
+
+} // namespace velmora

@@ -1,0 +1,138 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "charging/ChargePolicy.h"
+
+#include "wire/ChargerReport.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace velmora {
+
+namespace {
+
+/// Without a limit charging begins again a little below full, as chargers do by themselves: topping up from
+/// 99 % wears, and a start of 0 would keep some controllers from ever beginning.
+constexpr int startWithoutLimit = 95;
+/// Whatever the level, charging is to begin now.
+constexpr int startNow = 99;
+
+Thresholds band(double end, double hysteresis)
+{
+    const int whole = static_cast<int>(std::lround(std::clamp(end, 1.0, 100.0)));
+    // Some firmware refuses a start equal to the end.
+    const int start = std::clamp(static_cast<int>(std::lround(end - hysteresis)), 0, whole - 1);
+    return {start, whole};
+}
+
+std::string percent(int value)
+{
+    return std::to_string(value) + " %";
+}
+
+std::string holding(const char* who, const Thresholds& thresholds, ChargeControl control)
+{
+    std::string text = who + (": hold at " + percent(thresholds.end));
+    if (control == ChargeControl::thresholds) text += ", charge again below " + percent(*thresholds.start);
+    return text + ".";
+}
+
+} // namespace
+
+std::string_view name(ChargeControl control)
+{
+    switch (control) {
+    case ChargeControl::thresholds:
+        return ChargerReport::Control::thresholds;
+    case ChargeControl::endThreshold:
+        return ChargerReport::Control::endThreshold;
+    case ChargeControl::none:
+        break;
+    }
+    return ChargerReport::Control::none;
+}
+
+std::string_view rawValue(ManualCharging::Wish wish)
+{
+    switch (wish) {
+    case ManualCharging::Wish::paused:
+        return "paused";
+    case ManualCharging::Wish::resumed:
+        return "resumed";
+    case ManualCharging::Wish::asSet:
+        break;
+    }
+    return "as set";
+}
+
+std::optional<ManualCharging::Wish> manualWishFromRawValue(std::string_view text)
+{
+    using Wish = ManualCharging::Wish;
+    for (const auto wish : {Wish::asSet, Wish::paused, Wish::resumed}) {
+        if (text == rawValue(wish)) return wish;
+    }
+    return std::nullopt;
+}
+
+std::string_view name(ChargeMode mode)
+{
+    switch (mode) {
+    case ChargeMode::quickCharge:
+        return ChargerReport::Mode::quickCharge;
+    case ChargeMode::storage:
+        return ChargerReport::Mode::storage;
+    case ChargeMode::autoProtect:
+        return ChargerReport::Mode::autoProtect;
+    case ChargeMode::paused:
+        return ChargerReport::Mode::paused;
+    case ChargeMode::resumed:
+        return ChargerReport::Mode::resumed;
+    case ChargeMode::off:
+        break;
+    }
+    return ChargerReport::Mode::off;
+}
+
+ChargeDecision decideCharging(const ChargingSettings& settings, bool isQuickCharging,
+                              const ManualCharging& manual, ChargeControl control)
+{
+    ChargeDecision decision;
+    Thresholds wanted{startWithoutLimit, 100};
+    if (manual.wish == ManualCharging::Wish::paused) {
+        decision.mode = ChargeMode::paused;
+        wanted = {0, std::clamp(manual.pausedAt, 1, 100)};
+        decision.reason = "Paused by hand until the next plug or changed setting.";
+    } else if (manual.wish == ManualCharging::Wish::resumed) {
+        decision.mode = ChargeMode::resumed;
+        wanted.start = startNow;
+        decision.reason = "Resumed by hand until the next plug or changed setting.";
+    } else if (isQuickCharging) {
+        decision.mode = ChargeMode::quickCharge;
+        wanted.start = startNow;
+        decision.reason = "Quick charge: charge to 100 % once.";
+    } else if (settings.isStorageModeEnabled) {
+        decision.mode = ChargeMode::storage;
+        wanted = band(storageLevel, settings.customHysteresis);
+        decision.reason = holding("Storage mode", wanted, control);
+    } else if (settings.isAppleRecommendedMode) {
+        decision.mode = ChargeMode::autoProtect;
+        wanted = band(settings.customChargeLimit, settings.customHysteresis);
+        decision.reason = holding("Auto-Protect", wanted, control);
+    } else {
+        decision.reason = "Nothing limits charging.";
+    }
+    if (control == ChargeControl::endThreshold) wanted.start.reset();
+    if (control != ChargeControl::none) decision.thresholds = wanted;
+    return decision;
+}
+
+bool isChargingAllowed(const std::optional<Thresholds>& inForce, const ChargeReading& reading)
+{
+    if (!inForce || inForce->end >= 100) return true;
+    if (reading.lowestLevel() >= inForce->end) return false;
+    const bool insideBand = inForce->start && reading.lowestLevel() >= *inForce->start;
+    return !insideBand || reading.isCharging;
+}
+
+} // namespace velmora

@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "wire/VelmoraProtocol.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+/// The battery as the policy needs it.
+struct ChargeReading {
+    double percentage = 0;
+    bool isCharging = false;
+    bool isFull = false;                   ///< the battery itself says so
+    bool hasExternalPower = true;          ///< mains, dock or USB; true on a desktop
+    std::optional<double> chargingPower{}; ///< watts, negative while the battery gives; absent if not known
+    std::optional<double> emptiest{};      ///< percent, of the emptiest where there are several batteries
+
+    /// The level that decides whether anything charges below a limit.
+    double lowestLevel() const { return emptiest.value_or(percentage); }
+
+    /// Whether power goes into the battery. Some firmware says "Charging" at a rate of zero while it holds.
+    bool takesPower() const { return isCharging && chargingPower.value_or(1) > 0; }
+};
+
+/// What a charger lets itself be told.
+enum class ChargeControl : std::uint8_t { none, endThreshold, thresholds };
+std::string_view name(ChargeControl control);
+
+/// What a person asked for by hand with the charging toggle, until the next plug or changed setting.
+struct ManualCharging {
+    enum class Wish : std::uint8_t { asSet, paused, resumed };
+    Wish wish = Wish::asSet;
+    int pausedAt = 0; ///< percent, the level at which a pause began
+
+    friend bool operator==(const ManualCharging&, const ManualCharging&) = default;
+};
+
+/// "as set", "paused" or "resumed".
+std::string_view rawValue(ManualCharging::Wish wish);
+std::optional<ManualCharging::Wish> manualWishFromRawValue(std::string_view text);
+
+enum class ChargeMode : std::uint8_t { off, autoProtect, storage, quickCharge, paused, resumed };
+std::string_view name(ChargeMode mode);
+
+/// Start and end of charging, in whole percent: charging begins below `start` and stops at `end`.
+struct Thresholds {
+    std::optional<int> start{}; ///< absent where the charger has none
+    int end = 100;
+
+    friend bool operator==(const Thresholds&, const Thresholds&) = default;
+};
+
+struct ChargeDecision {
+    ChargeMode mode = ChargeMode::off;
+    std::optional<Thresholds> thresholds{}; ///< absent where the charger cannot be told
+    std::string reason;                     ///< a sentence
+
+    friend bool operator==(const ChargeDecision&, const ChargeDecision&) = default;
+};
+
+/// What the charger is to hold. The toggle beats quick charge, which beats storage mode, which beats
+/// Auto-Protect, which beats nothing.
+///
+/// Hysteresis is the start threshold where the charger has one. An end threshold alone leaves resuming to the
+/// firmware: moving the end up and down would drain on some controllers and wear all of them.
+ChargeDecision decideCharging(const ChargingSettings& settings, bool isQuickCharging,
+                              const ManualCharging& manual, ChargeControl control);
+
+/// Whether a charger that holds `inForce` lets the battery charge at this level. Between start and end it
+/// goes on with what it did, which is what the reading shows.
+bool isChargingAllowed(const std::optional<Thresholds>& inForce, const ChargeReading& reading);
+
+/// The storage level, percent.
+inline constexpr double storageLevel = 50;
+
+} // namespace velmora

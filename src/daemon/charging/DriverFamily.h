@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "charging/ChargePolicy.h"
+
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace velmora {
+
+/// What one kernel driver makes of charge thresholds. This table is the one place that names drivers: the
+/// next one is a row here and a row in its test.
+struct DriverFamily {
+    std::string_view name;
+    /// The kernel module whose folder under /sys/module tells that it is loaded; or the supply's name.
+    std::string_view module;
+    std::string_view supply{};
+
+    int lowestStart = 0;
+    int highestStart = 99;
+    int lowestEnd = 1;
+    /// Smallest distance from start to end that it keeps.
+    int gap = 1;
+    /// The end values that it takes, ascending; empty: any.
+    std::span<const int> ends{};
+    /// The start follows the end and is not written.
+    bool startFollows = false;
+
+    /// The nearest that it takes: no end above the wanted one where there is a choice.
+    Thresholds fitted(Thresholds wanted) const;
+};
+
+/// The family of the battery `supply` on the tree at `root`; the plain rules of the kernel's class where none
+/// is recognised. Never fails.
+const DriverFamily& driverFamily(const std::filesystem::path& root, std::string_view supply);
+
+/// All rows, the plain one last.
+std::span<const DriverFamily> driverFamilies();
+
+} // namespace velmora

@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "charging/ChargePolicy.h"
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace velmora {
+
+/// One charge to 100 %. Asking is an edge: after it has ended by itself it is spent, and asking again means
+/// nothing until somebody has taken the request back. Clients repeat the flag with every message they send
+/// and never learn that it was fulfilled; without this it would begin anew with each of them.
+///
+/// It ends when the battery is full, which is when its status says Full, or when at 99 % and more no power
+/// has gone in for two minutes; and when the machine has been unplugged for over a minute. A status of Full
+/// far below 100 % is what some firmware says while it holds a limit, so it too has to last two minutes
+/// before it is believed.
+class QuickCharge {
+public:
+    enum class State : std::uint8_t { off, active, spent };
+    using Time = std::chrono::milliseconds; ///< since boot
+
+    explicit QuickCharge(State state = State::off) : state_(state) {}
+
+    State state() const { return state_; }
+    bool isActive() const { return state_ == State::active; }
+
+    /// A client asks for it or takes it back. Returns whether that changed the state.
+    bool ask(bool wanted);
+
+    /// Takes a reading in; returns why it has ended, if it has with this one.
+    std::optional<std::string_view> observe(const ChargeReading& reading, Time now);
+
+    /// When a reading without change would end it; absent if none would.
+    std::optional<Time> due() const;
+
+private:
+    State state_;
+    std::optional<Time> fullSince_;
+    std::optional<Time> unpluggedSince_;
+};
+
+std::string_view rawValue(QuickCharge::State state);
+std::optional<QuickCharge::State> quickChargeStateFromRawValue(std::string_view text);
+
+} // namespace velmora

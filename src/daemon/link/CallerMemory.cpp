@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "link/CallerMemory.h"
+
+#include <algorithm>
+
+namespace velmora {
+
+namespace {
+/// More connections at once than the system bus grants a user.
+constexpr std::size_t mostCallers = 512;
+} // namespace
+
+CallerMemory::Words& CallerMemory::of(std::string_view caller)
+{
+    const auto found = std::ranges::find(callers_, caller, &std::pair<std::string, Words>::first);
+    if (found != callers_.end()) return found->second;
+    if (callers_.size() >= mostCallers) callers_.erase(callers_.begin());
+    return callers_.emplace_back(std::string(caller), Words{}).second;
+}
+
+void CallerMemory::forget(std::string_view caller)
+{
+    std::erase_if(callers_, [caller](const auto& one) { return one.first == caller; });
+}
+
+std::vector<std::pair<std::string, ChargingSettings>> CallerMemory::accepted() const
+{
+    std::vector<std::pair<std::string, ChargingSettings>> result;
+    for (const auto& [caller, words] : callers_) {
+        if (words.accepted) result.emplace_back(caller, *words.accepted);
+    }
+    return result;
+}
+
+ChargingSettings merged(const ChargingSettings& current, const std::optional<ChargingSettings>& last,
+                        const ChargingSettings& message)
+{
+    if (!last) return message;
+    ChargingSettings result = current;
+    const auto take = [&](auto field) {
+        if (message.*field != (*last).*field) result.*field = message.*field;
+    };
+    take(&ChargingSettings::isAppleRecommendedMode);
+    take(&ChargingSettings::isTemporaryOverride);
+    take(&ChargingSettings::isStorageModeEnabled);
+    take(&ChargingSettings::customChargeLimit);
+    take(&ChargingSettings::customHysteresis);
+    take(&ChargingSettings::notifyOnLimit);
+    take(&ChargingSettings::notifyOnHeat);
+    take(&ChargingSettings::notifyOnCycle);
+    take(&ChargingSettings::notifyOnPowerChange);
+    take(&ChargingSettings::lowBatteryLimit);
+    return result;
+}
+
+} // namespace velmora

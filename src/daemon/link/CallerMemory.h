@@ -1,0 +1,43 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "wire/VelmoraProtocol.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace velmora {
+
+/// What each client said last. A client sends all its settings whenever anything changes, a pushed state
+/// included, and never reads some of them back: only the fields in which a message differs from that client's
+/// last one are its wish. Without this two clients would flip each other's settings for ever.
+class CallerMemory {
+public:
+    struct Words {
+        std::optional<ChargingSettings> accepted{};
+        std::optional<ChargingSettings> refused{};
+    };
+
+    /// What `caller` said last; nothing for one that was not heard yet. Valid until the next call of `of`.
+    Words& of(std::string_view caller);
+    void forget(std::string_view caller);
+
+    /// The last accepted message of each, oldest caller first: what has to outlive a restart of the daemon,
+    /// since the clients and their names on the bus do.
+    std::vector<std::pair<std::string, ChargingSettings>> accepted() const;
+
+private:
+    std::vector<std::pair<std::string, Words>> callers_; // a handful; oldest first
+};
+
+/// `current`, with the fields in which `message` differs from `last` taken from `message`; all of them where
+/// there is no last message.
+ChargingSettings merged(const ChargingSettings& current, const std::optional<ChargingSettings>& last,
+                        const ChargingSettings& message);
+
+} // namespace velmora

@@ -1,0 +1,314 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "link/DaemonObject.h"
+
+#include "link/Introspection.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <system_error>
+#include <utility>
+
+namespace velmora {
+
+namespace {
+
+template <int (DaemonObject::*Method)(sd_bus_message*)>
+constexpr sd_bus_message_handler_t served = dbus::serve<DaemonObject, Method>;
+
+sd_bus_vtable tableStart()
+{
+    return SD_BUS_VTABLE_START(0);
+}
+
+sd_bus_vtable tableEnd()
+{
+    return SD_BUS_VTABLE_END;
+}
+
+constexpr auto loginName = "org.freedesktop.login1";
+
+/// Throws std::system_error unless the bus's answer to RequestName is that the name is ours.
+void checkOwned(sd_bus_message* reply)
+{
+    constexpr auto what = "cannot own the service name";
+    dbus::check(-sd_bus_message_get_errno(reply), what);
+    std::uint32_t outcome = 0;
+    dbus::check(sd_bus_message_read(reply, "u", &outcome), what);
+    constexpr std::uint32_t isOwner = 1, wasOwner = 4; // the other two mean that somebody else is
+    if (outcome != isOwner && outcome != wasOwner) dbus::check(-EEXIST, what);
+}
+
+std::string phrase(const std::system_error& failure)
+{
+    switch (failure.code().value()) {
+    case EEXIST:
+        return std::string("another program owns ") + wire::serviceName;
+    case EACCES:
+    case EPERM:
+        return std::string("the bus does not let this user own ") + wire::serviceName;
+    default:
+        return failure.what();
+    }
+}
+
+} // namespace
+
+DaemonObject::DaemonObject(const EventLoop& loop, DaemonService& service, Log& log)
+    : service_(service),
+      log_(log),
+      complaints_(log, "DaemonObject"),
+      announced_(service.charger().archived()),
+      methods_(methodTable()),
+      properties_(chargerTable()),
+      bus_(dbus::openSystemBus(loop)),
+      callers_(bus_.get(), log, [this](const std::string& name) { service_.callerLeft(name); })
+{
+    slots_.push_back(dbus::onDisconnected(bus_.get(), served<&DaemonObject::disconnected>, this));
+    sd_bus_slot* request = nullptr;
+    dbus::check(sd_bus_request_name_async(bus_.get(), &request, wire::serviceName, 0,
+                                          served<&DaemonObject::nameAnswered>, this),
+                "cannot own the service name");
+    slots_.emplace_back(request);
+}
+
+int DaemonObject::nameAnswered(sd_bus_message* reply)
+try {
+    checkOwned(reply);
+    takeUp();
+    if (const auto told = onOwned) told();
+    return 0;
+} catch (const std::system_error& failure) {
+    if (const auto told = onRefused) told(phrase(failure));
+    return 0;
+}
+
+/// What is sent to the name comes after the answer that it is ours, and so finds all this.
+void DaemonObject::takeUp()
+{
+    serveInterface(wire::daemon_protocol::interface, methods_);
+    serveInterface(ChargerReport::interface, properties_);
+    sd_bus_slot* description = nullptr; // beside the tables, which cannot carry our annotations
+    dbus::check(sd_bus_add_object(bus_.get(), &description, wire::objectPath,
+                                  served<&DaemonObject::introspect>, this),
+                "sd_bus_add_object");
+    slots_.emplace_back(description);
+    login_.emplace(bus_.get(), loginName);
+    slots_.push_back(dbus::match(bus_.get(),
+                                 std::string("type='signal',sender='") + loginName +
+                                     "',path='/org/freedesktop/login1',"
+                                     "interface='org.freedesktop.login1.Manager',member='PrepareForSleep'",
+                                 served<&DaemonObject::sleepChanged>, this));
+}
+
+void DaemonObject::serveInterface(const char* interface, const std::vector<sd_bus_vtable>& table)
+{
+    sd_bus_slot* slot = nullptr;
+    dbus::check(sd_bus_add_object_vtable(bus_.get(), &slot, wire::objectPath, interface, table.data(), this),
+                interface);
+    slots_.emplace_back(slot);
+}
+
+const char* DaemonObject::keep(std::string text)
+{
+    return texts_.emplace_back(std::move(text)).c_str();
+}
+
+std::vector<sd_bus_vtable> DaemonObject::methodTable()
+{
+    const std::pair<const wire::Message&, sd_bus_message_handler_t> handlers[] = {
+        {wire::daemon_protocol::getBatteryState, served<&DaemonObject::getBatteryState>},
+        {wire::daemon_protocol::getAnalyticsHistory, served<&DaemonObject::getAnalyticsHistory>},
+        {wire::daemon_protocol::updateSettings, served<&DaemonObject::updateSettings>},
+        {wire::daemon_protocol::toggleCharging, served<&DaemonObject::toggleCharging>},
+    };
+    std::vector table{tableStart()};
+    for (const auto& [message, handler] : handlers)
+        table.push_back(SD_BUS_METHOD(
+            keep(message.member()), keep(wire::Message::signature(message.arguments)),
+            keep(wire::Message::signature(message.reply)), handler, SD_BUS_VTABLE_UNPRIVILEGED));
+    table.push_back(tableEnd());
+    return table;
+}
+
+std::vector<sd_bus_vtable> DaemonObject::chargerTable()
+{
+    std::vector table{tableStart()};
+    for (const auto& [name, value] : announced_.values())
+        table.push_back(SD_BUS_PROPERTY(keep(name), keep({dbus::typeOf(value)}), chargerProperty, 0,
+                                        SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE));
+    table.push_back(tableEnd());
+    return table;
+}
+
+template <typename Deed>
+void DaemonObject::attempt(const char* deed, Deed&& act)
+try {
+    act();
+} catch (const std::system_error& failure) {
+    complaints_.raise(deed, std::string("could not ") + deed + ": " + failure.what());
+}
+
+void DaemonObject::serve()
+{
+    isServing_ = true;
+    for (const auto& call : std::exchange(waiting_, {}))
+        attempt("answer with the state", [&] { answerState(call.get()); });
+}
+
+int DaemonObject::getBatteryState(sd_bus_message* call)
+{
+    if (isServing_ || waiting_.size() >= maximumWaiting) return answerState(call);
+    waiting_.push_back(dbus::keep(call));
+    return 1;
+}
+
+int DaemonObject::answerState(sd_bus_message* call)
+{
+    const auto reply = dbus::replyTo(call);
+    dbus::append(reply.get(), service_.batteryState().archived());
+    return dbus::send(reply);
+}
+
+int DaemonObject::getAnalyticsHistory(sd_bus_message* call)
+{
+    callers_.identify(call, [this, kept = dbus::keep(call)](const Caller& caller) {
+        attempt("answer with the history", [&] { answerHistory(kept.get(), caller.uid); });
+    });
+    return 1;
+}
+
+/// A hundred kilobytes for a call of a hundred bytes, that a client need not even read.
+void DaemonObject::answerHistory(sd_bus_message* call, uid_t user)
+{
+    std::uint64_t unsent = 0;
+    dbus::check(sd_bus_get_n_queued_write(bus_.get(), &unsent), "look at the queue");
+    if (unsent > maximumUnsent || !histories_.spend(user, std::chrono::steady_clock::now())) {
+        sd_bus_reply_method_errorf(call, SD_BUS_ERROR_LIMITS_EXCEEDED, "asked too often");
+        return;
+    }
+    const auto reply = dbus::replyTo(call);
+    dbus::check(sd_bus_message_open_container(reply.get(), 'a', wire::recordType), "open a history");
+    for (const auto& sample : service_.analyticsHistory()) dbus::append(reply.get(), sample.archived());
+    dbus::check(sd_bus_message_close_container(reply.get()), "close a history");
+    dbus::send(reply);
+}
+
+/// One way, yet whoever waits for an answer is told that the settings have been looked at.
+int DaemonObject::updateSettings(sd_bus_message* call)
+{
+    callers_.identify(
+        call, [this, kept = dbus::keep(call), settings = dbus::readSettings(call)](const Caller& caller) {
+            service_.updateSettings(caller, settings);
+            sd_bus_reply_method_return(kept.get(), nullptr);
+        });
+    return 1;
+}
+
+int DaemonObject::toggleCharging(sd_bus_message* call)
+{
+    const auto reply = [kept = dbus::keep(call)](std::optional<bool> isAllowed) {
+        if (isAllowed)
+            sd_bus_reply_method_return(kept.get(), "b", *isAllowed);
+        else
+            sd_bus_reply_method_errorf(kept.get(), SD_BUS_ERROR_ACCESS_DENIED, "not authorised to do this");
+    };
+    callers_.identify(call, [this, reply](const Caller& caller) { service_.toggleCharging(caller, reply); });
+    return 1;
+}
+
+int DaemonObject::introspect(sd_bus_message* call)
+{
+    if (sd_bus_message_is_method_call(call, "org.freedesktop.DBus.Introspectable", "Introspect") <= 0)
+        return 0;
+    return sd_bus_reply_method_return(call, "s", daemonIntrospection(announced_).c_str());
+}
+
+int DaemonObject::chargerProperty(sd_bus*, const char*, const char*, const char* property,
+                                  sd_bus_message* reply, void* self, sd_bus_error* error) noexcept
+try {
+    const KeyedArchive report = static_cast<DaemonObject*>(self)->service_.charger().archived();
+    const auto* value = report.find(property);
+    if (!value) return sd_bus_error_set(error, SD_BUS_ERROR_UNKNOWN_PROPERTY, property);
+    dbus::append(reply, *value);
+    return 0;
+} catch (const std::exception& failure) {
+    return sd_bus_error_set(error, SD_BUS_ERROR_FAILED, failure.what());
+}
+
+std::string DaemonObject::busId() const
+{
+    sd_id128_t id{};
+    dbus::check(sd_bus_get_bus_id(bus_.get(), &id), "sd_bus_get_bus_id");
+    std::array<char, SD_ID128_STRING_MAX> text{};
+    return sd_id128_to_string(id, text.data());
+}
+
+int DaemonObject::sleepChanged(sd_bus_message* signal)
+{
+    if (!login_->sent(signal)) return 0;
+    int isGoingToSleep = 1;
+    if (sd_bus_message_read(signal, "b", &isGoingToSleep) < 0 || isGoingToSleep) return 0;
+    if (const auto told = onResumed) told();
+    return 0;
+}
+
+int DaemonObject::disconnected(sd_bus_message*)
+{
+    log_.error("DaemonObject", "the system bus hung up: no client can reach this daemon any more");
+    if (const auto told = onBusLost) told();
+    return 0;
+}
+
+dbus::Message DaemonObject::signal(const char* interface, const char* member) const
+{
+    sd_bus_message* made = nullptr;
+    dbus::check(sd_bus_message_new_signal(bus_.get(), &made, wire::objectPath, interface, member), member);
+    return dbus::Message(made);
+}
+
+dbus::Message DaemonObject::stateSignal(const HSBatteryState& state) const
+{
+    auto push = signal(wire::client_protocol::interface,
+                       wire::client_protocol::batteryStateDidChange.member().c_str());
+    dbus::append(push.get(), state.archived());
+    return push;
+}
+
+void DaemonObject::push(const HSBatteryState& state)
+{
+    attempt("push the state", [&] { dbus::send(stateSignal(state)); });
+}
+
+void DaemonObject::pushTo(const std::string& busName, const HSBatteryState& state)
+{
+    attempt("push the state to one client", [&] {
+        const auto push = stateSignal(state);
+        dbus::check(sd_bus_message_set_destination(push.get(), busName.c_str()), "address");
+        dbus::send(push);
+    });
+}
+
+void DaemonObject::chargerChanged(const ChargerReport& report)
+{
+    KeyedArchive current = report.archived();
+    KeyedArchive changes;
+    for (const auto& [name, value] : current.values()) {
+        const auto* before = announced_.find(name);
+        if (!before || *before != value) changes.encode(name, value);
+    }
+    announced_ = std::move(current);
+    if (changes.values().empty()) return;
+    attempt("announce the charger", [&] {
+        const auto news = signal("org.freedesktop.DBus.Properties", "PropertiesChanged");
+        dbus::check(sd_bus_message_append(news.get(), "s", ChargerReport::interface), "append");
+        dbus::append(news.get(), changes);
+        dbus::check(sd_bus_message_append(news.get(), "as", 0), "append");
+        dbus::send(news);
+    });
+}
+
+} // namespace velmora

@@ -1,0 +1,114 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "link/Introspection.h"
+
+#include "bus/DBus.h"
+#include "wire/ChargerReport.h"
+#include "wire/VelmoraProtocol.h"
+
+namespace velmora {
+
+namespace {
+
+constexpr auto documentType =
+    "<!DOCTYPE node PUBLIC \"-//freedesktop//DTD D-BUS Object Introspection 1.0//EN\"\n"
+    " \"http://www.freedesktop.org/standards/dbus/1.0/introspect.dtd\">\n";
+
+constexpr auto standardInterfaces = R"( <interface name="org.freedesktop.DBus.Peer">
+  <method name="Ping"/>
+  <method name="GetMachineId">
+   <arg name="machine_uuid" type="s" direction="out"/>
+  </method>
+ </interface>
+ <interface name="org.freedesktop.DBus.Introspectable">
+  <method name="Introspect">
+   <arg name="xml_data" type="s" direction="out"/>
+  </method>
+ </interface>
+ <interface name="org.freedesktop.DBus.Properties">
+  <method name="Get">
+   <arg name="interface_name" type="s" direction="in"/>
+   <arg name="property_name" type="s" direction="in"/>
+   <arg name="value" type="v" direction="out"/>
+  </method>
+  <method name="GetAll">
+   <arg name="interface_name" type="s" direction="in"/>
+   <arg name="properties" type="a{sv}" direction="out"/>
+  </method>
+  <method name="Set">
+   <arg name="interface_name" type="s" direction="in"/>
+   <arg name="property_name" type="s" direction="in"/>
+   <arg name="value" type="v" direction="in"/>
+  </method>
+  <signal name="PropertiesChanged">
+   <arg name="interface_name" type="s"/>
+   <arg name="changed_properties" type="a{sv}"/>
+   <arg name="invalidated_properties" type="as"/>
+  </signal>
+ </interface>
+)";
+
+std::string attribute(const char* name, const std::string& value)
+{
+    return std::string(" ") + name + "=\"" + value + "\""; // our own names: nothing in them needs escaping
+}
+
+std::string interface(const char* name, const std::string& members)
+{
+    return " <interface" + attribute("name", name) + ">\n" + members + " </interface>\n";
+}
+
+std::string annotation(const char* name, const std::string& value)
+{
+    return "   <annotation" + attribute("name", name) + attribute("value", value) + "/>\n";
+}
+
+std::string arguments(std::span<const wire::Argument> list, const std::string& direction)
+{
+    std::string xml;
+    for (const auto& [name, type] : list)
+        xml += "   <arg" + attribute("name", name) + attribute("type", type) + direction + "/>\n";
+    return xml;
+}
+
+std::string method(const wire::Message& message)
+{
+    std::string xml = "  <method" + attribute("name", message.member()) + ">\n";
+    xml += arguments(message.arguments, attribute("direction", "in"));
+    xml += arguments(message.reply, attribute("direction", "out"));
+    xml += annotation("app.velmora.Selector", message.selector);
+    if (message.reply.empty()) xml += annotation("org.freedesktop.DBus.Method.NoReply", "true");
+    return xml + "  </method>\n";
+}
+
+std::string signal(const wire::Message& message)
+{
+    return "  <signal" + attribute("name", message.member()) + ">\n" + arguments(message.arguments, "") +
+           annotation("app.velmora.Selector", message.selector) + "  </signal>\n";
+}
+
+std::string properties(const KeyedArchive& archive)
+{
+    std::string xml;
+    for (const auto& [name, value] : archive.values())
+        xml += "  <property" + attribute("name", name) + attribute("type", {dbus::typeOf(value)}) +
+               attribute("access", "read") + ">\n" +
+               annotation("org.freedesktop.DBus.Property.EmitsChangedSignal", "true") + "  </property>\n";
+    return xml;
+}
+
+} // namespace
+
+std::string daemonIntrospection(const KeyedArchive& charger)
+{
+    using namespace wire;
+    std::string methods;
+    for (const auto* message : daemon_protocol::messages) methods += method(*message);
+    return std::string(documentType) + "<node>\n" + standardInterfaces +
+           interface(daemon_protocol::interface, methods) +
+           interface(client_protocol::interface, signal(client_protocol::batteryStateDidChange)) +
+           interface(ChargerReport::interface, properties(charger)) + "</node>\n";
+}
+
+} // namespace velmora

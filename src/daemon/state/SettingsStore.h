@@ -1,0 +1,77 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "base/StateFile.h"
+#include "charging/QuickCharge.h"
+#include "state/Newest.h"
+#include "wire/VelmoraProtocol.h"
+
+#include <atomic>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace velmora {
+
+/// What the daemon keeps over restarts, the history aside.
+struct DaemonState {
+    ChargingSettings settings{};
+    QuickCharge::State quickCharge = QuickCharge::State::off;
+    /// The charger's own limit was looked at once, or a client has set one since.
+    bool hasMetCharger = false;
+    ManualCharging manual{};
+
+    /// The last message of each client, and the bus on which their names mean something.
+    std::string busId{};
+    std::vector<std::pair<std::string, ChargingSettings>> callers{};
+
+    friend bool operator==(const DaemonState&, const DaemonState&) = default;
+};
+
+/// Why settings cannot be taken: a limit outside 20 to 100 %, a hysteresis outside 0 to 20 points, a number
+/// that is not finite. Nothing for good ones. A low-battery level out of range is no reason: see
+/// `withLowBatteryClamped`.
+std::optional<std::string> problemWith(const ChargingSettings& settings);
+
+/// `settings` with the low-battery level brought within 0 to 100 %.
+ChargingSettings withLowBatteryClamped(ChargingSettings settings);
+
+/// settings.json in the state directory.
+class SettingsStore {
+public:
+    SettingsStore(std::filesystem::path path, const Clock& clock, Log& log)
+        : file_(std::move(path), clock, log)
+    {
+    }
+
+    /// Whether the last save failed: what was to be saved is in memory alone. Any thread.
+    bool hasFailed() const { return hasFailed_; }
+
+    /// Defaults where there is no file. A file that is not this program's, torn, or holds a value that cannot
+    /// be is set aside, and what in it is good is taken.
+    DaemonState load();
+    bool save(const DaemonState& state);
+
+    /// Leaves `state` for a worker to save, in place of one that still waits: a disk slower than the clients
+    /// makes no queue. Whether `saveNewest` has to be called for it. Any thread, as the next one.
+    bool leave(const DaemonState& state) { return waiting_.leave(state); }
+    void saveNewest()
+    {
+        if (const auto state = waiting_.take()) save(*state);
+    }
+
+private:
+    StateFile file_;
+    Newest<DaemonState> waiting_;
+    std::atomic<bool> hasFailed_ = false;
+};
+
+/// The file's form, and back; the second of the pair says what was wrong, empty for nothing.
+std::string encodeState(const DaemonState& state);
+std::pair<DaemonState, std::string> decodeState(std::string_view bytes);
+
+} // namespace velmora

@@ -1,0 +1,18 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "base/Heap.h"
+
+#include <malloc.h>
+
+namespace velmora {
+
+void keepHeapSmall()
+{
+    // Fixed: by itself the C library takes more and more for small after each large block that was freed, and
+    // those stay as holes in the heap.
+    mallopt(M_MMAP_THRESHOLD, 32 * 1024);
+    mallopt(M_TRIM_THRESHOLD, 128 * 1024);
+}
+
+} // namespace velmora

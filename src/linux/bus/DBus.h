@@ -1,0 +1,108 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "base/EventLoop.h"
+#include "wire/KeyedArchive.h"
+#include "wire/VelmoraProtocol.h"
+
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string>
+#include <systemd/sd-bus.h>
+
+/// The little that both ends of the wire need on top of sd-bus. A connection belongs to the thread of the
+/// loop that it is attached to.
+namespace velmora::dbus {
+
+template <auto Release>
+struct Drop {
+    void operator()(auto* held) const noexcept { Release(held); }
+};
+
+using Bus = std::unique_ptr<sd_bus, Drop<sd_bus_close_unref>>;
+/// A match, an object or a call that waits for its answer: dropped, it is over and calls nothing any more.
+using Slot = std::unique_ptr<sd_bus_slot, Drop<sd_bus_slot_unref>>;
+using Message = std::unique_ptr<sd_bus_message, Drop<sd_bus_message_unref>>;
+
+/// Throws std::system_error for a negative `result`, which is then an errno; else gives it back.
+int check(int result, const char* what);
+
+/// Connects to the system bus, or to the one that DBUS_SYSTEM_BUS_ADDRESS names, without waiting for it; nor
+/// does the end of the loop or of the connection wait: what the bus has not taken by then is lost.
+/// Throws std::system_error where there is none.
+Bus openSystemBus(const EventLoop& loop);
+/// Likewise the user's session bus, the one that DBUS_SESSION_BUS_ADDRESS names or the one in
+/// XDG_RUNTIME_DIR.
+Bus openSessionBus(const EventLoop& loop);
+
+/// With more messages than that waiting to be sent a method call is answered with
+/// org.freedesktop.DBus.Error.LimitsExceeded, with twice as many not at all.
+inline constexpr std::uint64_t mostUnsent = 256;
+/// Has the connection keep to that as long as it lasts: however fast its callers ask, and however slowly they
+/// read, what waits for them stays small.
+void shedFloods(sd_bus* bus);
+
+/// Calls `handler` once should the connection end. The match is local: the bus is not asked for it.
+Slot onDisconnected(sd_bus* bus, sd_bus_message_handler_t handler, void* self);
+
+/// Has the bus deliver the signals that `rule` describes. A bus that refuses the rule keeps the connection;
+/// the signals are then missing.
+Slot match(sd_bus* bus, const std::string& rule, sd_bus_message_handler_t handler, void* self);
+
+/// The bus itself, as a service.
+inline constexpr auto busName = "org.freedesktop.DBus";
+inline constexpr auto busPath = "/org/freedesktop/DBus";
+
+/// Has `handler` called with the bus's NameOwnerChanged whenever `name` gets, changes or loses its owner.
+Slot watchName(sd_bus* bus, const std::string& name, sd_bus_message_handler_t handler, void* self);
+/// Who owns the name now, by a NameOwnerChanged; empty for nobody. Nothing where the signal is not the bus's
+/// own: any peer may send us one, and sd-bus takes it for a match.
+std::optional<std::string> newOwner(sd_bus_message* signal);
+
+/// What a peer said was wrong: its words, or the error's name where it gave none; no longer than a text may
+/// be.
+std::string textOf(const sd_bus_error& error);
+
+/// A handle of one's own on a message that a callback was lent.
+std::shared_ptr<sd_bus_message> keep(sd_bus_message* lent);
+
+/// The only way in from C: calls `Method` of the object behind `self`. No exception leaves it; a method call
+/// that met one is answered with an error.
+template <typename Owner, int (Owner::*Method)(sd_bus_message*)>
+int serve(sd_bus_message* message, void* self, sd_bus_error* error) noexcept
+try {
+    return (static_cast<Owner*>(self)->*Method)(message);
+} catch (const std::exception& failure) {
+    return sd_bus_error_set(error, SD_BUS_ERROR_FAILED, failure.what());
+}
+
+// What follows throws std::system_error where the message is broken or memory is out.
+
+/// The answer to `call`, to be filled and sent.
+Message replyTo(sd_bus_message* call);
+/// Hands the message to the connection that it was made for; never waits. Positive, as sd-bus wants it of a
+/// method that was served.
+int send(const Message& message);
+
+/// Appends `archive` as an `a{sv}`. Text that is not UTF-8 is cleaned: the bus would hang up on it.
+void append(sd_bus_message* message, const KeyedArchive& archive);
+/// Appends one value as its own type, without a variant around it.
+void append(sd_bus_message* message, const KeyedArchive::Value& value);
+/// Appends the settings' values in the order of the wire's table.
+void append(sd_bus_message* message, const ChargingSettings& settings);
+
+/// D-Bus type of a value: `b`, `x`, `d` or `s`.
+char typeOf(const KeyedArchive::Value& value);
+
+inline constexpr std::size_t maximumKeys = 64;         ///< of a record that is read; the rest is passed over
+inline constexpr std::size_t maximumTextBytes = 4'096; ///< of a text that is read; the rest is cut off
+
+/// Reads an `a{sv}`. Variants other than `b`, `x`, `d` and `s` are passed over, whatever they hold.
+KeyedArchive readArchive(sd_bus_message* message);
+ChargingSettings readSettings(sd_bus_message* message);
+
+} // namespace velmora::dbus

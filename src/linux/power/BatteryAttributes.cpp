@@ -1,0 +1,250 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "power/BatteryAttributes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace velmora {
+
+namespace {
+
+constexpr double micro = 1e-6;
+constexpr double milli = 1e-3;
+constexpr double leastContent = 0.1; // Wh or Ah
+constexpr double mostContent = 1000;
+constexpr double mostOverFull = 1.1;
+constexpr double threeCells = 11.1; // V
+constexpr double noise = 0.1;       // W
+constexpr double mostPower = 500;   // W
+
+std::optional<double> number(const DeviceAttributes& battery, const std::string& name)
+{
+    const auto value = battery.integer(name);
+    return value ? std::optional(static_cast<double>(*value)) : std::nullopt;
+}
+
+SupplyStatus readStatus(const DeviceAttributes& battery)
+{
+    static constexpr std::pair<std::string_view, SupplyStatus> words[] = {
+        {"Unknown", SupplyStatus::unknown},
+        {"Charging", SupplyStatus::charging},
+        {"Discharging", SupplyStatus::discharging},
+        {"Not charging", SupplyStatus::notCharging},
+        {"Full", SupplyStatus::full},
+    };
+    const auto text = battery.text("status");
+    if (!text) return SupplyStatus::unknown;
+    for (const auto& [word, status] : words) {
+        if (*text == word) return status;
+    }
+    battery.complain("status", "is no status: '" + text->substr(0, 40) + '\'');
+    return SupplyStatus::unknown;
+}
+
+/// Volts; nothing where the attribute is absent or no battery could have that.
+std::optional<double> readVoltage(const DeviceAttributes& battery, const std::string& name)
+{
+    const auto raw = number(battery, name);
+    if (!raw) return std::nullopt;
+    const double volts = *raw < 1e6 ? *raw * milli : *raw * micro;
+    return volts >= 1 && volts <= 100 ? std::optional(volts) : std::nullopt;
+}
+
+struct Voltages {
+    std::optional<double> nominal; ///< by which charge becomes energy
+    std::optional<double> now;     ///< at the terminals, or nominal
+};
+
+Voltages readVoltages(const DeviceAttributes& battery)
+{
+    const auto now = readVoltage(battery, "voltage_now");
+    auto nominal = readVoltage(battery, "voltage_min_design");
+    if (!nominal) nominal = readVoltage(battery, "voltage_max_design");
+    return {.nominal = nominal ? nominal : now, .now = now ? now : nominal};
+}
+
+/// `energy_*` in Wh or `charge_*` in Ah.
+struct Family {
+    std::optional<double> now, full, design;
+    double unit = micro; ///< what its numbers count, and the current's or power's with them
+    bool isCharge = false;
+};
+
+void believeContent(const DeviceAttributes& battery, const std::string& name, std::optional<double>& content)
+{
+    if (!content || (*content >= leastContent && *content <= mostContent)) return;
+    battery.complain(name, "is not believed: no battery holds that");
+    content.reset();
+}
+
+Family readFamily(const DeviceAttributes& battery, const std::string& prefix)
+{
+    Family family;
+    family.now = number(battery, prefix + "_now");
+    family.full = number(battery, prefix + "_full");
+    family.design = number(battery, prefix + "_full_design");
+    const double most = std::max(family.full.value_or(0), family.design.value_or(0));
+    if (most > 0 && most * micro < leastContent) family.unit = milli;
+    for (auto* content : {&family.now, &family.full, &family.design}) {
+        if (*content) **content *= family.unit;
+    }
+    believeContent(battery, prefix + "_full", family.full);
+    believeContent(battery, prefix + "_full_design", family.design);
+    if (family.now && (*family.now < 0 || *family.now > mostContent * mostOverFull)) {
+        battery.complain(prefix + "_now", "is not believed: no battery holds that");
+        family.now.reset();
+    }
+    return family;
+}
+
+Family chooseFamily(const DeviceAttributes& battery)
+{
+    const auto worth = [](const Family& family) { return (family.full ? 2 : 0) + (family.now ? 1 : 0); };
+    Family energy = readFamily(battery, "energy");
+    if (worth(energy) == 3) return energy;
+    Family charge = readFamily(battery, "charge");
+    charge.isCharge = true;
+    return worth(charge) > worth(energy) || (!worth(energy) && charge.design) ? charge : energy;
+}
+
+std::optional<double> readCapacity(const DeviceAttributes& battery)
+{
+    const auto capacity = number(battery, "capacity");
+    if (!capacity) return std::nullopt;
+    if (*capacity >= 0 && *capacity <= 100 * mostOverFull) return std::min(*capacity, 100.0);
+    battery.complain("capacity", "is not believed: no battery is that full");
+    return std::nullopt;
+}
+
+/// Makes percentage and what is in the battery agree; the energy that makes it full is known.
+void reconcile(const DeviceAttributes& battery, BatteryReading& reading, std::optional<double> capacity)
+{
+    const double full = *reading.energyFull;
+    auto& now = reading.energyNow;
+    if (now && (*now > full * mostOverFull || (*now == 0 && capacity > 1))) {
+        battery.complain("energy_now or charge_now", "is not believed: the rest contradicts it");
+        now.reset();
+    }
+    if (now) now = std::min(*now, full);
+    if (now && capacity == 0.0 && *now > full * 0.05) {
+        battery.complain("capacity", "is not believed: the battery is not empty");
+        capacity.reset();
+    }
+    if (now && capacity && std::abs(*now / full * 100 - *capacity) > 10) {
+        battery.complain("capacity", "contradicts what is in the battery, and is believed");
+        now.reset();
+    }
+    if (!now && capacity) now = full * *capacity / 100;
+    if (now) reading.percentage = capacity.value_or(*now / full * 100);
+}
+
+void readLevel(const DeviceAttributes& battery, BatteryReading& reading)
+{
+    const auto capacity = readCapacity(battery);
+    if (reading.energyFull) {
+        reconcile(battery, reading, capacity);
+    } else {
+        reading.percentage = capacity;
+    }
+    if (reading.percentage) return;
+    if (reading.status == SupplyStatus::full || battery.text("capacity_level") == "Full") {
+        reading.percentage = 100;
+    }
+}
+
+/// The magnitude with the sign that the status calls for; else the driver's own.
+double withSign(double value, SupplyStatus status)
+{
+    if (status == SupplyStatus::charging) return std::abs(value);
+    if (status == SupplyStatus::discharging) return -std::abs(value);
+    return value;
+}
+
+/// Power at the terminals and rate of the energy, in W. `from` ends the names: "now" or "avg".
+struct Flow {
+    std::optional<double> power, rate;
+};
+
+Flow readFlow(const DeviceAttributes& battery, const Family& family, const Voltages& voltages,
+              const std::string& from)
+{
+    if (const auto power = number(battery, "power_" + from)) {
+        const double watts = *power * (family.isCharge ? micro : family.unit);
+        return {.power = watts, .rate = watts};
+    }
+    const auto current = number(battery, "current_" + from);
+    if (!current) return {};
+    const double amperes = *current * (family.isCharge ? family.unit : micro);
+    const auto power = voltages.now ? std::optional(amperes * *voltages.now) : std::nullopt;
+    const double nominal = amperes * voltages.nominal.value_or(threeCells);
+    return {.power = power, .rate = family.isCharge ? nominal : power.value_or(nominal)};
+}
+
+void readPower(const DeviceAttributes& battery, const Family& family, const Voltages& voltages,
+               BatteryReading& reading)
+{
+    Flow flow = readFlow(battery, family, voltages, "now");
+    if (!flow.rate) flow = readFlow(battery, family, voltages, "avg");
+    if (!flow.rate) return;
+    if (std::abs(*flow.rate) >= mostPower || std::abs(flow.power.value_or(0)) >= mostPower) {
+        return battery.complain("power_now or current_now", "is not believed: no laptop takes that much");
+    }
+    const bool isNoise = std::abs(flow.power.value_or(*flow.rate)) < noise;
+    const auto settled = [&](double watts) { return isNoise ? 0 : withSign(watts, reading.status); };
+    reading.rate = settled(*flow.rate);
+    if (flow.power || isNoise) reading.power = settled(flow.power.value_or(0));
+}
+
+std::optional<std::chrono::seconds> readSeconds(const DeviceAttributes& battery, const std::string& name)
+{
+    constexpr std::int64_t unknown = 65535; // a gauge's 16 bits, all set
+    constexpr std::int64_t threeDays = std::chrono::seconds(std::chrono::days(3)).count();
+    for (const auto* from : {"_now", "_avg"}) {
+        const auto seconds = battery.integer(name + from);
+        if (seconds && *seconds > 0 && *seconds <= threeDays && *seconds != unknown) {
+            return std::chrono::seconds(*seconds);
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<double> healthOf(const Family& family)
+{
+    if (!family.full || !family.design) return std::nullopt;
+    const double percent = *family.full / *family.design * 100;
+    return percent >= 1 && percent <= 150 ? std::optional(std::min(percent, 100.0)) : std::nullopt;
+}
+
+std::optional<double> times(std::optional<double> content, double factor)
+{
+    return content ? std::optional(*content * factor) : std::nullopt;
+}
+
+} // namespace
+
+BatteryReading readBattery(const DeviceAttributes& battery)
+{
+    BatteryReading reading;
+    const Family family = chooseFamily(battery);
+    const Voltages voltages = readVoltages(battery);
+    const double wattHours = family.isCharge ? voltages.nominal.value_or(threeCells) : 1.0;
+    reading.status = readStatus(battery);
+    reading.energyNow = times(family.now, wattHours);
+    reading.energyFull = times(family.full ? family.full : family.design, wattHours);
+    reading.energyFullDesign = times(family.design, wattHours);
+    reading.health = healthOf(family);
+    readLevel(battery, reading);
+    readPower(battery, family, voltages, reading);
+
+    if (const auto cycles = battery.integer("cycle_count"); cycles && *cycles > 0 && *cycles < 100'000) {
+        reading.cycleCount = cycles;
+    }
+    reading.timeToFull = readSeconds(battery, "time_to_full");
+    reading.timeToEmpty = readSeconds(battery, "time_to_empty");
+    return reading;
+}
+
+} // namespace velmora

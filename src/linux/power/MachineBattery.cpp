@@ -1,0 +1,85 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "power/MachineBattery.h"
+
+#include <algorithm>
+
+namespace velmora {
+
+namespace {
+
+using Batteries = std::vector<BatteryReading>;
+using Quantity = std::optional<double> BatteryReading::*;
+
+/// The sum over those that know it; nothing where none does.
+std::optional<double> sumOfKnown(const Batteries& batteries, Quantity quantity)
+{
+    std::optional<double> sum;
+    for (const auto& battery : batteries) {
+        if (battery.*quantity) sum = sum.value_or(0) + *(battery.*quantity);
+    }
+    return sum;
+}
+
+/// The sum over all; nothing where one does not know it.
+std::optional<double> sumOfAll(const Batteries& batteries, Quantity quantity)
+{
+    const bool isKnown =
+        std::ranges::all_of(batteries, [=](const auto& one) { return (one.*quantity).has_value(); });
+    return isKnown ? sumOfKnown(batteries, quantity) : std::nullopt;
+}
+
+/// The mean percentage `quantity` of those that know it, weighted by `weight`; plain where one has no weight.
+/// That of one battery is its own to the bit: weighing it would round.
+std::optional<double> mean(const Batteries& batteries, Quantity quantity, Quantity weight)
+{
+    Batteries knowing;
+    std::ranges::copy_if(batteries, std::back_inserter(knowing),
+                         [=](const auto& one) { return (one.*quantity).has_value(); });
+    if (knowing.empty()) return std::nullopt;
+    if (knowing.size() == 1) return knowing.front().*quantity;
+    const bool isWeighted = sumOfAll(knowing, weight).value_or(0) > 0;
+    double sum = 0, weights = 0;
+    for (const auto& battery : knowing) {
+        const double share = isWeighted ? *(battery.*weight) : 1.0;
+        sum += *(battery.*quantity) * share;
+        weights += share;
+    }
+    return std::min(sum / weights, 100.0);
+}
+
+bool any(const Batteries& batteries, SupplyStatus status)
+{
+    return std::ranges::any_of(batteries, [=](const auto& one) { return one.status == status; });
+}
+
+} // namespace
+
+std::optional<MachineBattery> MachineBattery::of(const Batteries& batteries)
+{
+    const auto percentage = mean(batteries, &BatteryReading::percentage, &BatteryReading::energyFull);
+    if (!percentage) return std::nullopt;
+
+    MachineBattery machine;
+    machine.percentage = *percentage;
+    machine.rate = sumOfKnown(batteries, &BatteryReading::rate);
+    machine.power = sumOfKnown(batteries, &BatteryReading::power);
+    machine.energyNow = sumOfAll(batteries, &BatteryReading::energyNow);
+    machine.energyFull = sumOfAll(batteries, &BatteryReading::energyFull);
+    machine.health = mean(batteries, &BatteryReading::health, &BatteryReading::energyFullDesign);
+    machine.isCharging = any(batteries, SupplyStatus::charging);
+    machine.isDischarging =
+        !machine.isCharging && (any(batteries, SupplyStatus::discharging) || machine.rate.value_or(0) < 0);
+    machine.isFull =
+        std::ranges::all_of(batteries, [](const auto& one) { return one.status == SupplyStatus::full; });
+    for (const auto& battery : batteries)
+        machine.cycleCount = std::max(machine.cycleCount, battery.cycleCount);
+    if (batteries.size() == 1) {
+        machine.timeToFull = batteries.front().timeToFull;
+        machine.timeToEmpty = batteries.front().timeToEmpty;
+    }
+    return machine;
+}
+
+} // namespace velmora

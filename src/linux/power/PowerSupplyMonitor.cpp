@@ -1,0 +1,242 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "power/PowerSupplyMonitor.h"
+
+#include <algorithm>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/epoll.h>
+#include <sys/inotify.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace velmora {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr auto category = "PowerSupplyMonitor";
+constexpr std::size_t mostSupplies = 256;
+
+/// From the root down to the folder of all supplies: each may come, go and be replaced.
+const fs::path chain[] = {"", "class", "class/power_supply"};
+
+bool isInChain(const fs::path& folder)
+{
+    return std::ranges::find(chain, folder) != std::end(chain);
+}
+
+bool isWithin(const fs::path& path, const fs::path& folder)
+{
+    return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first == folder.end();
+}
+
+} // namespace
+
+PowerSupplyMonitor::PowerSupplyMonitor(EventLoop& loop, const Sysfs& sysfs, Log& log,
+                                       std::chrono::milliseconds secondLook, std::chrono::milliseconds pause)
+    : loop_(loop),
+      log_(log),
+      complaints_(log, category),
+      root_(fs::absolute(sysfs.root()).lexically_normal()),
+      secondLook_(secondLook),
+      pause_(pause)
+{
+    if (!root_.has_filename()) root_ = root_.parent_path(); // of a final slash
+    sd_event_source* settled = nullptr;
+    int result = sd_event_add_defer(loop_.handle(), &settled, onSettled, this);
+    settled_.reset(settled);
+    if (result >= 0) result = sd_event_source_set_enabled(settled, SD_EVENT_OFF);
+    if (result >= 0) result = sd_event_source_set_priority(settled, SD_EVENT_PRIORITY_NORMAL + 10);
+    if (result >= 0 && sysfs.isKernels()) result = listenToDevices();
+    if (result < 0) {
+        log_.warning(category, "no news of power supplies: " + std::generic_category().message(-result));
+    } else if (!sysfs.isKernels()) {
+        listenToMounts(); // first: one may come right now
+        watchTree();
+        if (watches_.empty())
+            log_.warning(category, "no news of power supplies until there is a tree at " + root_.string());
+    }
+}
+
+PowerSupplyMonitor::~PowerSupplyMonitor() = default;
+
+int PowerSupplyMonitor::listenToDevices()
+{
+    sd_device_monitor* monitor = nullptr;
+    int result = sd_device_monitor_new(&monitor);
+    devices_.reset(monitor);
+    if (result >= 0) {
+        result = sd_device_monitor_filter_add_match_subsystem_devtype(monitor, "power_supply", nullptr);
+    }
+    if (result >= 0) result = sd_device_monitor_attach_event(monitor, loop_.handle());
+    return result < 0 ? result : sd_device_monitor_start(monitor, onDevice, this);
+}
+
+int PowerSupplyMonitor::onDevice(sd_device_monitor*, sd_device*, void* self) noexcept
+{
+    static_cast<PowerSupplyMonitor*>(self)->notice();
+    return 0;
+}
+
+/// inotify does not see that something is mounted on a folder that it watches.
+void PowerSupplyMonitor::listenToMounts()
+{
+    const int table = ::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
+    if (table < 0) return; // a tree may still be made
+    sd_event_source* source = nullptr;
+    if (sd_event_add_io(loop_.handle(), &source, table, EPOLLPRI, onMount, this) < 0) {
+        ::close(table);
+        return;
+    }
+    sd_event_source_set_io_fd_own(source, true);
+    mounts_.reset(source);
+}
+
+int PowerSupplyMonitor::onMount(sd_event_source*, int, std::uint32_t, void* self) noexcept
+{
+    auto* monitor = static_cast<PowerSupplyMonitor*>(self);
+    const auto& supplies = chain[2];
+    if (monitor->watches_.contains(supplies)) return 0;
+    monitor->forget("");
+    monitor->watchTree();
+    if (monitor->watches_.contains(supplies)) monitor->notice();
+    return 0;
+}
+
+/// Watches every folder that matters and is there now. A folder may have been filled before it was watched,
+/// so whoever calls this has something to tell.
+void PowerSupplyMonitor::watchTree()
+{
+    if (!watches_.contains("")) awaitRoot(); // first: the root may come right now
+    for (const auto& folder : chain) watch(folder);
+    if (watches_.contains("")) above_.reset();
+    std::size_t supplies = 0;
+    std::error_code error;
+    const auto all = fs::path(chain[2]);
+    for (fs::directory_iterator at(root_ / all, error), end; !error && at != end; at.increment(error)) {
+        if (++supplies > mostSupplies) break;
+        watch(all / at->path().filename());
+    }
+}
+
+void PowerSupplyMonitor::watch(const fs::path& folder)
+{
+    if (watches_.contains(folder)) return;
+    const std::uint32_t events =
+        isInChain(folder) ? IN_CREATE | IN_DELETE | IN_MOVE | IN_MOVE_SELF : IN_CLOSE_WRITE | IN_MOVED_TO;
+    auto source = watchFor(folder.empty() ? root_ : root_ / folder, events, onFile);
+    if (!source) return;
+    folders_.emplace(source.get(), folder);
+    watches_.emplace(folder, std::move(source));
+}
+
+/// Null where that cannot be done.
+PowerSupplyMonitor::Source PowerSupplyMonitor::watchFor(const fs::path& folder, std::uint32_t events,
+                                                        sd_event_inotify_handler_t handler)
+{
+    sd_event_source* source = nullptr;
+    const int result =
+        sd_event_add_inotify(loop_.handle(), &source, folder.c_str(), events | IN_ONLYDIR, handler, this);
+    if (result >= 0) {
+        complaints_.settle(folder);
+    } else if (result != -ENOENT && result != -ENOTDIR) {
+        complaints_.raise(folder, "cannot watch " + folder.string() + ": " +
+                                      std::generic_category().message(-result));
+    }
+    return Source(source);
+}
+
+/// Watches the nearest folder above the root that is there, for what is missing in it.
+void PowerSupplyMonitor::awaitRoot()
+{
+    std::error_code ignored;
+    fs::path next;
+    do {
+        next = root_;
+        while (next.has_relative_path() && !fs::is_directory(next.parent_path(), ignored))
+            next = next.parent_path();
+        above_ =
+            watchFor(next.parent_path(), IN_CREATE | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF, onAbove);
+        awaited_ = next.filename();
+    } while (above_ && next != root_ && fs::is_directory(next, ignored)); // it came in between
+}
+
+int PowerSupplyMonitor::onAbove(sd_event_source*, const inotify_event* event, void* self) noexcept
+{
+    auto* monitor = static_cast<PowerSupplyMonitor*>(self);
+    const bool isOther = event->len > 0 && event->name != monitor->awaited_;
+    if (isOther) return 0;
+    monitor->watchTree();
+    if (!monitor->watches_.empty()) monitor->notice();
+    return 0;
+}
+
+/// The folder is gone, or another stands in its place: its watch sees nothing any more, nor those below it.
+void PowerSupplyMonitor::forget(const fs::path& folder)
+{
+    std::erase_if(folders_, [&](const auto& one) { return isWithin(one.second, folder); });
+    std::erase_if(watches_, [&](const auto& one) { return isWithin(one.first, folder); });
+}
+
+int PowerSupplyMonitor::onFile(sd_event_source* source, const inotify_event* event, void* self) noexcept
+{
+    auto* monitor = static_cast<PowerSupplyMonitor*>(self);
+    const auto found = monitor->folders_.find(source);
+    if (found != monitor->folders_.end()) monitor->noticeFile(fs::path(found->second), *event);
+    return 0;
+}
+
+void PowerSupplyMonitor::noticeFile(const fs::path& folder, const inotify_event& event)
+{
+    const std::string_view name = event.len > 0 ? event.name : "";
+    if (event.mask & (IN_Q_OVERFLOW | IN_UNMOUNT | IN_IGNORED | IN_MOVE_SELF)) {
+        forget(folder);
+        watchTree();
+    } else if (isInChain(folder)) {
+        forget(folder / name);
+        watchTree();
+    } else if (name != "uevent") {
+        return;
+    }
+    notice();
+}
+
+void PowerSupplyMonitor::notice()
+{
+    if (pauseTimer_) {
+        isOwed_ = true;
+    } else {
+        sd_event_source_set_enabled(settled_.get(), SD_EVENT_ONESHOT);
+    }
+}
+
+int PowerSupplyMonitor::onSettled(sd_event_source*, void* self) noexcept
+{
+    static_cast<PowerSupplyMonitor*>(self)->tell();
+    return 0;
+}
+
+void PowerSupplyMonitor::tell()
+{
+    again_ = loop_.after(
+        secondLook_, [this] { emit(); }, secondLook_ / 4);
+    emit();
+}
+
+void PowerSupplyMonitor::emit()
+{
+    pauseTimer_ = loop_.after(pause_, [this] { pauseEnds(); });
+    changes_.emit();
+}
+
+void PowerSupplyMonitor::pauseEnds()
+{
+    pauseTimer_.reset();
+    if (std::exchange(isOwed_, false)) tell();
+}
+
+} // namespace velmora

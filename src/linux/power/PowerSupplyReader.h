@@ -1,0 +1,101 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "platform/Complaints.h"
+#include "power/Sysfs.h"
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+/// The kernel's word for what a battery is doing.
+enum class SupplyStatus : std::uint8_t { unknown, charging, discharging, notCharging, full };
+
+/// One battery, in units of daily life. What the driver does not tell, or not believably, is absent.
+struct BatteryReading {
+    std::string name;             ///< "BAT0"
+    std::filesystem::path folder; ///< where its attributes lie, root included
+    SupplyStatus status = SupplyStatus::unknown;
+    std::optional<double> percentage;                              ///< 0 to 100
+    std::optional<double> energyNow, energyFull, energyFullDesign; ///< Wh
+    std::optional<double> power;                                   ///< W, positive into the battery
+    /// W as `energyNow` counts them, positive into the battery: for a driver that counts charge it leaves the
+    /// voltage of the moment out, so that energy over rate is charge over current.
+    std::optional<double> rate;
+    std::optional<double> health;                                ///< percent: full over design, at most 100
+    std::optional<std::int64_t> cycleCount;                      ///< full cycles
+    std::optional<std::chrono::seconds> timeToFull, timeToEmpty; ///< the driver's own
+};
+
+/// All that the machine is powered by, as it was at one moment (or nearly: every attribute is a question to
+/// the firmware of its own).
+struct PowerSupplyReading {
+    std::vector<BatteryReading> batteries; ///< the laptop's own, by name
+    std::vector<BatteryReading> upses;     ///< uninterruptible power supplies on a cable, by name
+    bool isExternallyPowered = true;       ///< fed by something else than its own batteries
+};
+
+/// Reads the kernel's power-supply class (Documentation/ABI/testing/sysfs-class-power). Drivers leave out,
+/// misname and contradict; the rules are these, and no others.
+///
+/// **The laptop's own batteries** have the `type` Battery and are `present` (an absent file says yes). With
+/// `scope` Device they belong to a mouse, a keyboard or a headset.
+///
+/// **External power** is the kernel's own rule, power_supply_is_system_supplied(): any supply that is no
+/// battery and not of `scope` Device whose `online` is not 0 (it may be 2); where all that can be read are 0,
+/// none. Where no `online` can be read the batteries decide: one that is discharging, or giving power with no
+/// status, means none; else there is, as on a desktop.
+///
+/// **Units.** The energy family (`energy_*`) or the charge family (`charge_*`) is taken whole, never mixed:
+/// the one that has now and full, else the one that has full, energy first. Charge becomes energy by the
+/// nominal voltage: `voltage_min_design`, `voltage_max_design`, `voltage_now`, else that of three lithium
+/// cells. A full or design value below 0.1 Ah or Wh is in milli-units, and with it the whole family and the
+/// current; so is a voltage below 1 V.
+///
+/// **Energy.** A full or design value is believed from 0.1 to 1000 Wh or Ah. Without full, design stands in,
+/// for the level and the minutes. "Now" is not believed when negative, beyond 110 % of full (up to there it
+/// is full), when 0 while `capacity` says more than 1, or when more than ten points from a believed
+/// `capacity`: it is then made from that.
+///
+/// **Percentage** is `capacity`, up to 110 (more than 100 being 100), unless it says 0 while "now" is above 5
+/// % of full; else now over full; else 100 where status or `capacity_level` is Full.
+///
+/// **Power** is `power_now`, else `current_now` times voltage, else their averages. Drivers differ on the
+/// sign: the status decides where it names a direction, else the driver's own sign stands. Under 0.1 W is a
+/// gauge's noise and 0; from 500 W on it is not believed. An unknown voltage leaves the power unknown, not
+/// the rate.
+///
+/// **Health** is full over design, unknown outside 1 to 150 %: then one of the two is not what it says.
+///
+/// **Cycles** up to 0 and from 100000 on are not counted by the driver. **Seconds** are those of the driver
+/// (now, else average) up to three days; 0 and 65535, in seconds or minutes, are a gauge's word for unknown.
+///
+/// A battery that says Charging is charging, at a rate of 0 as well: many drivers cannot tell the rate.
+///
+/// An attribute that is there and cannot be read or believed is one line in the log, once, and the rest is
+/// read all the same. One thread at a time.
+class PowerSupplyReader {
+public:
+    PowerSupplyReader(Sysfs sysfs, Log& log) : sysfs_(std::move(sysfs)), complaints_(log, "PowerSupplyReader")
+    {
+    }
+
+    PowerSupplyReading read();
+
+    /// The folders of the laptop's own batteries, root included, by name: the same rule, and little else
+    /// read.
+    std::vector<std::filesystem::path> internalBatteryFolders();
+
+private:
+    Sysfs sysfs_;
+    Complaints complaints_;
+};
+
+} // namespace velmora

@@ -1,0 +1,232 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "model/BatteryModel.h"
+
+#include "base/Saturate.h"
+#include "history/AnalyticsStore.h"
+#include "platform/Platform.h"
+
+#include <algorithm>
+
+namespace velmora {
+
+namespace {
+
+constexpr std::chrono::milliseconds settingsQuiet{500};
+
+ChargingState chargingStateOf(bool isCharging)
+{
+    return isCharging ? ChargingState::charging : ChargingState::idle;
+}
+
+std::string trimmed(const std::string& text)
+{
+    constexpr auto blanks = " \t\n\v\f\r";
+    const auto first = text.find_first_not_of(blanks);
+    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+void flip(Observable<bool>& flag)
+{
+    flag.set(!flag.get());
+}
+
+} // namespace
+
+BatteryModel::BatteryModel(std::shared_ptr<DaemonClientProtocol> daemonClient,
+                           std::shared_ptr<BatteryDataSource> batteryService)
+    : daemonClient_(std::move(daemonClient)),
+      batteryService_(std::move(batteryService)),
+      mainLoop_(Platform::current().mainLoop),
+      clock_(Platform::current().clock),
+      log_(Platform::current().log),
+      settingsSync_(*mainLoop_, settingsQuiet, [this] { syncSettingsToDaemon(); })
+{
+    if (daemonClient_) {
+        daemonClient_->onStateChange =
+            onMainThread<HSBatteryState>([this](const auto& state) { updateFromState(state); });
+    }
+    fetchInitialState();
+    fetchHistory();
+    startHardwareMonitoring();
+    startCloudSyncTimer();
+    setupDebouncedSettingsSync();
+}
+
+bool BatteryModel::isLimitReached() const
+{
+    return isAppleRecommendedModeEnabled.get() && percentage.get() >= customChargeLimit.get();
+}
+
+// Live readings come from the daemon; the battery service is asked only when a simulation ends.
+void BatteryModel::startHardwareMonitoring()
+{
+    log_->info("BatteryModel", "Starting hardware monitoring on Linux.");
+}
+
+void BatteryModel::startCloudSyncTimer() {}
+
+// -- Settings
+// ------------------------------------------------------------------------------------------------------
+
+void BatteryModel::setupDebouncedSettingsSync()
+{
+    const auto watch = [this](auto&... settings) {
+        (cancellables_.push_back(settings.observe([this](const auto&) { settingsSync_.poke(); })), ...);
+    };
+    watch(customChargeLimit, customHysteresis, isStorageModeEnabled, notifyOnLimit, notifyOnHeat,
+          notifyOnCycle, notifyOnLowBattery, lowBatteryLimit, notifyOnPowerChange);
+}
+
+void BatteryModel::syncSettingsToDaemon()
+{
+    if (!daemonClient_) return;
+    daemonClient_->updateSettings({
+        .isAppleRecommendedMode = isAppleRecommendedModeEnabled.get(),
+        .isTemporaryOverride = isTemporaryOverrideEnabled.get(),
+        .isStorageModeEnabled = isStorageModeEnabled.get(),
+        .customChargeLimit = customChargeLimit.get(),
+        .customHysteresis = customHysteresis.get(),
+        .notifyOnLimit = notifyOnLimit.get(),
+        .notifyOnHeat = notifyOnHeat.get(),
+        .notifyOnCycle = notifyOnCycle.get(),
+        .notifyOnPowerChange = notifyOnPowerChange.get(),
+        .lowBatteryLimit = lowBatteryLimit.get(),
+    });
+}
+
+void BatteryModel::toggleCharging()
+{
+    chargingState.set(chargingStateOf(chargingState.get() != ChargingState::charging));
+}
+
+void BatteryModel::toggleTemporaryOverride()
+{
+    flip(isTemporaryOverrideEnabled);
+    applyVisualLogic();
+    syncSettingsToDaemon();
+}
+
+void BatteryModel::toggleAppleRecommendedMode()
+{
+    flip(isAppleRecommendedModeEnabled);
+    applyVisualLogic();
+    syncSettingsToDaemon();
+}
+
+// -- Intake
+// --------------------------------------------------------------------------------------------------------
+
+template <typename Value>
+std::function<void(Value)> BatteryModel::onMainThread(std::function<void(const Value&)> apply) const
+{
+    return [loop = mainLoop_, apply = lifetime_.guard(std::move(apply))](Value value) {
+        loop->post([apply, value = std::move(value)] { apply(value); });
+    };
+}
+
+void BatteryModel::fetchInitialState()
+{
+    if (!daemonClient_) return;
+    daemonClient_->fetchCurrentState(
+        onMainThread<HSBatteryState>([this](const auto& state) { updateFromState(state); }));
+}
+
+void BatteryModel::fetchHistory()
+{
+    if (!daemonClient_) return;
+    using History = std::vector<HSHistorySnapshot>;
+    daemonClient_->fetchHistory(
+        onMainThread<History>([this](const auto& received) { history.set(received); }));
+}
+
+void BatteryModel::updateFromState(const HSBatteryState& state)
+{
+    using Thermal = ThermalMonitorService;
+    percentage.set(state.percentage);
+    chargingState.set(chargingStateOf(state.isCharging));
+    powerSource.set(state.powerSource);
+    thermalState.set(
+        Thermal::thermalStateFromRawValue(state.thermalState).value_or(Thermal::ThermalState::nominal));
+    customChargeLimit.set(state.customChargeLimit);
+    customHysteresis.set(state.customHysteresis);
+    timeToFull.set(state.timeToFull);
+    timeToEmpty.set(state.timeToEmpty);
+    isStorageModeEnabled.set(state.isStorageModeEnabled);
+    recalculateTimeToLimit();
+}
+
+void BatteryModel::updateFromSharedState(const SharedBatteryState& state)
+{
+    constexpr double assumedHealth = 94; // a cloud state carries none
+    const double oldPercentage = percentage.get();
+    const ChargingState oldChargingState = chargingState.get();
+    percentage.set(std::max(0.0, std::min(state.percentage, 100.0))); // in this order, NaN becomes 0
+    chargingState.set(chargingStateOf(state.isCharging));
+    powerSource.set(trimmed(state.powerSource));
+    timeToFull.set(state.timeToFull);
+    timeToEmpty.set(state.timeToEmpty);
+    isStorageModeEnabled.set(state.isStorageModeEnabled.value_or(false));
+    lastCloudSyncDate.set(clock_->now());
+    checkNotificationTriggers(oldPercentage, oldChargingState, powerSource.get());
+    AnalyticsStore::shared().record(percentage.get(),
+                                    std::string(ThermalMonitorService::rawValue(thermalState.get())),
+                                    state.isCharging, assumedHealth);
+    recalculateTimeToLimit();
+}
+
+void BatteryModel::recalculateTimeToLimit()
+{
+    if (chargingState.get() != ChargingState::charging || timeToFull.get() < 1) return timeToLimit.set(-1);
+    const double toLimit = customChargeLimit.get() - percentage.get();
+    const double toFull = 100 - percentage.get();
+    const bool isBelow = toLimit > 0 && toFull > 0;
+    timeToLimit.set(isBelow ? truncated(toLimit / toFull * static_cast<double>(timeToFull.get())) : 0);
+}
+
+void BatteryModel::checkNotificationTriggers(double, ChargingState, const std::string&) {}
+
+// -- Simulation
+// ----------------------------------------------------------------------------------------------------
+
+void BatteryModel::handleModeChange()
+{
+    if (isSimulationModeEnabled.get()) return startSimulation();
+    simulationTimer_ = nullptr;
+    if (batteryService_) batteryService_->update();
+    fetchInitialState();
+}
+
+void BatteryModel::startSimulation()
+{
+    simulationTimer_ = mainLoop_->every(simulationInterval, [this] { updateBatteryLevel(); });
+}
+
+void BatteryModel::updateBatteryLevel()
+{
+    if (!isSimulationModeEnabled.get()) return;
+    const double level = percentage.get();
+    if (chargingState.get() == ChargingState::charging) {
+        if (level < 100) percentage.set(level + 1);
+    } else if (level > 0) {
+        percentage.set(level - 1);
+    }
+    applyVisualLogic();
+}
+
+// What a charger with fixed thresholds would do; the daemon's real one follows the settings.
+void BatteryModel::applyVisualLogic()
+{
+    constexpr double stopAt = 80;
+    constexpr double resumeBelow = 78;
+    if (isTemporaryOverrideEnabled.get()) {
+        if (percentage.get() < 100) return chargingState.set(ChargingState::charging);
+        isTemporaryOverrideEnabled.set(false);
+    }
+    if (!isAppleRecommendedModeEnabled.get()) return;
+    if (percentage.get() >= stopAt) return chargingState.set(ChargingState::idle);
+    if (percentage.get() < resumeBelow) chargingState.set(ChargingState::charging);
+}
+
+} // namespace velmora

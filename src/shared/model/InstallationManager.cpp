@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "model/InstallationManager.h"
+
+#include "platform/Platform.h"
+
+#include <utility>
+
+namespace velmora {
+
+InstallationManager::InstallationManager()
+    : daemonService_(Platform::current().serviceManager),
+      preferences_(Platform::current().preferences),
+      isInstallationCompleted(daemonService_->status() == ServiceManager::Status::enabled, nullptr, [this] {
+          preferences_->set(preference_key::daemonInstalled, isInstallationCompleted.get());
+      })
+{
+}
+
+void InstallationManager::begin()
+{
+    if (isInstalling.get()) return;
+    isInstalling.set(true);
+    installationProgress.set(0.1);
+    installationError.set(std::nullopt);
+    installDaemon([](bool) {});
+}
+
+void InstallationManager::installDaemon(std::function<void(bool)> completion)
+{
+    daemonService_->registerService(
+        lifetime_.guard([this, completion = std::move(completion)](const auto& error) {
+            registered(error);
+            completion(!error);
+        }));
+}
+
+void InstallationManager::registered(const std::optional<ServiceManager::Error>& error)
+{
+    if (error) {
+        installationError.set(humanReadableError(*error));
+        isInstalling.set(false);
+        installationProgress.set(0);
+    } else {
+        installationProgress.set(1);
+        isInstallationCompleted.set(true);
+        isInstalling.set(false);
+    }
+}
+
+std::string InstallationManager::humanReadableError(const ServiceManager::Error& error)
+{
+    using enum ServiceManager::ErrorCode;
+    switch (error.code) {
+    case invalidSignature:
+        return std::string("Invalid code signature. Please re-download Velmora from ") + projectPage + ".";
+    case authorizationDenied:
+        return "Authorization denied. Admin privileges are required to install the Velmora daemon.";
+    case alreadyRegistered:
+        isInstallationCompleted.set(true); // somebody else has done it: as good as done here
+        return "";
+    default:
+        return "Installation failed: " + error.description;
+    }
+}
+
+} // namespace velmora

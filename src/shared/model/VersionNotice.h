@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "base/Observable.h"
+#include "platform/Preferences.h"
+#include "platform/SystemVersion.h"
+
+#include <memory>
+
+namespace velmora {
+
+/// A notice for those whose system brings a charge limiter of its own: shown whenever Velmora's main window
+/// appears, until a person has answered it once. Main thread only.
+class VersionNotice {
+    std::shared_ptr<Preferences> preferences_;
+    SystemVersion system_;
+
+public:
+    /// Every assignment is remembered.
+    Observable<bool> hasSeenMacOS264Banner;
+    /// A window shows the notice as long as this holds, and takes it back when the notice closes, however it
+    /// does.
+    Observable<bool> showMacOS264Banner{false};
+
+    /// On the current platform.
+    VersionNotice();
+    VersionNotice(const VersionNotice&) = delete;
+    VersionNotice& operator=(const VersionNotice&) = delete;
+
+    /// The main window has appeared.
+    void appeared();
+
+    /// The notice was answered: it does not come again.
+    void dismissed() { hasSeenMacOS264Banner.set(true); }
+};
+
+} // namespace velmora

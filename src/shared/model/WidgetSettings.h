@@ -1,0 +1,51 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "base/Observable.h"
+#include "platform/Preferences.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+/// The top left corner of a widget, in pixels as windows are measured.
+struct WidgetPlace {
+    std::int32_t x = 0;
+    std::int32_t y = 0;
+
+    /// What a display can have.
+    static constexpr std::int32_t lowest = -32'768;
+    static constexpr std::int32_t highest = 32'767;
+
+    friend bool operator==(const WidgetPlace&, const WidgetPlace&) = default;
+};
+
+/// What a person has set about one of the desktop's widgets. Every assignment is remembered. Main thread
+/// only.
+class WidgetSettings {
+    std::shared_ptr<Preferences> preferences_;
+    std::string name_;
+
+public:
+    Observable<bool> isPinned; ///< stays above all other windows
+    Observable<bool> isShownAtLogIn;
+    Observable<std::optional<WidgetPlace>> place; ///< nothing while it was never moved
+
+    /// `name` is the widget's among the preferences of the installed platform. What cannot be understood
+    /// there is as if it had never been set, and a line in the log.
+    explicit WidgetSettings(std::string_view name);
+    WidgetSettings(const WidgetSettings&) = delete;
+    WidgetSettings& operator=(const WidgetSettings&) = delete;
+
+private:
+    std::string key(const char* setting) const;
+    std::optional<WidgetPlace> remembered() const;
+};
+
+} // namespace velmora

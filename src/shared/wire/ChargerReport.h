@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "base/Date.h"
+#include "wire/KeyedArchive.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace velmora {
+
+/// What this laptop's charger can do, what is in force, what was last done to it and why. Read-only on the
+/// bus, as the properties of an interface of its own: one property a key of the archive.
+struct ChargerReport {
+    static constexpr auto interface = "app.velmora.Charger";
+
+    /// Texts of `control`.
+    struct Control {
+        static constexpr std::string_view thresholds = "thresholds";
+        static constexpr std::string_view endThreshold = "end threshold";
+        static constexpr std::string_view none = "none";
+    };
+    /// Texts of `mode`.
+    struct Mode {
+        static constexpr std::string_view paused = "paused"; ///< by the charging toggle, as is the next
+        static constexpr std::string_view resumed = "resumed";
+        static constexpr std::string_view quickCharge = "quick charge";
+        static constexpr std::string_view storage = "storage";
+        static constexpr std::string_view autoProtect = "auto-protect";
+        static constexpr std::string_view off = "off";
+    };
+
+    bool hasBattery = false;
+    std::string batteries{}; ///< names of the supplies, blank-separated
+    std::string control{Control::none};
+    std::string driver = "unknown"; ///< driver family whose rules are followed
+    std::string mode{Mode::off};
+    std::int64_t wantedStartThreshold = -1; ///< percent; -1 nothing asked for
+    std::int64_t wantedEndThreshold = -1;
+    std::int64_t startThreshold = -1; ///< percent, as the hardware reads back; -1 not there or not readable
+    std::int64_t endThreshold = -1;
+    bool isChargingAllowed = true;
+    std::string lastAction = "none"; ///< a sentence
+    std::string lastReason = "none"; ///< a sentence
+    Date lastActionDate{};           ///< of `lastAction`; 0 before the first
+    double health = -1;              ///< percent, full over design capacity; -1 unknown
+    std::int64_t cycleCount = -1;    ///< -1 unknown
+
+    /// Keys are the property names, in upper camel case.
+    KeyedArchive archived() const;
+    static ChargerReport unarchived(const KeyedArchive& archive);
+
+    friend bool operator==(const ChargerReport&, const ChargerReport&) = default;
+};
+
+} // namespace velmora

@@ -1,0 +1,214 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "wire/VelmoraProtocol.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+/// What `velmora` serves on the session bus, declared once for it and for its windows: the model's face.
+namespace velmora::wire::face {
+
+inline constexpr auto serviceName = "app.velmora.Velmora";
+inline constexpr auto objectPath = "/app/velmora/Velmora";
+inline constexpr auto interface = "app.velmora.Model";
+
+enum class Access : std::uint8_t {
+    read,
+    write,   ///< a view may set it; the daemon never learns it
+    setting, ///< likewise, and the daemon is told at once
+};
+
+/// How a change is announced.
+enum class News : std::uint8_t {
+    value,       ///< PropertiesChanged carries it
+    invalidated, ///< only its name: it is long, and who wants it asks
+};
+
+/// A property of the model under its own name. An optional is an array of at most one. A setting's number
+/// lies within `lowest` to `highest`.
+struct Property {
+    const char* name;
+    const char* type; ///< D-Bus signature
+    Access access = Access::read;
+    double lowest = 0;
+    double highest = 0;
+    News news = News::value;
+};
+
+/// An object of the face.
+struct Face {
+    const char* path;
+    const char* interface;
+    std::span<const Property> properties;
+};
+
+inline constexpr std::array properties{
+    Property{"percentage", "d"},
+    Property{"chargingState", "s"}, ///< a raw text of velmora::ChargingState
+    Property{"isAppleRecommendedModeEnabled", "b", Access::setting},
+    Property{"isTemporaryOverrideEnabled", "b"},
+    Property{"isLimitReached", "b"}, ///< derived
+    Property{"thermalState", "s"},   ///< a raw text of ThermalMonitorService::ThermalState
+    Property{"powerSource", "s"},
+    Property{"timeToFull", "x"},
+    Property{"timeToEmpty", "x"},
+    Property{"timeToLimit", "x"},
+    Property{"isSimulationModeEnabled", "b", Access::write},
+    Property{"customChargeLimit", "d", Access::setting, 20, 100},
+    Property{"customHysteresis", "d", Access::setting, 0, 20},
+    Property{"isStorageModeEnabled", "b", Access::setting},
+    Property{"history", recordListType, Access::read, 0, 0, News::invalidated},
+    Property{"notifyOnLimit", "b", Access::setting},
+    Property{"notifyOnHeat", "b", Access::setting},
+    Property{"notifyOnCycle", "b", Access::setting},
+    Property{"notifyOnLowBattery", "b", Access::setting},
+    Property{"lowBatteryLimit", "d", Access::setting, 0, 100},
+    Property{"notifyOnPowerChange", "b", Access::setting},
+    Property{"lastCloudSyncDate", "ad"}, ///< seconds since 2001-01-01 UTC
+    Property{"fleetStates", recordListType, Access::read, 0, 0, News::invalidated},
+    Property{"selectedDeviceID", "as", Access::write},
+};
+inline constexpr Face model{objectPath, interface, properties};
+
+/// The model's operations; no arguments, no result.
+inline constexpr std::array operations{
+    "fetchHistory",   "syncSettingsToDaemon",    "toggleAppleRecommendedMode",
+    "toggleCharging", "toggleTemporaryOverride",
+};
+
+/// Ends the resident application, windows included; an operation beside those of the model.
+inline constexpr auto quit = "Quit";
+
+/// The actions of org.freedesktop.Application on the same object: each opens a window, but for the last.
+inline constexpr auto panelAction = "panel";
+inline constexpr auto dashboardAction = "dashboard";
+inline constexpr auto smallWidgetAction = "small-widget";
+inline constexpr auto mediumWidgetAction = "medium-widget";
+inline constexpr auto quitAction = "quit";
+
+} // namespace velmora::wire::face
+
+/// The installation of the daemon, beside the model under the same name; see velmora::InstallationManager.
+namespace velmora::wire::face::installation {
+
+inline constexpr auto objectPath = "/app/velmora/InstallationManager";
+inline constexpr auto interface = "app.velmora.InstallationManager";
+
+inline constexpr std::array properties{
+    Property{"isInstallationCompleted", "b"},
+    Property{"isInstalling", "b"},
+    Property{"installationProgress", "d"}, ///< 0 to 1
+    Property{"installationError", "as"},
+};
+inline constexpr Face face{objectPath, interface, properties};
+
+/// Registers the daemon, unless that is under way; what comes of it, the properties tell.
+inline constexpr auto install = "install";
+
+} // namespace velmora::wire::face::installation
+
+/// The notice of the main window, beside the model under the same name; see velmora::VersionNotice.
+namespace velmora::wire::face::notice {
+
+inline constexpr auto objectPath = "/app/velmora/VersionNotice";
+inline constexpr auto interface = "app.velmora.VersionNotice";
+
+inline constexpr auto showMacOS264Banner = "showMacOS264Banner";
+inline constexpr std::array properties{
+    Property{"hasSeenMacOS264Banner", "b"},
+    Property{showMacOS264Banner, "b", Access::write}, ///< false once the notice has closed
+};
+inline constexpr Face face{objectPath, interface, properties};
+
+inline constexpr auto appeared = "appeared";   ///< the main window has
+inline constexpr auto dismissed = "dismissed"; ///< the notice was answered
+
+} // namespace velmora::wire::face::notice
+
+/// What the laptop's charger can do and what is in force, as the daemon tells it: app.velmora.Charger of its
+/// object, see velmora::ChargerReport. It stands beside the model for those who are no client of the daemon.
+namespace velmora::wire::face::charger {
+
+inline constexpr auto objectPath = "/app/velmora/Charger";
+inline constexpr auto interface = "app.velmora.Charger";
+
+inline constexpr std::array properties{
+    Property{"IsKnown", "b"}, ///< the daemon is there and has told; the others are defaults until then
+    Property{"HasBattery", "b"},
+    Property{"Batteries", "s"},
+    Property{"Control", "s"},
+    Property{"Driver", "s"},
+    Property{"Mode", "s"},
+    Property{"WantedStartThreshold", "x"},
+    Property{"WantedEndThreshold", "x"},
+    Property{"StartThreshold", "x"},
+    Property{"EndThreshold", "x"},
+    Property{"IsChargingAllowed", "b"},
+    Property{"LastAction", "s"},
+    Property{"LastReason", "s"},
+    Property{"LastActionDate", "d"},
+    Property{"Health", "d"},
+    Property{"CycleCount", "x"},
+};
+inline constexpr Face face{objectPath, interface, properties};
+inline constexpr auto isKnown = "IsKnown";
+
+} // namespace velmora::wire::face::charger
+
+/// What a person has set about one of the desktop's widgets; see velmora::WidgetSettings.
+namespace velmora::wire::face::widget {
+
+inline constexpr auto smallPath = "/app/velmora/widgets/small";
+inline constexpr auto mediumPath = "/app/velmora/widgets/medium";
+inline constexpr auto interface = "app.velmora.Widget";
+
+inline constexpr std::array properties{
+    Property{"isPinned", "b", Access::write}, ///< stays above all other windows
+    Property{"isShownAtLogIn", "b", Access::write},
+    Property{"place", "ai", Access::write, -32'768, 32'767}, ///< x and y, as windows are measured; or none
+};
+inline constexpr Face small{smallPath, interface, properties};
+inline constexpr Face medium{mediumPath, interface, properties};
+
+} // namespace velmora::wire::face::widget
+
+/// What the windows' program serves on the session bus while it runs; its only caller is `velmora`.
+namespace velmora::wire::windows {
+
+inline constexpr auto serviceName = "app.velmora.Windows";
+inline constexpr auto objectPath = "/app/velmora/Windows";
+inline constexpr auto interface = "app.velmora.Windows";
+
+/// Show(s window): opens the window, or brings it to the front.
+inline constexpr auto show = "Show";
+/// ShowInactive(s window): opens the window and leaves the focus where it is; one that is open stays as it
+/// is.
+inline constexpr auto showInactive = "ShowInactive";
+/// Toggle(s window, i x, i y): a click at that place of the screen (pixels of the root window) opens the
+/// window there, or closes it.
+inline constexpr auto toggle = "Toggle";
+
+inline constexpr auto panel = "panel";
+inline constexpr auto dashboard = "dashboard";
+inline constexpr auto smallWidget = "widget-small";
+inline constexpr auto mediumWidget = "widget-medium";
+
+} // namespace velmora::wire::windows
+
+namespace velmora::wire::face {
+
+/// The window that an action opens; null for one that opens none.
+constexpr const char* windowOf(std::string_view action)
+{
+    if (action == panelAction) return windows::panel;
+    if (action == dashboardAction) return windows::dashboard;
+    if (action == smallWidgetAction) return windows::smallWidget;
+    return action == mediumWidgetAction ? windows::mediumWidget : nullptr;
+}
+
+} // namespace velmora::wire::face

@@ -1,0 +1,121 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "Widgets/WidgetFrame.h"
+
+#include "Widgets/WidgetPlacing.h"
+#include "desktop/Taskbar.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <QScreen>
+#include <chrono>
+#include <utility>
+
+namespace velmora {
+
+namespace {
+
+/// A window that has not moved for so long has come to rest.
+constexpr std::chrono::milliseconds restTime{300};
+
+bool isPlaceKnown()
+{
+    return !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+}
+
+} // namespace
+
+WidgetFrame::WidgetFrame(QObject* parent) : QObject(parent)
+{
+    resting_.setSingleShot(true);
+    resting_.setInterval(restTime);
+    connect(&resting_, &QTimer::timeout, this, &WidgetFrame::rest);
+}
+
+void WidgetFrame::componentComplete()
+{
+    if (!isPlaceKnown()) return;
+    leaveTaskbar(*window_);
+    place();
+    takeSettings();
+    connect(settings_, &RemoteWidget::changed, this, &WidgetFrame::takeSettings);
+    connect(window_, &QWindow::xChanged, this, &WidgetFrame::moved);
+    connect(window_, &QWindow::yChanged, this, &WidgetFrame::moved);
+    connect(window_, &QWindow::widthChanged, this, &WidgetFrame::roomChanged); // with the size of type
+    connect(window_, &QWindow::heightChanged, this, &WidgetFrame::roomChanged);
+    connect(window_, &QWindow::visibleChanged, this, [this](bool isVisible) {
+        if (isVisible) return roomChanged(); // a window manager may have a place of its own for it
+        if (resting_.isActive()) rest();     // it is about to go
+    });
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, &WidgetFrame::watch);
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, &WidgetFrame::roomChanged);
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &WidgetFrame::roomChanged);
+    for (auto* screen : QGuiApplication::screens()) watch(screen);
+}
+
+void WidgetFrame::watch(QScreen* screen)
+{
+    connect(screen, &QScreen::availableGeometryChanged, this, &WidgetFrame::roomChanged);
+}
+
+void WidgetFrame::takeSettings()
+{
+    if (!settings_->isKnown()) return;
+    const bool isMeantElsewhere = settings_->place().value_or(put_) != put_;
+    if (isPlaced_ && (!isMeantElsewhere || resting_.isActive())) return;
+    place();
+    isPlaced_ = true;
+}
+
+void WidgetFrame::place()
+{
+    const auto screens = presentScreens();
+    const auto kept = settings_->place();
+    put_ = kept ? widgetPlace(*kept, screens, window_->size())
+                : firstWidgetPlace(screens, window_->size(), firstTop_);
+    window_->setPosition(put_);
+}
+
+void WidgetFrame::beginDrag()
+{
+    isTheirs_ = true;
+    grip_ = QCursor::pos() - window_->position();
+    auto* holder = window_->mouseGrabberItem();
+    if (window_->startSystemMove() && holder) holder->ungrabMouse(); // it may never hear of the release
+}
+
+void WidgetFrame::drag()
+{
+    if (isPlaceKnown()) window_->setPosition(QCursor::pos() - grip_);
+}
+
+void WidgetFrame::nudge(int right, int down)
+{
+    if (!isPlaceKnown()) return;
+    isTheirs_ = true;
+    const auto wanted = window_->position() + QPoint(right, down);
+    window_->setPosition(widgetPlace(wanted, presentScreens(), window_->size()));
+}
+
+void WidgetFrame::moved()
+{
+    if (isPlaced_ && window_->isVisible()) resting_.start();
+}
+
+/// What the window manager does about it now is no wish of the owner's.
+void WidgetFrame::roomChanged()
+{
+    isTheirs_ = false;
+    resting_.start();
+}
+
+void WidgetFrame::rest()
+{
+    resting_.stop();
+    if (!std::exchange(isTheirs_, true)) return place();
+    if (std::exchange(put_, window_->position()) != window_->position()) settings_->keepPlace(put_);
+}
+
+} // namespace velmora

@@ -1,0 +1,112 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "client/Texts.h"
+
+#include "texts/DashboardTexts.h"
+
+#include <QVariantMap>
+
+namespace velmora {
+
+namespace {
+
+QString text(std::string_view utf8)
+{
+    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+}
+
+QString text(menu_bar::ThemeColor color)
+{
+    return text(menu_bar::name(color));
+}
+
+ChargingState charging(const QString& raw)
+{
+    return chargingStateFromRawValue(raw.toStdString()).value_or(ChargingState::idle);
+}
+
+ThermalMonitorService::ThermalState thermal(const QString& raw)
+{
+    return ThermalMonitorService::thermalStateFromRawValue(raw.toStdString())
+        .value_or(ThermalMonitorService::ThermalState::nominal);
+}
+
+} // namespace
+
+QString Texts::percentage(double percent) const
+{
+    return text(menu_bar::percentageText(percent));
+}
+
+QString Texts::chargingWord(const QString& chargingState) const
+{
+    return text(menu_bar::chargingWord(charging(chargingState)));
+}
+
+QString Texts::chargingColor(const QString& chargingState) const
+{
+    return text(menu_bar::chargingColor(charging(chargingState)));
+}
+
+QString Texts::quickChargeTitle(bool isCharging) const
+{
+    return text(menu_bar::quickChargeTitle(isCharging));
+}
+
+QString Texts::quickChargeSymbol(bool isCharging) const
+{
+    return text(menu_bar::quickChargeSymbol(isCharging));
+}
+
+QString Texts::quickChargeTint(bool isCharging) const
+{
+    return text(menu_bar::quickChargeTint(isCharging));
+}
+
+QString Texts::thermalText(const QString& thermalState) const
+{
+    return text(menu_bar::thermalText(thermal(thermalState)));
+}
+
+QString Texts::thermalColor(const QString& thermalState) const
+{
+    return text(menu_bar::thermalColor(thermal(thermalState)));
+}
+
+QString Texts::limitCaption(double limit) const
+{
+    return text(menu_bar::limitCaption(limit));
+}
+
+QVariantList Texts::thresholds() const
+{
+    QVariantList list;
+    for (const auto& [label, limit] : menu_bar::thresholds)
+        list.append(QVariantMap{{"text", text(label)}, {"limit", limit}});
+    return list;
+}
+
+QString Texts::pageView(const QString& identifier) const
+{
+    return text(dashboard::view(identifier.toStdString()));
+}
+
+QVariantList Texts::pages() const
+{
+    QVariantList list;
+    for (const auto& page : dashboard::pages)
+        list.append(QVariantMap{{"section", text(page.section)},
+                                {"title", text(page.title)},
+                                {"icon", text(page.icon)},
+                                {"color", text(page.color)},
+                                {"identifier", text(page.identifier)}});
+    return list;
+}
+
+QString Texts::pagePlaceholder() const
+{
+    return text(dashboard::placeholder);
+}
+
+} // namespace velmora

@@ -1,0 +1,73 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "program/CommandLine.h"
+
+#include "program/WindowsService.h"
+
+#include <map>
+
+namespace velmora {
+
+namespace {
+
+std::optional<QPoint> parsePlace(const QString& text)
+{
+    const auto parts = text.split(',');
+    bool isX = false;
+    bool isY = false;
+    const QPoint place(parts.value(0).toInt(&isX), parts.value(1).toInt(&isY));
+    if (parts.size() != 2 || !isX || !isY) return std::nullopt;
+    return place;
+}
+
+/// The options that there are, with the value that each needs.
+std::variant<std::map<QString, QString>, QString> pairs(const QStringList& arguments)
+{
+    static const QStringList known{"--show",    "--show-inactive", "--toggle", "--at",
+                                   "--picture", "--window",        "--page"};
+    std::map<QString, QString> options;
+    for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
+        if (!known.contains(*argument)) return "unknown argument " + *argument;
+        const auto& option = *argument;
+        if (++argument == arguments.end()) return option + " needs a value";
+        options[option] = *argument;
+    }
+    return options;
+}
+
+} // namespace
+
+const char* CommandLine::usage()
+{
+    return "usage: velmora-ui --show WINDOW\n"
+           "       velmora-ui --show-inactive WINDOW    the focus stays where it is\n"
+           "       velmora-ui --toggle WINDOW [--at X,Y]    what a click there on the tray icon means\n"
+           "       velmora-ui --picture FILE --window WINDOW [--page PAGE]    the window as a PNG\n"
+           "Windows are \"panel\", \"dashboard\", \"widget-small\" and \"widget-medium\". The pages of the "
+           "dashboard\nare Overview, Health, Thermal, Ecosystem, Settings and Notifications. velmora must be "
+           "running;\nit starts this program when a window is wanted.\n";
+}
+
+std::variant<CommandLine, QString> CommandLine::parse(const QStringList& arguments)
+{
+    if (arguments == QStringList{"--help"}) return CommandLine{};
+    auto read = pairs(arguments);
+    if (const auto* wrong = std::get_if<QString>(&read)) return *wrong;
+    auto& options = std::get<0>(read);
+    const auto has = [&](auto... names) {
+        return options.size() == sizeof...(names) && (options.contains(names) && ...);
+    };
+    if (has("--show")) return CommandLine{Deed::show, options["--show"]};
+    if (has("--show-inactive")) return CommandLine{Deed::showInactive, options["--show-inactive"]};
+    if (has("--toggle")) return CommandLine{Deed::toggle, options["--toggle"]};
+    if (has("--picture", "--window") || has("--picture", "--window", "--page"))
+        return CommandLine{Deed::picture, options["--window"], std::nullopt, options["--picture"],
+                           options["--page"]};
+    if (!has("--toggle", "--at")) return QStringLiteral("one thing at a time, please");
+    const auto place = parsePlace(options["--at"]);
+    if (!place) return QStringLiteral("--at wants two numbers: X,Y");
+    return CommandLine{Deed::toggle, options["--toggle"], WindowsService::place(place->x(), place->y())};
+}
+
+} // namespace velmora

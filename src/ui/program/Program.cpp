@@ -1,0 +1,216 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "program/Program.h"
+
+#include "client/ModelLink.h"
+#include "client/ObjectLink.h"
+#include "client/RemoteInstallation.h"
+#include "client/RemoteVersionNotice.h"
+#include "client/RemoteWidget.h"
+#include "desktop/Appearance.h"
+#include "desktop/Display.h"
+#include "program/Shell.h"
+#include "program/TerminationSignals.h"
+#include "program/WindowsService.h"
+#include "windows/Windows.h"
+#include "wire/ModelFace.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QGuiApplication>
+#include <QQmlEngine>
+#include <QQuickWindow>
+#include <QTimer>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <malloc.h>
+
+void qml_register_types_Velmora(); // keeps the linker from leaving them out
+
+namespace velmora {
+
+namespace {
+
+/// For the application's values; a window that waited longer for them would open late.
+constexpr std::chrono::milliseconds valuesPatience{30};
+constexpr std::chrono::seconds picturePatience{10};
+constexpr int forwardPatience = 2'000; // ms
+
+/// Bytes; blocks from here on, most of them pictures, go back to the kernel once they are freed. Said so that
+/// the C library does not raise it with each of them.
+constexpr int largeBlock = 128 * 1024;
+namespace face = wire::face;
+
+int fail(const QString& what, int status = 1)
+{
+    std::fprintf(stderr, "velmora-ui: %s\n", qUtf8Printable(what));
+    return status;
+}
+
+const char* methodFor(CommandLine::Deed deed)
+{
+    using namespace wire::windows;
+    if (deed == CommandLine::Deed::toggle) return toggle;
+    return deed == CommandLine::Deed::showInactive ? showInactive : show;
+}
+
+/// To the velmora-ui that runs already.
+int forward(const QDBusConnection& bus, const CommandLine& wish)
+{
+    using namespace wire::windows;
+    const bool isToggle = wish.deed == CommandLine::Deed::toggle;
+    auto call = QDBusMessage::createMethodCall(
+        QString::fromLatin1(serviceName), QString::fromLatin1(objectPath), QString::fromLatin1(interface),
+        QString::fromLatin1(methodFor(wish.deed)));
+    call.setAutoStartService(false);
+    const auto place = wish.click.value_or(QPoint(-1, -1));
+    call.setArguments(isToggle ? QVariantList{wish.window, place.x(), place.y()} : QVariantList{wish.window});
+    const auto reply = bus.call(call, QDBus::Block, forwardPatience);
+    return reply.type() == QDBusMessage::ErrorMessage ? fail(reply.errorMessage()) : 0;
+}
+
+/// Returns once the bus has taken what was said to it: QtDBus sends on another thread, which an exit cuts
+/// off.
+void awaitSent(const QDBusConnection& bus)
+{
+    auto ping =
+        QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/"),
+                                       QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+    bus.call(ping, QDBus::Block, forwardPatience);
+}
+
+/// All that lives while windows are shown.
+class Program {
+public:
+    Program(const QDBusConnection& bus, TerminationSignals& signals_)
+        : bus_(bus),
+          link_(bus, model_),
+          installation_(bus, face::installation::face, *singleton<RemoteInstallation>("InstallationManager")),
+          notice_(bus, face::notice::face, *singleton<RemoteVersionNotice>("VersionNotice")),
+          smallWidget_(bus, face::widget::small, *singleton<Widgets>("Widgets")->small()),
+          mediumWidget_(bus, face::widget::medium, *singleton<Widgets>("Widgets")->medium()),
+          windows_(engine_, model_),
+          service_(windows_)
+    {
+        engine_.addImportPath(QStringLiteral("qrc:/qt/qml"));
+        QObject::connect(&signals_, &TerminationSignals::received, &windows_,
+                         [] { QCoreApplication::exit(0); });
+        QObject::connect(&link_, &ModelLink::gone, &windows_, [this] {
+            QCoreApplication::exit(link_.hasMet() ? 0 : fail(QStringLiteral("velmora is not running")));
+        });
+        signals_.listen();
+    }
+
+    int show(const CommandLine& wish)
+    {
+        if (!service_.publish(bus_)) return forward(bus_, wish);
+        QObject::connect(&windows_, &Windows::allClosed, &windows_, [this] {
+            awaitSent(bus_);
+            QCoreApplication::exit(0);
+        });
+        passOnWishes(*singleton<Shell>("Shell"));
+        if (!open(wish)) return 1;
+        whenReady([this] { windows_.release(); });
+        QTimer::singleShot(valuesPatience, &windows_, &Windows::release);
+        return QGuiApplication::exec();
+    }
+
+    int draw(const CommandLine& wish)
+    {
+        singleton<Appearance>("Appearance")->setOpaque();
+        singleton<RemoteVersionNotice>("VersionNotice")
+            ->disconnect(&notice_); // nobody sees the window appear
+        whenReady([this, wish] {
+            windows_.picture(wish.window, wish.page, [wish](const QImage& image) {
+                const bool isSaved = image.save(wish.picture, "PNG");
+                QCoreApplication::exit(isSaved ? 0 : fail("cannot write " + wish.picture));
+            });
+        });
+        QTimer::singleShot(picturePatience, &windows_, [] {
+            QCoreApplication::exit(
+                fail(QStringLiteral("no picture: velmora does not answer, or the window was not drawn")));
+        });
+        return QGuiApplication::exec();
+    }
+
+private:
+    bool open(const CommandLine& wish)
+    {
+        if (wish.deed == CommandLine::Deed::toggle) return windows_.toggle(wish.window, wish.click);
+        return wish.deed == CommandLine::Deed::showInactive ? windows_.showInactive(wish.window)
+                                                            : windows_.show(wish.window);
+    }
+
+    template <typename T>
+    T* singleton(const char* name)
+    {
+        return engine_.singletonInstance<T*>(qmlTypeId("Velmora", 1, 0, name));
+    }
+
+    void passOnWishes(const Shell& shell)
+    {
+        QObject::connect(&shell, &Shell::dashboardWanted, &link_,
+                         [this] { link_.activate(QString::fromLatin1(wire::face::dashboardAction)); });
+        QObject::connect(&shell, &Shell::widgetWanted, &link_, [this](const QString& size) {
+            link_.activate(
+                QString::fromLatin1(size == "small" ? face::smallWidgetAction : face::mediumWidgetAction));
+        });
+        QObject::connect(&shell, &Shell::quitWanted, &link_, &ModelLink::quit);
+    }
+
+    /// Once the application's values and the desktop's wishes are known.
+    void whenReady(const std::function<void()>& deed)
+    {
+        auto* appearance = singleton<Appearance>("Appearance");
+        const auto check = [this, appearance, deed] {
+            if (link_.isFed() && installation_.isSettled() && smallWidget_.isSettled() &&
+                mediumWidget_.isSettled() && appearance->isSettled())
+                deed();
+        };
+        QObject::connect(&link_, &ModelLink::fed, &windows_, check);
+        for (const auto* link : {&installation_, &smallWidget_, &mediumWidget_})
+            QObject::connect(link, &ObjectLink::settled, &windows_, check);
+        QObject::connect(appearance, &Appearance::settled, &windows_, check);
+    }
+
+    QDBusConnection bus_;
+    RemoteModel model_;
+    ModelLink link_;
+    QQmlEngine engine_;
+    ObjectLink installation_;
+    ObjectLink notice_;
+    ObjectLink smallWidget_;
+    ObjectLink mediumWidget_;
+    Windows windows_;
+    WindowsService service_;
+};
+
+} // namespace
+
+int runWindows(int argc, char** argv)
+{
+    const auto read = CommandLine::parse(QStringList(argv + std::min(argc, 1), argv + argc));
+    if (const auto* wrong = std::get_if<QString>(&read)) return fail(*wrong + "; see --help", 2);
+    const auto& wish = std::get<CommandLine>(read);
+    if (wish.deed == CommandLine::Deed::help) return std::fputs(CommandLine::usage(), stdout) < 0;
+    if (!Windows::isKnown(wish.window)) return fail("there is no window \"" + wish.window + '"');
+    if (!isDisplayThere()) return fail(QStringLiteral("there is no display"));
+
+    mallopt(M_MMAP_THRESHOLD, largeBlock);
+    QtLog::setUp();
+    TerminationSignals signals_;
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    QGuiApplication application(argc, argv);
+    QGuiApplication::setDesktopFileName(QString::fromLatin1(wire::face::serviceName));
+    QGuiApplication::setQuitOnLastWindowClosed(false); // a click on its way may mean the window that closed
+    qml_register_types_Velmora();
+    const auto bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected()) return fail(QStringLiteral("there is no session bus"));
+    Program program(bus, signals_);
+    return wish.deed == CommandLine::Deed::picture ? program.draw(wish) : program.show(wish);
+}
+
+} // namespace velmora

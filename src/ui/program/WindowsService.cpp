@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "program/WindowsService.h"
+
+#include "wire/ModelFace.h"
+
+#include <QDBusConnection>
+#include <QDBusError>
+
+namespace velmora {
+
+namespace {
+
+constexpr int quotable = 64; // characters of a name that is somebody's mistake
+
+} // namespace
+
+bool WindowsService::publish(QDBusConnection bus)
+{
+    using namespace wire::windows;
+    bus.registerObject(QString::fromLatin1(objectPath), QString::fromLatin1(interface), this,
+                       QDBusConnection::ExportScriptableSlots);
+    return bus.registerService(QString::fromLatin1(serviceName));
+}
+
+std::optional<QPoint> WindowsService::place(int x, int y)
+{
+    return x < 0 || y < 0 ? std::nullopt : std::optional(QPoint(x, y));
+}
+
+void WindowsService::Show(const QString& window)
+{
+    if (!refusesUnknown(window)) answer(windows_.show(window));
+}
+
+void WindowsService::ShowInactive(const QString& window)
+{
+    if (!refusesUnknown(window)) answer(windows_.showInactive(window));
+}
+
+void WindowsService::Toggle(const QString& window, int x, int y)
+{
+    if (!refusesUnknown(window)) answer(windows_.toggle(window, place(x, y)));
+}
+
+bool WindowsService::refusesUnknown(const QString& window) const
+{
+    if (Windows::isKnown(window)) return false;
+    sendErrorReply(QDBusError::InvalidArgs, "There is no window \"" + window.left(quotable) + "\".");
+    return true;
+}
+
+void WindowsService::answer(bool isOpen) const
+{
+    if (!isOpen) sendErrorReply(QDBusError::Failed, QStringLiteral("The window could not be made."));
+}
+
+} // namespace velmora

@@ -1,0 +1,84 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "LoopTest.h"
+#include "Peer.h"
+#include "PrivateBus.h"
+#include "RecordingLog.h"
+#include "base/SystemClock.h"
+#include "link/DaemonObject.h"
+#include "link/XPCClient.h"
+
+namespace velmora {
+
+/// A daemon that does nothing but remember what reached it.
+struct RecordingService final : DaemonService {
+    HSBatteryState state{79.5, true, "AC Power", "Fair", 80, 2, 42, -1, false};
+    std::vector<HSHistorySnapshot> history{{Date{700'000'000.25}, 50.5, 97.25, "Nominal", true},
+                                           {Date{700'000'900.1}, 51, 97.5, "Serious", false}};
+    ChargerReport report{.hasBattery = true, .batteries = "BAT0", .endThreshold = 80};
+    std::vector<std::string> deeds; ///< "70 by 0" for a limit, "toggle by 0"
+    std::vector<ChargingSettings> settings;
+    std::vector<std::string> callers, left;
+
+    HSBatteryState batteryState() override { return state; }
+    const std::vector<HSHistorySnapshot>& analyticsHistory() override { return history; }
+    ChargerReport charger() override { return report; }
+    void updateSettings(const Caller& caller, const ChargingSettings& wanted) override
+    {
+        settings.push_back(wanted);
+        note(std::to_string(static_cast<int>(wanted.customChargeLimit)), caller);
+    }
+    void toggleCharging(const Caller& caller, ToggleReply reply) override
+    {
+        note("toggle", caller);
+        reply(true);
+    }
+    void callerLeft(const std::string& busName) override { left.push_back(busName); }
+
+    void note(const std::string& deed, const Caller& caller)
+    {
+        deeds.push_back(deed + " by " + std::to_string(caller.uid));
+        callers.push_back(caller.busName);
+    }
+};
+
+class WireTest : public LoopTest {
+protected:
+    PrivateBus bus;
+    RecordingLog log;
+    SystemClock clock;
+    RecordingService service;
+
+    std::unique_ptr<DaemonObject> startDaemon()
+    {
+        auto object = std::make_unique<DaemonObject>(loop, service, log);
+        EXPECT_EQ(outcome(*object), "owned");
+        object->serve();
+        return object;
+    }
+
+    /// What the bus says to one that asked for the name.
+    std::string outcome(DaemonObject& object)
+    {
+        std::string said;
+        object.onOwned = [&] { said = "owned"; };
+        object.onRefused = [&](const auto& why) { said = why; };
+        EXPECT_TRUE(eventually([&] { return !said.empty(); }));
+        object.onOwned = nullptr;
+        object.onRefused = nullptr;
+        return said;
+    }
+
+    /// Waits until all that `client` sent so far has been dealt with by a daemon that answers.
+    void settle(XPCClient& client)
+    {
+        bool answered = false;
+        client.fetchCurrentState([&](const auto&) { answered = true; });
+        ASSERT_TRUE(eventually([&] { return answered; }));
+    }
+};
+
+} // namespace velmora
