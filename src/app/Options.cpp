@@ -11,40 +11,40 @@ namespace velmora {
 
 namespace {
 
-std::optional<Errand> widget(std::string_view name)
+std::optional<Command> widget(std::string_view name)
 {
-    if (name == "small") return Errand::smallWidget;
-    if (name == "medium") return Errand::mediumWidget;
+    if (name == "small") return Command::smallWidget;
+    if (name == "medium") return Command::mediumWidget;
     return std::nullopt;
 }
 
 } // namespace
 
-std::optional<Errand> errandOf(int argc, const char* const* argv)
+std::optional<Command> commandOf(int argc, const char* const* argv)
 {
-    if (argc <= 1) return Errand::run;
+    if (argc <= 1) return Command::run;
     const std::string_view option = argv[1];
     if (argc == 3 && option == "--widget") return widget(argv[2]);
     if (argc > 2) return std::nullopt;
-    if (option == "--panel") return Errand::panel;
-    if (option == "--dashboard") return Errand::dashboard;
-    if (option == "--quit") return Errand::quit;
-    if (option == "--help" || option == "-h") return Errand::help;
+    if (option == "--panel") return Command::panel;
+    if (option == "--dashboard") return Command::dashboard;
+    if (option == "--quit") return Command::quit;
+    if (option == "--help" || option == "-h") return Command::help;
     return std::nullopt;
 }
 
-const char* actionOf(Errand errand)
+const char* actionOf(Command command)
 {
-    switch (errand) {
-    case Errand::panel:
+    switch (command) {
+    case Command::panel:
         return wire::face::panelAction;
-    case Errand::dashboard:
+    case Command::dashboard:
         return wire::face::dashboardAction;
-    case Errand::smallWidget:
+    case Command::smallWidget:
         return wire::face::smallWidgetAction;
-    case Errand::mediumWidget:
+    case Command::mediumWidget:
         return wire::face::mediumWidgetAction;
-    case Errand::quit:
+    case Command::quit:
         return wire::face::quitAction;
     default:
         return nullptr;

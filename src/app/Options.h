@@ -9,7 +9,7 @@
 namespace velmora {
 
 /// What a person asks velmora for when starting it.
-enum class Errand : std::uint8_t {
+enum class Command : std::uint8_t {
     run,       ///< be there; the panel where there is no tray icon to open it
     panel,     ///< open the panel
     dashboard, ///< open the dashboard
@@ -22,9 +22,9 @@ enum class Errand : std::uint8_t {
 inline constexpr auto usage = "usage: velmora [--panel | --dashboard | --widget small|medium | --quit]\n";
 
 /// Nothing for arguments that make no sense.
-std::optional<Errand> errandOf(int argc, const char* const* argv);
+std::optional<Command> commandOf(int argc, const char* const* argv);
 
 /// The action of wire::face that the one who runs is asked for; null for none, which is to be there.
-const char* actionOf(Errand errand);
+const char* actionOf(Command command);
 
 } // namespace velmora

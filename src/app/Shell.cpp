@@ -3,7 +3,7 @@
 
 #include "Shell.h"
 
-#include "tray/TrayFaceOf.h"
+#include "tray/TrayStateOf.h"
 
 #include <csignal>
 #include <utility>
@@ -27,20 +27,20 @@ Shell::Shell(LinuxPlatform& platform, App& app, SessionBus& session, std::filesy
     // What a session's programs do when it ends. The daemon goes on protecting.
     session.onLost = [this] { loop_.stop(); };
     wireTray();
-    app_.onDaemonPresence = [this] { showFaceSoon(); };
-    modelChanges_ = app_.model().willChange.observe([this] { showFaceSoon(); });
+    app_.onDaemonPresence = [this] { showStateSoon(); };
+    modelChanges_ = app_.model().willChange.observe([this] { showStateSoon(); });
     readings_ = app_.model().percentage.observe([this](double) { hasReading_ = true; });
-    showFace();
+    showState();
 }
 
 void Shell::serve(sd_bus* bus)
 {
     model_.emplace(loop_, bus, app_.model());
     model_->onQuit = [this] { loop_.stop(); };
-    const auto serve = [&](std::optional<FaceObject>& object, const wire::face::Face& face, auto&& what) {
-        face::serve(object.emplace(loop_, bus, face), what);
+    const auto serve = [&](std::optional<ExportedObject>& object, const wire::face::Face& face, auto&& what) {
+        exports::serve(object.emplace(loop_, bus, face), what);
     };
-    serve(charger_, wire::face::charger::face, face::ChargerSource([this] { return app_.charger(); }));
+    serve(charger_, wire::face::charger::face, exports::ChargerSource([this] { return app_.charger(); }));
     app_.onChargerChange = [this] { charger_->derivedChanged(); };
     // Now rather than when it is first asked for: a window shall not begin with the wrong one of its two
     // views.
@@ -64,9 +64,9 @@ void Shell::wireTray()
     tray_.onNoHost = [this] { hasNoTray_ = true; };
 }
 
-void Shell::begin(Errand errand)
+void Shell::begin(Command command)
 {
-    const auto* action = actionOf(errand);
+    const auto* action = actionOf(command);
     if (const auto* window = action ? wire::face::windowOf(action) : nullptr) open(window, "");
     // Nobody has asked for these just now.
     if (smallWidget_.isShownAtLogIn.get())
@@ -98,20 +98,20 @@ void Shell::startedAgain(const std::string& token)
     });
 }
 
-void Shell::showFaceSoon()
+void Shell::showStateSoon()
 {
-    if (std::exchange(isFaceDue_, true)) return;
+    if (std::exchange(isStateDue_, true)) return;
     loop_.post(lifetime_.guard([this] {
-        isFaceDue_ = false;
-        showFace();
+        isStateDue_ = false;
+        showState();
     }));
 }
 
-void Shell::showFace()
+void Shell::showState()
 {
-    using enum Knowledge;
-    const auto knowledge = app_.isDaemonMissing() ? daemonMissing : hasReading_ ? live : awaited;
-    tray_.show(trayFaceOf(app_.model(), knowledge));
+    using enum Freshness;
+    const auto freshness = app_.isDaemonMissing() ? stale : hasReading_ ? live : pending;
+    tray_.show(trayStateOf(app_.model(), freshness));
 }
 
 namespace {
@@ -126,18 +126,18 @@ std::filesystem::path windowsProgram()
 
 } // namespace
 
-int runApplication(Errand errand)
+int runApplication(Command command)
 {
     LinuxPlatform platform("velmora");
     platform.loop().stopOn({SIGTERM, SIGINT});
     SessionBus session(platform.loop(), platform.log());
     if (platform.loop().isOver()) return 0;
-    if (session.standing() == SessionBus::Standing::second) return session.forward(errand) ? 0 : 1;
-    if (errand != Errand::run && !session.handle()) return 1; // the log says why
-    if (errand == Errand::quit) return 0;                     // nobody runs who could
+    if (session.role() == SessionBus::Role::secondary) return session.forward(command) ? 0 : 1;
+    if (command != Command::run && !session.handle()) return 1; // the log says why
+    if (command == Command::quit) return 0;                     // nobody runs who could
     App app(platform);
     Shell shell(platform, app, session, windowsProgram());
-    shell.begin(errand);
+    shell.begin(command);
     platform.loop().run();
     return 0;
 }

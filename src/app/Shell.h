@@ -6,7 +6,7 @@
 #include "App.h"
 #include "Options.h"
 #include "bus/ApplicationObject.h"
-#include "bus/FaceBindings.h"
+#include "bus/Exports.h"
 #include "bus/ModelObject.h"
 #include "bus/SessionBus.h"
 #include "tray/TrayIcon.h"
@@ -30,7 +30,7 @@ public:
 
     /// What the person asked for who started this program, and the widgets that are wished at log-in, which
     /// is when it is started.
-    void begin(Errand errand);
+    void begin(Command command);
 
 private:
     void serve(sd_bus* bus);
@@ -38,33 +38,33 @@ private:
     void open(const char* window, std::string token);
     void togglePanel(std::optional<ScreenPoint> at);
     void startedAgain(const std::string& token);
-    void showFace();
-    void showFaceSoon();
+    void showState();
+    void showStateSoon();
 
     Lifetime lifetime_;
     EventLoop& loop_;
     App& app_;
     std::optional<ModelObject> model_;
-    std::optional<FaceObject> charger_;
-    std::optional<FaceObject> installation_;
+    std::optional<ExportedObject> charger_;
+    std::optional<ExportedObject> installation_;
     VersionNotice notice_;
-    std::optional<FaceObject> noticeObject_;
+    std::optional<ExportedObject> noticeObject_;
     WidgetSettings smallWidget_{"small"};
     WidgetSettings mediumWidget_{"medium"};
-    std::optional<FaceObject> smallWidgetObject_;
-    std::optional<FaceObject> mediumWidgetObject_;
+    std::optional<ExportedObject> smallWidgetObject_;
+    std::optional<ExportedObject> mediumWidgetObject_;
     std::optional<ApplicationObject> application_;
     WindowsProgram windows_;
     TrayIcon tray_;
     bool hasNoTray_ = false;
     MainLoop::Timer reopening_; ///< somebody came before it was known whether there is a tray
     bool hasReading_ = false;   ///< the model shows what the daemon said, not what it began with
-    bool isFaceDue_ = false;    ///< at the end of this turn
+    bool isStateDue_ = false;   ///< at the end of this turn
     Subscription modelChanges_;
     Subscription readings_;
 };
 
 /// Runs velmora until it is asked to end; returns the exit status.
-int runApplication(Errand errand);
+int runApplication(Command command);
 
 } // namespace velmora

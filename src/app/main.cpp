@@ -8,11 +8,11 @@
 
 int main(int argc, char** argv)
 {
-    const auto errand = velmora::errandOf(argc, argv);
-    if (!errand || errand == velmora::Errand::help) {
-        std::fputs(velmora::usage, errand ? stdout : stderr);
-        return errand ? 0 : 2;
+    const auto command = velmora::commandOf(argc, argv);
+    if (!command || command == velmora::Command::help) {
+        std::fputs(velmora::usage, command ? stdout : stderr);
+        return command ? 0 : 2;
     }
     velmora::keepHeapSmall();
-    return velmora::runApplication(*errand);
+    return velmora::runApplication(*command);
 }

@@ -26,7 +26,7 @@ constexpr auto settleTime = 1500ms;
 /// start a battery without any is looked at now and then.
 constexpr auto controlPatience = 10min;
 /// How often a charger is asked what it holds before it is told what to hold. Some never tell before that.
-constexpr int mostMeetings = 3;
+constexpr int mostReadAttempts = 3;
 constexpr std::size_t mostToggles = 32;
 
 template <typename T>
@@ -47,9 +47,9 @@ const PowerSourceDescription* internalBattery(const std::vector<PowerSourceDescr
 
 } // namespace
 
-Daemon::Daemon(const Ports& ports, Voice voice)
+Daemon::Daemon(const Ports& ports, Outbound outbound)
     : ports_(ports),
-      voice_(std::move(voice)),
+      outbound_(std::move(outbound)),
       complaints_(ports.hardware.log, category),
       refusals_(ports.hardware.loop, ports.hardware.log, ports.hardware.clock, category),
       changes_(ports.hardware.loop, ports.hardware.log, ports.hardware.clock, category,
@@ -58,12 +58,12 @@ Daemon::Daemon(const Ports& ports, Voice voice)
       settings_(saved_.settings),
       quickCharge_(saved_.quickCharge),
       manual_(saved_.manual),
-      hasMetCharger_(saved_.hasMetCharger),
+      hasAdoptedLimit_(saved_.hasAdoptedLimit),
       keeper_(
           ports.hardware, [this](const ChargerKeeper::Look& look) { seen(look); },
           [this](bool changed) { acted(changed); }),
       pacer_(ports.hardware.loop, ports.hardware.clock,
-             [this](const HSBatteryState& state) { voice_.push(state); })
+             [this](const HSBatteryState& state) { outbound_.push(state); })
 {
     settings_.isTemporaryOverride = quickCharge_.state() != QuickCharge::State::off;
     ports_.history.load();
@@ -96,7 +96,7 @@ void Daemon::isNowReady()
 
 void Daemon::resumed()
 {
-    keeper_.beginAfresh();
+    keeper_.forgetHistory();
     look();
     lookAgainSoon();
 }
@@ -106,7 +106,7 @@ void Daemon::seen(const ChargerKeeper::Look& look)
     const bool hadExternalPower = reading_.hasExternalPower;
     readBattery(look);
     noticePlug(hadExternalPower);
-    meetCharger();
+    adoptExistingLimit();
     followQuickCharge();
     scheduleNextLook();
     isNowReady(); // before the first push, which is for whoever was waiting
@@ -141,18 +141,18 @@ void Daemon::readBattery(const ChargerKeeper::Look& look)
 void Daemon::noticePlug(bool hadExternalPower)
 {
     if (hadExternalPower || !reading_.hasExternalPower) return;
-    keeper_.beginAfresh();
-    if (manual_.wish == ManualCharging::Wish::asSet) return;
+    keeper_.forgetHistory();
+    if (manual_.state == ManualCharging::State::asSet) return;
     manual_ = {};
     save();
 }
 
-void Daemon::meetCharger()
+void Daemon::adoptExistingLimit()
 {
     const auto held = keeper_.inForce();
-    if (hasMetCharger_ || keeper_.control() == ChargeControl::none) return;
-    if (!held && ++meetings_ < mostMeetings) return lookAgainSoon();
-    hasMetCharger_ = true;
+    if (hasAdoptedLimit_ || keeper_.control() == ChargeControl::none) return;
+    if (!held && ++readAttempts_ < mostReadAttempts) return lookAgainSoon();
+    hasAdoptedLimit_ = true;
     // Somebody limited this charger before this daemon came: that is the owner's wish. A value below what can
     // be asked for is a controller's nonsense after a reset.
     if (held && held->end >= 20 && held->end < 100) {
@@ -192,14 +192,14 @@ void Daemon::saveHistory()
 
 bool Daemon::hold()
 {
-    const bool isStranger = !hasMetCharger_ && keeper_.control() != ChargeControl::none;
-    if (isStranger) return false; // what it holds may be its owner's wish
+    const bool isLimitUnknown = !hasAdoptedLimit_ && keeper_.control() != ChargeControl::none;
+    if (isLimitUnknown) return false; // what it holds may be its owner's wish
     return keeper_.hold(decideCharging(settings_, quickCharge_.isActive(), manual_, keeper_.control()));
 }
 
 void Daemon::acted(bool changed)
 {
-    const bool isPausing = !toggles_.empty() && manual_.wish == ManualCharging::Wish::paused;
+    const bool isPausing = !toggles_.empty() && manual_.state == ManualCharging::State::paused;
     if (isPausing && isChargingAllowed()) {
         changes_.info("This charger cannot be paused at " + std::to_string(manual_.pausedAt) + " %.");
         manual_ = {};
@@ -224,7 +224,7 @@ bool Daemon::isChargingAllowed() const
 void Daemon::tell()
 {
     tellState();
-    voice_.chargerChanged(charger());
+    outbound_.chargerChanged(charger());
 }
 
 void Daemon::tellState()
@@ -248,7 +248,7 @@ bool Daemon::seeksControl() const
 bool Daemon::isWorthWatching() const
 {
     return reading_.isCharging || !reading_.hasExternalPower || quickCharge_.isActive() ||
-           manual_.wish != ManualCharging::Wish::asSet || isUnreadable_;
+           manual_.state != ManualCharging::State::asSet || isUnreadable_;
 }
 
 void Daemon::scheduleNextLook()
@@ -310,16 +310,16 @@ bool Daemon::mayChange(const Caller& caller) const
 
 void Daemon::updateSettings(const Caller& caller, const ChargingSettings& settings)
 {
-    auto& words = callers_.of(caller.busName);
-    if (words.accepted == settings || words.refused == settings) return;
+    auto& last = callers_.of(caller.busName);
+    if (last.accepted == settings || last.refused == settings) return;
     if (const auto problem = problemWith(settings)) return refuse(caller, settings, *problem);
-    const ChargingSettings next = withLowBatteryClamped(merged(settings_, words.accepted, settings));
+    const ChargingSettings next = withLowBatteryClamped(merged(settings_, last.accepted, settings));
     if (next != settings_) {
         if (!mayChange(caller)) return refuse(caller, settings, "only root may change settings");
-        words = {settings, std::nullopt};
+        last = {settings, std::nullopt};
         accept(caller, next);
     } else {
-        words = {settings, std::nullopt};
+        last = {settings, std::nullopt};
     }
 }
 
@@ -328,7 +328,7 @@ void Daemon::refuse(const Caller& caller, const ChargingSettings& settings, cons
     callers_.of(caller.busName).refused = settings;
     refusals_.warning("Refused settings from " + caller.busName + " (user " + std::to_string(caller.uid) +
                       "): " + why + ".");
-    voice_.pushTo(caller.busName, batteryState());
+    outbound_.pushTo(caller.busName, batteryState());
 }
 
 void Daemon::accept(const Caller& caller, const ChargingSettings& next)
@@ -336,11 +336,11 @@ void Daemon::accept(const Caller& caller, const ChargingSettings& next)
     settings_ = next;
     quickCharge_.ask(next.isTemporaryOverride);
     manual_ = {};
-    hasMetCharger_ = true;
+    hasAdoptedLimit_ = true;
     changes_.info("New settings from " + caller.busName + " (user " + std::to_string(caller.uid) + ").");
     // A push with the settings before may be on its way: its receiver would take them for news and send them
     // back half a second later, while the next regular push may be two seconds off.
-    voice_.pushTo(caller.busName, batteryState());
+    outbound_.pushTo(caller.busName, batteryState());
     tellState(); // or the push that is due while the charger is written to would still carry them
     save();
     scheduleNextLook();
@@ -355,13 +355,13 @@ void Daemon::toggleCharging(const Caller& caller, ToggleReply reply)
         return reply(std::nullopt);
     }
     if (toggles_.size() >= mostToggles) return reply(isChargingAllowed());
-    if (manual_.wish != ManualCharging::Wish::asSet) {
+    if (manual_.state != ManualCharging::State::asSet) {
         manual_ = {};
     } else if (isChargingAllowed()) {
-        manual_ = {ManualCharging::Wish::paused,
+        manual_ = {ManualCharging::State::paused,
                    static_cast<int>(std::clamp(reading_.lowestLevel(), 0.0, 100.0))};
     } else {
-        manual_ = {ManualCharging::Wish::resumed, 0};
+        manual_ = {ManualCharging::State::resumed, 0};
     }
     toggles_.push_back(std::move(reply));
     if (!hold()) acted(false);
@@ -369,7 +369,7 @@ void Daemon::toggleCharging(const Caller& caller, ToggleReply reply)
 
 DaemonState Daemon::remembered() const
 {
-    return {settings_, quickCharge_.state(), hasMetCharger_, manual_, busId_, callers_.accepted()};
+    return {settings_, quickCharge_.state(), hasAdoptedLimit_, manual_, busId_, callers_.accepted()};
 }
 
 /// A full disk may have room again.
@@ -384,7 +384,7 @@ void Daemon::save()
     DaemonState now = remembered();
     if (now == saved_ && !ports_.settings.hasFailed()) return;
     saved_ = std::move(now);
-    if (ports_.settings.leave(saved_)) {
+    if (ports_.settings.put(saved_)) {
         ports_.files.async([&store = ports_.settings] { store.saveNewest(); });
     }
 }

@@ -28,7 +28,7 @@ namespace velmora {
 class Daemon final : public DaemonService {
 public:
     /// What the daemon says by itself.
-    struct Voice {
+    struct Outbound {
         std::function<void(const HSBatteryState&)> push;
         std::function<void(const std::string& busName, const HSBatteryState&)> pushTo;
         std::function<void(const ChargerReport&)> chargerChanged;
@@ -43,7 +43,7 @@ public:
     };
 
     /// Loads what was remembered.
-    Daemon(const Ports& ports, Voice voice);
+    Daemon(const Ports& ports, Outbound outbound);
 
     /// Names the bus that clients will call on. If it is the one of the last run, what they said then still
     /// counts.
@@ -71,7 +71,7 @@ private:
     void seen(const ChargerKeeper::Look& look);
     void readBattery(const ChargerKeeper::Look& look);
     void noticePlug(bool hadExternalPower);
-    void meetCharger();
+    void adoptExistingLimit();
     void followQuickCharge();
     void recordSample();
     void saveHistory();
@@ -96,7 +96,7 @@ private:
 
     Lifetime lifetime_;
     Ports ports_;
-    Voice voice_;
+    Outbound outbound_;
     std::string busId_;
     Complaints complaints_;
     LogBudget refusals_;
@@ -106,7 +106,7 @@ private:
     ChargingSettings settings_; ///< in force; the override flag is set while quick charge is active or spent
     QuickCharge quickCharge_;
     ManualCharging manual_{};
-    bool hasMetCharger_ = false;
+    bool hasAdoptedLimit_ = false;
     CallerMemory callers_;
 
     std::optional<SharedBatteryState>
@@ -124,7 +124,7 @@ private:
     MainLoop::Timer nextLook_;    ///< the slow look, put off by every other one
     MainLoop::Timer settledLook_; ///< after something that shows its effect late
     std::chrono::milliseconds started_{};
-    int meetings_ = 0;          ///< looks at a charger that did not tell what it holds
+    int readAttempts_ = 0;      ///< looks at a charger that did not tell what it holds
     bool isUnreadable_ = false; ///< there is a battery, but the last look could not read it
 };
 

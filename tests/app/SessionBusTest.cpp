@@ -29,11 +29,11 @@ TEST(SessionBusTest, ABusThatIsNotThereOrTakesConnectionsAndSaysNothingHoldsNobo
     setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + path).c_str(), 1);
     EventLoop loop;
     RecordingLog log;
-    EXPECT_EQ(SessionBus(loop, log).standing(), SessionBus::Standing::alone);
+    EXPECT_EQ(SessionBus(loop, log).role(), SessionBus::Role::noBus);
     EXPECT_EQ(log.count(), 1U);
     ASSERT_EQ(bind(listening, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     ASSERT_EQ(listen(listening, 1), 0);
-    EXPECT_EQ(SessionBus(loop, log).standing(), SessionBus::Standing::alone);
+    EXPECT_EQ(SessionBus(loop, log).role(), SessionBus::Role::noBus);
     EXPECT_EQ(log.count("does not answer"), 1U);
     unsetenv("DBUS_SESSION_BUS_ADDRESS");
     close(listening);
@@ -51,12 +51,12 @@ TEST_F(SessionTest, ASecondProgramHandsItsErrandToTheFirst)
     setenv("XDG_ACTIVATION_TOKEN", "leave", 1);
     std::atomic<int> done{0};
     std::thread second([&] { // its calls wait, and this thread answers them
-        for (const auto errand : {Errand::run, Errand::panel, Errand::mediumWidget, Errand::quit}) {
+        for (const auto command : {Command::run, Command::panel, Command::mediumWidget, Command::quit}) {
             EventLoop itsLoop;
             RecordingLog log;
             SessionBus session(itsLoop, log);
-            EXPECT_EQ(session.standing(), SessionBus::Standing::second);
-            EXPECT_TRUE(session.forward(errand));
+            EXPECT_EQ(session.role(), SessionBus::Role::secondary);
+            EXPECT_TRUE(session.forward(command));
             ++done;
         }
     });

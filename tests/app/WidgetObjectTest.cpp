@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "bus/FaceBindings.h"
+#include "bus/Exports.h"
 
 #include "SessionTest.h"
 
@@ -11,7 +11,7 @@ namespace {
 namespace wired = wire::face::widget;
 
 struct WidgetObjectTest : SessionTest {
-    WidgetObjectTest() { face::serve(object, settings); }
+    WidgetObjectTest() { exports::serve(object, settings); }
 
     template <typename... Arguments>
     std::string set(const char* property, const char* type, Arguments... arguments)
@@ -25,7 +25,7 @@ struct WidgetObjectTest : SessionTest {
 
     FakePlatform machine;
     WidgetSettings settings{"small"};
-    FaceObject object{loop, application.get(), wired::small};
+    ExportedObject object{loop, application.get(), wired::small};
 };
 
 TEST_F(WidgetObjectTest, IsSetFromOutsideWithinTheDisplay)

@@ -103,7 +103,7 @@ ChargeThresholds best(const ThresholdDriver& driver, ChargeThresholds wanted)
     return {start, end};
 }
 
-// Each driver compares, clamps and couples in its own way; from wherever it stands, every wish has to get
+// Each driver compares, clamps and couples in its own way; from wherever it stands, every state has to get
 // through in one go.
 TEST_F(ChargeActuatorTest, EveryDriverIsBroughtFromWhereverItStandsToWhereverItCanBe)
 {
@@ -176,7 +176,7 @@ TEST_F(ChargeActuatorTest, AHalfFailedPairIsPutBack)
         hold(from);
         log.clear();
         const auto outcome = actuator->apply({wanted.start, wanted.end}, true);
-        EXPECT_TRUE(outcome.deeds.empty());
+        EXPECT_TRUE(outcome.changes.empty());
         EXPECT_EQ(held(), from);
         EXPECT_EQ(writes().size(), 3U);
         for (int i = 0; i < 10; ++i) actuator->apply({wanted.start, wanted.end}, false);

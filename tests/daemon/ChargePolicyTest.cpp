@@ -10,7 +10,7 @@ namespace velmora {
 namespace {
 
 using namespace std::chrono_literals;
-using Wish = ManualCharging::Wish;
+using State = ManualCharging::State;
 
 TEST(ChargePolicy, EachModeHasItsThresholdsAndTheStrongestWins)
 {
@@ -33,10 +33,10 @@ TEST(ChargePolicy, EachModeHasItsThresholdsAndTheStrongestWins)
         {"the widest band of the lowest limit", limited(20, 20), {}, false, autoProtect, {0, 20}},
         {"storage beats Auto-Protect", storing, {}, false, ChargeMode::storage, {48, 50}},
         {"all off is the hardware's default", {.isAppleRecommendedMode = false}, {}, false, off, {95, 100}},
-        {"a pause beats storage", storing, {Wish::paused, 63}, false, paused, {0, 63}},
-        {"resumed by hand charges on", {}, {Wish::resumed}, false, resumed, {99, 100}},
+        {"a pause beats storage", storing, {State::paused, 63}, false, paused, {0, 63}},
+        {"resumed by hand charges on", {}, {State::resumed}, false, resumed, {99, 100}},
         {"quick charge beats storage", storing, {}, true, quickCharge, {99, 100}},
-        {"a pause beats quick charge", {}, {Wish::paused, 63}, true, paused, {0, 63}},
+        {"a pause beats quick charge", {}, {State::paused, 63}, true, paused, {0, 63}},
     };
     for (const auto& [what, settings, manual, isQuickCharging, mode, wanted] : cases) {
         SCOPED_TRACE(what);

@@ -65,9 +65,9 @@ protected:
         const ChargerKeeper::Ports keeper{*loop, clock, log, hardware, sources, thermal, *actuator};
         daemon.emplace(
             Daemon::Ports{keeper, files, *settings, *history, 500},
-            Daemon::Voice{[this](const auto& state) { pushes.push_back(state); },
-                          [this](const auto& to, const auto& state) { told.emplace_back(to, state); },
-                          [](const auto&) {}});
+            Daemon::Outbound{[this](const auto& state) { pushes.push_back(state); },
+                             [this](const auto& to, const auto& state) { told.emplace_back(to, state); },
+                             [](const auto&) {}});
         daemon->meetBus("bus");
         daemon->start([this] { ++ready; });
         settle();

@@ -48,7 +48,7 @@ TEST_F(StoresTest, WhatWasSavedComesBack)
     state.settings = {.isTemporaryOverride = true, .customChargeLimit = 72.5, .customHysteresis = 0.1};
     state.settings.notifyOnCycle = true;
     state.quickCharge = QuickCharge::State::spent;
-    state.hasMetCharger = true;
+    state.hasAdoptedLimit = true;
     state.busId = "0123";
     state.callers = {{":1.7", state.settings}, {":1.9", {}}};
     ASSERT_TRUE(save(state));

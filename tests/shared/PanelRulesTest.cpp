@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "history/PredictionEngine.h"
-#include "texts/MenuBarTexts.h"
+#include "texts/PanelTexts.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -104,9 +104,9 @@ TEST(PredictionEngine, AdvisesOnHeatAndDeepDischargesAndPraisesOnlyWithoutThem)
     EXPECT_EQ(ids.size(), cards);
 }
 
-TEST(MenuBarTexts, SayWhatTheValuesMean)
+TEST(PanelTexts, SayWhatTheValuesMean)
 {
-    using namespace menu_bar;
+    using namespace panel;
     using enum ThemeColor;
     const struct {
         std::optional<double> rate;

@@ -43,7 +43,7 @@ TEST(WidgetTexts, SayWhatTheBatteryDoes)
     known.health = 94.6;
     const struct {
         Situation now;
-        const char *state, *status, *breath;
+        const char *state, *status, *accessibleName;
     } cases[] = {
         {{.percentage = 72.9, .isCharging = true, .timeToLimit = 6, .charger = some},
          "Charging",
@@ -70,12 +70,12 @@ TEST(WidgetTexts, SayWhatTheBatteryDoes)
          "Background service not running",
          "Battery: background service not running, health unknown, thermal state fair"},
     };
-    for (const auto& [now, state, status, breath] : cases) {
+    for (const auto& [now, state, status, accessibleName] : cases) {
         EXPECT_EQ(widget::stateText(now), state);
         EXPECT_EQ(widget::statusText(now), status);
-        EXPECT_EQ(widget::longBreath(now, ThermalMonitorService::ThermalState::fair), breath);
+        EXPECT_EQ(widget::accessibleSummary(now, ThermalMonitorService::ThermalState::fair), accessibleName);
     }
-    EXPECT_EQ(widget::breath(cases[0].now), "Battery, 72%, charging");
+    EXPECT_EQ(widget::accessibleName(cases[0].now), "Battery, 72%, charging");
 }
 
 } // namespace

@@ -49,7 +49,7 @@ std::string ApplicationObject::token(sd_bus_message* call)
 int ApplicationObject::activate(sd_bus_message* call)
 {
     const auto given = token(call);
-    if (const auto told = onActivate) told(given);
+    if (const auto handler = onActivate) handler(given);
     return sd_bus_reply_method_return(call, nullptr);
 }
 
@@ -67,8 +67,8 @@ int ApplicationObject::activateAction(sd_bus_message* call)
     const std::string_view action = name;
     dbus::check(sd_bus_message_skip(call, "av"), "skip the parameters");
     const auto given = token(call);
-    const auto answer = [&](const auto& told, const auto&... arguments) {
-        if (const auto kept = told) kept(arguments...);
+    const auto answer = [&](const auto& handler, const auto&... arguments) {
+        if (const auto kept = handler) kept(arguments...);
         return sd_bus_reply_method_return(call, nullptr);
     };
     if (const auto* window = wire::face::windowOf(action)) return answer(onWindow, window, given);

@@ -64,7 +64,7 @@ void ModelObject::addOperations()
                            [this, index] { (model_.*operations.at(index))(); });
     }
     face_.addOperation(wire::face::quit, [this] {
-        if (const auto told = onQuit) told();
+        if (const auto handler = onQuit) handler();
     });
 }
 

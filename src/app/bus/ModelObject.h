@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "bus/FaceObject.h"
+#include "bus/ExportedObject.h"
 #include "model/BatteryModel.h"
 
 #include <functional>
@@ -28,7 +28,7 @@ private:
     void addOperations();
 
     BatteryModel& model_;
-    FaceObject face_;
+    ExportedObject face_;
 };
 
 } // namespace velmora

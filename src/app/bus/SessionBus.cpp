@@ -36,7 +36,7 @@ SessionBus::SessionBus(EventLoop& loop, Log& log) : log_(log)
         naming_.reset();
         disconnection_.reset();
         bus_.reset();
-        standing_ = Standing::alone;
+        role_ = Role::noBus;
         log_.warning(category, std::string(failure.what()) + ": no windows, and no tray icon on it");
     }
 }
@@ -60,7 +60,7 @@ void SessionBus::connect(EventLoop& loop)
         if (left <= left.zero()) dbus::check(-ETIMEDOUT, "the session bus does not answer");
         loop.runOnce(std::chrono::ceil<std::chrono::milliseconds>(left));
     }
-    if (standing_ == Standing::alone) dbus::check(-ECONNREFUSED, "the session bus gives no name");
+    if (role_ == Role::noBus) dbus::check(-ECONNREFUSED, "the session bus gives no name");
 }
 
 int SessionBus::named(sd_bus_message* reply)
@@ -70,14 +70,14 @@ int SessionBus::named(sd_bus_message* reply)
     isNamed_ = true;
     if (sd_bus_message_is_method_error(reply, nullptr) || sd_bus_message_read(reply, "u", &outcome) < 0)
         return 0;
-    if (outcome == isOwner) standing_ = Standing::only;
-    if (outcome == exists) standing_ = Standing::second;
+    if (outcome == isOwner) role_ = Role::primary;
+    if (outcome == exists) role_ = Role::secondary;
     return 0;
 }
 
-bool SessionBus::forward(Errand errand)
+bool SessionBus::forward(Command command)
 {
-    const char* action = actionOf(errand);
+    const char* action = actionOf(command);
     sd_bus_message* made = nullptr;
     if (sd_bus_message_new_method_call(bus_.get(), &made, wire::face::serviceName, wire::face::objectPath,
                                        applicationInterface, action ? "ActivateAction" : "Activate") < 0)
@@ -101,7 +101,7 @@ int SessionBus::disconnected(sd_bus_message*)
 {
     isNamed_ = true; // as far as it ever will be
     log_.info(category, "the session bus hung up");
-    if (const auto told = onLost) told();
+    if (const auto handler = onLost) handler();
     return 0;
 }
 

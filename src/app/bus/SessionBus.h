@@ -16,10 +16,10 @@ namespace velmora {
 /// The user's session bus, and this program's name on it, which only one can have. Main thread only.
 class SessionBus {
 public:
-    enum class Standing : std::uint8_t {
-        only,   ///< this program has the name
-        second, ///< another one has it
-        alone,  ///< there is no bus, or it does not answer
+    enum class Role : std::uint8_t {
+        primary,   ///< this program has the name
+        secondary, ///< another one has it
+        noBus,     ///< there is no bus, or it does not answer
     };
 
     /// Serves the loop until the bus has answered, a few seconds at most, or the loop is stopped; where there
@@ -28,7 +28,7 @@ public:
     SessionBus(const SessionBus&) = delete;
     SessionBus& operator=(const SessionBus&) = delete;
 
-    Standing standing() const { return standing_; }
+    Role role() const { return role_; }
 
     /// Null where this program is alone.
     sd_bus* handle() const { return bus_.get(); }
@@ -36,9 +36,9 @@ public:
     /// Called when the bus hangs up: the session is over.
     std::function<void()> onLost;
 
-    /// Has the program that owns the name run the errand, and waits a few seconds for its word. Whether it
+    /// Has the program that owns the name run the command, and waits a few seconds for its word. Whether it
     /// did.
-    bool forward(Errand errand);
+    bool forward(Command command);
 
 private:
     void connect(EventLoop& loop);
@@ -49,7 +49,7 @@ private:
     dbus::Bus bus_;
     dbus::Slot disconnection_;
     dbus::Slot naming_;
-    Standing standing_ = Standing::alone;
+    Role role_ = Role::noBus;
     bool isNamed_ = false; ///< the bus has said whose the name is
 };
 

@@ -14,7 +14,7 @@ namespace velmora {
 namespace {
 
 constexpr auto properties = "org.freedesktop.DBus.Properties";
-constexpr auto deed = "read the charger's properties";
+constexpr auto action = "read the charger's properties";
 
 } // namespace
 
@@ -36,14 +36,14 @@ try {
     sd_bus_message* made = nullptr;
     dbus::check(sd_bus_message_new_method_call(bus_, &made, wire::serviceName, wire::objectPath, properties,
                                                "GetAll"),
-                deed);
+                action);
     const dbus::Message call(made);
-    dbus::check(sd_bus_message_append(made, "s", ChargerReport::interface), deed);
-    dbus::check(sd_bus_message_set_auto_start(made, false), deed);
+    dbus::check(sd_bus_message_append(made, "s", ChargerReport::interface), action);
+    dbus::check(sd_bus_message_set_auto_start(made, false), action);
     sd_bus_slot* slot = nullptr;
     dbus::check(
         sd_bus_call_async(bus_, &slot, made, dbus::serve<ChargerClient, &ChargerClient::answered>, this, 0),
-        deed);
+        action);
     question_.reset(slot);
 } catch (const std::system_error& failure) {
     complain(failure.what());
@@ -73,7 +73,7 @@ int ChargerClient::changed(sd_bus_message* signal)
         if (!question_) fetch(); // else the answer that is on its way says it
         return 0;
     }
-    dbus::check(sd_bus_message_skip(signal, "s"), deed);
+    dbus::check(sd_bus_message_skip(signal, "s"), action);
     if (const auto values = read(signal)) {
         KeyedArchive whole = report_->archived();
         whole.update(*values);
@@ -85,7 +85,7 @@ int ChargerClient::changed(sd_bus_message* signal)
 std::optional<KeyedArchive> ChargerClient::read(sd_bus_message* message)
 try {
     auto values = dbus::readArchive(message);
-    complaints_.settle(deed);
+    complaints_.settle(action);
     return values;
 } catch (const std::system_error& failure) {
     complain(failure.what());
@@ -94,7 +94,7 @@ try {
 
 void ChargerClient::complain(const std::string& why)
 {
-    complaints_.raise(deed, std::string("could not ") + deed + ": " + why);
+    complaints_.raise(action, std::string("could not ") + action + ": " + why);
 }
 
 /// Nothing comes after it: who is told may destroy the client.
@@ -102,7 +102,7 @@ void ChargerClient::set(ChargerReport report)
 {
     if (report_ == report) return;
     report_ = std::move(report);
-    if (const auto told = onChange) told();
+    if (const auto handler = onChange) handler();
 }
 
 } // namespace velmora

@@ -16,9 +16,9 @@ struct XPCClient::PendingCall {
 
     int answered(sd_bus_message* reply)
     {
-        const auto told = std::move(handler);
+        const auto complete = std::move(handler);
         client.calls_.erase(self); // `this` goes here, the client perhaps in the next line
-        if (!sd_bus_message_is_method_error(reply, nullptr)) told(reply);
+        if (!sd_bus_message_is_method_error(reply, nullptr)) complete(reply);
         return 0;
     }
 };
@@ -63,10 +63,10 @@ void XPCClient::connect(const EventLoop& loop)
 void XPCClient::followDaemon()
 {
     const auto appeared = [this] {
-        const auto told = onDaemonAppeared;
+        const auto handler = onDaemonAppeared;
         charger_->fetch();
         setDaemonMissing(false);
-        if (told) told();
+        if (handler) handler();
     };
     const auto gone = [this] {
         charger_->forget();
@@ -75,7 +75,7 @@ void XPCClient::followDaemon()
     daemon_.emplace(bus_.get(), wire::serviceName, appeared, gone);
     charger_.emplace(bus_.get(), *daemon_, complaints_);
     charger_->onChange = [this] {
-        if (const auto told = onChargerChange) told();
+        if (const auto handler = onChargerChange) handler();
     };
     const std::string rule = std::string("type='signal',sender='") + wire::serviceName + "',path='" +
                              wire::objectPath + "',interface='" + wire::client_protocol::interface +
@@ -91,7 +91,7 @@ std::optional<ChargerReport> XPCClient::charger() const
 void XPCClient::setDaemonMissing(bool isMissing)
 {
     isDaemonMissing_ = isMissing;
-    if (const auto told = onDaemonPresence) told();
+    if (const auto handler = onDaemonPresence) handler();
 }
 
 dbus::Message XPCClient::newCall(const wire::Message& message) const
@@ -119,13 +119,13 @@ void XPCClient::send(dbus::Message call, ReplyHandler handler)
         pending->slot.reset(slot);
 }
 
-template <typename Deed>
-void XPCClient::attempt(const std::string& deed, Deed&& act)
+template <typename Action>
+void XPCClient::attempt(const std::string& action, Action&& act)
 try {
     act();
-    complaints_.settle(deed);
+    complaints_.settle(action);
 } catch (const std::system_error& failure) {
-    complaints_.raise(deed, "could not " + deed + ": " + failure.what());
+    complaints_.raise(action, "could not " + action + ": " + failure.what());
 }
 
 bool XPCClient::isWellFormed(sd_bus_message* message, const char* what, const char* signature)
@@ -204,7 +204,7 @@ int XPCClient::statePushed(sd_bus_message* signal)
 {
     if (!daemon_->sent(signal)) return 0;
     const auto state = readState(signal, "a push");
-    if (const auto told = onStateChange; told && state) told(*state);
+    if (const auto handler = onStateChange; handler && state) handler(*state);
     return 0;
 }
 

@@ -63,8 +63,8 @@ private:
     void setDaemonMissing(bool isMissing);
     dbus::Message newCall(const wire::Message& message) const;
     void send(dbus::Message call, ReplyHandler handler);
-    template <typename Deed>
-    void attempt(const std::string& deed, Deed&& act);
+    template <typename Action>
+    void attempt(const std::string& action, Action&& act);
     bool isWellFormed(sd_bus_message* message, const char* what, const char* signature);
     std::optional<HSBatteryState> readState(sd_bus_message* message, const char* what);
     void readOn(const std::weak_ptr<HistoryReading>& reading);

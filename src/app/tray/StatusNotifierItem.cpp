@@ -158,7 +158,7 @@ int StatusNotifierItem::hostAnswered(sd_bus_message* reply)
     question_.reset();
     if (isQuestionDue_) askForHost();
     if (std::exchange(hasHost_, hasHost != 0) == hasHost_) return 0;
-    if (const auto told = onChanged) told();
+    if (const auto handler = onChanged) handler();
     return 0;
 }
 
@@ -193,10 +193,10 @@ void StatusNotifierItem::lose()
     registration_.reset();
     question_.reset();
     pause_.reset();
-    if (const auto told = onChanged; wasShown && told) told();
+    if (const auto handler = onChanged; wasShown && handler) handler();
 }
 
-void StatusNotifierItem::show(const TrayFace& face)
+void StatusNotifierItem::show(const TrayState& face)
 {
     const auto emit = [&](const char* signal) {
         if (isRegistered_) sd_bus_emit_signal(bus_, path, interface, signal, nullptr);
@@ -216,7 +216,7 @@ int StatusNotifierItem::activate(sd_bus_message* call)
     dbus::check(sd_bus_message_read(call, "ii", &at.x, &at.y), "read a place");
     const int sent = sd_bus_reply_method_return(call, nullptr);
     const bool isKnown = at != ScreenPoint{}; // hosts that cannot tell say 0, 0
-    if (const auto told = onActivate) told(isKnown ? std::optional(at) : std::nullopt);
+    if (const auto handler = onActivate) handler(isKnown ? std::optional(at) : std::nullopt);
     return sent;
 }
 

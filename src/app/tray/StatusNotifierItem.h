@@ -6,7 +6,7 @@
 #include "bus/DBus.h"
 #include "platform/Complaints.h"
 #include "tray/BatteryPicture.h"
-#include "tray/TrayFace.h"
+#include "tray/TrayState.h"
 
 #include <cstdint>
 #include <functional>
@@ -32,7 +32,7 @@ public:
     StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
 
     /// Tells the hosts what changed, if anything.
-    void show(const TrayFace& face);
+    void show(const TrayState& face);
 
     /// Whether a watcher has taken it, and a host is there to draw what the watcher takes.
     bool isShown() const { return isRegistered_ && hasHost_; }
@@ -70,7 +70,7 @@ private:
     sd_bus* bus_;
     Complaints complaints_;
     std::string icons_;
-    TrayFace face_;
+    TrayState face_;
     Pictures pictures_; ///< of the face; empty: nobody asked yet
     std::string activationToken_;
     std::string watcher_; ///< unique name; empty: none that we know of

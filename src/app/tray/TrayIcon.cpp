@@ -57,7 +57,7 @@ bool TrayIcon::isShown() const
     return (item_ && item_->isShown()) || (embedded_ && embedded_->isDocked());
 }
 
-void TrayIcon::show(const TrayFace& face)
+void TrayIcon::show(const TrayState& face)
 {
     if (std::exchange(face_, face) == face) return;
     if (item_) item_->show(face_);

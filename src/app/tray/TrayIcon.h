@@ -6,7 +6,7 @@
 #include "base/EventLoop.h"
 #include "base/Lifetime.h"
 #include "platform/Complaints.h"
-#include "tray/TrayFace.h"
+#include "tray/TrayState.h"
 
 #include <chrono>
 #include <functional>
@@ -44,7 +44,7 @@ public:
     TrayIcon& operator=(const TrayIcon&) = delete;
 
     /// Redraws only what changed.
-    void show(const TrayFace& face);
+    void show(const TrayState& face);
 
     /// Whether some host shows it now.
     bool isShown() const;
@@ -78,7 +78,7 @@ private:
     EventLoop& loop_;
     Complaints complaints_;
     std::chrono::milliseconds patience_;
-    TrayFace face_;
+    TrayState face_;
     std::unique_ptr<TrayMenu> menu_;
     std::unique_ptr<StatusNotifierItem> item_;
     std::unique_ptr<XEmbedIcon> embedded_;

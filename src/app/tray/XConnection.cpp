@@ -118,7 +118,7 @@ void XConnection::lose()
 {
     sd_event_source_set_enabled(source_, SD_EVENT_OFF);
     loop_.post(lifetime_.guard([this] {
-        if (const auto told = std::exchange(onLost, nullptr)) told();
+        if (const auto handler = std::exchange(onLost, nullptr)) handler();
     }));
 }
 

@@ -115,7 +115,7 @@ XEmbedIcon::XEmbedIcon(std::unique_ptr<XConnection> x) : x_(std::move(x))
         if (isStale_) draw();
     };
     x_->onLost = [this] {
-        if (const auto told = onLost) told();
+        if (const auto handler = onLost) handler();
     };
     const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY; // for the trays that will say they are there
     xcb_change_window_attributes(x_->get(), x_->screen().root, XCB_CW_EVENT_MASK, &mask);
@@ -218,7 +218,7 @@ void XEmbedIcon::requestDock()
 void XEmbedIcon::setDocked(bool docked)
 {
     if (std::exchange(isDocked_, docked) == docked) return;
-    if (const auto told = onChanged) told();
+    if (const auto handler = onChanged) handler();
 }
 
 void XEmbedIcon::undock()
@@ -251,8 +251,9 @@ void XEmbedIcon::handle(const xcb_generic_event_t& event)
         return;
     case XCB_BUTTON_PRESS: {
         const auto& press = as<xcb_button_press_event_t>(event);
-        if (const auto told = onActivate; told && press.detail <= XCB_BUTTON_INDEX_3) // the others scroll
-            told({press.root_x, press.root_y});
+        if (const auto handler = onActivate;
+            handler && press.detail <= XCB_BUTTON_INDEX_3) // the others scroll
+            handler({press.root_x, press.root_y});
         return;
     }
     default:
@@ -346,7 +347,7 @@ void XEmbedIcon::writeName()
                         static_cast<std::uint32_t>(face_.tooltip.size()), face_.tooltip.data());
 }
 
-void XEmbedIcon::show(const TrayFace& face)
+void XEmbedIcon::show(const TrayState& face)
 {
     const auto before = std::exchange(face_, face);
     face_.tooltip = utf8Prefix(cleanUtf8(face.tooltip), maximumNameBytes);

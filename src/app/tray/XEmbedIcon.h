@@ -4,7 +4,7 @@
 #pragma once
 
 #include "tray/BatteryPicture.h"
-#include "tray/TrayFace.h"
+#include "tray/TrayState.h"
 #include "tray/XConnection.h"
 
 #include <array>
@@ -26,7 +26,7 @@ public:
     XEmbedIcon(const XEmbedIcon&) = delete;
     XEmbedIcon& operator=(const XEmbedIcon&) = delete;
 
-    void show(const TrayFace& face);
+    void show(const TrayState& face);
 
     /// Whether a tray has taken it in.
     bool isDocked() const { return isDocked_; }
@@ -65,7 +65,7 @@ private:
 
     std::unique_ptr<XConnection> x_;
     std::array<xcb_atom_t, atomCount> atoms_{};
-    TrayFace face_;
+    TrayState face_;
     xcb_window_t manager_ = XCB_NONE; ///< the tray's window
     xcb_window_t window_ = XCB_NONE;  ///< ours
     xcb_gcontext_t pen_ = XCB_NONE;

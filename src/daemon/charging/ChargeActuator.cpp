@@ -143,7 +143,7 @@ void ChargeActuator::apply(const Files& files, const Thresholds& wanted, Outcome
     outcome.chargers.push_back(inspect(files));
     const auto& after = outcome.chargers.back();
     if (after.inForce && (after.inForce != before.inForce || after.isObeyed != before.isObeyed)) {
-        outcome.deeds.push_back(sentence(after.name, *after.inForce) + ".");
+        outcome.changes.push_back(sentence(after.name, *after.inForce) + ".");
     }
 }
 

@@ -53,7 +53,7 @@ public:
     /// What one call of `apply` did.
     struct Outcome {
         std::vector<BatteryCharger> chargers; ///< as they are afterwards
-        std::vector<std::string> deeds;       ///< sentences; empty where nothing had to be written
+        std::vector<std::string> changes;     ///< sentences; empty where nothing had to be written
     };
 
     /// `settle`: how long to wait before a second look at a value that does not read back as written; some

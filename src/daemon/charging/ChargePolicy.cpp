@@ -53,24 +53,24 @@ std::string_view name(ChargeControl control)
     return ChargerReport::Control::none;
 }
 
-std::string_view rawValue(ManualCharging::Wish wish)
+std::string_view rawValue(ManualCharging::State state)
 {
-    switch (wish) {
-    case ManualCharging::Wish::paused:
+    switch (state) {
+    case ManualCharging::State::paused:
         return "paused";
-    case ManualCharging::Wish::resumed:
+    case ManualCharging::State::resumed:
         return "resumed";
-    case ManualCharging::Wish::asSet:
+    case ManualCharging::State::asSet:
         break;
     }
     return "as set";
 }
 
-std::optional<ManualCharging::Wish> manualWishFromRawValue(std::string_view text)
+std::optional<ManualCharging::State> manualStateFromRawValue(std::string_view text)
 {
-    using Wish = ManualCharging::Wish;
-    for (const auto wish : {Wish::asSet, Wish::paused, Wish::resumed}) {
-        if (text == rawValue(wish)) return wish;
+    using State = ManualCharging::State;
+    for (const auto state : {State::asSet, State::paused, State::resumed}) {
+        if (text == rawValue(state)) return state;
     }
     return std::nullopt;
 }
@@ -99,11 +99,11 @@ ChargeDecision decideCharging(const ChargingSettings& settings, bool isQuickChar
 {
     ChargeDecision decision;
     Thresholds wanted{startWithoutLimit, 100};
-    if (manual.wish == ManualCharging::Wish::paused) {
+    if (manual.state == ManualCharging::State::paused) {
         decision.mode = ChargeMode::paused;
         wanted = {0, std::clamp(manual.pausedAt, 1, 100)};
         decision.reason = "Paused by hand until the next plug or changed setting.";
-    } else if (manual.wish == ManualCharging::Wish::resumed) {
+    } else if (manual.state == ManualCharging::State::resumed) {
         decision.mode = ChargeMode::resumed;
         wanted.start = startNow;
         decision.reason = "Resumed by hand until the next plug or changed setting.";

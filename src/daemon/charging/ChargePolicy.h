@@ -34,16 +34,16 @@ std::string_view name(ChargeControl control);
 
 /// What a person asked for by hand with the charging toggle, until the next plug or changed setting.
 struct ManualCharging {
-    enum class Wish : std::uint8_t { asSet, paused, resumed };
-    Wish wish = Wish::asSet;
+    enum class State : std::uint8_t { asSet, paused, resumed };
+    State state = State::asSet;
     int pausedAt = 0; ///< percent, the level at which a pause began
 
     friend bool operator==(const ManualCharging&, const ManualCharging&) = default;
 };
 
 /// "as set", "paused" or "resumed".
-std::string_view rawValue(ManualCharging::Wish wish);
-std::optional<ManualCharging::Wish> manualWishFromRawValue(std::string_view text);
+std::string_view rawValue(ManualCharging::State state);
+std::optional<ManualCharging::State> manualStateFromRawValue(std::string_view text);
 
 enum class ChargeMode : std::uint8_t { off, autoProtect, storage, quickCharge, paused, resumed };
 std::string_view name(ChargeMode mode);

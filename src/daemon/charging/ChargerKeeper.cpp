@@ -17,7 +17,7 @@ ChargerKeeper::ChargerKeeper(const Ports& ports, std::function<void(const Look&)
     : ports_(ports),
       seen_(std::move(seen)),
       acted_(std::move(acted)),
-      deeds_(ports.loop, ports.log, ports.clock, category, LogBudget::manyAtOnce)
+      changeLog_(ports.loop, ports.log, ports.clock, category, LogBudget::manyAtOnce)
 {
 }
 
@@ -41,7 +41,7 @@ void ChargerKeeper::took(const Look& look)
     if (!isActing_) { // an attempt on its way knows better
         const bool isNew =
             std::ranges::any_of(look.chargers, [this](const auto& one) { return isNewcomer(one); });
-        if (isNew) beginAfresh();
+        if (isNew) forgetHistory();
         chargers_ = look.chargers;
     }
     seen_(look);
@@ -91,13 +91,14 @@ void ChargerKeeper::attempted(const Attempt& attempt)
     isActing_ = false;
     attempted_ = attempt.wanted;
     chargers_ = attempt.outcome.chargers;
-    const bool changed = !attempt.outcome.deeds.empty();
+    const bool changed = !attempt.outcome.changes.empty();
     if (changed) {
         lastAction_.clear();
-        for (const auto& deed : attempt.outcome.deeds) lastAction_ += (lastAction_.empty() ? "" : " ") + deed;
+        for (const auto& change : attempt.outcome.changes)
+            lastAction_ += (lastAction_.empty() ? "" : " ") + change;
         lastReason_ = attempt.reason;
         lastActionDate_ = ports_.clock.now();
-        deeds_.info(lastAction_ + " " + lastReason_);
+        changeLog_.info(lastAction_ + " " + lastReason_);
     }
     const bool isOutdated = decision_ && decision_->thresholds && decision_->thresholds != attempt.wanted;
     if (isOutdated && hold(ChargeDecision(*decision_))) return;
@@ -112,7 +113,7 @@ bool ChargerKeeper::isNewcomer(const BatteryCharger& charger) const
     });
 }
 
-void ChargerKeeper::beginAfresh()
+void ChargerKeeper::forgetHistory()
 {
     isAfresh_ = true;
 }

@@ -56,7 +56,7 @@ public:
 
     /// After a plug or a resume: what the driver made of values is forgotten, and the next `hold` is no
     /// repair.
-    void beginAfresh();
+    void forgetHistory();
 
     /// The best control that any battery offers.
     ChargeControl control() const;
@@ -92,7 +92,7 @@ private:
     bool isAfresh_ = true;
     bool hasGivenUp_ = false; ///< the log has said so
     RepairBudget repairs_;
-    LogBudget deeds_; ///< clients may ask for a new one at any pace
+    LogBudget changeLog_; ///< clients may ask for a new one at any pace
     std::string lastAction_ = "none";
     std::string lastReason_ = "none";
     Date lastActionDate_{};

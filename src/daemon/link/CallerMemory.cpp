@@ -12,12 +12,12 @@ namespace {
 constexpr std::size_t mostCallers = 512;
 } // namespace
 
-CallerMemory::Words& CallerMemory::of(std::string_view caller)
+CallerMemory::LastMessages& CallerMemory::of(std::string_view caller)
 {
-    const auto found = std::ranges::find(callers_, caller, &std::pair<std::string, Words>::first);
+    const auto found = std::ranges::find(callers_, caller, &std::pair<std::string, LastMessages>::first);
     if (found != callers_.end()) return found->second;
     if (callers_.size() >= mostCallers) callers_.erase(callers_.begin());
-    return callers_.emplace_back(std::string(caller), Words{}).second;
+    return callers_.emplace_back(std::string(caller), LastMessages{}).second;
 }
 
 void CallerMemory::forget(std::string_view caller)
@@ -28,8 +28,8 @@ void CallerMemory::forget(std::string_view caller)
 std::vector<std::pair<std::string, ChargingSettings>> CallerMemory::accepted() const
 {
     std::vector<std::pair<std::string, ChargingSettings>> result;
-    for (const auto& [caller, words] : callers_) {
-        if (words.accepted) result.emplace_back(caller, *words.accepted);
+    for (const auto& [caller, last] : callers_) {
+        if (last.accepted) result.emplace_back(caller, *last.accepted);
     }
     return result;
 }

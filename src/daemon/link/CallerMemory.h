@@ -18,13 +18,13 @@ namespace velmora {
 /// last one are its wish. Without this two clients would flip each other's settings for ever.
 class CallerMemory {
 public:
-    struct Words {
+    struct LastMessages {
         std::optional<ChargingSettings> accepted{};
         std::optional<ChargingSettings> refused{};
     };
 
     /// What `caller` said last; nothing for one that was not heard yet. Valid until the next call of `of`.
-    Words& of(std::string_view caller);
+    LastMessages& of(std::string_view caller);
     void forget(std::string_view caller);
 
     /// The last accepted message of each, oldest caller first: what has to outlive a restart of the daemon,
@@ -32,7 +32,7 @@ public:
     std::vector<std::pair<std::string, ChargingSettings>> accepted() const;
 
 private:
-    std::vector<std::pair<std::string, Words>> callers_; // a handful; oldest first
+    std::vector<std::pair<std::string, LastMessages>> callers_; // a handful; oldest first
 };
 
 /// `current`, with the fields in which `message` differs from `last` taken from `message`; all of them where

@@ -79,10 +79,10 @@ int DaemonObject::nameAnswered(sd_bus_message* reply)
 try {
     checkOwned(reply);
     takeUp();
-    if (const auto told = onOwned) told();
+    if (const auto handler = onOwned) handler();
     return 0;
 } catch (const std::system_error& failure) {
-    if (const auto told = onRefused) told(phrase(failure));
+    if (const auto handler = onRefused) handler(phrase(failure));
     return 0;
 }
 
@@ -144,12 +144,12 @@ std::vector<sd_bus_vtable> DaemonObject::chargerTable()
     return table;
 }
 
-template <typename Deed>
-void DaemonObject::attempt(const char* deed, Deed&& act)
+template <typename Action>
+void DaemonObject::attempt(const char* action, Action&& act)
 try {
     act();
 } catch (const std::system_error& failure) {
-    complaints_.raise(deed, std::string("could not ") + deed + ": " + failure.what());
+    complaints_.raise(action, std::string("could not ") + action + ": " + failure.what());
 }
 
 void DaemonObject::serve()
@@ -252,14 +252,14 @@ int DaemonObject::sleepChanged(sd_bus_message* signal)
     if (!login_->sent(signal)) return 0;
     int isGoingToSleep = 1;
     if (sd_bus_message_read(signal, "b", &isGoingToSleep) < 0 || isGoingToSleep) return 0;
-    if (const auto told = onResumed) told();
+    if (const auto handler = onResumed) handler();
     return 0;
 }
 
 int DaemonObject::disconnected(sd_bus_message*)
 {
     log_.error("DaemonObject", "the system bus hung up: no client can reach this daemon any more");
-    if (const auto told = onBusLost) told();
+    if (const auto handler = onBusLost) handler();
     return 0;
 }
 

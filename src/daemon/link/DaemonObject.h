@@ -90,8 +90,8 @@ private:
 
     dbus::Message signal(const char* interface, const char* member) const;
     dbus::Message stateSignal(const HSBatteryState& state) const;
-    template <typename Deed>
-    void attempt(const char* deed, Deed&& act);
+    template <typename Action>
+    void attempt(const char* action, Action&& act);
 
     DaemonService& service_;
     Log& log_;

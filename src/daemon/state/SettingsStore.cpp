@@ -117,8 +117,8 @@ std::string encodeState(const DaemonState& state)
     const Json document = {{"version", 1},
                            {"settings", encoded(state.settings)},
                            {"quickCharge", rawValue(state.quickCharge)},
-                           {"hasMetCharger", state.hasMetCharger},
-                           {"charging", rawValue(state.manual.wish)},
+                           {"hasAdoptedLimit", state.hasAdoptedLimit},
+                           {"charging", rawValue(state.manual.state)},
                            {"pausedAt", state.manual.pausedAt},
                            {"busId", state.busId},
                            {"callers", std::move(callers)}};
@@ -141,8 +141,8 @@ std::pair<DaemonState, std::string> decodeState(std::string_view bytes)
     const auto quickCharge = quickChargeStateFromRawValue(text("quickCharge"));
     if (!quickCharge) wrong += (wrong.empty() ? "" : ", ") + std::string("quickCharge is none of its states");
     state.quickCharge = quickCharge.value_or(QuickCharge::State::off);
-    state.hasMetCharger = document.value("hasMetCharger", Json()) == true;
-    state.manual.wish = manualWishFromRawValue(text("charging")).value_or(ManualCharging::Wish::asSet);
+    state.hasAdoptedLimit = document.value("hasAdoptedLimit", Json()) == true;
+    state.manual.state = manualStateFromRawValue(text("charging")).value_or(ManualCharging::State::asSet);
     const Json pausedAt = document.value("pausedAt", Json());
     if (pausedAt.is_number_unsigned()) {
         state.manual.pausedAt = static_cast<int>(std::min<std::uint64_t>(pausedAt.get<std::uint64_t>(), 100));

@@ -5,7 +5,7 @@
 
 #include "base/StateFile.h"
 #include "charging/QuickCharge.h"
-#include "state/Newest.h"
+#include "state/LatestValue.h"
 #include "wire/VelmoraProtocol.h"
 
 #include <atomic>
@@ -22,7 +22,7 @@ struct DaemonState {
     ChargingSettings settings{};
     QuickCharge::State quickCharge = QuickCharge::State::off;
     /// The charger's own limit was looked at once, or a client has set one since.
-    bool hasMetCharger = false;
+    bool hasAdoptedLimit = false;
     ManualCharging manual{};
 
     /// The last message of each client, and the bus on which their names mean something.
@@ -58,7 +58,7 @@ public:
 
     /// Leaves `state` for a worker to save, in place of one that still waits: a disk slower than the clients
     /// makes no queue. Whether `saveNewest` has to be called for it. Any thread, as the next one.
-    bool leave(const DaemonState& state) { return waiting_.leave(state); }
+    bool put(const DaemonState& state) { return waiting_.put(state); }
     void saveNewest()
     {
         if (const auto state = waiting_.take()) save(*state);
@@ -66,7 +66,7 @@ public:
 
 private:
     StateFile file_;
-    Newest<DaemonState> waiting_;
+    LatestValue<DaemonState> waiting_;
     std::atomic<bool> hasFailed_ = false;
 };
 

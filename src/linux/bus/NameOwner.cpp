@@ -41,15 +41,15 @@ int NameOwner::changed(sd_bus_message* signal)
     owner_ = *owner;
     if (owner_.empty()) {
         tellIfGone();
-    } else if (const auto told = appeared_) {
-        told();
+    } else if (const auto handler = appeared_) {
+        handler();
     }
     return 0;
 }
 
 void NameOwner::tellIfGone() const
 {
-    if (const auto told = gone_; told && owner_.empty()) told();
+    if (const auto handler = gone_; handler && owner_.empty()) handler();
 }
 
 } // namespace velmora

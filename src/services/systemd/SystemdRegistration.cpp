@@ -159,8 +159,8 @@ void SystemdRegistration::finish(std::optional<ServiceManager::Error> error)
 {
     if (std::exchange(isOver_, true)) return;
     loop_.post(lifetime_.guard([this, error = std::move(error)] {
-        const auto told = std::move(done_); // which may destroy this
-        told(error);
+        const auto handler = std::move(done_); // which may destroy this
+        handler(error);
     }));
 }
 

@@ -13,7 +13,7 @@ namespace {
 
 std::string percent(double value)
 {
-    return menu_bar::percentageText(value);
+    return panel::percentageText(value);
 }
 
 /// Where the battery is held, and how that reads.

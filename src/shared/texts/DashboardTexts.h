@@ -4,7 +4,7 @@
 #pragma once
 
 #include "battery/BatteryDataSource.h"
-#include "texts/MenuBarTexts.h"
+#include "texts/PanelTexts.h"
 #include "wire/ChargerReport.h"
 
 #include <array>
@@ -21,24 +21,23 @@ struct Page {
     std::string_view section;
     std::string_view title;
     std::string_view icon; ///< symbol name
-    menu_bar::ThemeColor color;
+    panel::ThemeColor color;
     std::string_view identifier;
     std::string_view view; ///< the component that shows it
 };
 
 /// In the order of the sidebar; pages of a section stand together.
 inline constexpr std::array pages{
-    Page{"Intelligence", "Overview", "chart.bar.fill", menu_bar::ThemeColor::accent, "Overview",
-         "OverviewView"},
-    Page{"Intelligence", "Health Trends", "bolt.heart.fill", menu_bar::ThemeColor::batteryGreen, "Health",
+    Page{"Intelligence", "Overview", "chart.bar.fill", panel::ThemeColor::accent, "Overview", "OverviewView"},
+    Page{"Intelligence", "Health Trends", "bolt.heart.fill", panel::ThemeColor::batteryGreen, "Health",
          "HealthTrendsView"},
-    Page{"Intelligence", "Thermal History", "thermometer", menu_bar::ThemeColor::orange, "Thermal",
+    Page{"Intelligence", "Thermal History", "thermometer", panel::ThemeColor::orange, "Thermal",
          "ThermalHistoryView"},
-    Page{"Intelligence", "Ecosystem Sync", "iphone.radiowaves.left.and.right", menu_bar::ThemeColor::blue,
+    Page{"Intelligence", "Ecosystem Sync", "iphone.radiowaves.left.and.right", panel::ThemeColor::blue,
          "Ecosystem", "EcosystemView"},
-    Page{"Settings", "Thresholds", "slider.horizontal.3", menu_bar::ThemeColor::secondary, "Settings",
+    Page{"Settings", "Thresholds", "slider.horizontal.3", panel::ThemeColor::secondary, "Settings",
          "ThresholdsView"},
-    Page{"Settings", "Notifications", "bell.badge.fill", menu_bar::ThemeColor::batteryDanger, "Notifications",
+    Page{"Settings", "Notifications", "bell.badge.fill", panel::ThemeColor::batteryDanger, "Notifications",
          "NotificationsView"},
 };
 

@@ -33,7 +33,7 @@ bool isHealthKnown(const dashboard::Situation& now)
 
 std::string levelText(const dashboard::Situation& now)
 {
-    return isWatched(now) ? menu_bar::percentageText(now.percentage) : unknown;
+    return isWatched(now) ? panel::percentageText(now.percentage) : unknown;
 }
 
 std::string stateText(const dashboard::Situation& now)
@@ -54,19 +54,20 @@ std::string statusText(const dashboard::Situation& now)
 
 std::string healthText(const dashboard::Situation& now)
 {
-    return isHealthKnown(now) ? menu_bar::percentageText(now.charger->health) : unknown;
+    return isHealthKnown(now) ? panel::percentageText(now.charger->health) : unknown;
 }
 
-std::string breath(const dashboard::Situation& now)
+std::string accessibleName(const dashboard::Situation& now)
 {
     return beginning(now) + lowered(stateText(now));
 }
 
-std::string longBreath(const dashboard::Situation& now, ThermalMonitorService::ThermalState thermalState)
+std::string accessibleSummary(const dashboard::Situation& now,
+                              ThermalMonitorService::ThermalState thermalState)
 {
     return beginning(now) + lowered(statusText(now)) + ", health " +
            (isHealthKnown(now) ? healthText(now) : "unknown") + ", thermal state " +
-           lowered(std::string(menu_bar::thermalText(thermalState)));
+           lowered(std::string(panel::thermalText(thermalState)));
 }
 
 } // namespace velmora::widget

@@ -22,9 +22,10 @@ std::string statusText(const dashboard::Situation& now);
 /// The battery's health, "94%"; a dash while nobody has told it.
 std::string healthText(const dashboard::Situation& now);
 
-/// A widget in one breath, for those who hear it: "Battery, 72%, charging". The longer one says all that the
-/// medium widget shows.
-std::string breath(const dashboard::Situation& now);
-std::string longBreath(const dashboard::Situation& now, ThermalMonitorService::ThermalState thermalState);
+/// A widget in one accessibleName, for those who hear it: "Battery, 72%, charging". The longer one says all
+/// that the medium widget shows.
+std::string accessibleName(const dashboard::Situation& now);
+std::string accessibleSummary(const dashboard::Situation& now,
+                              ThermalMonitorService::ThermalState thermalState);
 
 } // namespace velmora::widget

@@ -13,7 +13,7 @@ WidgetWindow {
     plainWidth: 336
     firstTop: 16 + height // below the small one
     settings: Widgets.medium
-    breath: battery.longBreath
+    accessibleName: battery.accessibleSummary
 
     RowLayout {
         anchors.fill: parent

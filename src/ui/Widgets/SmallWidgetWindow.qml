@@ -12,7 +12,7 @@ WidgetWindow {
     title: qsTr("Velmora Small Widget")
     plainWidth: 160
     settings: Widgets.small
-    breath: battery.breath
+    accessibleName: battery.accessibleName
 
     ColumnLayout {
         anchors.centerIn: parent

@@ -63,7 +63,7 @@ void WidgetFrame::watch(QScreen* screen)
 void WidgetFrame::takeSettings()
 {
     if (!settings_->isKnown()) return;
-    const bool isMeantElsewhere = settings_->place().value_or(put_) != put_;
+    const bool isMeantElsewhere = settings_->place().value_or(restPosition_) != restPosition_;
     if (isPlaced_ && (!isMeantElsewhere || resting_.isActive())) return;
     place();
     isPlaced_ = true;
@@ -73,28 +73,28 @@ void WidgetFrame::place()
 {
     const auto screens = presentScreens();
     const auto kept = settings_->place();
-    put_ = kept ? widgetPlace(*kept, screens, window_->size())
-                : firstWidgetPlace(screens, window_->size(), firstTop_);
-    window_->setPosition(put_);
+    restPosition_ = kept ? widgetPlace(*kept, screens, window_->size())
+                         : firstWidgetPlace(screens, window_->size(), firstTop_);
+    window_->setPosition(restPosition_);
 }
 
 void WidgetFrame::beginDrag()
 {
-    isTheirs_ = true;
-    grip_ = QCursor::pos() - window_->position();
+    movedByUser_ = true;
+    dragOffset_ = QCursor::pos() - window_->position();
     auto* holder = window_->mouseGrabberItem();
     if (window_->startSystemMove() && holder) holder->ungrabMouse(); // it may never hear of the release
 }
 
 void WidgetFrame::drag()
 {
-    if (isPlaceKnown()) window_->setPosition(QCursor::pos() - grip_);
+    if (isPlaceKnown()) window_->setPosition(QCursor::pos() - dragOffset_);
 }
 
 void WidgetFrame::nudge(int right, int down)
 {
     if (!isPlaceKnown()) return;
-    isTheirs_ = true;
+    movedByUser_ = true;
     const auto wanted = window_->position() + QPoint(right, down);
     window_->setPosition(widgetPlace(wanted, presentScreens(), window_->size()));
 }
@@ -107,15 +107,16 @@ void WidgetFrame::moved()
 /// What the window manager does about it now is no wish of the owner's.
 void WidgetFrame::roomChanged()
 {
-    isTheirs_ = false;
+    movedByUser_ = false;
     resting_.start();
 }
 
 void WidgetFrame::rest()
 {
     resting_.stop();
-    if (!std::exchange(isTheirs_, true)) return place();
-    if (std::exchange(put_, window_->position()) != window_->position()) settings_->keepPlace(put_);
+    if (!std::exchange(movedByUser_, true)) return place();
+    if (std::exchange(restPosition_, window_->position()) != window_->position())
+        settings_->keepPlace(restPosition_);
 }
 
 } // namespace velmora

@@ -51,10 +51,10 @@ private:
     QQuickWindow* window_ = nullptr;
     RemoteWidget* settings_ = nullptr;
     int firstTop_ = 0;
-    bool isPlaced_ = false; ///< the remembered place was known
-    bool isTheirs_ = true;  ///< its owner moves it, not a change of the screens or of its size
-    QPoint put_;            ///< where it is at rest, as far as that is no news
-    QPoint grip_;           ///< of the pointer, from the window's corner
+    bool isPlaced_ = false;   ///< the remembered place was known
+    bool movedByUser_ = true; ///< its owner moves it, not a change of the screens or of its size
+    QPoint restPosition_;     ///< where it is at rest, as far as that is no news
+    QPoint dragOffset_;       ///< of the pointer, from the window's corner
     QTimer resting_;
 };
 

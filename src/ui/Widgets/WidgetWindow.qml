@@ -11,7 +11,7 @@ Window {
 
     required property RemoteModel battery
     required property RemoteWidget settings
-    required property string breath ///< all of it in a sentence
+    required property string accessibleName ///< all of it in a sentence
     required property real plainWidth ///< at the usual size of type
     property alias firstTop: frame.firstTop
     default property alias face: face.data
@@ -43,7 +43,7 @@ Window {
         focus: true
         Accessible.role: Accessible.Button
         Accessible.focusable: true
-        Accessible.name: window.breath
+        Accessible.name: window.accessibleName
         Accessible.description: qsTr("Opens the dashboard. Arrow keys move it, the menu key opens its menu.")
         Accessible.onPressAction: Shell.openDashboard()
         Keys.onLeftPressed: frame.nudge(-8, 0)

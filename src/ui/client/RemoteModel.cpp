@@ -5,7 +5,7 @@
 
 #include "base/Saturate.h"
 #include "history/PredictionEngine.h"
-#include "texts/MenuBarTexts.h"
+#include "texts/PanelTexts.h"
 #include "wire/ModelFace.h"
 
 #include <QDBusArgument>
@@ -88,7 +88,7 @@ QVariantMap fleetRow(const SharedBatteryState& device)
     return {{"id", QString::fromStdString(device.id())},
             {"name", QString::fromStdString(dashboard::deviceName(device)).simplified()},
             {"status", QString::fromStdString(dashboard::deviceStatus(device))},
-            {"battery", QString::fromStdString(menu_bar::percentageText(device.percentage))}};
+            {"battery", QString::fromStdString(panel::percentageText(device.percentage))}};
 }
 
 } // namespace
@@ -257,12 +257,12 @@ QString RemoteModel::cycles() const
     return count < 0 ? QString() : QString::number(count);
 }
 
-QString RemoteModel::longBreath() const
+QString RemoteModel::accessibleSummary() const
 {
     using Thermal = ThermalMonitorService;
     const auto thermal = Thermal::thermalStateFromRawValue(values_.thermalState.toStdString());
     return QString::fromStdString(
-        widget::longBreath(situation(), thermal.value_or(Thermal::ThermalState::nominal)));
+        widget::accessibleSummary(situation(), thermal.value_or(Thermal::ThermalState::nominal)));
 }
 
 void RemoteModel::refuse(const QString& property)
@@ -274,9 +274,9 @@ void RemoteModel::refuse(const QString& property)
 RemoteModel::Degradation RemoteModel::degradationOf(const std::vector<HSHistorySnapshot>& history)
 {
     const auto rate = PredictionEngine::degradationRatePerMonth(history);
-    const auto color = menu_bar::name(menu_bar::degradationColor(rate));
-    return {QString::fromStdString(menu_bar::degradationText(rate)),
-            QString::fromStdString(menu_bar::degradationAccessibleName(rate)),
+    const auto color = panel::name(panel::degradationColor(rate));
+    return {QString::fromStdString(panel::degradationText(rate)),
+            QString::fromStdString(panel::degradationAccessibleName(rate)),
             QString::fromUtf8(color.data(), static_cast<qsizetype>(color.size()))};
 }
 

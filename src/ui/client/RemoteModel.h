@@ -67,9 +67,9 @@ class RemoteModel : public QObject {
     Q_PROPERTY(QString stateText READ stateText NOTIFY changed)
     Q_PROPERTY(QString statusText READ statusText NOTIFY changed)
     Q_PROPERTY(QString healthText READ healthText NOTIFY changed)
-    Q_PROPERTY(QString breath READ breath NOTIFY changed)
-    Q_PROPERTY(QString longBreath READ longBreath NOTIFY changed)
-    // What the history says; see menu_bar. The colour is a name of `Theme.color`.
+    Q_PROPERTY(QString accessibleName READ accessibleName NOTIFY changed)
+    Q_PROPERTY(QString accessibleSummary READ accessibleSummary NOTIFY changed)
+    // What the history says; see panel. The colour is a name of `Theme.color`.
     Q_PROPERTY(QString degradationText READ degradationText NOTIFY changed)
     Q_PROPERTY(QString degradationAccessibleName READ degradationAccessibleName NOTIFY changed)
     Q_PROPERTY(QString degradationColor READ degradationColor NOTIFY changed)
@@ -131,8 +131,8 @@ public:
     QString stateText() const { return said(widget::stateText); }
     QString statusText() const { return said(widget::statusText); }
     QString healthText() const { return said(widget::healthText); }
-    QString breath() const { return said(widget::breath); }
-    QString longBreath() const;
+    QString accessibleName() const { return said(widget::accessibleName); }
+    QString accessibleSummary() const;
     QString degradationText() const { return degradation_.text; }
     QString degradationAccessibleName() const { return degradation_.accessibleName; }
     QString degradationColor() const { return degradation_.color; }

@@ -16,9 +16,9 @@ QString text(std::string_view utf8)
     return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
 }
 
-QString text(menu_bar::ThemeColor color)
+QString text(panel::ThemeColor color)
 {
-    return text(menu_bar::name(color));
+    return text(panel::name(color));
 }
 
 ChargingState charging(const QString& raw)
@@ -36,53 +36,53 @@ ThermalMonitorService::ThermalState thermal(const QString& raw)
 
 QString Texts::percentage(double percent) const
 {
-    return text(menu_bar::percentageText(percent));
+    return text(panel::percentageText(percent));
 }
 
 QString Texts::chargingWord(const QString& chargingState) const
 {
-    return text(menu_bar::chargingWord(charging(chargingState)));
+    return text(panel::chargingWord(charging(chargingState)));
 }
 
 QString Texts::chargingColor(const QString& chargingState) const
 {
-    return text(menu_bar::chargingColor(charging(chargingState)));
+    return text(panel::chargingColor(charging(chargingState)));
 }
 
 QString Texts::quickChargeTitle(bool isCharging) const
 {
-    return text(menu_bar::quickChargeTitle(isCharging));
+    return text(panel::quickChargeTitle(isCharging));
 }
 
 QString Texts::quickChargeSymbol(bool isCharging) const
 {
-    return text(menu_bar::quickChargeSymbol(isCharging));
+    return text(panel::quickChargeSymbol(isCharging));
 }
 
 QString Texts::quickChargeTint(bool isCharging) const
 {
-    return text(menu_bar::quickChargeTint(isCharging));
+    return text(panel::quickChargeTint(isCharging));
 }
 
 QString Texts::thermalText(const QString& thermalState) const
 {
-    return text(menu_bar::thermalText(thermal(thermalState)));
+    return text(panel::thermalText(thermal(thermalState)));
 }
 
 QString Texts::thermalColor(const QString& thermalState) const
 {
-    return text(menu_bar::thermalColor(thermal(thermalState)));
+    return text(panel::thermalColor(thermal(thermalState)));
 }
 
 QString Texts::limitCaption(double limit) const
 {
-    return text(menu_bar::limitCaption(limit));
+    return text(panel::limitCaption(limit));
 }
 
 QVariantList Texts::thresholds() const
 {
     QVariantList list;
-    for (const auto& [label, limit] : menu_bar::thresholds)
+    for (const auto& [label, limit] : panel::thresholds)
         list.append(QVariantMap{{"text", text(label)}, {"limit", limit}});
     return list;
 }

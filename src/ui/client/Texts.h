@@ -10,7 +10,7 @@
 
 namespace velmora {
 
-/// What panel and dashboard say, for QML: the functions of menu_bar and dashboard. States come as their raw
+/// What panel and dashboard say, for QML: the functions of panel and dashboard. States come as their raw
 /// texts, as the model has them; one that is unknown counts as idle or nominal. Colours are names of
 /// `Theme.color`.
 class Texts : public QObject {

@@ -4,7 +4,7 @@
 #include "history/Trends.h"
 
 #include "base/Saturate.h"
-#include "texts/MenuBarTexts.h"
+#include "texts/PanelTexts.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -161,7 +161,7 @@ QVariantList Trends::shares() const
         const auto share =
             bands_.empty() ? QStringLiteral("–") : QString::fromStdString(trends::shareText(shares[i]));
         list.append(QVariantMap{{"name", text(ThermalMonitorService::rawValue(state))},
-                                {"color", text(menu_bar::name(menu_bar::thermalColor(state)))},
+                                {"color", text(panel::name(panel::thermalColor(state)))},
                                 {"share", share}});
     }
     return list;
@@ -171,7 +171,7 @@ QString Trends::readOut(const HSHistorySnapshot& sample) const
 {
     return tr("%1: %2 health, %3 charged, %4")
         .arg(momentText(sample.timestamp), QString::fromStdString(trends::healthText({sample})),
-             QString::fromStdString(menu_bar::percentageText(sample.percentage)), text(sample.thermalState));
+             QString::fromStdString(panel::percentageText(sample.percentage)), text(sample.thermalState));
 }
 
 QString Trends::saveCsv() const

@@ -58,16 +58,16 @@ std::variant<CommandLine, QString> CommandLine::parse(const QStringList& argumen
     const auto has = [&](auto... names) {
         return options.size() == sizeof...(names) && (options.contains(names) && ...);
     };
-    if (has("--show")) return CommandLine{Deed::show, options["--show"]};
-    if (has("--show-inactive")) return CommandLine{Deed::showInactive, options["--show-inactive"]};
-    if (has("--toggle")) return CommandLine{Deed::toggle, options["--toggle"]};
+    if (has("--show")) return CommandLine{Command::show, options["--show"]};
+    if (has("--show-inactive")) return CommandLine{Command::showInactive, options["--show-inactive"]};
+    if (has("--toggle")) return CommandLine{Command::toggle, options["--toggle"]};
     if (has("--picture", "--window") || has("--picture", "--window", "--page"))
-        return CommandLine{Deed::picture, options["--window"], std::nullopt, options["--picture"],
+        return CommandLine{Command::picture, options["--window"], std::nullopt, options["--picture"],
                            options["--page"]};
     if (!has("--toggle", "--at")) return QStringLiteral("one thing at a time, please");
     const auto place = parsePlace(options["--at"]);
     if (!place) return QStringLiteral("--at wants two numbers: X,Y");
-    return CommandLine{Deed::toggle, options["--toggle"], WindowsService::place(place->x(), place->y())};
+    return CommandLine{Command::toggle, options["--toggle"], WindowsService::place(place->x(), place->y())};
 }
 
 } // namespace velmora

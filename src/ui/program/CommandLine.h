@@ -13,9 +13,9 @@ namespace velmora {
 
 /// What velmora-ui was started for.
 struct CommandLine {
-    enum class Deed { help, show, showInactive, toggle, picture };
+    enum class Command { help, show, showInactive, toggle, picture };
 
-    Deed deed = Deed::help;
+    Command command = Command::help;
     QString window{};
     std::optional<QPoint> click{}; ///< on the tray icon, in pixels of the display
     QString picture{};             ///< file

@@ -50,21 +50,21 @@ int fail(const QString& what, int status = 1)
     return status;
 }
 
-const char* methodFor(CommandLine::Deed deed)
+const char* methodFor(CommandLine::Command command)
 {
     using namespace wire::windows;
-    if (deed == CommandLine::Deed::toggle) return toggle;
-    return deed == CommandLine::Deed::showInactive ? showInactive : show;
+    if (command == CommandLine::Command::toggle) return toggle;
+    return command == CommandLine::Command::showInactive ? showInactive : show;
 }
 
 /// To the velmora-ui that runs already.
 int forward(const QDBusConnection& bus, const CommandLine& wish)
 {
     using namespace wire::windows;
-    const bool isToggle = wish.deed == CommandLine::Deed::toggle;
+    const bool isToggle = wish.command == CommandLine::Command::toggle;
     auto call = QDBusMessage::createMethodCall(
         QString::fromLatin1(serviceName), QString::fromLatin1(objectPath), QString::fromLatin1(interface),
-        QString::fromLatin1(methodFor(wish.deed)));
+        QString::fromLatin1(methodFor(wish.command)));
     call.setAutoStartService(false);
     const auto place = wish.click.value_or(QPoint(-1, -1));
     call.setArguments(isToggle ? QVariantList{wish.window, place.x(), place.y()} : QVariantList{wish.window});
@@ -139,9 +139,9 @@ public:
 private:
     bool open(const CommandLine& wish)
     {
-        if (wish.deed == CommandLine::Deed::toggle) return windows_.toggle(wish.window, wish.click);
-        return wish.deed == CommandLine::Deed::showInactive ? windows_.showInactive(wish.window)
-                                                            : windows_.show(wish.window);
+        if (wish.command == CommandLine::Command::toggle) return windows_.toggle(wish.window, wish.click);
+        return wish.command == CommandLine::Command::showInactive ? windows_.showInactive(wish.window)
+                                                                  : windows_.show(wish.window);
     }
 
     template <typename T>
@@ -162,13 +162,13 @@ private:
     }
 
     /// Once the application's values and the desktop's wishes are known.
-    void whenReady(const std::function<void()>& deed)
+    void whenReady(const std::function<void()>& command)
     {
         auto* appearance = singleton<Appearance>("Appearance");
-        const auto check = [this, appearance, deed] {
+        const auto check = [this, appearance, command] {
             if (link_.isFed() && installation_.isSettled() && smallWidget_.isSettled() &&
                 mediumWidget_.isSettled() && appearance->isSettled())
-                deed();
+                command();
         };
         QObject::connect(&link_, &ModelLink::fed, &windows_, check);
         for (const auto* link : {&installation_, &smallWidget_, &mediumWidget_})
@@ -195,7 +195,7 @@ int runWindows(int argc, char** argv)
     const auto read = CommandLine::parse(QStringList(argv + std::min(argc, 1), argv + argc));
     if (const auto* wrong = std::get_if<QString>(&read)) return fail(*wrong + "; see --help", 2);
     const auto& wish = std::get<CommandLine>(read);
-    if (wish.deed == CommandLine::Deed::help) return std::fputs(CommandLine::usage(), stdout) < 0;
+    if (wish.command == CommandLine::Command::help) return std::fputs(CommandLine::usage(), stdout) < 0;
     if (!Windows::isKnown(wish.window)) return fail("there is no window \"" + wish.window + '"');
     if (!isDisplayThere()) return fail(QStringLiteral("there is no display"));
 
@@ -210,7 +210,7 @@ int runWindows(int argc, char** argv)
     const auto bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) return fail(QStringLiteral("there is no session bus"));
     Program program(bus, signals_);
-    return wish.deed == CommandLine::Deed::picture ? program.draw(wish) : program.show(wish);
+    return wish.command == CommandLine::Command::picture ? program.draw(wish) : program.show(wish);
 }
 
 } // namespace velmora

@@ -15,7 +15,7 @@ PROPERTIES = "org.freedesktop.DBus.Properties"
 
 class TrayTest(WindowTest):
     def run_velmora(self, *arguments):
-        """A second one, which hands over its errand before it ends."""
+        """A second one, which hands over its command before it ends."""
         self.assertEqual(self.start("velmora", *arguments).wait(), 0)
 
     def test_an_older_tray_shows_the_icon_too(self):

@@ -15,7 +15,7 @@
 
 /// The values of the face's properties on their way to the bus and from it, each as the type that its table
 /// declares for it. All throw std::system_error where the message is broken or memory is out.
-namespace velmora::face {
+namespace velmora::property {
 
 /// What a caller got wrong, in words for its developer.
 struct Refusal : std::runtime_error {
@@ -47,4 +47,4 @@ concept Writable = requires(sd_bus_message* message, const wire::face::Property&
     read(message, declared, value);
 };
 
-} // namespace velmora::face
+} // namespace velmora::property

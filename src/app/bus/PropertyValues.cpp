@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "bus/FaceValues.h"
+#include "bus/PropertyValues.h"
 
 #include <array>
 #include <cmath>
 #include <span>
 #include <string_view>
 
-namespace velmora::face {
+namespace velmora::property {
 
 namespace {
 
@@ -160,4 +160,4 @@ void read(sd_bus_message* message, const wire::face::Property& declared, std::op
     value = {coordinates[0], coordinates[1]};
 }
 
-} // namespace velmora::face
+} // namespace velmora::property

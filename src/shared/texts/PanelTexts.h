@@ -14,7 +14,7 @@
 
 /// The words, symbols and colours of the panel, from the model's values alone: what a person reads is decided
 /// here, the views only lay it out. No value ends the program; what is no number reads as 0.
-namespace velmora::menu_bar {
+namespace velmora::panel {
 
 /// Colours of the theme, by what they are for.
 enum class ThemeColor : std::uint8_t {
@@ -66,4 +66,4 @@ inline constexpr std::array thresholds{
     Threshold{"Full Charge (100%)", 100},
 };
 
-} // namespace velmora::menu_bar
+} // namespace velmora::panel

@@ -10,12 +10,12 @@
 namespace velmora {
 
 /// What the tray icon shows.
-struct TrayFace {
+struct TrayState {
     double percentage = 0; ///< percent
     bool isCharging = false;
     std::string tooltip; ///< a sentence
 
-    friend bool operator==(const TrayFace&, const TrayFace&) = default;
+    friend bool operator==(const TrayState&, const TrayState&) = default;
 };
 
 } // namespace velmora

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "bus/FaceBindings.h"
+#include "bus/Exports.h"
 
-namespace velmora::face {
+namespace velmora::exports {
 
 namespace {
 
@@ -17,7 +17,7 @@ KeyedArchive::Value valueOf(const std::optional<ChargerReport>& report, std::str
 
 } // namespace
 
-void serve(FaceObject& object, InstallationManager& manager)
+void serve(ExportedObject& object, InstallationManager& manager)
 {
     object.bind("isInstallationCompleted", manager.isInstallationCompleted);
     object.bind("isInstalling", manager.isInstalling);
@@ -27,7 +27,7 @@ void serve(FaceObject& object, InstallationManager& manager)
     object.serve();
 }
 
-void serve(FaceObject& object, VersionNotice& notice)
+void serve(ExportedObject& object, VersionNotice& notice)
 {
     namespace wired = wire::face::notice;
     object.bind("hasSeenMacOS264Banner", notice.hasSeenMacOS264Banner);
@@ -37,7 +37,7 @@ void serve(FaceObject& object, VersionNotice& notice)
     object.serve();
 }
 
-void serve(FaceObject& object, WidgetSettings& widget)
+void serve(ExportedObject& object, WidgetSettings& widget)
 {
     object.bind("isPinned", widget.isPinned);
     object.bind("isShownAtLogIn", widget.isShownAtLogIn);
@@ -45,11 +45,11 @@ void serve(FaceObject& object, WidgetSettings& widget)
     object.serve();
 }
 
-void serve(FaceObject& object, const ChargerSource& report)
+void serve(ExportedObject& object, const ChargerSource& report)
 {
     for (const auto& property : wire::face::charger::properties)
         object.derive(property.name, [report, name = property.name] { return valueOf(report(), name); });
     object.serve();
 }
 
-} // namespace velmora::face
+} // namespace velmora::exports

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "bus/FaceObject.h"
+#include "bus/ExportedObject.h"
 
 #include <algorithm>
 
@@ -21,33 +21,33 @@ constexpr std::uint64_t anyone = SD_BUS_VTABLE_UNPRIVILEGED;
 
 } // namespace
 
-FaceObject::FaceObject(MainLoop& loop, sd_bus* bus, const wire::face::Face& face)
+ExportedObject::ExportedObject(MainLoop& loop, sd_bus* bus, const wire::face::Face& face)
     : loop_(loop), bus_(bus), face_(face), rows_(face.properties.size())
 {
 }
 
-std::size_t FaceObject::indexOf(std::string_view name) const
+std::size_t ExportedObject::indexOf(std::string_view name) const
 {
     const auto found = std::ranges::find(face_.properties, name, &Property::name);
     return static_cast<std::size_t>(found - face_.properties.begin());
 }
 
-void FaceObject::derive(std::string_view name, const std::function<KeyedArchive::Value()>& value)
+void ExportedObject::derive(std::string_view name, const std::function<KeyedArchive::Value()>& value)
 {
     Row& row = rows_.at(indexOf(name));
-    row.read = [value](sd_bus_message* reply) { face::append(reply, value()); };
+    row.read = [value](sd_bus_message* reply) { property::append(reply, value()); };
     row.hasChanged = [value, was = value()]() mutable {
         auto is = value();
         return std::exchange(was, is) != is;
     };
 }
 
-void FaceObject::addOperation(const char* name, std::function<void()> operate)
+void ExportedObject::addOperation(const char* name, std::function<void()> operate)
 {
     operations_.emplace_back(name, std::move(operate));
 }
 
-void FaceObject::serve()
+void ExportedObject::serve()
 {
     fillTable();
     sd_bus_slot* slot = nullptr;
@@ -57,13 +57,13 @@ void FaceObject::serve()
 }
 
 template <std::uint64_t News>
-sd_bus_vtable FaceObject::entry(const Property& property)
+sd_bus_vtable ExportedObject::entry(const Property& property)
 {
     if (property.access == Access::read) return SD_BUS_PROPERTY(property.name, property.type, get, 0, News);
     return SD_BUS_WRITABLE_PROPERTY(property.name, property.type, get, set, 0, News | anyone);
 }
 
-void FaceObject::fillTable()
+void ExportedObject::fillTable()
 {
     table_ = {SD_BUS_VTABLE_START(0)};
     for (const auto& property : face_.properties) {
@@ -73,15 +73,15 @@ void FaceObject::fillTable()
     }
     for (const auto& [name, operation] : operations_) {
         table_.push_back(
-            SD_BUS_METHOD(name, "", "", (dbus::serve<FaceObject, &FaceObject::operate>), anyone));
+            SD_BUS_METHOD(name, "", "", (dbus::serve<ExportedObject, &ExportedObject::operate>), anyone));
     }
     table_.push_back(SD_BUS_VTABLE_END);
 }
 
-int FaceObject::get(sd_bus* bus, const char*, const char*, const char* property, sd_bus_message* reply,
-                    void* self, sd_bus_error* error) noexcept
+int ExportedObject::get(sd_bus* bus, const char*, const char*, const char* property, sd_bus_message* reply,
+                        void* self, sd_bus_error* error) noexcept
 try {
-    const auto& object = *static_cast<FaceObject*>(self);
+    const auto& object = *static_cast<ExportedObject*>(self);
     const std::size_t index = object.indexOf(property);
     std::uint64_t unsent = 0;
     dbus::check(sd_bus_get_n_queued_write(bus, &unsent), "look at the queue");
@@ -93,22 +93,22 @@ try {
     return sd_bus_error_set(error, SD_BUS_ERROR_FAILED, failure.what());
 }
 
-int FaceObject::set(sd_bus*, const char*, const char*, const char* property, sd_bus_message* value,
-                    void* self, sd_bus_error* error) noexcept
+int ExportedObject::set(sd_bus*, const char*, const char*, const char* property, sd_bus_message* value,
+                        void* self, sd_bus_error* error) noexcept
 try {
-    const auto& object = *static_cast<FaceObject*>(self);
+    const auto& object = *static_cast<ExportedObject*>(self);
     const std::size_t index = object.indexOf(property);
     const auto& declared = object.face_.properties[index];
     object.rows_.at(index).write(value, declared);
-    if (const auto told = object.onSetting; told && declared.access == Access::setting) told();
+    if (const auto handler = object.onSetting; handler && declared.access == Access::setting) handler();
     return 0;
-} catch (const face::Refusal& refusal) {
+} catch (const property::Refusal& refusal) {
     return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, refusal.what());
 } catch (const std::exception& failure) {
     return sd_bus_error_set(error, SD_BUS_ERROR_FAILED, failure.what());
 }
 
-int FaceObject::operate(sd_bus_message* call)
+int ExportedObject::operate(sd_bus_message* call)
 {
     const std::string_view member = sd_bus_message_get_member(call);
     for (const auto& [name, operation] : operations_) {
@@ -117,13 +117,13 @@ int FaceObject::operate(sd_bus_message* call)
     return sd_bus_reply_method_return(call, nullptr);
 }
 
-void FaceObject::announceSoon()
+void ExportedObject::announceSoon()
 {
     if (std::exchange(isAnnouncing_, true)) return;
     loop_.post(lifetime_.guard([this] { announce(); }));
 }
 
-void FaceObject::announce()
+void ExportedObject::announce()
 {
     isAnnouncing_ = false;
     std::vector<char*> names;

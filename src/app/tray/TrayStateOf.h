@@ -4,20 +4,20 @@
 #pragma once
 
 #include "model/BatteryModel.h"
-#include "tray/TrayFace.h"
+#include "tray/TrayState.h"
 
 #include <cstdint>
 
 namespace velmora {
 
 /// Whose word the model's values are.
-enum class Knowledge : std::uint8_t {
-    awaited,       ///< nobody's yet: they are what a model begins with
-    live,          ///< the daemon's
-    daemonMissing, ///< nobody's any more
+enum class Freshness : std::uint8_t {
+    pending, ///< nobody's yet: they are what a model begins with
+    live,    ///< the daemon's
+    stale,   ///< nobody's any more
 };
 
 /// What the tray icon shows of the model. The tooltip says so where its values are not the daemon's.
-TrayFace trayFaceOf(const BatteryModel& model, Knowledge knowledge);
+TrayState trayStateOf(const BatteryModel& model, Freshness freshness);
 
 } // namespace velmora

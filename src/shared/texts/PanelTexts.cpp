@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "texts/MenuBarTexts.h"
+#include "texts/PanelTexts.h"
 
 #include "base/Decimal.h"
 #include "base/Saturate.h"
 
 #include <cmath>
 
-namespace velmora::menu_bar {
+namespace velmora::panel {
 
 std::string_view name(ThemeColor color)
 {
@@ -90,4 +90,4 @@ std::string limitCaption(double limit)
     return "Limit to " + std::to_string(truncated(limit)) + "% charge";
 }
 
-} // namespace velmora::menu_bar
+} // namespace velmora::panel

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "bus/FaceObject.h"
+#include "bus/ExportedObject.h"
 #include "model/InstallationManager.h"
 #include "model/VersionNotice.h"
 #include "model/WidgetSettings.h"
@@ -14,15 +14,15 @@
 
 /// What stands on the session bus beside the model. Each binds something of the core to its object of the
 /// face, and serves that; both live equally long. Throws std::system_error where the bus takes no objects.
-namespace velmora::face {
+namespace velmora::exports {
 
-void serve(FaceObject& object, InstallationManager& manager);
-void serve(FaceObject& object, VersionNotice& notice);
-void serve(FaceObject& object, WidgetSettings& widget);
+void serve(ExportedObject& object, InstallationManager& manager);
+void serve(ExportedObject& object, VersionNotice& notice);
+void serve(ExportedObject& object, WidgetSettings& widget);
 
 using ChargerSource = std::function<std::optional<ChargerReport>()>; ///< what is known now
 
 /// The daemon's report, passed on. That it may be another one, `derivedChanged` tells the object.
-void serve(FaceObject& object, const ChargerSource& report);
+void serve(ExportedObject& object, const ChargerSource& report);
 
-} // namespace velmora::face
+} // namespace velmora::exports

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "tray/TrayFaceOf.h"
+#include "tray/TrayStateOf.h"
 
 #include "texts/ModelSentence.h"
 
@@ -9,14 +9,14 @@ namespace velmora {
 
 namespace {
 
-std::string tooltip(const BatteryModel& model, Knowledge knowledge)
+std::string tooltip(const BatteryModel& model, Freshness freshness)
 {
-    switch (knowledge) {
-    case Knowledge::awaited:
+    switch (freshness) {
+    case Freshness::pending:
         return "Waiting for the first reading.";
-    case Knowledge::live:
+    case Freshness::live:
         return sentence(model);
-    case Knowledge::daemonMissing:
+    case Freshness::stale:
         break;
     }
     return "The background service is not running: the battery is not watched.";
@@ -24,12 +24,12 @@ std::string tooltip(const BatteryModel& model, Knowledge knowledge)
 
 } // namespace
 
-TrayFace trayFaceOf(const BatteryModel& model, Knowledge knowledge)
+TrayState trayStateOf(const BatteryModel& model, Freshness freshness)
 {
     return {
         .percentage = model.percentage.get(),
         .isCharging = model.chargingState.get() == ChargingState::charging,
-        .tooltip = tooltip(model, knowledge),
+        .tooltip = tooltip(model, freshness),
     };
 }
 

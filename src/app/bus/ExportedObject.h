@@ -5,7 +5,7 @@
 
 #include "base/Lifetime.h"
 #include "base/Observable.h"
-#include "bus/FaceValues.h"
+#include "bus/PropertyValues.h"
 
 #include <cstdint>
 #include <functional>
@@ -22,12 +22,12 @@ namespace velmora {
 /// nothing.
 ///
 /// Its owner binds every property, adds the operations, then serves it. Main thread only.
-class FaceObject {
+class ExportedObject {
 public:
     /// Loop and bus must outlive the object; so must what `face` points to.
-    FaceObject(MainLoop& loop, sd_bus* bus, const wire::face::Face& face);
-    FaceObject(const FaceObject&) = delete;
-    FaceObject& operator=(const FaceObject&) = delete;
+    ExportedObject(MainLoop& loop, sd_bus* bus, const wire::face::Face& face);
+    ExportedObject(const ExportedObject&) = delete;
+    ExportedObject& operator=(const ExportedObject&) = delete;
 
     /// `observable` is the property of that name; it must outlive the object.
     template <typename T>
@@ -82,14 +82,14 @@ private:
 };
 
 template <typename T>
-void FaceObject::bind(std::string_view name, Observable<T>& observable)
+void ExportedObject::bind(std::string_view name, Observable<T>& observable)
 {
     Row& row = rows_.at(indexOf(name));
-    row.read = [&observable](sd_bus_message* reply) { face::append(reply, observable.get()); };
-    if constexpr (face::Writable<T>) {
+    row.read = [&observable](sd_bus_message* reply) { property::append(reply, observable.get()); };
+    if constexpr (property::Writable<T>) {
         row.write = [&observable](sd_bus_message* value, const wire::face::Property& declared) {
             T incoming{};
-            face::read(value, declared, incoming);
+            property::read(value, declared, incoming);
             observable.set(std::move(incoming));
         };
     }

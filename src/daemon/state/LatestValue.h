@@ -11,10 +11,10 @@ namespace velmora {
 
 /// A place where one thread leaves a value for another, of which only the newest counts. Any thread.
 template <typename Value>
-class Newest {
+class LatestValue {
 public:
     /// Whether the place was empty: nobody is on the way yet to take what is there.
-    bool leave(Value value)
+    bool put(Value value)
     {
         const std::lock_guard guard(mutex_);
         return !std::exchange(value_, std::move(value)).has_value();
