@@ -313,7 +313,7 @@ void Daemon::updateSettings(const Caller& caller, const ChargingSettings& settin
     auto& last = callers_.of(caller.busName);
     if (last.accepted == settings || last.refused == settings) return;
     if (const auto problem = problemWith(settings)) return refuse(caller, settings, *problem);
-    const ChargingSettings next = withLowBatteryClamped(merged(settings_, last.accepted, settings));
+    const ChargingSettings next = clamped(merged(settings_, last.accepted, settings));
     if (next != settings_) {
         if (!mayChange(caller)) return refuse(caller, settings, "only root may change settings");
         last = {settings, std::nullopt};

@@ -114,7 +114,7 @@ TEST_F(StoresTest, RefusesSettingsThatCannotBe)
         EXPECT_TRUE(problemWith({.customHysteresis = hysteresis})) << hysteresis;
     EXPECT_TRUE(problemWith({.lowBatteryLimit = std::nan("")}));
     EXPECT_FALSE(problemWith({.customChargeLimit = 20, .customHysteresis = 20, .lowBatteryLimit = 400}));
-    EXPECT_EQ(withLowBatteryClamped({.lowBatteryLimit = -3}).lowBatteryLimit, 0);
+    EXPECT_EQ(clamped({.lowBatteryLimit = -3}).lowBatteryLimit, 0);
 }
 
 TEST_F(StoresTest, TheHistoryIsCappedKeptAndNeverDeleted)

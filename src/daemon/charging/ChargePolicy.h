@@ -76,7 +76,4 @@ ChargeDecision decideCharging(const ChargingSettings& settings, bool isQuickChar
 /// goes on with what it did, which is what the reading shows.
 bool isChargingAllowed(const std::optional<Thresholds>& inForce, const ChargeReading& reading);
 
-/// The storage level, percent.
-inline constexpr double storageLevel = 50;
-
 } // namespace velmora

@@ -38,21 +38,7 @@ ChargingSettings merged(const ChargingSettings& current, const std::optional<Cha
                         const ChargingSettings& message)
 {
     if (!last) return message;
-    ChargingSettings result = current;
-    const auto take = [&](auto field) {
-        if (message.*field != (*last).*field) result.*field = message.*field;
-    };
-    take(&ChargingSettings::isAppleRecommendedMode);
-    take(&ChargingSettings::isTemporaryOverride);
-    take(&ChargingSettings::isStorageModeEnabled);
-    take(&ChargingSettings::customChargeLimit);
-    take(&ChargingSettings::customHysteresis);
-    take(&ChargingSettings::notifyOnLimit);
-    take(&ChargingSettings::notifyOnHeat);
-    take(&ChargingSettings::notifyOnCycle);
-    take(&ChargingSettings::notifyOnPowerChange);
-    take(&ChargingSettings::lowBatteryLimit);
-    return result;
+    return combined(current, message, differing(*last, message));
 }
 
 } // namespace velmora

@@ -4,9 +4,6 @@
 #include "state/SettingsStore.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
-#include <cstdio>
 #include <nlohmann/json.hpp>
 
 namespace velmora {
@@ -15,100 +12,50 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// The fields of the settings under their names on the wire.
-template <typename Settings, typename Visit>
-void forEachField(Settings& settings, const Visit& visit)
+Json jsonOf(const KeyedArchive::Value& value)
 {
-    const auto name = [](std::size_t index) {
-        return wire::daemon_protocol::settingsArguments.at(index).name;
-    };
-    visit(name(0), settings.isAppleRecommendedMode);
-    visit(name(1), settings.isTemporaryOverride);
-    visit(name(2), settings.isStorageModeEnabled);
-    visit(name(3), settings.customChargeLimit);
-    visit(name(4), settings.customHysteresis);
-    visit(name(5), settings.notifyOnLimit);
-    visit(name(6), settings.notifyOnHeat);
-    visit(name(7), settings.notifyOnCycle);
-    visit(name(8), settings.notifyOnPowerChange);
-    visit(name(9), settings.lowBatteryLimit);
+    return std::visit([](const auto& one) { return Json(one); }, value);
+}
+
+/// Nothing for what is neither true, false nor a number.
+std::optional<KeyedArchive::Value> valueOf(const Json& json)
+{
+    if (json.is_boolean()) return json.get<bool>();
+    if (json.is_number()) return json.get<double>();
+    return std::nullopt;
 }
 
 Json encoded(const ChargingSettings& settings)
 {
     Json object = Json::object();
-    forEachField(settings, [&object](const char* name, const auto& value) { object[name] = value; });
+    for (const auto& setting : allSettings) object[setting.name] = jsonOf(setting.of(settings));
     return object;
 }
 
-void take(const Json& value, bool& field, bool& isGood)
+void note(std::string& wrong, const std::string& what)
 {
-    if (value.is_boolean()) {
-        field = value.get<bool>();
-    } else {
-        isGood = false;
-    }
+    wrong += (wrong.empty() ? "" : ", ") + what;
 }
 
-void take(const Json& value, double& field, bool& isGood)
-{
-    if (value.is_number()) {
-        field = value.get<double>();
-    } else {
-        isGood = false;
-    }
-}
-
-/// Adds to `wrong` what is not as it should be.
+/// Adds to `wrong` what is not as it should be; that setting has its default then.
 ChargingSettings decodedSettings(const Json& object, std::string& wrong)
 {
     ChargingSettings settings;
-    forEachField(settings, [&](const char* name, auto& field) {
-        bool isGood = object.is_object() && object.contains(name);
-        if (isGood) take(object.at(name), field, isGood);
-        if (!isGood)
-            wrong += std::string(wrong.empty() ? "" : ", ") + name + " is missing or of another type";
-    });
-    if (const auto problem = problemWith(settings)) {
-        wrong += (wrong.empty() ? "" : ", ") + *problem;
-        const ChargingSettings defaults;
-        settings.customChargeLimit = defaults.customChargeLimit;
-        settings.customHysteresis = defaults.customHysteresis;
-        settings.lowBatteryLimit = defaults.lowBatteryLimit;
+    for (const auto& setting : allSettings) {
+        const auto value = object.is_object() && object.contains(setting.name)
+                               ? valueOf(object.at(setting.name))
+                               : std::nullopt;
+        if (!value || !setting.assign(settings, *value))
+            note(wrong, std::string(setting.name) + " is missing or of another type");
+        if (const auto problem = setting.problemIn(settings)) {
+            note(wrong, *problem);
+            setting.assign(settings, setting.of({}));
+        }
     }
-    return withLowBatteryClamped(settings);
-}
-
-std::string number(double value)
-{
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%g", value);
-    return text.data();
+    return clamped(settings);
 }
 
 } // namespace
-
-std::optional<std::string> problemWith(const ChargingSettings& settings)
-{
-    // Written so that NaN, which compares with nothing, fails.
-    const auto within = [](double value, double low, double high) { return value >= low && value <= high; };
-    if (!within(settings.customChargeLimit, 20, 100)) {
-        return "customChargeLimit " + number(settings.customChargeLimit) + " is not within 20 to 100";
-    }
-    if (!within(settings.customHysteresis, 0, 20)) {
-        return "customHysteresis " + number(settings.customHysteresis) + " is not within 0 to 20";
-    }
-    if (!std::isfinite(settings.lowBatteryLimit)) {
-        return "lowBatteryLimit " + number(settings.lowBatteryLimit) + " is not a number";
-    }
-    return std::nullopt;
-}
-
-ChargingSettings withLowBatteryClamped(ChargingSettings settings)
-{
-    settings.lowBatteryLimit = std::clamp(settings.lowBatteryLimit, 0.0, 100.0);
-    return settings;
-}
 
 std::string encodeState(const DaemonState& state)
 {
@@ -139,7 +86,7 @@ std::pair<DaemonState, std::string> decodeState(std::string_view bytes)
         return value.is_string() ? value.get<std::string>() : std::string();
     };
     const auto quickCharge = quickChargeStateFromRawValue(text("quickCharge"));
-    if (!quickCharge) wrong += (wrong.empty() ? "" : ", ") + std::string("quickCharge is none of its states");
+    if (!quickCharge) note(wrong, "quickCharge is none of its states");
     state.quickCharge = quickCharge.value_or(QuickCharge::State::off);
     state.hasAdoptedLimit = document.value("hasAdoptedLimit", Json()) == true;
     state.manual.state = manualStateFromRawValue(text("charging")).value_or(ManualCharging::State::asSet);

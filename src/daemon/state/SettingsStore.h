@@ -32,14 +32,6 @@ struct DaemonState {
     friend bool operator==(const DaemonState&, const DaemonState&) = default;
 };
 
-/// Why settings cannot be taken: a limit outside 20 to 100 %, a hysteresis outside 0 to 20 points, a number
-/// that is not finite. Nothing for good ones. A low-battery level out of range is no reason: see
-/// `withLowBatteryClamped`.
-std::optional<std::string> problemWith(const ChargingSettings& settings);
-
-/// `settings` with the low-battery level brought within 0 to 100 %.
-ChargingSettings withLowBatteryClamped(ChargingSettings settings);
-
 /// settings.json in the state directory.
 class SettingsStore {
 public:

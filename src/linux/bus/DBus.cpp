@@ -206,13 +206,7 @@ void append(sd_bus_message* message, const KeyedArchive& archive)
 
 void append(sd_bus_message* message, const ChargingSettings& settings)
 {
-    const auto types = wire::Message::signature(wire::daemon_protocol::settingsArguments);
-    check(sd_bus_message_append(message, types.c_str(), settings.isAppleRecommendedMode,
-                                settings.isTemporaryOverride, settings.isStorageModeEnabled,
-                                settings.customChargeLimit, settings.customHysteresis, settings.notifyOnLimit,
-                                settings.notifyOnHeat, settings.notifyOnCycle, settings.notifyOnPowerChange,
-                                settings.lowBatteryLimit),
-          "append settings");
+    for (const auto& setting : allSettings) append(message, setting.of(settings));
 }
 
 KeyedArchive readArchive(sd_bus_message* message)
@@ -229,20 +223,14 @@ KeyedArchive readArchive(sd_bus_message* message)
 
 ChargingSettings readSettings(sd_bus_message* message)
 {
-    const auto types = wire::Message::signature(wire::daemon_protocol::settingsArguments);
     ChargingSettings settings;
-    int recommended = 0, override = 0, storage = 0, limit = 0, heat = 0, cycle = 0, power = 0;
-    check(sd_bus_message_read(message, types.c_str(), &recommended, &override, &storage,
-                              &settings.customChargeLimit, &settings.customHysteresis, &limit, &heat, &cycle,
-                              &power, &settings.lowBatteryLimit),
-          "read settings");
-    settings.isAppleRecommendedMode = recommended != 0;
-    settings.isTemporaryOverride = override != 0;
-    settings.isStorageModeEnabled = storage != 0;
-    settings.notifyOnLimit = limit != 0;
-    settings.notifyOnHeat = heat != 0;
-    settings.notifyOnCycle = cycle != 0;
-    settings.notifyOnPowerChange = power != 0;
+    for (const auto& setting : allSettings) {
+        int truth = 0;
+        double number = 0;
+        void* const place = setting.isNumber() ? static_cast<void*>(&number) : &truth;
+        check(sd_bus_message_read_basic(message, *setting.type(), place), setting.name);
+        setting.assign(settings, setting.isNumber() ? KeyedArchive::Value(number) : truth != 0);
+    }
     return settings;
 }
 

@@ -9,7 +9,6 @@ namespace velmora {
 
 namespace {
 
-constexpr double storageLevel = 50; // percent
 
 std::string percent(double value)
 {

@@ -7,27 +7,6 @@ namespace velmora {
 
 namespace {
 
-/// Each property with its value, in the order in which they stand on the bus.
-template <typename Report, typename Visit>
-void forEachProperty(Report& report, Visit&& visit)
-{
-    visit("HasBattery", report.hasBattery);
-    visit("Batteries", report.batteries);
-    visit("Control", report.control);
-    visit("Driver", report.driver);
-    visit("Mode", report.mode);
-    visit("WantedStartThreshold", report.wantedStartThreshold);
-    visit("WantedEndThreshold", report.wantedEndThreshold);
-    visit("StartThreshold", report.startThreshold);
-    visit("EndThreshold", report.endThreshold);
-    visit("IsChargingAllowed", report.isChargingAllowed);
-    visit("LastAction", report.lastAction);
-    visit("LastReason", report.lastReason);
-    visit("LastActionDate", report.lastActionDate);
-    visit("Health", report.health);
-    visit("CycleCount", report.cycleCount);
-}
-
 /// Replaces a value by the archived one, where there is one of its type.
 struct Reader {
     const KeyedArchive& archive;
@@ -44,14 +23,17 @@ struct Reader {
 KeyedArchive ChargerReport::archived() const
 {
     KeyedArchive archive;
-    forEachProperty(*this, [&](const char* key, const auto& value) { archive.encode(key, value); });
+    for (const auto& [name, member] : chargerProperties)
+        std::visit([&, key = name](auto value) { archive.encode(key, this->*value); }, member);
     return archive;
 }
 
 ChargerReport ChargerReport::unarchived(const KeyedArchive& archive)
 {
     ChargerReport report;
-    forEachProperty(report, Reader{archive});
+    const Reader read{archive};
+    for (const auto& [name, member] : chargerProperties)
+        std::visit([&, key = name](auto value) { read(key, report.*value); }, member);
     return report;
 }
 

@@ -6,9 +6,11 @@
 #include "base/Date.h"
 #include "wire/KeyedArchive.h"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <variant>
 
 namespace velmora {
 
@@ -49,11 +51,47 @@ struct ChargerReport {
     double health = -1;              ///< percent, full over design capacity; -1 unknown
     std::int64_t cycleCount = -1;    ///< -1 unknown
 
-    /// Keys are the property names, in upper camel case.
+    /// Keys are the names of `chargerProperties`.
     KeyedArchive archived() const;
     static ChargerReport unarchived(const KeyedArchive& archive);
 
     friend bool operator==(const ChargerReport&, const ChargerReport&) = default;
+};
+
+/// A value of the report as a property of its interface.
+struct ChargerProperty {
+    using Member = std::variant<bool ChargerReport::*, std::int64_t ChargerReport::*, double ChargerReport::*,
+                                std::string ChargerReport::*, Date ChargerReport::*>;
+
+    const char* name;
+    Member member;
+
+    /// D-Bus signature.
+    constexpr const char* type() const
+    {
+        constexpr std::array types{"b", "x", "d", "s", "d"}; // in the order of the variant
+        static_assert(types.size() == std::variant_size_v<Member>);
+        return types[member.index()];
+    }
+};
+
+/// In the order in which they stand on the bus.
+inline constexpr std::array chargerProperties{
+    ChargerProperty{"HasBattery", &ChargerReport::hasBattery},
+    ChargerProperty{"Batteries", &ChargerReport::batteries},
+    ChargerProperty{"Control", &ChargerReport::control},
+    ChargerProperty{"Driver", &ChargerReport::driver},
+    ChargerProperty{"Mode", &ChargerReport::mode},
+    ChargerProperty{"WantedStartThreshold", &ChargerReport::wantedStartThreshold},
+    ChargerProperty{"WantedEndThreshold", &ChargerReport::wantedEndThreshold},
+    ChargerProperty{"StartThreshold", &ChargerReport::startThreshold},
+    ChargerProperty{"EndThreshold", &ChargerReport::endThreshold},
+    ChargerProperty{"IsChargingAllowed", &ChargerReport::isChargingAllowed},
+    ChargerProperty{"LastAction", &ChargerReport::lastAction},
+    ChargerProperty{"LastReason", &ChargerReport::lastReason},
+    ChargerProperty{"LastActionDate", &ChargerReport::lastActionDate},
+    ChargerProperty{"Health", &ChargerReport::health},
+    ChargerProperty{"CycleCount", &ChargerReport::cycleCount},
 };
 
 } // namespace velmora

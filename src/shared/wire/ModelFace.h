@@ -3,8 +3,10 @@
 
 #pragma once
 
+#include "wire/ChargerReport.h"
 #include "wire/VelmoraProtocol.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <span>
@@ -47,11 +49,20 @@ struct Face {
     std::span<const Property> properties;
 };
 
-inline constexpr std::array properties{
+/// Those that the daemon holds. One that is asked for once is flipped by an operation instead.
+inline constexpr auto settingProperties = [] {
+    std::array<Property, allSettings.size()> rows{};
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const auto& setting = allSettings[i];
+        rows[i] = {setting.modelProperty, setting.type(), setting.isOneOff ? Access::read : Access::setting,
+                   setting.lowest, setting.highest};
+    }
+    return rows;
+}();
+
+inline constexpr std::array otherProperties{
     Property{"percentage", "d"},
-    Property{"chargingState", "s"}, ///< a raw text of velmora::ChargingState
-    Property{"isAppleRecommendedModeEnabled", "b", Access::setting},
-    Property{"isTemporaryOverrideEnabled", "b"},
+    Property{"chargingState", "s"},  ///< a raw text of velmora::ChargingState
     Property{"isLimitReached", "b"}, ///< derived
     Property{"thermalState", "s"},   ///< a raw text of ThermalMonitorService::ThermalState
     Property{"powerSource", "s"},
@@ -59,20 +70,18 @@ inline constexpr std::array properties{
     Property{"timeToEmpty", "x"},
     Property{"timeToLimit", "x"},
     Property{"isSimulationModeEnabled", "b", Access::write},
-    Property{"customChargeLimit", "d", Access::setting, 20, 100},
-    Property{"customHysteresis", "d", Access::setting, 0, 20},
-    Property{"isStorageModeEnabled", "b", Access::setting},
     Property{"history", recordListType, Access::read, 0, 0, News::invalidated},
-    Property{"notifyOnLimit", "b", Access::setting},
-    Property{"notifyOnHeat", "b", Access::setting},
-    Property{"notifyOnCycle", "b", Access::setting},
     Property{"notifyOnLowBattery", "b", Access::setting},
-    Property{"lowBatteryLimit", "d", Access::setting, 0, 100},
-    Property{"notifyOnPowerChange", "b", Access::setting},
     Property{"lastCloudSyncDate", "ad"}, ///< seconds since 2001-01-01 UTC
     Property{"fleetStates", recordListType, Access::read, 0, 0, News::invalidated},
     Property{"selectedDeviceID", "as", Access::write},
 };
+
+inline constexpr auto properties = [] {
+    std::array<Property, settingProperties.size() + otherProperties.size()> rows{};
+    std::ranges::copy(otherProperties, std::ranges::copy(settingProperties, rows.begin()).out);
+    return rows;
+}();
 inline constexpr Face model{objectPath, interface, properties};
 
 /// The model's operations; no arguments, no result.
@@ -135,28 +144,16 @@ inline constexpr auto dismissed = "dismissed"; ///< the notice was answered
 namespace velmora::wire::face::charger {
 
 inline constexpr auto objectPath = "/app/velmora/Charger";
-inline constexpr auto interface = "app.velmora.Charger";
+inline constexpr auto interface = ChargerReport::interface;
+inline constexpr auto isKnown = "IsKnown"; ///< the daemon has told; the others are defaults until then
 
-inline constexpr std::array properties{
-    Property{"IsKnown", "b"}, ///< the daemon is there and has told; the others are defaults until then
-    Property{"HasBattery", "b"},
-    Property{"Batteries", "s"},
-    Property{"Control", "s"},
-    Property{"Driver", "s"},
-    Property{"Mode", "s"},
-    Property{"WantedStartThreshold", "x"},
-    Property{"WantedEndThreshold", "x"},
-    Property{"StartThreshold", "x"},
-    Property{"EndThreshold", "x"},
-    Property{"IsChargingAllowed", "b"},
-    Property{"LastAction", "s"},
-    Property{"LastReason", "s"},
-    Property{"LastActionDate", "d"},
-    Property{"Health", "d"},
-    Property{"CycleCount", "x"},
-};
+inline constexpr auto properties = [] {
+    std::array<Property, chargerProperties.size() + 1> rows{Property{isKnown, "b"}};
+    for (std::size_t i = 0; i < chargerProperties.size(); ++i)
+        rows[i + 1] = {chargerProperties[i].name, chargerProperties[i].type()};
+    return rows;
+}();
 inline constexpr Face face{objectPath, interface, properties};
-inline constexpr auto isKnown = "IsKnown";
 
 } // namespace velmora::wire::face::charger
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "base/Date.h"
+#include "wire/ChargingSettings.h"
 #include "wire/KeyedArchive.h"
 
 #include <array>
@@ -62,22 +63,6 @@ struct HSHistorySnapshot {
     friend bool operator==(const HSHistorySnapshot&, const HSHistorySnapshot&) = default;
 };
 
-/// The settings that a client sends to the daemon, all ten at once.
-struct ChargingSettings {
-    bool isAppleRecommendedMode = true;
-    bool isTemporaryOverride = false;
-    bool isStorageModeEnabled = false;
-    double customChargeLimit = 80; ///< percent
-    double customHysteresis = 2;   ///< percentage points
-    bool notifyOnLimit = true;
-    bool notifyOnHeat = true;
-    bool notifyOnCycle = false;
-    bool notifyOnPowerChange = true;
-    double lowBatteryLimit = 20; ///< percent
-
-    friend bool operator==(const ChargingSettings&, const ChargingSettings&) = default;
-};
-
 /// How the model reaches the daemon. No call blocks, and none reports a failure: a daemon that cannot be
 /// reached does not answer.
 class DaemonClientProtocol {
@@ -129,21 +114,30 @@ inline constexpr auto interface = "app.velmora.VelmoraDaemonProtocol";
 inline constexpr std::array stateReply{Argument{"state", recordType}};
 inline constexpr std::array historyReply{Argument{"history", recordListType}};
 inline constexpr std::array chargingReply{Argument{"charging", "b"}};
-inline constexpr std::array settingsArguments{
-    Argument{"isAppleRecommendedMode", "b"}, Argument{"isTemporaryOverride", "b"},
-    Argument{"isStorageModeEnabled", "b"},   Argument{"customChargeLimit", "d"},
-    Argument{"customHysteresis", "d"},       Argument{"notifyOnLimit", "b"},
-    Argument{"notifyOnHeat", "b"},           Argument{"notifyOnCycle", "b"},
-    Argument{"notifyOnPowerChange", "b"},    Argument{"lowBatteryLimit", "d"},
-};
+/// All settings at once, in the order of their table.
+inline constexpr auto settingsArguments = [] {
+    std::array<Argument, allSettings.size()> arguments{};
+    for (std::size_t i = 0; i < allSettings.size(); ++i)
+        arguments[i] = {allSettings[i].name, allSettings[i].type()};
+    return arguments;
+}();
+/// "updateSettingsWith", and each setting's name with a colon; the first begins in upper case.
+inline constexpr auto settingsSelector = [] {
+    std::array<char, 512> selector{};
+    std::size_t end = 0;
+    for (const char letter : std::string_view("updateSettingsWith")) selector[end++] = letter;
+    const std::size_t first = end;
+    for (const auto& setting : allSettings) {
+        for (const char letter : std::string_view(setting.name)) selector[end++] = letter;
+        selector[end++] = ':';
+    }
+    selector[first] -= 'a' - 'A';
+    return selector;
+}();
 
 inline constexpr Message getBatteryState{"getBatteryStateWithReply:", {}, stateReply};
 inline constexpr Message getAnalyticsHistory{"getAnalyticsHistoryWithReply:", {}, historyReply};
-inline constexpr Message updateSettings{
-    "updateSettingsWithIsAppleRecommendedMode:isTemporaryOverride:isStorageModeEnabled:customChargeLimit:"
-    "customHysteresis:notifyOnLimit:notifyOnHeat:notifyOnCycle:notifyOnPowerChange:lowBatteryLimit:",
-    settingsArguments,
-    {}};
+inline constexpr Message updateSettings{settingsSelector.data(), settingsArguments, {}};
 inline constexpr Message toggleCharging{"toggleChargingWithReply:", {}, chargingReply};
 inline constexpr std::array messages{&getBatteryState, &getAnalyticsHistory, &updateSettings,
                                      &toggleCharging};
