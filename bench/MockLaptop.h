@@ -3,7 +3,8 @@
 
 #pragma once
 
-#include <memory>
+#include "base/Handle.h"
+
 #include <string>
 #include <umockdev.h>
 
@@ -28,14 +29,10 @@ public:
     void announceBattery() { announce(battery_); }
 
 private:
-    struct Free {
-        void operator()(UMockdevTestbed* testbed) const noexcept { g_object_unref(testbed); }
-    };
-
     void announce(const std::string& device);
     void set(const std::string& device, const char* attribute, const std::string& value);
 
-    std::unique_ptr<UMockdevTestbed, Free> testbed_{umockdev_testbed_new()};
+    Handle<UMockdevTestbed, g_object_unref> testbed_{umockdev_testbed_new()};
     std::string battery_, mains_; ///< their paths under /sys
 };
 

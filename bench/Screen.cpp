@@ -3,8 +3,6 @@
 
 #include "Screen.h"
 
-#include "bus/DBus.h"
-
 #include <cstdlib>
 #include <stdexcept>
 #include <xcb/xtest.h>
@@ -14,7 +12,7 @@ namespace velmora {
 namespace {
 
 template <typename T>
-using Reply = std::unique_ptr<T, dbus::Drop<std::free>>;
+using Reply = Handle<T, std::free>;
 
 } // namespace
 

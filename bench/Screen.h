@@ -3,8 +3,9 @@
 
 #pragma once
 
+#include "base/Handle.h"
+
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <vector>
 #include <xcb/xcb.h>
@@ -35,11 +36,7 @@ public:
 private:
     void fake(std::uint8_t type, std::uint8_t detail, Spot spot) const;
 
-    struct Disconnect {
-        void operator()(xcb_connection_t* connection) const noexcept { xcb_disconnect(connection); }
-    };
-
-    std::unique_ptr<xcb_connection_t, Disconnect> connection_;
+    Handle<xcb_connection_t, xcb_disconnect> connection_;
     xcb_screen_t* screen_;
 };
 

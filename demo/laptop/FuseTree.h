@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "FileDescriptor.h"
 #include "LaptopTree.h"
+#include "base/FileDescriptor.h"
 
 #include <condition_variable>
 #include <deque>

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "FileDescriptor.h"
 #include "LaptopTree.h"
+#include "base/FileDescriptor.h"
 
 #include <map>
 #include <mutex>

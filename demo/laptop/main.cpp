@@ -5,9 +5,9 @@
 // on standard input; its end is not ours. Killed with -9, it leaves a dead mount behind; the next start on
 // that folder clears it away (by hand: `umount -l DIR`, or as a user `fusermount3 -uz DIR`).
 
-#include "FileDescriptor.h"
 #include "LaptopOptions.h"
 #include "LaptopShow.h"
+#include "base/FileDescriptor.h"
 
 #include <array>
 #include <cerrno>

@@ -19,7 +19,7 @@ constexpr Pixel darkBar = 0xff26282c, lightBar = 0xffececee;
 constexpr Pixel darkDesktop = 0xff3c4a5c, lightDesktop = 0xff9fb2c8;
 
 template <typename T>
-using Owned = std::unique_ptr<T, dbus::Drop<std::free>>;
+using Owned = Handle<T, std::free>;
 
 xcb_atom_t atom(xcb_connection_t* connection, std::string_view name)
 {

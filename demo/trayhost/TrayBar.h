@@ -6,10 +6,10 @@
 #include "TrayLayout.h"
 #include "TrayPicture.h"
 #include "base/EventLoop.h"
+#include "base/Handle.h"
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <vector>
 #include <xcb/xcb.h>
 
@@ -44,11 +44,7 @@ private:
     void read();
     static int onReadable(sd_event_source* source, int fd, std::uint32_t events, void* self) noexcept;
 
-    struct Disconnect {
-        void operator()(xcb_connection_t* connection) const noexcept { xcb_disconnect(connection); }
-    };
-
-    std::unique_ptr<xcb_connection_t, Disconnect> connection_;
+    Handle<xcb_connection_t, xcb_disconnect> connection_;
     xcb_screen_t* screen_ = nullptr;
     Pixel background_;
     xcb_window_t window_ = 0;

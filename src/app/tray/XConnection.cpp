@@ -3,7 +3,7 @@
 
 #include "tray/XConnection.h"
 
-#include "bus/DBus.h"
+#include "base/Handle.h"
 
 #include <cstdlib>
 #include <string_view>
@@ -16,7 +16,7 @@ namespace velmora {
 namespace {
 
 template <typename T>
-using Owned = std::unique_ptr<T, dbus::Drop<std::free>>;
+using Owned = Handle<T, std::free>;
 
 bool isLocal(const char* display)
 {

@@ -8,7 +8,6 @@
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <system_error>
-#include <unistd.h>
 
 namespace velmora {
 
@@ -27,10 +26,8 @@ constexpr std::uint64_t microseconds(std::chrono::milliseconds time)
 } // namespace
 
 struct EventLoop::OneTimer {
-    sd_event_source* source = nullptr;
+    Handle<sd_event_source, sd_event_source_disable_unref> source;
     Task task;
-
-    ~OneTimer() { sd_event_source_disable_unref(source); }
 
     static int onDue(sd_event_source*, std::uint64_t, void* self) noexcept
     {
@@ -42,24 +39,18 @@ struct EventLoop::OneTimer {
 
 EventLoop::EventLoop()
 {
-    check(sd_event_new(&event_), "sd_event_new");
-    wakeUp_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    check(wakeUp_ < 0 ? -errno : 0, "eventfd");
-    check(sd_event_add_io(event_, &posts_, wakeUp_, EPOLLIN, onPosted, this), "sd_event_add_io");
-}
-
-EventLoop::~EventLoop()
-{
-    sd_event_source_disable_unref(posts_);
-    close(wakeUp_);
-    sd_event_unref(event_);
+    check(sd_event_new(out(event_)), "sd_event_new");
+    wakeUp_ = FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    check(wakeUp_ ? 0 : -errno, "eventfd");
+    check(sd_event_add_io(event_.get(), out(posts_), wakeUp_.get(), EPOLLIN, onPosted, this),
+          "sd_event_add_io");
 }
 
 void EventLoop::post(Task task)
 {
     const std::lock_guard guard(mutex_);
     posted_.push_back(std::move(task));
-    if (posted_.size() == 1) eventfd_write(wakeUp_, 1);
+    if (posted_.size() == 1) eventfd_write(wakeUp_.get(), 1);
 }
 
 int EventLoop::onPosted(sd_event_source*, int fd, std::uint32_t, void* self) noexcept
@@ -82,8 +73,8 @@ MainLoop::Timer EventLoop::after(std::chrono::milliseconds delay, Task task, std
     timer->task = std::move(task);
     const std::uint64_t accuracy =
         std::max<std::uint64_t>(microseconds(slack), 1); // 0 means a quarter of a second
-    check(sd_event_add_time_relative(event_, &timer->source, CLOCK_BOOTTIME, microseconds(delay), accuracy,
-                                     OneTimer::onDue, timer.get()),
+    check(sd_event_add_time_relative(event_.get(), out(timer->source), CLOCK_BOOTTIME, microseconds(delay),
+                                     accuracy, OneTimer::onDue, timer.get()),
           "sd_event_add_time_relative");
     return timer;
 }
@@ -95,30 +86,30 @@ void EventLoop::stopOn(std::initializer_list<int> signals)
     for (const int signal : signals) sigaddset(&blocked, signal);
     check(-pthread_sigmask(SIG_BLOCK, &blocked, nullptr), "pthread_sigmask");
     for (const int signal : signals) {
-        check(sd_event_add_signal(event_, nullptr, signal, nullptr, nullptr), "sd_event_add_signal");
+        check(sd_event_add_signal(event_.get(), nullptr, signal, nullptr, nullptr), "sd_event_add_signal");
     }
 }
 
 void EventLoop::run()
 {
-    check(sd_event_loop(event_), "sd_event_loop");
+    check(sd_event_loop(event_.get()), "sd_event_loop");
 }
 
 bool EventLoop::runOnce(std::chrono::milliseconds patience)
 {
-    const int result = sd_event_run(event_, microseconds(patience));
+    const int result = sd_event_run(event_.get(), microseconds(patience));
     check(result, "sd_event_run");
     return result > 0;
 }
 
 bool EventLoop::isOver() const
 {
-    return sd_event_get_state(event_) == SD_EVENT_FINISHED;
+    return sd_event_get_state(event_.get()) == SD_EVENT_FINISHED;
 }
 
 void EventLoop::stop()
 {
-    sd_event_exit(event_, 0);
+    sd_event_exit(event_.get(), 0);
 }
 
 } // namespace velmora

@@ -3,10 +3,11 @@
 
 #pragma once
 
+#include "base/FileDescriptor.h"
+#include "base/Handle.h"
 #include "platform/MainLoop.h"
 
 #include <initializer_list>
-#include <memory>
 #include <mutex>
 #include <systemd/sd-event.h>
 #include <vector>
@@ -19,7 +20,6 @@ class EventLoop final : public MainLoop {
 public:
     /// Throws std::system_error where the kernel gives no descriptors: there is no program without a loop.
     EventLoop();
-    ~EventLoop() override;
     EventLoop(const EventLoop&) = delete;
     EventLoop& operator=(const EventLoop&) = delete;
 
@@ -42,15 +42,15 @@ public:
     bool isOver() const;
 
     /// For adapters that attach sources of their own.
-    sd_event* handle() const { return event_; }
+    sd_event* handle() const { return event_.get(); }
 
 private:
     struct OneTimer;
     static int onPosted(sd_event_source* source, int fd, std::uint32_t events, void* self) noexcept;
 
-    sd_event* event_ = nullptr;
-    int wakeUp_ = -1; ///< eventfd, readable while tasks are posted
-    sd_event_source* posts_ = nullptr;
+    Handle<sd_event, sd_event_unref> event_;
+    FileDescriptor wakeUp_; ///< eventfd, readable while tasks are posted
+    Handle<sd_event_source, sd_event_source_disable_unref> posts_;
     std::mutex mutex_;
     std::vector<Task> posted_; // under mutex_
 };

@@ -3,6 +3,7 @@
 
 #include "base/StateFile.h"
 
+#include "base/FileDescriptor.h"
 #include "base/WholeFile.h"
 
 #include <cerrno>
@@ -73,21 +74,17 @@ bool StateFile::write(std::string_view bytes)
 
 int StateFile::writeTemporary(const std::filesystem::path& temporary, std::string_view bytes) const
 {
-    const int fd =
-        open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, mode_);
-    if (fd < 0) return errno;
-    int error = writeAll(fd, bytes) && fsync(fd) == 0 ? 0 : errno;
-    if (close(fd) != 0 && error == 0) error = errno;
-    return error;
+    FileDescriptor file(
+        open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, mode_));
+    if (!file) return errno;
+    if (!writeAll(file.get(), bytes) || fsync(file.get()) != 0) return errno;
+    return file.close();
 }
 
 int StateFile::syncFolder() const
 {
-    const int fd = open(path_.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0) return errno;
-    const int error = fsync(fd) == 0 ? 0 : errno;
-    close(fd);
-    return error;
+    const FileDescriptor folder(open(path_.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return folder && fsync(folder.get()) == 0 ? 0 : errno;
 }
 
 void StateFile::setAside(std::string_view why)

@@ -95,16 +95,16 @@ int check(int result, const char* what)
 
 Bus openSystemBus(const EventLoop& loop)
 {
-    sd_bus* opened = nullptr;
-    check(sd_bus_open_system(&opened), "cannot reach the system bus");
-    return attached(Bus(opened), loop);
+    Bus bus;
+    check(sd_bus_open_system(out(bus)), "cannot reach the system bus");
+    return attached(std::move(bus), loop);
 }
 
 Bus openSessionBus(const EventLoop& loop)
 {
-    sd_bus* opened = nullptr;
-    check(sd_bus_open_user(&opened), "cannot reach the session bus");
-    return attached(Bus(opened), loop);
+    Bus bus;
+    check(sd_bus_open_user(out(bus)), "cannot reach the session bus");
+    return attached(std::move(bus), loop);
 }
 
 void shedFloods(sd_bus* bus)
@@ -114,18 +114,18 @@ void shedFloods(sd_bus* bus)
 
 Slot onDisconnected(sd_bus* bus, sd_bus_message_handler_t handler, void* self)
 {
-    sd_bus_slot* slot = nullptr;
-    check(sd_bus_match_signal(bus, &slot, localName, localPath, localName, "Disconnected", handler, self),
+    Slot slot;
+    check(sd_bus_match_signal(bus, out(slot), localName, localPath, localName, "Disconnected", handler, self),
           "sd_bus_match_signal");
-    return Slot(slot);
+    return slot;
 }
 
 Slot match(sd_bus* bus, const std::string& rule, sd_bus_message_handler_t handler, void* self)
 {
-    sd_bus_slot* slot = nullptr;
-    check(sd_bus_add_match_async(bus, &slot, rule.c_str(), handler, keepConnection, self),
+    Slot slot;
+    check(sd_bus_add_match_async(bus, out(slot), rule.c_str(), handler, keepConnection, self),
           "sd_bus_add_match_async");
-    return Slot(slot);
+    return slot;
 }
 
 Slot watchName(sd_bus* bus, const std::string& name, sd_bus_message_handler_t handler, void* self)
@@ -152,14 +152,14 @@ std::string textOf(const sd_bus_error& error)
 
 std::shared_ptr<sd_bus_message> keep(sd_bus_message* lent)
 {
-    return {sd_bus_message_ref(lent), Drop<sd_bus_message_unref>{}};
+    return {sd_bus_message_ref(lent), Releaser<sd_bus_message_unref>{}};
 }
 
 Message replyTo(sd_bus_message* call)
 {
-    sd_bus_message* reply = nullptr;
-    check(sd_bus_message_new_method_return(call, &reply), "cannot answer");
-    return Message(reply);
+    Message reply;
+    check(sd_bus_message_new_method_return(call, out(reply)), "cannot answer");
+    return reply;
 }
 
 int send(const Message& message)

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "base/EventLoop.h"
+#include "base/Handle.h"
 #include "wire/KeyedArchive.h"
 #include "wire/VelmoraProtocol.h"
 
@@ -18,15 +19,10 @@
 /// loop that it is attached to.
 namespace velmora::dbus {
 
-template <auto Release>
-struct Drop {
-    void operator()(auto* held) const noexcept { Release(held); }
-};
-
-using Bus = std::unique_ptr<sd_bus, Drop<sd_bus_close_unref>>;
+using Bus = Handle<sd_bus, sd_bus_close_unref>;
 /// A match, an object or a call that waits for its answer: dropped, it is over and calls nothing any more.
-using Slot = std::unique_ptr<sd_bus_slot, Drop<sd_bus_slot_unref>>;
-using Message = std::unique_ptr<sd_bus_message, Drop<sd_bus_message_unref>>;
+using Slot = Handle<sd_bus_slot, sd_bus_slot_unref>;
+using Message = Handle<sd_bus_message, sd_bus_message_unref>;
 
 /// Throws std::system_error for a negative `result`, which is then an errno; else gives it back.
 int check(int result, const char* what);

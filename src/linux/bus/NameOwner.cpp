@@ -11,12 +11,10 @@ NameOwner::NameOwner(sd_bus* bus, const std::string& name, std::function<void()>
       gone_(std::move(gone)),
       changes_(dbus::watchName(bus, name, dbus::serve<NameOwner, &NameOwner::changed>, this))
 {
-    sd_bus_slot* question = nullptr;
-    dbus::check(sd_bus_call_method_async(bus, &question, dbus::busName, dbus::busPath, dbus::busName,
+    dbus::check(sd_bus_call_method_async(bus, out(question_), dbus::busName, dbus::busPath, dbus::busName,
                                          "GetNameOwner", dbus::serve<NameOwner, &NameOwner::answered>, this,
                                          "s", name.c_str()),
                 "GetNameOwner");
-    question_.reset(question);
 }
 
 bool NameOwner::sent(sd_bus_message* message) const

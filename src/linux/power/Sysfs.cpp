@@ -3,6 +3,8 @@
 
 #include "power/Sysfs.h"
 
+#include "base/FileDescriptor.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -17,18 +19,6 @@ namespace velmora {
 namespace {
 
 constexpr std::size_t page = 4096;
-
-struct Descriptor {
-    int fd;
-
-    explicit Descriptor(int opened) : fd(opened) {}
-    ~Descriptor()
-    {
-        if (fd >= 0) close(fd);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-};
 
 /// Reads to the end of the file. The kernel gives an attribute in one piece, a file system in user space may
 /// not; both end it with a newline, behind which there is nothing to ask for.
@@ -79,12 +69,12 @@ std::vector<std::string> Sysfs::list(const std::filesystem::path& folder, std::s
 SysfsText Sysfs::read(const std::filesystem::path& path) const
 {
     // Without O_NONBLOCK a pipe in the place of an attribute would hold us until somebody writes to it.
-    const Descriptor file(open((root_ / path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (file.fd < 0) return {.error = errno, .text = {}};
+    const FileDescriptor file(open((root_ / path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!file) return {.error = errno, .text = {}};
     struct stat what {};
-    if (fstat(file.fd, &what) != 0) return {.error = errno, .text = {}};
+    if (fstat(file.get(), &what) != 0) return {.error = errno, .text = {}};
     if (!S_ISREG(what.st_mode)) return {.error = EINVAL, .text = {}};
-    return readAll(file.fd);
+    return readAll(file.get());
 }
 
 std::optional<std::int64_t> parseInteger(std::string_view text)

@@ -3,17 +3,15 @@
 
 #include "base/WholeFile.h"
 
+#include "base/Handle.h"
+
 #include <cstdio>
-#include <memory>
 
 namespace velmora {
 
 namespace {
 
-struct Close {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, Close>;
+using File = Handle<std::FILE, std::fclose>;
 
 } // namespace
 

@@ -3,9 +3,10 @@
 
 #include "desktop/Compositor.h"
 
+#include "base/Handle.h"
+
 #include <QGuiApplication>
 #include <cstdlib>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <xcb/xcb.h>
@@ -14,11 +15,8 @@ namespace velmora {
 
 namespace {
 
-struct Free {
-    void operator()(void* reply) const { std::free(reply); }
-};
 template <typename Reply>
-using Owned = std::unique_ptr<Reply, Free>;
+using Owned = Handle<Reply, std::free>;
 
 xcb_window_t ownerOf(xcb_connection_t* server, std::string_view selection)
 {

@@ -3,10 +3,11 @@
 
 #include "desktop/Display.h"
 
+#include "base/Handle.h"
+
 #include <QDir>
 #include <QFile>
 #include <algorithm>
-#include <memory>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -19,8 +20,7 @@ namespace {
 bool doesXAnswer()
 {
     if (!qEnvironmentVariableIsSet("DISPLAY")) return false;
-    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> server(xcb_connect(nullptr, nullptr),
-                                                                              &xcb_disconnect);
+    const Handle<xcb_connection_t, xcb_disconnect> server(xcb_connect(nullptr, nullptr));
     return xcb_connection_has_error(server.get()) == 0;
 }
 

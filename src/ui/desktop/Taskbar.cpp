@@ -3,11 +3,12 @@
 
 #include "desktop/Taskbar.h"
 
+#include "base/Handle.h"
+
 #include <QGuiApplication>
 #include <QWindow>
 #include <array>
 #include <cstdlib>
-#include <memory>
 #include <string_view>
 #include <xcb/xcb.h>
 
@@ -18,8 +19,7 @@ namespace {
 xcb_atom_t atom(xcb_connection_t* server, std::string_view name)
 {
     const auto asked = xcb_intern_atom(server, false, static_cast<std::uint16_t>(name.size()), name.data());
-    const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
-        xcb_intern_atom_reply(server, asked, nullptr), &std::free);
+    const Handle<xcb_intern_atom_reply_t, std::free> reply(xcb_intern_atom_reply(server, asked, nullptr));
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
