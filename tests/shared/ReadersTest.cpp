@@ -70,7 +70,9 @@ TEST(BatteryHardwareService, DeliversAtTheStartOnChangesAndWhenAsked)
     std::vector<double> second;
     {
         BatteryHardwareService service;
-        service.update(); // nobody there yet
+        service.update();
+        platform.powerSources->announce();
+        EXPECT_EQ(platform.powerSources->readings, 0) << "read for nobody";
         service.startMonitoring([&](const auto& state) { first.push_back(state.percentage); });
         platform.powerSources->become({battery({{"Current Capacity", 60.0}})});
         service.update();

@@ -3,13 +3,14 @@
 
 #include "power/PowerSupplyMonitor.h"
 
+#include "base/FileDescriptor.h"
+
 #include <algorithm>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/epoll.h>
 #include <sys/inotify.h>
 #include <system_error>
-#include <unistd.h>
 #include <utility>
 
 namespace velmora {
@@ -42,19 +43,30 @@ PowerSupplyMonitor::PowerSupplyMonitor(EventLoop& loop, const Sysfs& sysfs, Log&
       log_(log),
       complaints_(log, category),
       root_(fs::absolute(sysfs.root()).lexically_normal()),
+      isKernels_(sysfs.isKernels()),
       secondLook_(secondLook),
       pause_(pause)
 {
     if (!root_.has_filename()) root_ = root_.parent_path(); // of a final slash
-    sd_event_source* settled = nullptr;
-    int result = sd_event_add_defer(loop_.handle(), &settled, onSettled, this);
-    settled_.reset(settled);
-    if (result >= 0) result = sd_event_source_set_enabled(settled, SD_EVENT_OFF);
-    if (result >= 0) result = sd_event_source_set_priority(settled, SD_EVENT_PRIORITY_NORMAL + 10);
-    if (result >= 0 && sysfs.isKernels()) result = listenToDevices();
+}
+
+PowerSupplyMonitor::~PowerSupplyMonitor() = default;
+
+Subscription PowerSupplyMonitor::observe(std::function<void()> changed)
+{
+    if (!settled_) listen();
+    return changes_.observe(std::move(changed));
+}
+
+void PowerSupplyMonitor::listen()
+{
+    int result = sd_event_add_defer(loop_.handle(), out(settled_), onSettled, this);
+    if (result >= 0) result = sd_event_source_set_enabled(settled_.get(), SD_EVENT_OFF);
+    if (result >= 0) result = sd_event_source_set_priority(settled_.get(), SD_EVENT_PRIORITY_NORMAL + 10);
+    if (result >= 0 && isKernels_) result = listenToDevices();
     if (result < 0) {
         log_.warning(category, "no news of power supplies: " + std::generic_category().message(-result));
-    } else if (!sysfs.isKernels()) {
+    } else if (!isKernels_) {
         listenToMounts(); // first: one may come right now
         watchTree();
         if (watches_.empty())
@@ -62,13 +74,10 @@ PowerSupplyMonitor::PowerSupplyMonitor(EventLoop& loop, const Sysfs& sysfs, Log&
     }
 }
 
-PowerSupplyMonitor::~PowerSupplyMonitor() = default;
-
 int PowerSupplyMonitor::listenToDevices()
 {
-    sd_device_monitor* monitor = nullptr;
-    int result = sd_device_monitor_new(&monitor);
-    devices_.reset(monitor);
+    int result = sd_device_monitor_new(out(devices_));
+    auto* const monitor = devices_.get();
     if (result >= 0) {
         result = sd_device_monitor_filter_add_match_subsystem_devtype(monitor, "power_supply", nullptr);
     }
@@ -85,15 +94,11 @@ int PowerSupplyMonitor::onDevice(sd_device_monitor*, sd_device*, void* self) noe
 /// inotify does not see that something is mounted on a folder that it watches.
 void PowerSupplyMonitor::listenToMounts()
 {
-    const int table = ::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC);
-    if (table < 0) return; // a tree may still be made
-    sd_event_source* source = nullptr;
-    if (sd_event_add_io(loop_.handle(), &source, table, EPOLLPRI, onMount, this) < 0) {
-        ::close(table);
-        return;
-    }
-    sd_event_source_set_io_fd_own(source, true);
-    mounts_.reset(source);
+    FileDescriptor table(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC));
+    if (!table) return; // a tree may still be made
+    if (sd_event_add_io(loop_.handle(), out(mounts_), table.get(), EPOLLPRI, onMount, this) < 0) return;
+    sd_event_source_set_io_fd_own(mounts_.get(), true);
+    (void)table.release();
 }
 
 int PowerSupplyMonitor::onMount(sd_event_source*, int, std::uint32_t, void* self) noexcept
@@ -138,16 +143,16 @@ void PowerSupplyMonitor::watch(const fs::path& folder)
 PowerSupplyMonitor::Source PowerSupplyMonitor::watchFor(const fs::path& folder, std::uint32_t events,
                                                         sd_event_inotify_handler_t handler)
 {
-    sd_event_source* source = nullptr;
+    Source source;
     const int result =
-        sd_event_add_inotify(loop_.handle(), &source, folder.c_str(), events | IN_ONLYDIR, handler, this);
+        sd_event_add_inotify(loop_.handle(), out(source), folder.c_str(), events | IN_ONLYDIR, handler, this);
     if (result >= 0) {
         complaints_.settle(folder);
     } else if (result != -ENOENT && result != -ENOTDIR) {
         complaints_.raise(folder, "cannot watch " + folder.string() + ": " +
                                       std::generic_category().message(-result));
     }
-    return Source(source);
+    return source;
 }
 
 /// Watches the nearest folder above the root that is there, for what is missing in it.

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "base/EventLoop.h"
+#include "base/Handle.h"
 #include "base/Observable.h"
 #include "platform/Complaints.h"
 #include "platform/Log.h"
@@ -37,7 +38,8 @@ namespace velmora {
 class PowerSupplyMonitor {
 public:
     /// `loop` and `log` must outlive the monitor. Where the system gives nothing to listen to, that is one
-    /// line in the log, and the monitor stays silent; a tree that is not there yet is waited for.
+    /// line in the log once somebody observes, and the monitor stays silent; a tree that is not there yet is
+    /// waited for.
     PowerSupplyMonitor(EventLoop& loop, const Sysfs& sysfs, Log& log,
                        std::chrono::milliseconds secondLook = std::chrono::milliseconds{1200},
                        std::chrono::milliseconds pause = std::chrono::milliseconds{250});
@@ -45,18 +47,12 @@ public:
     PowerSupplyMonitor(const PowerSupplyMonitor&) = delete;
     PowerSupplyMonitor& operator=(const PowerSupplyMonitor&) = delete;
 
-    [[nodiscard]] Subscription observe(std::function<void()> changed)
-    {
-        return changes_.observe(std::move(changed));
-    }
+    /// The first observer makes it listen: a program that asks for no changes is not woken by any.
+    [[nodiscard]] Subscription observe(std::function<void()> changed);
 
 private:
-    template <auto Unref>
-    struct Drop {
-        void operator()(auto* held) const noexcept { Unref(held); }
-    };
-    using Source = std::unique_ptr<sd_event_source, Drop<sd_event_source_disable_unref>>;
-    using Device = std::unique_ptr<sd_device_monitor, Drop<sd_device_monitor_unref>>;
+    using Source = Handle<sd_event_source, sd_event_source_disable_unref>;
+    using Device = Handle<sd_device_monitor, sd_device_monitor_unref>;
 
     static int onDevice(sd_device_monitor* monitor, sd_device* device, void* self) noexcept;
     static int onAbove(sd_event_source* source, const struct inotify_event* event, void* self) noexcept;
@@ -64,6 +60,7 @@ private:
     static int onMount(sd_event_source* source, int fd, std::uint32_t events, void* self) noexcept;
     static int onSettled(sd_event_source* source, void* self) noexcept;
 
+    void listen();
     int listenToDevices();
     void listenToMounts();
     void watchTree();
@@ -82,13 +79,14 @@ private:
     Log& log_;
     Complaints complaints_;
     std::filesystem::path root_;
+    bool isKernels_;
     std::chrono::milliseconds secondLook_;
     std::chrono::milliseconds pause_;
     Signal<> changes_;
     MainLoop::Timer again_;
     MainLoop::Timer pauseTimer_; ///< null: the next event is told at once
     bool isOwed_ = false;        ///< something happened in the pause
-    Source settled_;             ///< runs once all that came together has been seen
+    Source settled_; ///< null: listens to nothing yet; runs once all that came together has been seen
     Device devices_;
     Source mounts_;
     Source above_;                                    ///< nearest folder above a root that is not there

@@ -79,21 +79,22 @@ BatteryHardwareService::stateFromDescriptions(const std::vector<PowerSourceDescr
 
 BatteryHardwareService::BatteryHardwareService()
     : powerSources_(Platform::current().powerSources),
-      complaints_(*Platform::current().log, "BatteryHardwareService"),
-      changes_(powerSources_->observeChanges([this] { update(); }))
+      complaints_(*Platform::current().log, "BatteryHardwareService")
 {
 }
 
 void BatteryHardwareService::startMonitoring(Update onUpdate)
 {
     onUpdate_ = std::move(onUpdate);
+    if (!changes_) changes_ = powerSources_->observeChanges([this] { update(); });
     update();
 }
 
 void BatteryHardwareService::update()
 {
+    if (!onUpdate_) return; // a reading may take seconds on slow firmware
     const auto state = stateFromDescriptions(powerSources_->descriptions(), &complaints_);
-    if (!state || !onUpdate_) return;
+    if (!state) return;
     // A copy: the subscriber may subscribe anew, or drop the service, from inside its call.
     const auto deliver = onUpdate_;
     deliver(*state);

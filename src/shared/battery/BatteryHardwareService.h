@@ -14,11 +14,10 @@
 namespace velmora {
 
 /// This machine's own battery as a source of readings. Every delivery is a fresh reading: one when monitoring
-/// starts, one on each change signal and one on each `update`. A machine without a battery delivers nothing.
-/// Main thread only.
+/// starts, one on each change signal and one on each `update`. Without a subscriber nothing is read and no
+/// change is waited for. A machine without a battery delivers nothing. Main thread only.
 class BatteryHardwareService final : public BatteryDataSource {
 public:
-    /// Registers for the platform's change signal; reads nothing yet.
     BatteryHardwareService();
 
     void startMonitoring(Update onUpdate) override;
