@@ -6,6 +6,7 @@
 #include "FakeDaemonClient.h"
 #include "FakePlatform.h"
 #include "history/AnalyticsStore.h"
+#include "history/HistoryCodec.h"
 #include "texts/ModelSentence.h"
 
 #include <cmath>
@@ -100,7 +101,6 @@ TEST_F(BatteryModelTest, NothingReachesAModelThatIsGone)
 
 TEST_F(BatteryModelTest, TakesACloudStateWithinBoundsAndRecordsIt)
 {
-    AnalyticsStore::shared(); // its loading comes first
     platform.settle();
     model.thermalState.set(ThermalState::fair);
     const struct {
@@ -127,6 +127,19 @@ TEST_F(BatteryModelTest, TakesACloudStateWithinBoundsAndRecordsIt)
     ASSERT_EQ(AnalyticsStore::shared().history.get().size(), std::size(cases));
     EXPECT_EQ(AnalyticsStore::shared().history.get()[2],
               HSHistorySnapshot(platform.clock->now() + -3600, 42.5, 94, "Fair", true));
+}
+
+TEST(BatteryModelStore, TheFirstRecordOfARunKeepsTheSavedHistory)
+{
+    FakePlatform platform;
+    const std::vector saved{HSHistorySnapshot(ManualClock::start, 50, 94, "Fair", false)};
+    platform.folder.write("support/Velmora/history.json", encodeHistory(saved));
+    BatteryModel model(nullptr, nullptr);
+    BatteryModelIntake::take(model, {.percentage = 90}); // before the loaded list has arrived
+    platform.queue("app.velmora.analytics")->run();
+    EXPECT_EQ(decodeHistory(platform.folder.read("support/Velmora/history.json")), saved);
+    platform.settle();
+    EXPECT_EQ(AnalyticsStore::shared().getHistory().size(), 2U);
 }
 
 TEST_F(BatteryModelTest, DerivesTheMinutesToTheLimit)

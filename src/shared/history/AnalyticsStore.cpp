@@ -64,8 +64,14 @@ void AnalyticsStore::loadFromDisk()
 {
     const auto bytes = readWholeFile(fileURL_);
     auto samples = bytes ? decodeHistory(*bytes) : std::nullopt;
-    if (!samples) return;
-    mainLoop_->post(lifetime_.guard([this, loaded = *std::move(samples)] { history.set(loaded); }));
+    if (!samples) {
+        isLoaded_ = true; // nothing in the file is worth keeping
+        return;
+    }
+    mainLoop_->post(lifetime_.guard([this, loaded = *std::move(samples)] {
+        history.set(loaded);
+        isLoaded_ = true;
+    }));
 }
 
 void AnalyticsStore::intake(const HSHistorySnapshot& candidate)
@@ -78,6 +84,7 @@ void AnalyticsStore::intake(const HSHistorySnapshot& candidate)
 
 void AnalyticsStore::saveToDisk() const
 {
+    if (!isLoaded_) return;
     writeWholeFile(fileURL_, encodeHistory(*published()));
 }
 

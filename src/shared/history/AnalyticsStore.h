@@ -10,6 +10,7 @@
 #include "platform/WorkQueue.h"
 #include "wire/VelmoraProtocol.h"
 
+#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -24,7 +25,8 @@ namespace velmora {
 ///
 /// The file is best effort. What cannot be read counts as an empty history and is overwritten by the next
 /// save, what cannot be written is let go; neither is said anywhere. A save follows each kept sample at once
-/// and as a rule does not hold it yet: the newest sample reaches the file with the next one.
+/// and as a rule does not hold it yet: the newest sample reaches the file with the next one. Nothing is saved
+/// before the loaded list stands in `history`: an empty one would overwrite it.
 class AnalyticsStore {
     Lifetime lifetime_;
 
@@ -70,6 +72,7 @@ private:
     // assignment therefore leaves an immutable copy here, and the queue reads the latest one.
     mutable std::mutex mutex_;
     std::shared_ptr<const History> published_ = std::make_shared<const History>();
+    std::atomic<bool> isLoaded_ = false; ///< `history` holds what the file held
 
     std::unique_ptr<WorkQueue> queue_; // last, so that its work ends while all that it uses is there
 };

@@ -49,6 +49,7 @@ BatteryModel::BatteryModel(std::shared_ptr<DaemonClientProtocol> daemonClient,
     }
     fetchInitialState();
     fetchHistory();
+    AnalyticsStore::shared(); // it loads now, so that the first record meets the whole history
     startHardwareMonitoring();
     startCloudSyncTimer();
     setupDebouncedSettingsSync();
