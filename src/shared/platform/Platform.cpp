@@ -3,7 +3,7 @@
 
 #include "platform/Platform.h"
 
-#include <cassert>
+#include <stdexcept>
 #include <utility>
 
 namespace velmora {
@@ -14,7 +14,7 @@ Platform* installed = nullptr;
 
 Platform& Platform::current()
 {
-    assert(installed && "main installs a Platform first");
+    if (!installed) throw std::logic_error("no Platform is installed");
     return *installed;
 }
 

@@ -48,7 +48,7 @@ struct Platform {
         return *static_cast<T*>(slot.get());
     }
 
-    /// The installed platform; one must be installed.
+    /// The installed platform. Throws std::logic_error where there is none: `main` has forgotten it.
     static Platform& current();
 
     /// Makes `platform` the current one until the result goes, then restores the one before.
