@@ -3,8 +3,7 @@
 
 #pragma once
 
-#include <chrono>
-#include <deque>
+#include "base/TokenBucket.h"
 
 namespace velmora {
 
@@ -14,16 +13,10 @@ public:
     static constexpr std::size_t mostAnHour = 4;
 
     /// Takes one repair at `now` (since boot), if there is one left.
-    bool spend(std::chrono::milliseconds now)
-    {
-        while (!spent_.empty() && now - spent_.front() >= std::chrono::hours{1}) spent_.pop_front();
-        if (spent_.size() >= mostAnHour) return false;
-        spent_.push_back(now);
-        return true;
-    }
+    bool spend(std::chrono::milliseconds now) { return repairs_.spend(now); }
 
 private:
-    std::deque<std::chrono::milliseconds> spent_;
+    TokenBucket repairs_{mostAnHour, std::chrono::minutes{60 / mostAnHour}};
 };
 
 } // namespace velmora

@@ -3,17 +3,13 @@
 
 #include "link/CallBudget.h"
 
-#include <algorithm>
-
 namespace velmora {
 
 bool CallBudget::spend(uid_t user, Time now)
 {
-    std::erase_if(spentUntil_, [&](const auto& one) { return one.second <= now; });
-    Time& until = spentUntil_.try_emplace(user, now).first->second;
-    if (until + refill - now > atOnce * refill) return false;
-    until += refill;
-    return true;
+    const auto time = std::chrono::duration_cast<TokenBucket::Time>(now.time_since_epoch());
+    std::erase_if(users_, [&](const auto& one) { return one.second.isFull(time); });
+    return users_.try_emplace(user, atOnce, refill).first->second.spend(time);
 }
 
 } // namespace velmora

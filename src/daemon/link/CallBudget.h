@@ -3,7 +3,8 @@
 
 #pragma once
 
-#include <chrono>
+#include "base/TokenBucket.h"
+
 #include <map>
 #include <sys/types.h>
 
@@ -22,7 +23,7 @@ public:
     bool spend(uid_t user, Time now);
 
 private:
-    std::map<uid_t, Time> spentUntil_; ///< when nothing is owed any more
+    std::map<uid_t, TokenBucket> users_; ///< those who have asked lately
 };
 
 } // namespace velmora

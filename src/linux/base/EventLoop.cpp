@@ -48,7 +48,7 @@ EventLoop::EventLoop()
 
 void EventLoop::post(Task task)
 {
-    const std::lock_guard guard(mutex_);
+    const MutexLock lock(mutex_);
     posted_.push_back(std::move(task));
     if (posted_.size() == 1) eventfd_write(wakeUp_.get(), 1);
 }
@@ -58,7 +58,7 @@ int EventLoop::onPosted(sd_event_source*, int fd, std::uint32_t, void* self) noe
     auto* loop = static_cast<EventLoop*>(self);
     std::vector<Task> due;
     {
-        const std::lock_guard guard(loop->mutex_);
+        const MutexLock lock(loop->mutex_);
         eventfd_t spent = 0;
         eventfd_read(fd, &spent);
         due.swap(loop->posted_);
@@ -69,6 +69,7 @@ int EventLoop::onPosted(sd_event_source*, int fd, std::uint32_t, void* self) noe
 
 MainLoop::Timer EventLoop::after(std::chrono::milliseconds delay, Task task, std::chrono::milliseconds slack)
 {
+    thread_.check();
     auto timer = std::make_shared<OneTimer>();
     timer->task = std::move(task);
     const std::uint64_t accuracy =
@@ -109,6 +110,7 @@ bool EventLoop::isOver() const
 
 void EventLoop::stop()
 {
+    thread_.check();
     sd_event_exit(event_.get(), 0);
 }
 

@@ -5,10 +5,11 @@
 
 #include "base/FileDescriptor.h"
 #include "base/Handle.h"
+#include "base/Mutex.h"
+#include "base/ThreadChecker.h"
 #include "platform/MainLoop.h"
 
 #include <initializer_list>
-#include <mutex>
 #include <systemd/sd-event.h>
 #include <vector>
 
@@ -51,8 +52,9 @@ private:
     Handle<sd_event, sd_event_unref> event_;
     FileDescriptor wakeUp_; ///< eventfd, readable while tasks are posted
     Handle<sd_event_source, sd_event_source_disable_unref> posts_;
-    std::mutex mutex_;
-    std::vector<Task> posted_; // under mutex_
+    Mutex mutex_;
+    std::vector<Task> posted_ VELMORA_GUARDED_BY(mutex_);
+    ThreadChecker thread_;
 };
 
 } // namespace velmora

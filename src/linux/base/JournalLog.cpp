@@ -148,7 +148,7 @@ void JournalLog::writeToStandardError(int priority, std::string_view category, s
     line += "]: ";
     line += escapedLine(text);
     line += '\n';
-    const std::lock_guard guard(standardError_);
+    const MutexLock lock(standardError_);
     std::string_view rest = line;
     while (!rest.empty()) {
         const ssize_t written = ::write(STDERR_FILENO, rest.data(), rest.size());

@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "base/Mutex.h"
 #include "platform/Log.h"
 
-#include <mutex>
 #include <string>
 
 namespace velmora {
@@ -36,7 +36,7 @@ private:
 
     std::string program_;
     Sink sink_;
-    std::mutex standardError_; ///< a long line takes several writes; they stay together
+    Mutex standardError_; ///< a long line takes several writes; they stay together
 };
 
 /// `text` on one line: backslashes, control characters and bytes that are not UTF-8 become `\\`, `\n`,

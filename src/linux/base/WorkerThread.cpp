@@ -16,7 +16,7 @@ WorkerThread::WorkerThread(std::string_view label)
 WorkerThread::~WorkerThread()
 {
     {
-        const std::lock_guard guard(mutex_);
+        const MutexLock lock(mutex_);
         ending_ = true;
     }
     changed_.notify_all();
@@ -26,7 +26,7 @@ WorkerThread::~WorkerThread()
 void WorkerThread::async(Task task)
 {
     {
-        const std::lock_guard guard(mutex_);
+        const MutexLock lock(mutex_);
         tasks_.push_back(std::move(task));
         if (!thread_.joinable()) thread_ = std::thread([this] { work(); });
     }
@@ -35,24 +35,28 @@ void WorkerThread::async(Task task)
 
 bool WorkerThread::finish(std::chrono::milliseconds patience)
 {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, patience, [this] { return tasks_.empty() && !busy_; });
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    const MutexLock lock(mutex_);
+    while (busy_ || !tasks_.empty()) {
+        if (changed_.wait_until(mutex_, deadline) == std::cv_status::timeout) return tasks_.empty() && !busy_;
+    }
+    return true;
 }
 
 void WorkerThread::work()
 {
     pthread_setname_np(pthread_self(), name_.c_str());
-    std::unique_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     while (true) {
-        changed_.wait(lock, [this] { return ending_ || !tasks_.empty(); });
+        while (!ending_ && tasks_.empty()) changed_.wait(mutex_);
         if (tasks_.empty()) return;
         Task task = std::move(tasks_.front());
         tasks_.pop_front();
         busy_ = true;
-        lock.unlock();
+        mutex_.unlock();
         task();
         task = nullptr; // what it holds goes before it counts as done
-        lock.lock();
+        mutex_.lock();
         busy_ = false;
         changed_.notify_all();
     }

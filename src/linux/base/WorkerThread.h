@@ -3,12 +3,12 @@
 
 #pragma once
 
+#include "base/Mutex.h"
 #include "platform/WorkQueue.h"
 
 #include <chrono>
 #include <condition_variable>
 #include <deque>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -32,12 +32,12 @@ private:
     void work();
 
     std::string name_;
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::deque<Task> tasks_; // this and the next two under mutex_
-    bool busy_ = false;
-    bool ending_ = false;
-    std::thread thread_;
+    Mutex mutex_;
+    std::condition_variable_any changed_;
+    std::deque<Task> tasks_ VELMORA_GUARDED_BY(mutex_);
+    bool busy_ VELMORA_GUARDED_BY(mutex_) = false;
+    bool ending_ VELMORA_GUARDED_BY(mutex_) = false;
+    std::thread thread_; ///< made under mutex_, joined by the destructor
 };
 
 } // namespace velmora

@@ -49,14 +49,15 @@ void AnalyticsStore::record(double percentage, std::string thermalState, bool is
 
 void AnalyticsStore::publish()
 {
+    mainThread_.check();
     auto copy = std::make_shared<const History>(history.get());
-    const std::lock_guard guard(mutex_);
+    const MutexLock lock(mutex_);
     published_.swap(copy);
 }
 
 std::shared_ptr<const AnalyticsStore::History> AnalyticsStore::published() const
 {
-    const std::lock_guard guard(mutex_);
+    const MutexLock lock(mutex_);
     return published_;
 }
 

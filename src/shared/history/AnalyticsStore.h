@@ -4,7 +4,9 @@
 #pragma once
 
 #include "base/Lifetime.h"
+#include "base/Mutex.h"
 #include "base/Observable.h"
+#include "base/ThreadChecker.h"
 #include "platform/Clock.h"
 #include "platform/MainLoop.h"
 #include "platform/WorkQueue.h"
@@ -13,7 +15,6 @@
 #include <atomic>
 #include <filesystem>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -64,14 +65,15 @@ private:
 
     void append(const HSHistorySnapshot& sample);
 
+    ThreadChecker mainThread_;
     std::filesystem::path fileURL_;
     std::shared_ptr<MainLoop> mainLoop_;
     std::shared_ptr<Clock> clock_;
 
     // `history` belongs to the main thread, yet the queue filters and saves what stands there. Each
     // assignment therefore leaves an immutable copy here, and the queue reads the latest one.
-    mutable std::mutex mutex_;
-    std::shared_ptr<const History> published_ = std::make_shared<const History>();
+    mutable Mutex mutex_;
+    std::shared_ptr<const History> published_ VELMORA_GUARDED_BY(mutex_) = std::make_shared<const History>();
     std::atomic<bool> isLoaded_ = false; ///< `history` holds what the file held
 
     std::unique_ptr<WorkQueue> queue_; // last, so that its work ends while all that it uses is there

@@ -3,17 +3,17 @@
 
 #pragma once
 
+#include "base/Mutex.h"
 #include "platform/Log.h"
 
-#include <map>
-#include <mutex>
+#include <set>
 #include <string>
 
 namespace velmora {
 
 /// Says once what is wrong, however often it is met: one log line a cause, and none again until the cause was
-/// seen to be gone. Keeps at most `capacity` causes; past that it stays silent rather than fill the log. Any
-/// thread.
+/// seen to be gone. Keeps at most `capacity` causes; past that one line says that further ones are not
+/// logged, until a cause is gone. Any thread.
 class Complaints {
 public:
     Complaints(Log& log, std::string category, std::size_t capacity = 256)
@@ -22,27 +22,21 @@ public:
     }
 
     /// Logs `text` as a warning if `cause` is new. Returns whether it did.
-    bool raise(const std::string& cause, const std::string& text)
-    {
-        const std::lock_guard guard(mutex_);
-        if (known_.size() >= capacity_ || !known_.emplace(cause, text).second) return false;
-        log_.warning(category_, text);
-        return true;
-    }
+    bool raise(const std::string& cause, const std::string& text);
 
     /// The cause is gone; should it come back it is worth a line again.
-    void settle(const std::string& cause)
-    {
-        const std::lock_guard guard(mutex_);
-        known_.erase(cause);
-    }
+    void settle(const std::string& cause);
 
 private:
+    enum class News { none, cause, tooMany };
+    News take(const std::string& cause);
+
     Log& log_;
     std::string category_;
     std::size_t capacity_;
-    std::mutex mutex_;
-    std::map<std::string, std::string> known_;
+    Mutex mutex_; // not held while logging: a log may block
+    std::set<std::string> known_ VELMORA_GUARDED_BY(mutex_);
+    bool isFull_ VELMORA_GUARDED_BY(mutex_) = false; ///< and that was logged
 };
 
 } // namespace velmora

@@ -3,11 +3,11 @@
 
 #pragma once
 
+#include "base/TokenBucket.h"
 #include "platform/Clock.h"
 #include "platform/Log.h"
 #include "platform/MainLoop.h"
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
@@ -35,17 +35,14 @@ private:
     };
 
     void write(LogLevel level, std::string text);
-    void refill();
     void hold(Line line);
-    void spendOn(const Line& line);
+    void say(const Line& line);
 
     MainLoop& loop_;
     Log& log_;
     const Clock& clock_;
     std::string category_;
-    int atOnce_;
-    std::chrono::milliseconds refilled_;
-    int left_;
+    TokenBucket lines_;
     std::optional<Line> held_; ///< the last that there was no room for
     MainLoop::Timer room_;     ///< while one is held: until there is room
     unsigned long omitted_ = 0;

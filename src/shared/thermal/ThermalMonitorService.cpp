@@ -3,23 +3,22 @@
 
 #include "thermal/ThermalMonitorService.h"
 
+#include "base/Mutex.h"
 #include "platform/Platform.h"
-
-#include <mutex>
 
 namespace velmora {
 
 /// What outlives the service while a change signal is being answered on another thread.
 struct ThermalMonitorService::Subscriber {
     std::shared_ptr<ThermalLevel> level = Platform::current().thermalLevel;
-    std::mutex mutex;
-    Update onUpdate;
+    Mutex mutex;
+    Update onUpdate VELMORA_GUARDED_BY(mutex);
 
     void deliver()
     {
         Update called;
         {
-            const std::lock_guard guard(mutex);
+            const MutexLock lock(mutex);
             called = onUpdate;
         }
         if (called) called(thermalState(level->level()));
@@ -78,7 +77,7 @@ ThermalMonitorService::ThermalMonitorService()
 void ThermalMonitorService::startMonitoring(Update onUpdate)
 {
     {
-        const std::lock_guard guard(subscriber_->mutex);
+        const MutexLock lock(subscriber_->mutex);
         subscriber_->onUpdate.swap(onUpdate);
     }
     update();
