@@ -31,7 +31,8 @@ constexpr auto idle = ChargingState::idle;
 
 struct CountingSource final : BatteryDataSource {
     int updates = 0;
-    void startMonitoring(Update) override {}
+    bool isMonitored = false;
+    void startMonitoring(Update) override { isMonitored = true; }
     void update() override { ++updates; }
 };
 
@@ -54,6 +55,7 @@ TEST_F(BatteryModelTest, TakesADaemonRecordAsItIsOnTheMainThread)
 {
     daemon->answer(HSBatteryState(104.2, true, "  AC\n", "Serious", 85, 3, 40, -7, true));
     EXPECT_EQ(model.percentage.get(), 50) << "nothing changes on the thread of the connection";
+    EXPECT_FALSE(source->isMonitored) << "live readings are the daemon's";
     loop.runPosted();
     EXPECT_EQ(model.percentage.get(), 104.2);
     EXPECT_EQ(model.chargingState.get(), charging);
@@ -113,6 +115,7 @@ TEST_F(BatteryModelTest, TakesACloudStateWithinBoundsAndRecordsIt)
                                          .isCharging = true,
                                          .powerSource = "  Battery \r\n",
                                          .timeToFull = 40,
+                                         .timeToEmpty = 90,
                                          .remoteChargeLimit = 60,
                                          .thermalState = "Critical"});
         EXPECT_EQ(model.percentage.get(), taken);
@@ -123,10 +126,13 @@ TEST_F(BatteryModelTest, TakesACloudStateWithinBoundsAndRecordsIt)
     EXPECT_EQ(model.customChargeLimit.get(), 80);
     EXPECT_EQ(model.thermalState.get(), ThermalState::fair);
     EXPECT_FALSE(model.isStorageModeEnabled.get());
+    EXPECT_EQ(model.timeToEmpty.get(), 90);
     EXPECT_EQ(model.timeToLimit.get(), 32);
     ASSERT_EQ(AnalyticsStore::shared().history.get().size(), std::size(cases));
     EXPECT_EQ(AnalyticsStore::shared().history.get()[2],
               HSHistorySnapshot(platform.clock->now() + -3600, 42.5, 94, "Fair", true));
+    BatteryModelIntake::take(model, {.isStorageModeEnabled = true});
+    EXPECT_TRUE(model.isStorageModeEnabled.get());
 }
 
 TEST(BatteryModelStore, TheFirstRecordOfARunKeepsTheSavedHistory)
@@ -135,6 +141,8 @@ TEST(BatteryModelStore, TheFirstRecordOfARunKeepsTheSavedHistory)
     const std::vector saved{HSHistorySnapshot(ManualClock::start, 50, 94, "Fair", false)};
     platform.folder.write("support/Velmora/history.json", encodeHistory(saved));
     BatteryModel model(nullptr, nullptr);
+    model.isSimulationModeEnabled.set(false); // without a client there is nobody to ask
+    model.toggleTemporaryOverride();
     BatteryModelIntake::take(model, {.percentage = 90}); // before the loaded list has arrived
     platform.queue("app.velmora.analytics")->run();
     EXPECT_EQ(decodeHistory(platform.folder.read("support/Velmora/history.json")), saved);
@@ -155,6 +163,7 @@ TEST_F(BatteryModelTest, DerivesTheMinutesToTheLimit)
         {"a fraction is cut", true, 61, 80, 40, 19},
         {"at the limit", true, 80, 80, 30, 0},
         {"full under a limit past full", true, 100, 120, 30, 0},
+        {"a single minute to full", true, 60, 80, 1, 0},
         {"time to full unknown", true, 60, 80, 0, -1},
         {"not charging", false, 60, 80, 40, -1},
         {"time to full absurd", true, 0, 100, huge, huge},
@@ -166,6 +175,7 @@ TEST_F(BatteryModelTest, DerivesTheMinutesToTheLimit)
         daemon->push({level, isCharging, "AC", "Nominal", limit, 2, toFull, -1, false});
         loop.runPosted();
         EXPECT_EQ(model.timeToLimit.get(), toLimit);
+        EXPECT_EQ(model.isLimitReached(), level >= limit);
     }
 }
 
@@ -180,6 +190,27 @@ TEST_F(BatteryModelTest, SettingsAreSentOnceHalfASecondAfterTheLastChange)
     loop.advance(1ms);
     EXPECT_EQ(daemon->sent, (std::vector{ChargingSettings{.customChargeLimit = 90}}));
     EXPECT_EQ(loop.pendingTimers(), 0U);
+}
+
+TEST_F(BatteryModelTest, EachSettingIsSentByItself)
+{
+    const std::function<void(ChargingSettings&)> changes[] = {
+        [&](auto& sent) { model.customHysteresis.set(sent.customHysteresis = 5); },
+        [&](auto& sent) { model.isStorageModeEnabled.set(sent.isStorageModeEnabled = true); },
+        [&](auto& sent) { model.notifyOnLimit.set(sent.notifyOnLimit = false); },
+        [&](auto& sent) { model.notifyOnHeat.set(sent.notifyOnHeat = false); },
+        [&](auto& sent) { model.notifyOnCycle.set(sent.notifyOnCycle = true); },
+        [&](auto&) { model.notifyOnLowBattery.set(false); }, // sends all the same
+        [&](auto& sent) { model.lowBatteryLimit.set(sent.lowBatteryLimit = 10); },
+        [&](auto& sent) { model.notifyOnPowerChange.set(sent.notifyOnPowerChange = false); },
+    };
+    ChargingSettings expected;
+    for (std::size_t i = 0; i < std::size(changes); ++i) {
+        changes[i](expected);
+        loop.advance(500ms);
+        ASSERT_EQ(daemon->sent.size(), i + 1);
+        EXPECT_EQ(daemon->sent.back(), expected) << i;
+    }
 }
 
 TEST_F(BatteryModelTest, ALimitThatTheDaemonReportsIsEchoedOnce)
@@ -202,8 +233,13 @@ TEST_F(BatteryModelTest, ModesAreSentAtOnce)
     EXPECT_EQ(model.chargingState.get(), idle);
     model.toggleCharging();
     EXPECT_EQ(model.chargingState.get(), charging);
+    model.toggleTemporaryOverride();
+    model.percentage.set(90);
+    EXPECT_FALSE(model.isLimitReached()) << "the mode is off";
+    model.toggleAppleRecommendedMode();
+    EXPECT_EQ(model.chargingState.get(), idle) << "shown before the daemon says so";
     loop.advance(1min);
-    EXPECT_EQ(daemon->sent.size(), 2U);
+    EXPECT_EQ(daemon->sent.size(), 4U);
 }
 
 TEST_F(BatteryModelTest, ASimulatedBatteryClimbsToEightyAndHoversThere)

@@ -42,7 +42,7 @@ TEST(PredictionEngine, FollowsTheLossOfHealth)
         {"too few for a rate", 5, 30 * day, 100, 98, 24, {}},
         {"too few for a prediction", 10, 30 * day, 100, 98, 24, -2},
         {"too short", 11, 3 * day, 100, 98, 36, {}},
-        {"a week to the second", 11, 7 * day, 94, 94, 36, -0.0},
+        {"a week to the second", 11, 7 * day, 94, 93, 36, -30.0 / 7},
         {"no loss", 11, 8 * day, 94, 94, 36, -0.0},
         {"a gain", 11, 30 * day, 94, 95, 36, {}},
         {"two points a month", 11, 30 * day, 100, 98, 9, -2},
@@ -78,6 +78,7 @@ TEST(PredictionEngine, AdvisesOnHeatAndDeepDischargesAndPraisesOnlyWithoutThem)
         std::vector<std::string> titles;
     } cases[] = {
         {"hot", 10, 6, "Serious", 0, 60, {"Thermal Stress Detected"}},
+        {"critical is hot too", 10, 6, "Critical", 0, 60, {"Thermal Stress Detected"}},
         {"seldom hot", 50, 5, "Serious", 0, 60, {}},
         {"another text", 51, 6, "serious", 0, 60, {"Excellent Maintenance"}},
         {"deep", 60, 0, "", 4, 14.9, {"Frequent Deep Discharges"}},
