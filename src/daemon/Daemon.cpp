@@ -3,7 +3,6 @@
 
 #include "Daemon.h"
 
-#include "battery/BatteryHardwareService.h"
 #include "thermal/ThermalMonitorService.h"
 
 #include <algorithm>
@@ -17,11 +16,6 @@ namespace {
 
 constexpr auto category = "Daemon";
 
-/// Most drivers announce little: while something moves it is worth a look every 30 to 60 s.
-constexpr auto watchInterval = 30s;
-constexpr auto watchSlack = 30s;
-/// Writing a threshold announces nothing, and the kernel shows the old status for a second.
-constexpr auto settleTime = 1500ms;
 /// Vendor drivers bring the thresholds some time after the battery and announce nothing: that long after the
 /// start a battery without any is looked at now and then.
 constexpr auto controlPatience = 10min;
@@ -29,41 +23,24 @@ constexpr auto controlPatience = 10min;
 constexpr int mostReadAttempts = 3;
 constexpr std::size_t mostToggles = 32;
 
-template <typename T>
-std::optional<T> valueAt(const PowerSourceDescription& source, const char* key)
-{
-    const auto found = source.find(key);
-    const T* value = found == source.end() ? nullptr : std::get_if<T>(&found->second);
-    return value ? std::optional(*value) : std::nullopt;
-}
-
-const PowerSourceDescription* internalBattery(const std::vector<PowerSourceDescription>& sources)
-{
-    const auto found = std::ranges::find_if(sources, [](const auto& source) {
-        return valueAt<std::string>(source, power_source_key::type) == "InternalBattery";
-    });
-    return found == sources.end() ? nullptr : &*found;
-}
-
 } // namespace
 
 Daemon::Daemon(const Ports& ports, Outbound outbound)
     : ports_(ports),
       outbound_(std::move(outbound)),
-      complaints_(ports.hardware.log, category),
-      refusals_(ports.hardware.loop, ports.hardware.log, ports.hardware.clock, category),
-      changes_(ports.hardware.loop, ports.hardware.log, ports.hardware.clock, category,
-               LogBudget::manyAtOnce),
+      complaints_(ports.log, category),
+      refusals_(ports.loop, ports.log, ports.clock, category),
+      changes_(ports.loop, ports.log, ports.clock, category, LogBudget::manyAtOnce),
       saved_(ports.settings.load()),
       settings_(saved_.settings),
       quickCharge_(saved_.quickCharge),
       manual_(saved_.manual),
       hasAdoptedLimit_(saved_.hasAdoptedLimit),
-      keeper_(
-          ports.hardware, [this](const ChargerKeeper::Look& look) { seen(look); },
-          [this](bool changed) { acted(changed); }),
-      pacer_(ports.hardware.loop, ports.hardware.clock,
-             [this](const HSBatteryState& state) { outbound_.push(state); })
+      schedule_({ports.loop, ports.clock, ports.hardware, ports.reader, ports.actuator},
+                [this](const Look& look) { seen(look); }),
+      keeper_({ports.loop, ports.clock, ports.log, ports.hardware, ports.actuator},
+              [this](bool changed) { acted(changed); }),
+      pacer_(ports.loop, ports.clock, [this](const HSBatteryState& state) { outbound_.push(state); })
 {
     settings_.isTemporaryOverride = quickCharge_.state() != QuickCharge::State::off;
     ports_.history.load();
@@ -78,11 +55,10 @@ void Daemon::meetBus(const std::string& busId)
 
 void Daemon::start(std::function<void()> ready)
 {
-    started_ = ports_.hardware.clock.sinceBoot();
+    started_ = ports_.clock.sinceBoot();
     ready_ = std::move(ready);
-    readyTimer_ = ports_.hardware.loop.after(2s, lifetime_.guard([this] {
-        ports_.hardware.log.warning(category,
-                                    "The firmware has not answered for two seconds; going on without it.");
+    readyTimer_ = ports_.loop.after(2s, lifetime_.guard([this] {
+        ports_.log.warning(category, "The firmware has not answered for two seconds; going on without it.");
         isNowReady();
     }));
     look();
@@ -98,44 +74,34 @@ void Daemon::resumed()
 {
     keeper_.forgetHistory();
     look();
-    lookAgainSoon();
+    schedule_.lookAgainSoon();
 }
 
-void Daemon::seen(const ChargerKeeper::Look& look)
+void Daemon::seen(const Look& look)
 {
     const bool hadExternalPower = reading_.hasExternalPower;
+    keeper_.observe(look.chargers);
     readBattery(look);
     noticePlug(hadExternalPower);
     adoptExistingLimit();
-    followQuickCharge();
-    scheduleNextLook();
+    observeQuickCharge();
+    planNextLook();
     isNowReady(); // before the first push, which is for whoever was waiting
     if (!hold()) tell();
     retrySaving();
     recordSample(); // what is for the file can wait for what is for people
 }
 
-void Daemon::readBattery(const ChargerKeeper::Look& look)
+void Daemon::readBattery(const Look& look)
 {
-    thermalLevel_ = look.thermalLevel;
-    auto battery = BatteryHardwareService::stateFromDescriptions(look.sources, &complaints_);
-    const auto* source = internalBattery(look.sources);
-    isUnreadable_ = !battery && !look.chargers.empty();
+    const auto& snapshot = look.snapshot;
+    thermalLevel_ = snapshot.thermalLevel;
+    isUnreadable_ = !snapshot.battery && !look.chargers.empty();
     if (isUnreadable_)
         return; // firmware has such moments; what was last seen is nearer to the truth than nothing
-    battery_ = std::move(battery);
-    if (!battery_ || !source) {
-        reading_ = {};
-        return;
-    }
-    reading_.percentage = battery_->percentage;
-    reading_.isCharging = battery_->isCharging;
-    reading_.hasExternalPower = battery_->powerSource == "AC";
-    reading_.isFull = valueAt<bool>(*source, power_source_key::isCharged).value_or(false);
-    reading_.chargingPower = valueAt<double>(*source, power_source_key::chargingPower);
-    reading_.emptiest = valueAt<double>(*source, power_source_key::lowestCapacity);
-    health_ = valueAt<double>(*source, power_source_key::health).value_or(-1);
-    cycleCount_ = valueAt<std::int64_t>(*source, power_source_key::cycleCount).value_or(-1);
+    battery_ = snapshot.battery;
+    reading_ = ChargeReading::of(snapshot);
+    minutes_ = battery_ ? estimator_.update(*battery_, snapshot.time) : TimeEstimator::Minutes{};
 }
 
 void Daemon::noticePlug(bool hadExternalPower)
@@ -151,23 +117,23 @@ void Daemon::adoptExistingLimit()
 {
     const auto held = keeper_.inForce();
     if (hasAdoptedLimit_ || keeper_.control() == ChargeControl::none) return;
-    if (!held && ++readAttempts_ < mostReadAttempts) return lookAgainSoon();
+    if (!held && ++readAttempts_ < mostReadAttempts) return schedule_.lookAgainSoon();
     hasAdoptedLimit_ = true;
     // Somebody limited this charger before this daemon came: that is the owner's wish. A value below what can
     // be asked for is a controller's nonsense after a reset.
     if (held && held->end >= 20 && held->end < 100) {
         settings_.customChargeLimit = held->end;
-        ports_.hardware.log.info(category, "The charger already stops at " + std::to_string(held->end) +
-                                               " %: that becomes the limit.");
+        ports_.log.info(category, "The charger already stops at " + std::to_string(held->end) +
+                                      " %: that becomes the limit.");
     }
     save();
 }
 
-void Daemon::followQuickCharge()
+void Daemon::observeQuickCharge()
 {
     if (!battery_ || isUnreadable_) return;
-    if (const auto ended = quickCharge_.observe(reading_, ports_.hardware.clock.sinceBoot())) {
-        ports_.hardware.log.info(category, "Quick charge ends: " + std::string(*ended) + ".");
+    if (const auto ended = quickCharge_.observe(reading_, ports_.clock.sinceBoot())) {
+        ports_.log.info(category, "Quick charge ends: " + std::string(*ended) + ".");
         save();
     }
 }
@@ -177,10 +143,10 @@ void Daemon::recordSample()
     if (!battery_ || isUnreadable_) return;
     const auto& samples = ports_.history.samples();
     // A driver that does not tell the design capacity tells of no wear.
-    const double health = health_ >= 0 ? health_ : samples.empty() ? 100 : samples.back().health;
+    const double health = battery_->health.value_or(samples.empty() ? 100 : samples.back().health);
     const auto thermal = ThermalMonitorService::thermalState(thermalLevel_);
     const bool isKept =
-        ports_.history.record({ports_.hardware.clock.now(), battery_->percentage, health,
+        ports_.history.record({ports_.clock.now(), battery_->percentage, health,
                                std::string(ThermalMonitorService::rawValue(thermal)), battery_->isCharging});
     if (isKept) saveHistory();
 }
@@ -208,7 +174,7 @@ void Daemon::acted(bool changed)
     answerToggles();
     tell();
     save();
-    if (changed) lookAgainSoon();
+    if (changed) schedule_.lookAgainSoon();
 }
 
 void Daemon::answerToggles()
@@ -233,16 +199,10 @@ void Daemon::tellState()
     if (isKnown) pacer_.offer(batteryState());
 }
 
-void Daemon::lookAgainSoon()
-{
-    settledLook_ = ports_.hardware.loop.after(settleTime, lifetime_.guard([this] { look(); }));
-}
-
 /// In the first minutes, while vendor drivers are still being loaded.
 bool Daemon::seeksControl() const
 {
-    return keeper_.control() == ChargeControl::none &&
-           ports_.hardware.clock.sinceBoot() - started_ < controlPatience;
+    return keeper_.control() == ChargeControl::none && ports_.clock.sinceBoot() - started_ < controlPatience;
 }
 
 bool Daemon::isWorthWatching() const
@@ -251,34 +211,26 @@ bool Daemon::isWorthWatching() const
            manual_.state != ManualCharging::State::asSet || isUnreadable_;
 }
 
-void Daemon::scheduleNextLook()
+void Daemon::planNextLook()
 {
-    nextLook_.reset();
-    if (keeper_.chargers().empty()) return; // a battery that comes announces itself
-    const auto lookIn = [this](std::chrono::milliseconds delay, std::chrono::milliseconds slack) {
-        nextLook_ = ports_.hardware.loop.after(delay, lifetime_.guard([this] { look(); }), slack);
-    };
-    if (const auto due = quickCharge_.due()) {
-        const auto left = std::max(*due - ports_.hardware.clock.sinceBoot(), 0ms);
-        if (left < watchInterval) return lookIn(left, 0ms);
-    }
-    if (seeksControl() || isWorthWatching()) lookIn(watchInterval, watchSlack);
+    Pace pace = thermalLevel_ > 0 ? Pace::warm : Pace::resting;
+    if (seeksControl() || isWorthWatching()) pace = Pace::moving;
+    if (keeper_.chargers().empty()) pace = Pace::none; // a battery that comes announces itself
+    schedule_.plan(pace, quickCharge_.due());
 }
 
 HSBatteryState Daemon::batteryState()
 {
     const auto thermal =
         std::string(ThermalMonitorService::rawValue(ThermalMonitorService::thermalState(thermalLevel_)));
-    const SharedBatteryState none{.percentage = 0, .isCharging = false, .powerSource = "AC"};
-    const auto& battery = battery_ ? *battery_ : none;
-    return {battery.percentage,
-            battery.isCharging,
-            battery.powerSource,
+    return {reading_.percentage,
+            reading_.isCharging,
+            reading_.hasExternalPower ? "AC" : "Battery",
             thermal,
             settings_.customChargeLimit,
             settings_.customHysteresis,
-            battery.timeToFull,
-            battery.timeToEmpty,
+            minutes_.toFull,
+            minutes_.toEmpty,
             settings_.isStorageModeEnabled};
 }
 
@@ -293,8 +245,8 @@ ChargerReport Daemon::charger()
     report.hasBattery = battery_.has_value();
     keeper_.describe(report);
     report.isChargingAllowed = isChargingAllowed();
-    report.health = health_;
-    report.cycleCount = cycleCount_;
+    report.health = battery_ ? battery_->health.value_or(-1) : -1;
+    report.cycleCount = battery_ ? battery_->cycleCount.value_or(-1) : -1;
     return report;
 }
 
@@ -343,7 +295,7 @@ void Daemon::accept(const Caller& caller, const ChargingSettings& next)
     outbound_.pushTo(caller.busName, batteryState());
     tellState(); // or the push that is due while the charger is written to would still carry them
     save();
-    scheduleNextLook();
+    planNextLook();
     if (!hold()) tell();
 }
 

@@ -3,14 +3,15 @@
 
 #pragma once
 
+#include "LookSchedule.h"
 #include "base/Lifetime.h"
-#include "battery/BatteryDataSource.h"
 #include "charging/ChargerKeeper.h"
 #include "charging/QuickCharge.h"
 #include "link/CallerMemory.h"
 #include "link/DaemonService.h"
 #include "link/PushPacer.h"
 #include "platform/LogBudget.h"
+#include "power/TimeEstimator.h"
 #include "state/HistoryStore.h"
 #include "state/SettingsStore.h"
 
@@ -35,7 +36,12 @@ public:
     };
 
     struct Ports {
-        ChargerKeeper::Ports hardware;
+        MainLoop& loop;
+        const Clock& clock;
+        Log& log;
+        WorkQueue& hardware; ///< the worker that alone calls the next two
+        PowerSnapshotReader& reader;
+        ChargeActuator& actuator;
         WorkQueue& files; ///< the worker that alone writes through the two stores
         SettingsStore& settings;
         HistoryStore& history;
@@ -53,13 +59,14 @@ public:
     /// the firmware does not answer.
     void start(std::function<void()> ready);
 
-    /// Something about the power supplies may have changed.
-    void look() { keeper_.look(); }
+    /// Something about the power supplies may have changed; `afresh`: this is the first look at it.
+    void look(bool afresh = true) { schedule_.look(afresh); }
     /// The machine woke up: firmware and drivers may have reset the charger.
     void resumed();
     /// Hands what is not saved yet to the files' worker.
     void save();
 
+    void ask(std::function<void()> answer) override { schedule_.ask(std::move(answer)); }
     HSBatteryState batteryState() override;
     const std::vector<HSHistorySnapshot>& analyticsHistory() override;
     ChargerReport charger() override;
@@ -68,11 +75,11 @@ public:
     void callerLeft(const std::string& busName) override;
 
 private:
-    void seen(const ChargerKeeper::Look& look);
-    void readBattery(const ChargerKeeper::Look& look);
+    void seen(const Look& look);
+    void readBattery(const Look& look);
     void noticePlug(bool hadExternalPower);
     void adoptExistingLimit();
-    void followQuickCharge();
+    void observeQuickCharge();
     void recordSample();
     void saveHistory();
 
@@ -88,9 +95,8 @@ private:
     bool isChargingAllowed() const;
     void tell();
     void tellState();
-    void lookAgainSoon();
     bool seeksControl() const;
-    void scheduleNextLook();
+    void planNextLook();
     bool isWorthWatching() const;
     DaemonState remembered() const;
 
@@ -109,20 +115,18 @@ private:
     bool hasAdoptedLimit_ = false;
     CallerMemory callers_;
 
-    std::optional<SharedBatteryState>
-        battery_; ///< absent on a machine without one, and before the first look
+    std::optional<MachineBattery> battery_; ///< absent on a machine without one, and before the first look
     ChargeReading reading_{};
-    double health_ = -1; ///< percent; -1 unknown
-    std::int64_t cycleCount_ = -1;
+    TimeEstimator estimator_;
+    TimeEstimator::Minutes minutes_{};
     int thermalLevel_ = 0;
 
+    LookSchedule schedule_;
     ChargerKeeper keeper_;
     PushPacer pacer_;
     std::vector<ToggleReply> toggles_; ///< waiting for the charger
     std::function<void()> ready_;
     MainLoop::Timer readyTimer_;
-    MainLoop::Timer nextLook_;    ///< the slow look, put off by every other one
-    MainLoop::Timer settledLook_; ///< after something that shows its effect late
     std::chrono::milliseconds started_{};
     int readAttempts_ = 0;      ///< looks at a charger that did not tell what it holds
     bool isUnreadable_ = false; ///< there is a battery, but the last look could not read it

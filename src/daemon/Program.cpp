@@ -9,8 +9,7 @@
 #include "base/SystemClock.h"
 #include "base/WorkerThread.h"
 #include "link/DaemonObject.h"
-#include "power/LinuxPowerSources.h"
-#include "power/LinuxThermalLevel.h"
+#include "power/PowerSnapshot.h"
 #include "power/PowerSupplyMonitor.h"
 
 #include <csignal>
@@ -53,8 +52,7 @@ private:
     SystemClock clock_;
     Sysfs sysfs_ = Sysfs::ofEnvironment();
     PowerSupplyMonitor monitor_{loop_, sysfs_, log_};
-    LinuxPowerSources powerSources_{sysfs_, clock_, log_, &monitor_};
-    LinuxThermalLevel thermalLevel_{sysfs_, log_};
+    PowerSnapshotReader reader_{sysfs_, clock_, log_};
     ChargeActuator actuator_{sysfs_, log_};
     std::filesystem::path state_ = stateDirectory(log_);
     SettingsStore settings_{state_ / "settings.json", clock_, log_};
@@ -69,11 +67,16 @@ private:
 };
 
 Program::Program()
-    : daemon_({{loop_, clock_, log_, hardware_, powerSources_, thermalLevel_, actuator_},
-               files_,
-               settings_,
-               history_,
-               geteuid()},
+    : daemon_({.loop = loop_,
+               .clock = clock_,
+               .log = log_,
+               .hardware = hardware_,
+               .reader = reader_,
+               .actuator = actuator_,
+               .files = files_,
+               .settings = settings_,
+               .history = history_,
+               .ownUser = geteuid()},
               {[this](const auto& state) {
                    if (object_) object_->push(state);
                },
@@ -114,7 +117,7 @@ void Program::begin()
 {
     isInCharge_ = true;
     daemon_.meetBus(object_->busId());
-    changes_ = powerSources_.observeChanges([this] { daemon_.look(); });
+    changes_ = monitor_.observe([this](SupplyNews news) { daemon_.look(news == SupplyNews::event); });
     daemon_.start([this] { object_->serve(); });
 }
 

@@ -5,8 +5,12 @@
 
 #include "FuseTree.h"
 #include "LaptopKinds.h"
+#include "ManualClock.h"
+#include "ManualLoop.h"
+#include "ManualQueue.h"
 #include "RecordingLog.h"
 #include "TemporaryFolder.h"
+#include "charging/ChargerKeeper.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>
@@ -40,7 +44,16 @@ protected:
         std::string whyNot;
         tree = FuseTree::mount(*laptop, {.folder = root}, whyNot);
         if (!tree) GTEST_SKIP() << whyNot;
-        actuator.emplace(Sysfs(root), log, 0ms);
+        actuator.emplace(Sysfs(root), log);
+        batteries.clear();
+        for (const auto& battery : PowerSupplyReader(Sysfs(root), log).read().batteries)
+            batteries.push_back(battery.name);
+    }
+
+    ChargeActuator::Outcome apply(const Thresholds& wanted, bool afresh)
+    {
+        auto outcome = actuator->apply(batteries, wanted, afresh);
+        return outcome.isSettling ? actuator->settle() : outcome;
     }
 
     /// Brings the driver to `wanted` without the actuator; what it made of that.
@@ -72,6 +85,7 @@ protected:
     std::optional<SharedLaptop> laptop;
     std::unique_ptr<FuseTree> tree;
     std::optional<ChargeActuator> actuator;
+    std::vector<std::string> batteries;
 };
 
 /// The largest value that is not above `wanted` among those that the driver can be brought to, by `set`; else
@@ -127,14 +141,14 @@ TEST_F(ChargeActuatorTest, EveryDriverIsBroughtFromWhereverItStandsToWhereverItC
                 const auto from = hold(before);
                 SCOPED_TRACE(testing::Message() << name << ": from " << from.start << " " << from.end
                                                 << " to " << wanted.start << " " << wanted.end);
-                actuator->apply({wanted.start, wanted.end}, true);
+                apply({wanted.start, wanted.end}, true);
                 EXPECT_EQ(held(), best(driver, wanted));
                 for (const auto& write : writes()) {
                     EXPECT_EQ(write.error, 0) << write.asked;
                     EXPECT_FALSE(write.threshold == Threshold::end && write.found == 100 && wanted.end < 100)
                         << "an unlimited moment";
                 }
-                actuator->apply({wanted.start, wanted.end}, false);
+                apply({wanted.start, wanted.end}, false);
                 EXPECT_TRUE(writes().empty()) << "nothing is written that is there already";
             }
         }
@@ -175,11 +189,11 @@ TEST_F(ChargeActuatorTest, AHalfFailedPairIsPutBack)
         begin("thresholds", &driver);
         hold(from);
         log.clear();
-        const auto outcome = actuator->apply({wanted.start, wanted.end}, true);
+        const auto outcome = apply({wanted.start, wanted.end}, true);
         EXPECT_TRUE(outcome.changes.empty());
         EXPECT_EQ(held(), from);
         EXPECT_EQ(writes().size(), 3U);
-        for (int i = 0; i < 10; ++i) actuator->apply({wanted.start, wanted.end}, false);
+        for (int i = 0; i < 10; ++i) apply({wanted.start, wanted.end}, false);
         EXPECT_EQ(log.count("Cannot write"), 1U) << "said once";
     }
 }
@@ -195,13 +209,13 @@ TEST_F(ChargeActuatorTest, ADriverThatMakesSomethingElseOfAValueIsBelievedUntilA
         SCOPED_TRACE(what);
         begin("end-only", &driver);
         log.clear();
-        const auto outcome = actuator->apply({{}, 60}, false);
+        const auto outcome = apply({{}, 60}, false);
         EXPECT_EQ(outcome.chargers.front().inForce, (Thresholds{{}, shown}));
         EXPECT_EQ(writes().size(), 1U);
-        for (int i = 0; i < 10; ++i) actuator->apply({{}, 60}, false);
+        for (int i = 0; i < 10; ++i) apply({{}, 60}, false);
         EXPECT_TRUE(writes().empty());
-        EXPECT_EQ(log.count("made something else"), 1U);
-        actuator->apply({{}, 60}, true);
+        EXPECT_EQ(log.count("the driver reports"), 1U);
+        apply({{}, 60}, true);
         EXPECT_EQ(writes().size(), 1U);
     }
 }
@@ -216,7 +230,7 @@ TEST_F(ChargeActuatorTest, WhatCannotBeReadIsWrittenAllTheSame)
     begin(std::move(make));
     for (const ChargeThresholds wanted : {ChargeThresholds{78, 80}, {95, 100}, {0, 60}}) {
         SCOPED_TRACE(wanted.end);
-        actuator->apply({wanted.start, wanted.end}, false);
+        apply({wanted.start, wanted.end}, false);
         EXPECT_EQ(held(), wanted);
     }
 }
@@ -226,8 +240,45 @@ TEST_F(ChargeActuatorTest, ABatteryThatRefusesDoesNotKeepTheOtherFromItsLimit)
     auto make = laptopOfKind("two-batteries").value();
     make.machine.errors[std::string(supplies) + "BAT0/charge_control_end_threshold"] = EIO;
     begin(std::move(make));
-    actuator->apply({78, 80}, true);
+    apply({78, 80}, true);
     EXPECT_EQ(held(1), (ChargeThresholds{78, 80}));
+}
+
+TEST_F(ChargeActuatorTest, ADriverThatShowsWhatItWasSentIsSentItAgainAfterAFreshStart)
+{
+    begin("end-only", ThresholdDriver::named("asus"), "asus_wmi");
+    apply({{}, 80}, true);
+    writes();
+    apply({{}, 80}, false);
+    EXPECT_TRUE(writes().empty());
+    apply({{}, 80}, true);
+    EXPECT_EQ(writes().size(), 1U);
+}
+
+TEST_F(ChargeActuatorTest, AValueThatTheFirmwareIgnoredIsTriedAgainWithinMinutesAndEverMoreSeldom)
+{
+    const auto loop = std::make_shared<ManualLoop>();
+    const ManualClock clock(loop);
+    ManualQueue hardware;
+    hardware.inlineWork = true;
+    begin("end-only", &dropsWrites);
+    ChargerKeeper keeper({*loop, clock, log, hardware, *actuator}, [](bool) {});
+    ChargeDecision decision;
+    decision.thresholds = Thresholds{{}, 60};
+    const auto lookFor = [&](std::chrono::minutes time) {
+        for (auto passed = 0min; passed < time; passed += 1min) {
+            PowerSupplyReader reader(Sysfs(folder.path() / "sys"), log);
+            keeper.observe(actuator->inspect(reader.read().batteries));
+            keeper.hold(decision);
+            loop->advance(1min);
+        }
+        return writes().size();
+    };
+    EXPECT_EQ(lookFor(1min), 1U);
+    EXPECT_EQ(lookFor(4min), 1U) << "tried again";
+    EXPECT_LE(lookFor(24h), 30U) << "and not for ever as often";
+    EXPECT_GE(lookFor(24h), 20U);
+    EXPECT_EQ(log.count(), 1U);
 }
 
 TEST(ChargeType, IsSwitchedToTheOneThatObeysThresholds)
@@ -238,10 +289,10 @@ TEST(ChargeType, IsSwitchedToTheOneThatObeysThresholds)
     folder.write(battery / "type", "Battery\n");
     folder.write(battery / "charge_control_end_threshold", "100\n");
     folder.write(battery / "charge_types", "[Fast] Standard Custom\n");
-    ChargeActuator actuator(Sysfs(folder.path()), log, 0ms);
-    actuator.apply({{}, 100}, true);
+    ChargeActuator actuator(Sysfs(folder.path()), log);
+    actuator.apply({"BAT0"}, {{}, 100}, true);
     EXPECT_TRUE(folder.read(battery / "charge_types").starts_with("[Fast]")) << "no limit, no need";
-    actuator.apply({{}, 80}, true);
+    actuator.apply({"BAT0"}, {{}, 80}, true);
     EXPECT_TRUE(folder.read(battery / "charge_types").starts_with("Custom"));
 }
 

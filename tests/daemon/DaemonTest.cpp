@@ -3,7 +3,6 @@
 
 #include "Daemon.h"
 
-#include "FakeSensors.h"
 #include "ManualClock.h"
 #include "ManualLoop.h"
 #include "ManualQueue.h"
@@ -26,8 +25,9 @@ class DaemonTest : public testing::Test {
 protected:
     DaemonTest()
     {
-        folder.write("class/power_supply/BAT0/type", "Battery\n");
-        folder.write("class/power_supply/BAT0/status", "Discharging\n");
+        supply("BAT0",
+               {{"type", "Battery"}, {"energy_full", "45750000"}, {"energy_full_design", "50000000"}});
+        supply("AC", {{"type", "Mains"}});
         hold(0, 100);
         battery(60, "Charging");
         hardware.inlineWork = files.inlineWork = true;
@@ -41,19 +41,33 @@ protected:
         folder.write(endFile, std::to_string(end) + "\n");
     }
 
-    void battery(double level, const std::string& status, bool plugged = true)
+    void supply(const std::string& name,
+                const std::vector<std::pair<const char*, std::string>>& attributes) const
     {
-        sources.now = {{{power_source_key::type, "InternalBattery"},
-                        {power_source_key::currentCapacity, level},
-                        {power_source_key::maxCapacity, 100.0},
-                        {power_source_key::isCharging, status == "Charging"},
-                        {power_source_key::isCharged, status == "Full"},
-                        {power_source_key::powerSourceState, plugged ? "AC Power" : "Battery Power"},
-                        {power_source_key::health, 91.5}}};
-        if (daemon) {
-            daemon->look();
-            settle();
-        }
+        for (const auto& [attribute, value] : attributes)
+            folder.write("class/power_supply/" + name + '/' + attribute, value + '\n');
+    }
+
+    void battery(int level, const std::string& status, bool plugged = true)
+    {
+        supply("BAT0", {{"capacity", std::to_string(level)}, {"status", status}});
+        supply("AC", {{"online", plugged ? "1" : "0"}});
+        if (daemon) look();
+    }
+
+    void look()
+    {
+        daemon->look();
+        settle();
+    }
+
+    void heat(int celsius) const
+    {
+        const std::string zone = "class/thermal/thermal_zone0/";
+        folder.write(zone + "type", "cpu\n");
+        folder.write(zone + "temp", std::to_string(celsius) + "000\n");
+        folder.write(zone + "trip_point_0_temp", "100000\n");
+        folder.write(zone + "trip_point_0_type", "critical\n");
     }
 
     void boot()
@@ -61,10 +75,10 @@ protected:
         daemon.reset();
         settings.emplace(folder.path() / "settings.json", clock, log);
         history.emplace(folder.path() / "history.json", clock, log);
-        actuator.emplace(Sysfs(folder.path()), log, 0ms);
-        const ChargerKeeper::Ports keeper{*loop, clock, log, hardware, sources, thermal, *actuator};
+        actuator.emplace(Sysfs(folder.path()), log);
+        reader.emplace(Sysfs(folder.path()), clock, log);
         daemon.emplace(
-            Daemon::Ports{keeper, files, *settings, *history, 500},
+            Daemon::Ports{*loop, clock, log, hardware, *reader, *actuator, files, *settings, *history, 500},
             Daemon::Outbound{[this](const auto& state) { pushes.push_back(state); },
                              [this](const auto& to, const auto& state) { told.emplace_back(to, state); },
                              [](const auto&) {}});
@@ -96,13 +110,12 @@ protected:
     std::shared_ptr<ManualLoop> loop = std::make_shared<ManualLoop>();
     ManualClock clock{loop};
     RecordingLog log;
-    FakePowerSources sources;
-    FakeThermalLevel thermal;
     ManualQueue hardware;
     ManualQueue files;
     std::optional<SettingsStore> settings;
     std::optional<HistoryStore> history;
     std::optional<ChargeActuator> actuator;
+    std::optional<PowerSnapshotReader> reader;
     std::vector<HSBatteryState> pushes;
     std::vector<std::pair<std::string, HSBatteryState>> told;
     int ready = 0;
@@ -278,8 +291,8 @@ TEST_F(DaemonTest, RepairsWhatWasResetAndLeavesAQuarrelAlone)
         battery(60 + i, "Charging");
     }
     EXPECT_EQ(end(), 100);
-    EXPECT_EQ(log.count("setting it again"), RepairBudget::mostAnHour);
-    EXPECT_EQ(log.count("Something else keeps changing"), 1U);
+    EXPECT_EQ(log.count("setting it again"), RepairBudget::maximumAnHour);
+    EXPECT_EQ(log.count("keeps losing what is set"), 1U);
     loop->advance(1h + 1min);
     EXPECT_EQ(end(), 80) << "an hour later it is worth another try";
     hold(0, 100);
@@ -316,9 +329,8 @@ TEST_F(DaemonTest, TheTogglePausesUntilTheNextPlugOrSetting)
 
     send(":1.1", {.isTemporaryOverride = true, .customChargeLimit = 85});
     battery(88, "Charging");
-    sources.now[0][power_source_key::lowestCapacity] = 86.0;
-    daemon->look();
-    settle();
+    supply("BAT1", {{"type", "Battery"}, {"capacity", "90"}, {"energy_full", "45750000"}});
+    battery(86, "Charging");
     EXPECT_EQ(toggle(), false);
     EXPECT_EQ(end(), 86) << "quick charge is paused too, and of several batteries the emptiest";
     boot();
@@ -330,26 +342,22 @@ TEST_F(DaemonTest, AMomentInWhichNothingCanBeReadIsNoNewsAndIsWaitedOut)
     send(":1.1", {.isTemporaryOverride = true});
     loop->advance(10s);
     pushes.clear();
-    const auto readable = sources.now;
-    sources.now.clear(); // the supply is there all the same
-    daemon->look();
-    settle();
+    battery(60, "Charging");
+    supply("BAT0", {{"capacity", ""}}); // the supply is there all the same
+    look();
     EXPECT_TRUE(pushes.empty());
     EXPECT_EQ(daemon->batteryState().percentage, 60);
     battery(100, "Full");
-    sources.now.clear();
-    daemon->look();
-    sources.now = readable;
-    std::get<double>(sources.now[0][power_source_key::currentCapacity]) = 100;
-    std::get<bool>(sources.now[0][power_source_key::isCharged]) = true;
+    supply("BAT0", {{"capacity", ""}, {"status", "Charging"}});
+    look();
+    supply("BAT0", {{"capacity", "100"}, {"status", "Full"}});
     loop->advance(2min);
     EXPECT_EQ(end(), 80) << "and quick charge ends without another event";
 
     battery(70, "Discharging", false);
     toggle();
-    sources.now.clear();
-    daemon->look();
-    settle();
+    supply("BAT0", {{"capacity", ""}});
+    look();
     EXPECT_EQ(end(), 70) << "nor is it a plug";
 }
 
@@ -367,7 +375,7 @@ TEST_F(DaemonTest, ThresholdsThatComeLateAreFoundAndABatteryThatIsPutInIsNoRepai
     hold(0, 100);
     loop->advance(2min);
     EXPECT_EQ(end(), 80) << "no event announces a driver";
-    for (std::size_t swap = 0; swap < 2 * RepairBudget::mostAnHour; ++swap) {
+    for (std::size_t swap = 0; swap < 2 * RepairBudget::maximumAnHour; ++swap) {
         remove();
         battery(70, "Charging");
         hold(0, 100);
@@ -410,22 +418,57 @@ TEST_F(DaemonTest, WhatAFullDiskRefusedIsSavedOnceThereIsRoom)
     EXPECT_EQ(daemon->batteryState().customChargeLimit, 70);
 }
 
-TEST_F(DaemonTest, SleepsWhileTheFirmwareHoldsAndWatchesWhileSomethingMoves)
+TEST_F(DaemonTest, LooksAsOftenAsThereIsSomethingToSee)
+{
+    const auto looksWithin = [this](std::chrono::milliseconds time) {
+        loop->advance(5s);
+        const int before = hardware.given;
+        loop->advance(time);
+        return hardware.given - before;
+    };
+    battery(80, "Not charging");
+    EXPECT_NEAR(looksWithin(24h), 144, 30) << "the firmware holds";
+    heat(91);
+    EXPECT_LE(looksWithin(10min), 10);
+    EXPECT_NEAR(looksWithin(1h), 50, 20) << "it holds, and is hot";
+    EXPECT_EQ(daemon->analyticsHistory().back().thermalState, "Serious");
+    heat(50);
+    battery(79, "Discharging", false);
+    EXPECT_NEAR(looksWithin(1h), 90, 30);
+}
+
+TEST_F(DaemonTest, WhoeverAsksIsToldWhatIsSoNow)
 {
     battery(80, "Not charging");
-    loop->advance(3s);
-    const int before = sources.readings;
-    loop->advance(24h);
-    EXPECT_EQ(sources.readings, before);
-    EXPECT_EQ(loop->pendingTimers(), 0U);
-    battery(79, "Discharging", false);
-    loop->advance(1h);
-    EXPECT_NEAR(sources.readings - before, 120, 60);
+    loop->advance(1min);
+    pushes.clear();
+    heat(96);
+    std::string answered;
+    const auto ask = [&] { daemon->ask([&] { answered += daemon->batteryState().thermalState + ' '; }); };
+    ask();
+    settle();
+    EXPECT_EQ(answered, "Critical ");
+    EXPECT_EQ(pushes.size(), 1U);
+    const int before = hardware.given;
+    for (int i = 0; i < 1000; ++i) ask();
+    EXPECT_EQ(answered.size(), std::string("Critical ").size() * 1001);
+    EXPECT_EQ(hardware.given, before) << "an answer this young is not read anew";
+
+    loop->advance(50s);
+    hardware.inlineWork = false; // firmware that takes its time
+    heat(50);
+    answered.clear();
+    for (int i = 0; i < 100; ++i) ask();
+    loop->advance(50ms);
+    EXPECT_EQ(answered.size(), std::string("Critical ").size() * 100) << "from memory";
+    hardware.run();
+    settle();
+    EXPECT_EQ(pushes.back().thermalState, "Nominal") << "and the truth follows";
 }
 
 TEST_F(DaemonTest, RecordsSamplesOfTheTrueHealth)
 {
-    thermal.now = 2;
+    heat(91);
     battery(70, "Charging");
     ASSERT_FALSE(daemon->analyticsHistory().empty());
     EXPECT_EQ(daemon->analyticsHistory().back(), (HSHistorySnapshot{clock.now(), 70, 91.5, "Serious", true}));
@@ -454,7 +497,6 @@ TEST_F(DaemonTest, AFirmwareThatDoesNotAnswerHoldsUpNobody)
 
 TEST_F(DaemonTest, WithoutABatteryNothingIsClaimedWrittenOrRecorded)
 {
-    sources.now.clear();
     std::filesystem::remove_all(folder.path() / "class");
     std::filesystem::remove(folder.path() / "history.json");
     boot();

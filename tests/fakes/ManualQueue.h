@@ -15,11 +15,16 @@ namespace velmora {
 class ManualQueue final : public WorkQueue {
 public:
     bool inlineWork = false;
+    int given = 0; ///< tasks so far
 
     ~ManualQueue() override { run(); }
 
     void async(Task task) override
     {
+        {
+            const std::lock_guard guard(mutex_);
+            ++given;
+        }
         if (inlineWork) return task();
         const std::lock_guard guard(mutex_);
         tasks_.push_back(std::move(task));

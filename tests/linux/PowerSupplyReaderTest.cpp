@@ -116,7 +116,11 @@ TEST(PowerSupplyReader, KnowsPowerFromOutside)
         {"nothing at all", {}, true},
         {"the battery's own online says nothing", {{"AC", off}, {"BAT0", charging}}, false},
         {"a charger too weak", {{"AC", on}, {"BAT0", giving}}, true},
-        {"one of two ports, programmable", {{"AC", off}, {"P", programmable}, {"BAT0", giving}}, true},
+        {"a port that claims to, and all else does not",
+         {{"AC", off}, {"P", programmable}, {"BAT0", giving}},
+         false},
+        {"one of two ports, programmable", {{"AC", off}, {"P", programmable}, {"BAT0", held}}, true},
+        {"a port alone, too weak", {{"P", programmable}, {"BAT0", giving}}, true},
         {"a pad's dock is not the laptop's", {{"D", dock}, {"BAT0", giving}}, false},
         {"a charger that does not tell", {{"AC", silent}, {"BAT0", giving}}, false},
         {"batteries alone, one gives", {{"BAT0", charging}, {"BAT1", giving}}, false},
@@ -143,11 +147,9 @@ TEST(PowerSupplyReader, TakesOnlyTheLaptopsOwnBatteries)
     std::filesystem::create_symlink("nowhere", tree.folder.path() / "class/power_supply/BAT9");
     RecordingLog log;
     PowerSupplyReader reader(tree.sysfs, log);
-    const auto all = tree.folder.path() / "class/power_supply";
-    EXPECT_EQ(reader.internalBatteryFolders(), (std::vector{all / "BAT1", all / "BATC"}));
     const auto batteries = reader.read().batteries;
     ASSERT_EQ(batteries.size(), 2U);
-    EXPECT_EQ(batteries[1].folder, all / "BATC");
+    EXPECT_EQ(batteries[0].name + batteries[1].name, "BAT1BATC");
     EXPECT_EQ(log.count(), 0U);
 }
 
@@ -201,9 +203,18 @@ TEST(MachineBattery, IsAllBatteriesTogether)
 
     const BatteryReading silent;
     EXPECT_EQ(MachineBattery::of({silent}), std::nullopt);
-    const auto half = MachineBattery::of({silent, giving});
-    EXPECT_EQ(half->percentage, 50);
-    EXPECT_EQ(half->energyNow, std::nullopt) << "half of what is there would be told as all";
+    auto unweighable = battery(Status::unknown, 0, 0, 0);
+    unweighable.energyFull.reset();
+    for (const auto& other : {silent, unweighable}) {
+        const auto both = MachineBattery::of({other, giving});
+        EXPECT_EQ(both->percentage, 50) << "what does not tell its size weighs nothing";
+        EXPECT_EQ(both->energyNow, 30);
+    }
+    auto mute = giving;
+    mute.energyNow.reset();
+    EXPECT_EQ(MachineBattery::of({mute, giving})->energyNow, std::nullopt) << "half would be told as all";
+    const auto twin = battery(Status::discharging, 70, 47.52, -8);
+    EXPECT_EQ(MachineBattery::of({twin, twin})->percentage, 70);
 }
 
 } // namespace

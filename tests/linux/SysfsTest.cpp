@@ -3,7 +3,9 @@
 
 #include "power/Sysfs.h"
 
+#include "RecordingLog.h"
 #include "SysfsTree.h"
+#include "power/DeviceAttributes.h"
 
 #include <cerrno>
 #include <gtest/gtest.h>
@@ -12,9 +14,10 @@
 namespace velmora {
 namespace {
 
-TEST(Sysfs, ReadsAttributesAndNothingElse)
+TEST(DeviceAttributes, ReadsAttributesAndNothingElse)
 {
     SysfsTree tree;
+    RecordingLog log;
     const auto& folder = tree.folder;
     folder.write("page", std::string(4096, 'x'));
     folder.write("longer", std::string(4097, 'x'));
@@ -26,6 +29,8 @@ TEST(Sysfs, ReadsAttributesAndNothingElse)
     std::filesystem::create_directory(folder.path() / "folder");
     std::filesystem::create_symlink("loop", folder.path() / "loop");
 
+    Complaints complaints(log, "test");
+    DeviceAttributes attributes(folder.path(), "", complaints);
     const struct {
         const char* name;
         int error;
@@ -44,7 +49,7 @@ TEST(Sysfs, ReadsAttributesAndNothingElse)
     };
     for (const auto& [name, error, text] : cases) {
         SCOPED_TRACE(name);
-        const auto read = tree.sysfs.read(name);
+        const auto read = attributes.read(name);
         EXPECT_EQ(read.error, error);
         EXPECT_EQ(read.text, text);
     }

@@ -32,6 +32,8 @@ TEST(TimeEstimator, TellsOnlyWhatCanBeKnown)
     nearlyThere.energyNow = 60;
     MachineBattery noEnergy = halfFull(-10);
     noEnergy.energyNow.reset();
+    MachineBattery noFull = halfFull(-10);
+    noFull.energyFull.reset();
     const struct {
         const char* what;
         MachineBattery battery;
@@ -44,6 +46,7 @@ TEST(TimeEstimator, TellsOnlyWhatCanBeKnown)
         {"a week", halfFull(-0.15), -1, -1},
         {"the last minute", nearlyThere, 1, -1},
         {"no energy", noEnergy, -1, -1},
+        {"nobody knows what it holds when full", noFull, -1, 180},
     };
     for (const auto& [what, battery, toFull, toEmpty] : cases) {
         SCOPED_TRACE(what);

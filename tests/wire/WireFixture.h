@@ -23,6 +23,13 @@ struct RecordingService final : DaemonService {
     std::vector<ChargingSettings> settings;
     std::vector<std::string> callers, left;
 
+    std::function<void()> looks = [] {}; ///< what a look makes of the above
+
+    void ask(std::function<void()> answer) override
+    {
+        looks();
+        answer();
+    }
     HSBatteryState batteryState() override { return state; }
     const std::vector<HSHistorySnapshot>& analyticsHistory() override { return history; }
     ChargerReport charger() override { return report; }

@@ -3,12 +3,15 @@
 
 #include "charging/ChargeActuator.h"
 
+#include "base/FileDescriptor.h"
+#include "power/BatteryAttributes.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <system_error>
-#include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace velmora {
 
@@ -17,21 +20,30 @@ namespace {
 constexpr auto chargeTypes = "charge_types";
 constexpr auto customType = "Custom";
 
-/// The first of `names` that is there; empty if none is.
-std::filesystem::path firstOf(const std::filesystem::path& folder, std::initializer_list<const char*> names)
-{
-    for (const auto* name : names) {
-        std::error_code ignored;
-        if (std::filesystem::exists(folder / name, ignored)) return folder / name;
-    }
-    return {};
-}
-
 std::string sentence(const std::string& battery, const Thresholds& thresholds)
 {
     std::string text = battery + ": charging stops at " + std::to_string(thresholds.end) + " %";
     if (thresholds.start) text += " and starts below " + std::to_string(*thresholds.start) + " %";
     return text;
+}
+
+std::string brief(const Thresholds& thresholds)
+{
+    const std::string end = std::to_string(thresholds.end) + " %";
+    return thresholds.start ? std::to_string(*thresholds.start) + " to " + end : end;
+}
+
+/// A start that cannot be read is taken for 0, so that a wanted one differs from it and is written.
+std::optional<Thresholds> thresholdsOf(const ChargeAttributes& attributes)
+{
+    if (!attributes.end) return std::nullopt;
+    if (attributes.startFile.empty()) return Thresholds{std::nullopt, *attributes.end};
+    return Thresholds{attributes.start.value_or(0), *attributes.end};
+}
+
+bool changed(const BatteryCharger& before, const BatteryCharger& after)
+{
+    return after.inForce && (after.inForce != before.inForce || after.isObeyed != before.isObeyed);
 }
 
 } // namespace
@@ -47,125 +59,143 @@ bool BatteryCharger::holds(const Thresholds& wanted) const
     if (control == ChargeControl::none) return true;
     const Thresholds aim = fitted(wanted);
     if (!isObeyed && aim.end < 100) return false;
-    return inForce == aim || (settled && inForce && settled->written == aim && settled->shown == *inForce);
+    return inForce == aim || deviates(wanted);
 }
 
-ChargeActuator::ChargeActuator(Sysfs sysfs, Log& log, std::chrono::milliseconds settle)
-    : sysfs_(std::move(sysfs)), supplies_(sysfs_, log), complaints_(log, "ChargeActuator"), settle_(settle)
+bool BatteryCharger::deviates(const Thresholds& wanted) const
 {
-}
-
-std::optional<int> ChargeActuator::percentAt(const std::filesystem::path& file) const
-{
-    if (file.empty()) return std::nullopt;
-    const auto value = parseInteger(sysfs_.read(file.lexically_relative(sysfs_.root())).text);
-    return value && *value >= 0 && *value <= 100 ? std::optional(static_cast<int>(*value)) : std::nullopt;
-}
-
-std::vector<ChargeActuator::Files> ChargeActuator::files()
-{
-    std::vector<Files> result;
-    for (const auto& folder : supplies_.internalBatteryFolders()) {
-        // The second names are those of thinkpad_acpi before Linux 5.9.
-        result.push_back({folder,
-                          firstOf(folder, {"charge_control_start_threshold", "charge_start_threshold"}),
-                          firstOf(folder, {"charge_control_end_threshold", "charge_stop_threshold"})});
-    }
-    return result;
+    return deviation && control != ChargeControl::none && inForce == deviation->shown &&
+           deviation->written == fitted(wanted);
 }
 
 /// The driver made the files: as long as they are there it need not be searched for again at each look.
-const DriverFamily& ChargeActuator::familyOf(const Files& files)
+const DriverFamily& ChargeActuator::familyOf(const std::string& name, const ChargeAttributes& attributes)
 {
-    const std::string name = files.folder.filename();
-    if (files.end.empty()) families_.erase(name);
+    if (attributes.endFile.empty()) families_.erase(name);
     if (const auto known = families_.find(name); known != families_.end()) return *known->second;
     const auto& family = driverFamily(sysfs_.root(), name);
-    if (!files.end.empty()) families_.emplace(name, &family);
+    if (!attributes.endFile.empty()) families_.emplace(name, &family);
     return family;
 }
 
-std::vector<BatteryCharger> ChargeActuator::inspect()
+std::vector<BatteryCharger> ChargeActuator::inspect(const std::vector<BatteryReading>& batteries)
 {
     std::vector<BatteryCharger> result;
-    for (const auto& one : files()) result.push_back(inspect(one));
+    for (const auto& battery : batteries) result.push_back(inspect(battery.name, battery.charge));
     return result;
 }
 
-BatteryCharger ChargeActuator::inspect(const Files& files)
+BatteryCharger ChargeActuator::inspect(const std::string& name, const ChargeAttributes& attributes)
 {
     BatteryCharger charger;
-    charger.name = files.folder.filename();
-    charger.family = &familyOf(files);
-    if (files.end.empty()) return charger;
-    charger.control = files.start.empty() ? ChargeControl::endThreshold : ChargeControl::thresholds;
-    charger.isObeyed = obeysThresholds(files);
-    const auto start = percentAt(files.start);
-    const auto end = percentAt(files.end);
-    // A start that cannot be read is taken for 0, so that a wanted one differs from it and is written.
-    if (end)
-        charger.inForce =
-            Thresholds{files.start.empty() ? std::nullopt : std::optional(start.value_or(0)), *end};
-    if (const auto found = settled_.find(charger.name); found != settled_.end())
-        charger.settled = found->second;
+    charger.name = name;
+    charger.family = &familyOf(name, attributes);
+    if (attributes.endFile.empty()) return charger;
+    charger.control = attributes.startFile.empty() ? ChargeControl::endThreshold : ChargeControl::thresholds;
+    charger.isObeyed = attributes.isObeyed;
+    charger.inForce = thresholdsOf(attributes);
+    if (const auto found = deviations_.find(name); found != deviations_.end())
+        charger.deviation = found->second;
     return charger;
 }
 
-ChargeActuator::Outcome ChargeActuator::apply(const Thresholds& wanted, bool afresh)
+ChargeActuator::Files ChargeActuator::read(const std::string& name)
 {
-    if (afresh) settled_.clear();
+    const auto folder = std::filesystem::path("class/power_supply") / name;
+    DeviceAttributes battery(sysfs_.root(), folder, complaints_);
+    return {sysfs_.root() / folder, readChargeAttributes(battery)};
+}
+
+ChargeActuator::Outcome ChargeActuator::apply(const std::vector<std::string>& batteries,
+                                              const Thresholds& wanted, bool afresh)
+{
+    if (afresh) deviations_.clear();
+    pending_.clear();
+    batteries_ = batteries;
     Outcome outcome;
-    for (const auto& one : files()) apply(one, wanted, outcome);
+    for (const auto& name : batteries) apply(name, wanted, afresh, outcome);
+    outcome.isSettling = !pending_.empty();
     return outcome;
 }
 
-void ChargeActuator::apply(const Files& files, const Thresholds& wanted, Outcome& outcome)
+void ChargeActuator::apply(const std::string& name, const Thresholds& wanted, bool afresh, Outcome& outcome)
 {
-    const BatteryCharger before = inspect(files);
-    if (before.holds(wanted)) {
+    const Files files = read(name);
+    const BatteryCharger before = inspect(name, files.attributes);
+    const bool isTrusted = !afresh || !before.family->echoes || before.control == ChargeControl::none;
+    if (before.holds(wanted) && isTrusted) {
         outcome.chargers.push_back(before);
         return;
     }
     const Thresholds aim = before.fitted(wanted);
     if (!before.isObeyed && aim.end < 100) write(files.folder / chargeTypes, customType);
-    const bool written = writePair(files, before.inForce, aim);
-    const Thresholds shown = written ? readBack(files, aim) : aim;
-    const std::string unlike = "unlike " + before.name;
-    if (written && shown == aim) {
-        settled_.erase(before.name);
-        complaints_.settle(unlike);
-    } else if (written) {
-        settled_.insert_or_assign(before.name, BatteryCharger::Settled{aim, shown});
-        complaints_.raise(unlike, "The charger made something else of what was written. Wanted: " +
-                                      sentence(before.name, aim) +
-                                      ". It shows: " + sentence(before.name, shown) + ".");
-    }
-    outcome.chargers.push_back(inspect(files));
-    const auto& after = outcome.chargers.back();
-    if (after.inForce && (after.inForce != before.inForce || after.isObeyed != before.isObeyed)) {
-        outcome.changes.push_back(sentence(after.name, *after.inForce) + ".");
+    const auto from = isTrusted ? before.inForce : std::nullopt;
+    const bool isWritten = writePair(files, *before.family, from, aim);
+    const BatteryCharger after = inspect(name, read(name).attributes);
+    if (isWritten && after.inForce != aim) {
+        pending_.insert_or_assign(name, Pending{aim, before});
+        outcome.chargers.push_back(after);
+    } else {
+        if (isWritten) deviations_.erase(name);
+        conclude({aim, before}, outcome);
     }
 }
 
-bool ChargeActuator::writePair(const Files& files, const std::optional<Thresholds>& from,
-                               const Thresholds& to)
+ChargeActuator::Outcome ChargeActuator::settle()
 {
-    const DriverFamily& family = familyOf(files);
-    const bool startChanges = to.start && !files.start.empty() && (!from || to.start != from->start);
+    Outcome outcome;
+    for (const auto& name : batteries_) {
+        const auto found = pending_.find(name);
+        if (found == pending_.end()) {
+            outcome.chargers.push_back(inspect(name, read(name).attributes));
+            continue;
+        }
+        const auto shown = inspect(name, read(name).attributes).inForce;
+        if (shown && *shown != found->second.aim) {
+            deviations_.insert_or_assign(name, BatteryCharger::Deviation{found->second.aim, *shown});
+        }
+        conclude(found->second, outcome);
+    }
+    pending_.clear();
+    return outcome;
+}
+
+/// The chargers as they are now, and what that changed.
+void ChargeActuator::conclude(const Pending& write, Outcome& outcome)
+{
+    const auto& name = write.before.name;
+    const auto after = inspect(name, read(name).attributes);
+    const std::string deviates = name + " deviates";
+    if (after.deviation) {
+        complaints_.raise(deviates, name + ": wrote " + brief(write.aim) + ", the driver reports " +
+                                        brief(after.deviation->shown) +
+                                        "; leaving it at that and trying again later.");
+    } else if (after.inForce == write.aim) {
+        complaints_.settle(deviates);
+    }
+    if (changed(write.before, after)) outcome.changes.push_back(sentence(name, *after.inForce) + ".");
+    outcome.chargers.push_back(after);
+}
+
+bool ChargeActuator::writePair(const Files& files, const DriverFamily& family,
+                               const std::optional<Thresholds>& from, const Thresholds& to)
+{
+    const bool hasStart = !files.attributes.startFile.empty();
+    const bool startChanges = to.start && hasStart && (!from || to.start != from->start);
     const bool writesStart = startChanges && !family.startFollows;
     const bool writesEnd = !from || to.end != from->end || (startChanges && !writesStart);
-    if (!writesStart) return !writesEnd || write(files.end, to.end);
-    if (!writesEnd) return write(files.start, *to.start);
+    if (!writesStart) return !writesEnd || write(files.end(), to.end);
+    if (!writesEnd) return write(files.start(), *to.start);
     // Drivers compare with the partner that they hold, which nobody knows here: one of the two orders passes.
     if (!from) {
-        return (write(files.end, to.end) && write(files.start, *to.start)) ||
-               (write(files.start, *to.start) && write(files.end, to.end));
+        return (write(files.end(), to.end) && write(files.start(), *to.start)) ||
+               (write(files.start(), *to.start) && write(files.end(), to.end));
     }
 
     // A start too near to the old end, or above it, has to wait for the new end.
     const bool endFirst = *to.start > from->end - family.gap;
-    const auto& first = endFirst ? files.end : files.start;
-    const auto& second = endFirst ? files.start : files.end;
+    const auto first = endFirst ? files.end() : files.start();
+    const auto second = endFirst ? files.start() : files.end();
     if (!write(first, endFirst ? to.end : *to.start)) return false;
     if (write(second, endFirst ? *to.start : to.end)) return true;
     write(first, endFirst ? from->end : from->start.value_or(0));
@@ -175,13 +205,11 @@ bool ChargeActuator::writePair(const Files& files, const std::optional<Threshold
 bool ChargeActuator::write(const std::filesystem::path& file, const std::string& text)
 {
     int error = 0;
-    const int fd = open(file.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
-    if (fd < 0) {
+    const FileDescriptor opened(open(file.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (!opened) {
         error = errno;
-    } else {
-        if (::write(fd, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
-            error = errno ? errno : EIO;
-        close(fd);
+    } else if (::write(opened.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        error = errno ? errno : EIO;
     }
     if (error == 0) {
         complaints_.settle(file);
@@ -190,26 +218,6 @@ bool ChargeActuator::write(const std::filesystem::path& file, const std::string&
     complaints_.raise(file, "Cannot write " + text + " to " + file.string() + ": " +
                                 std::generic_category().message(error) + ".");
     return false;
-}
-
-Thresholds ChargeActuator::readBack(const Files& files, const Thresholds& written)
-{
-    const auto shown = [&] {
-        return Thresholds{files.start.empty() ? std::nullopt : percentAt(files.start),
-                          percentAt(files.end).value_or(100)};
-    };
-    const Thresholds first = shown();
-    if (first == written || settle_.count() == 0) return first;
-    std::this_thread::sleep_for(settle_);
-    return shown();
-}
-
-/// dell-laptop and its like list their charge types and obey thresholds in "Custom" alone.
-bool ChargeActuator::obeysThresholds(const Files& files) const
-{
-    const auto file = files.folder / chargeTypes;
-    const std::string types = sysfs_.read(file.lexically_relative(sysfs_.root())).text;
-    return types.find(customType) == std::string::npos || types.find("[Custom]") != std::string::npos;
 }
 
 } // namespace velmora

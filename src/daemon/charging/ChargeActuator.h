@@ -10,7 +10,6 @@
 #include "power/PowerSupplyReader.h"
 #include "power/Sysfs.h"
 
-#include <chrono>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -28,18 +27,21 @@ struct BatteryCharger {
     /// False where the driver has a charge type that obeys thresholds, and another one is active.
     bool isObeyed = true;
 
-    /// A driver that made something else of `written` and was believed: it showed `shown`.
-    struct Settled {
+    /// `written` was taken without an error, and the driver reports `shown`: the best it can do, or a
+    /// firmware that was not listening.
+    struct Deviation {
         Thresholds written;
         Thresholds shown;
-        friend bool operator==(const Settled&, const Settled&) = default;
+        friend bool operator==(const Deviation&, const Deviation&) = default;
     };
-    std::optional<Settled> settled{};
+    std::optional<Deviation> deviation{};
 
     /// `wanted` as this charger can take it.
     Thresholds fitted(Thresholds wanted) const;
-    /// Whether nothing need be written for `wanted`; true where nothing can be.
+    /// Whether nothing need be written for `wanted`; true where nothing can be, and where it `deviates`.
     bool holds(const Thresholds& wanted) const;
+    /// Whether it holds what its driver made of `wanted`, which is something else.
+    bool deviates(const Thresholds& wanted) const;
 };
 
 /// The only writer under /sys. It may be held for seconds by firmware that does not answer: it belongs to a
@@ -50,46 +52,59 @@ struct BatteryCharger {
 /// where the second half failed.
 class ChargeActuator {
 public:
-    /// What one call of `apply` did.
+    /// What one call of `apply` or `settle` did.
     struct Outcome {
         std::vector<BatteryCharger> chargers; ///< as they are afterwards
         std::vector<std::string> changes;     ///< sentences; empty where nothing had to be written
+        bool isSettling = false;              ///< `settle` is to be called in a moment
     };
 
-    /// `settle`: how long to wait before a second look at a value that does not read back as written; some
-    /// controllers take a moment.
-    ChargeActuator(Sysfs sysfs, Log& log, std::chrono::milliseconds settle = std::chrono::milliseconds{300});
+    ChargeActuator(Sysfs sysfs, Log& log) : sysfs_(std::move(sysfs)), complaints_(log, "ChargeActuator") {}
 
-    std::vector<BatteryCharger> inspect();
+    /// The chargers of `batteries`, as they were read.
+    std::vector<BatteryCharger> inspect(const std::vector<BatteryReading>& batteries);
 
-    /// Makes every internal battery's charger hold `wanted`. `afresh`: also where its driver had made
-    /// something else of it before, as after a start, a plug or a resume.
-    Outcome apply(const Thresholds& wanted, bool afresh);
+    /// Makes the chargers of `batteries`, the names of supplies, hold `wanted`. `afresh`, as after a start, a
+    /// plug or a resume: also where the driver had made something else of it before, and where it reads right
+    /// by a driver that shows only what was last sent.
+    Outcome apply(const std::vector<std::string>& batteries, const Thresholds& wanted, bool afresh);
+
+    /// Ends an `apply` after which a value did not read back as written: some controllers take a moment. What
+    /// reads differently still is a deviation.
+    Outcome settle();
 
 private:
+    /// The files of one battery, and what they held.
     struct Files {
         std::filesystem::path folder;
-        std::filesystem::path start; ///< empty where there is none
-        std::filesystem::path end;
+        ChargeAttributes attributes;
+
+        std::filesystem::path start() const { return folder / attributes.startFile; }
+        std::filesystem::path end() const { return folder / attributes.endFile; }
     };
 
-    std::vector<Files> files();
-    const DriverFamily& familyOf(const Files& files);
-    std::optional<int> percentAt(const std::filesystem::path& file) const;
-    BatteryCharger inspect(const Files& files);
-    void apply(const Files& files, const Thresholds& wanted, Outcome& outcome);
-    bool writePair(const Files& files, const std::optional<Thresholds>& from, const Thresholds& to);
+    /// A write of which the result is not clear yet.
+    struct Pending {
+        Thresholds aim;
+        BatteryCharger before;
+    };
+
+    const DriverFamily& familyOf(const std::string& name, const ChargeAttributes& attributes);
+    BatteryCharger inspect(const std::string& name, const ChargeAttributes& attributes);
+    Files read(const std::string& name);
+    void apply(const std::string& name, const Thresholds& wanted, bool afresh, Outcome& outcome);
+    void conclude(const Pending& write, Outcome& outcome);
+    bool writePair(const Files& files, const DriverFamily& family, const std::optional<Thresholds>& from,
+                   const Thresholds& to);
     bool write(const std::filesystem::path& file, const std::string& text);
     bool write(const std::filesystem::path& file, int value) { return write(file, std::to_string(value)); }
-    Thresholds readBack(const Files& files, const Thresholds& written);
-    bool obeysThresholds(const Files& files) const;
 
     Sysfs sysfs_;
-    PowerSupplyReader supplies_;
     Complaints complaints_;
-    std::chrono::milliseconds settle_;
-    std::map<std::string, BatteryCharger::Settled, std::less<>> settled_; // by supply
-    std::map<std::string, const DriverFamily*, std::less<>> families_; // by supply, while it has thresholds
+    std::vector<std::string> batteries_;                  // of the last `apply`
+    std::map<std::string, Pending, std::less<>> pending_; // by supply, as the next two
+    std::map<std::string, BatteryCharger::Deviation, std::less<>> deviations_;
+    std::map<std::string, const DriverFamily*, std::less<>> families_; // while it has thresholds
 };
 
 } // namespace velmora

@@ -40,6 +40,18 @@ std::string holding(const char* who, const Thresholds& thresholds, ChargeControl
 
 } // namespace
 
+ChargeReading ChargeReading::of(const PowerSnapshot& snapshot)
+{
+    if (!snapshot.battery) return {};
+    const auto& battery = *snapshot.battery;
+    return {.percentage = battery.percentage,
+            .isCharging = battery.isCharging,
+            .isFull = battery.isFull,
+            .hasExternalPower = snapshot.supplies.isExternallyPowered,
+            .chargingPower = battery.power,
+            .emptiest = battery.lowestPercentage};
+}
+
 std::string_view name(ChargeControl control)
 {
     switch (control) {

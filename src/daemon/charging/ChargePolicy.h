@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "power/PowerSnapshot.h"
 #include "wire/VelmoraProtocol.h"
 
 #include <cstdint>
@@ -20,6 +21,9 @@ struct ChargeReading {
     bool hasExternalPower = true;          ///< mains, dock or USB; true on a desktop
     std::optional<double> chargingPower{}; ///< watts, negative while the battery gives; absent if not known
     std::optional<double> emptiest{};      ///< percent, of the emptiest where there are several batteries
+
+    /// What the machine without a battery has is external power.
+    static ChargeReading of(const PowerSnapshot& snapshot);
 
     /// The level that decides whether anything charges below a limit.
     double lowestLevel() const { return emptiest.value_or(percentage); }

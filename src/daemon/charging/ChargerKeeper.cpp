@@ -8,44 +8,33 @@
 
 namespace velmora {
 
-namespace {
-constexpr auto category = "ChargerKeeper";
-}
+using namespace std::chrono_literals;
 
-ChargerKeeper::ChargerKeeper(const Ports& ports, std::function<void(const Look&)> seen,
-                             std::function<void(bool changed)> acted)
+namespace {
+
+constexpr auto category = "ChargerKeeper";
+
+/// Some controllers take a moment to show what was written.
+constexpr auto settleTime = 300ms;
+constexpr std::chrono::milliseconds firstRetry = 2min;
+constexpr std::chrono::milliseconds maximumRetry = 1h;
+
+} // namespace
+
+ChargerKeeper::ChargerKeeper(const Ports& ports, std::function<void(bool changed)> acted)
     : ports_(ports),
-      seen_(std::move(seen)),
       acted_(std::move(acted)),
+      retryDelay_(firstRetry),
       changeLog_(ports.loop, ports.log, ports.clock, category, LogBudget::manyAtOnce)
 {
 }
 
-void ChargerKeeper::look()
+void ChargerKeeper::observe(const std::vector<BatteryCharger>& chargers)
 {
-    if (isLooking_) {
-        isLookWanted_ = true;
-        return;
-    }
-    isLooking_ = true;
-    ports_.hardware.async([ports = ports_,
-                           took = lifetime_.guard([this](const Look& look) { this->took(look); })] {
-        Look look{ports.powerSources.descriptions(), ports.thermalLevel.level(), ports.actuator.inspect()};
-        ports.loop.post([took, look = std::move(look)] { took(look); });
-    });
-}
-
-void ChargerKeeper::took(const Look& look)
-{
-    isLooking_ = false;
-    if (!isActing_) { // an attempt on its way knows better
-        const bool isNew =
-            std::ranges::any_of(look.chargers, [this](const auto& one) { return isNewcomer(one); });
-        if (isNew) forgetHistory();
-        chargers_ = look.chargers;
-    }
-    seen_(look);
-    if (std::exchange(isLookWanted_, false)) this->look();
+    if (isActing_) return; // the attempt on its way knows better
+    const bool isNew = std::ranges::any_of(chargers, [this](const auto& one) { return isNewcomer(one); });
+    if (isNew) forgetHistory();
+    chargers_ = chargers;
 }
 
 bool ChargerKeeper::hold(const ChargeDecision& decision)
@@ -55,19 +44,48 @@ bool ChargerKeeper::hold(const ChargeDecision& decision)
     if (!decision.thresholds) return false;
     const Thresholds wanted = *decision.thresholds;
     const bool holds = std::ranges::all_of(chargers_, [&](const auto& one) { return one.holds(wanted); });
-    if (holds && !isAfresh_) {
+    const bool isRetry = holds && isRetryDue(wanted);
+    if (holds && !isAfresh_ && !isRetry) {
         attempted_ = wanted;
         return false;
     }
     if (!holds && !mayWrite(wanted)) return false;
-    isActing_ = true;
-    ports_.hardware.async([ports = ports_, wanted, reason = decision.reason,
-                           afresh = std::exchange(isAfresh_, false),
-                           done = lifetime_.guard([this](const Attempt& attempt) { attempted(attempt); })] {
-        auto outcome = ports.actuator.apply(wanted, afresh);
-        ports.loop.post([done, attempt = Attempt{wanted, reason, std::move(outcome)}] { done(attempt); });
-    });
+    begin(wanted, decision.reason, std::exchange(isAfresh_, false) || isRetry);
     return true;
+}
+
+void ChargerKeeper::begin(const Thresholds& wanted, const std::string& reason, bool afresh)
+{
+    isActing_ = true;
+    std::vector<std::string> batteries;
+    for (const auto& one : chargers_) batteries.push_back(one.name);
+    ports_.hardware.async([ports = ports_, batteries, attempt = Attempt{wanted, reason, {}}, afresh,
+                           done = lifetime_.guard([this](const Attempt& made) { wrote(made); })]() mutable {
+        attempt.outcome = ports.actuator.apply(batteries, attempt.wanted, afresh);
+        ports.loop.post([done, attempt = std::move(attempt)] { done(attempt); });
+    });
+}
+
+void ChargerKeeper::wrote(Attempt attempt)
+{
+    if (!attempt.outcome.isSettling) return attempted(attempt);
+    settling_ = ports_.loop.after(settleTime, lifetime_.guard([this, attempt = std::move(attempt)] {
+        const auto spent = std::exchange(settling_, nullptr);
+        settle(attempt);
+    }));
+}
+
+void ChargerKeeper::settle(const Attempt& attempt)
+{
+    ports_.hardware.async([ports = ports_, attempt = Attempt(attempt), done = lifetime_.guard([this](const Attempt& settled) {
+        attempted(settled);
+    })]() mutable {
+        auto before = std::move(attempt.outcome.changes);
+        attempt.outcome = ports.actuator.settle();
+        before.insert(before.end(), attempt.outcome.changes.begin(), attempt.outcome.changes.end());
+        attempt.outcome.changes = std::move(before);
+        ports.loop.post([done, attempt = std::move(attempt)] { done(attempt); });
+    });
 }
 
 bool ChargerKeeper::mayWrite(const Thresholds& wanted)
@@ -75,31 +93,55 @@ bool ChargerKeeper::mayWrite(const Thresholds& wanted)
     if (isAfresh_ || attempted_ != wanted) return true;
     if (repairs_.spend(ports_.clock.sinceBoot())) {
         hasGivenUp_ = false;
-        ports_.log.warning(category, "The charger does not hold what was set: setting it again.");
+        ports_.log.warning(category, "The charger no longer holds what was set; setting it again.");
         return true;
     }
     if (!std::exchange(hasGivenUp_, true)) {
         ports_.log.warning(category,
-                           "Something else keeps changing the charger, or it does not take what is set; it "
-                           "is left alone for up to an hour.");
+                           "The charger keeps losing what is set, perhaps to another program; leaving it as "
+                           "it is for up to an hour.");
     }
     return false;
+}
+
+/// Whether the driver of a charger that deviates from `wanted` may listen by now.
+bool ChargerKeeper::isRetryDue(const Thresholds& wanted)
+{
+    const auto now = ports_.clock.sinceBoot();
+    const bool deviates =
+        std::ranges::any_of(chargers_, [&](const auto& one) { return one.deviates(wanted); });
+    return deviates && retryAt_ && now >= *retryAt_ && repairs_.spend(now);
+}
+
+void ChargerKeeper::planRetry(const Thresholds& wanted)
+{
+    const bool deviates =
+        std::ranges::any_of(chargers_, [&](const auto& one) { return one.deviates(wanted); });
+    if (!deviates || attempted_ != wanted) retryDelay_ = firstRetry;
+    retryAt_.reset();
+    if (!deviates) return;
+    retryAt_ = ports_.clock.sinceBoot() + retryDelay_;
+    retryDelay_ = std::min(retryDelay_ * 2, maximumRetry);
+}
+
+void ChargerKeeper::noteChange(const Attempt& attempt)
+{
+    lastAction_.clear();
+    for (const auto& change : attempt.outcome.changes)
+        lastAction_ += (lastAction_.empty() ? "" : " ") + change;
+    lastReason_ = attempt.reason;
+    lastActionDate_ = ports_.clock.now();
+    changeLog_.info(lastAction_ + " " + lastReason_);
 }
 
 void ChargerKeeper::attempted(const Attempt& attempt)
 {
     isActing_ = false;
-    attempted_ = attempt.wanted;
     chargers_ = attempt.outcome.chargers;
+    planRetry(attempt.wanted);
+    attempted_ = attempt.wanted;
     const bool changed = !attempt.outcome.changes.empty();
-    if (changed) {
-        lastAction_.clear();
-        for (const auto& change : attempt.outcome.changes)
-            lastAction_ += (lastAction_.empty() ? "" : " ") + change;
-        lastReason_ = attempt.reason;
-        lastActionDate_ = ports_.clock.now();
-        changeLog_.info(lastAction_ + " " + lastReason_);
-    }
+    if (changed) noteChange(attempt);
     const bool isOutdated = decision_ && decision_->thresholds && decision_->thresholds != attempt.wanted;
     if (isOutdated && hold(ChargeDecision(*decision_))) return;
     acted_(changed);
@@ -116,6 +158,7 @@ bool ChargerKeeper::isNewcomer(const BatteryCharger& charger) const
 void ChargerKeeper::forgetHistory()
 {
     isAfresh_ = true;
+    retryDelay_ = firstRetry;
 }
 
 ChargeControl ChargerKeeper::control() const

@@ -9,46 +9,36 @@
 #include "platform/Clock.h"
 #include "platform/LogBudget.h"
 #include "platform/MainLoop.h"
-#include "platform/PowerSources.h"
-#include "platform/ThermalLevel.h"
 #include "platform/WorkQueue.h"
 #include "wire/ChargerReport.h"
 
+#include <chrono>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <vector>
 
 namespace velmora {
 
-/// Keeps the charger at what was decided, and knows what it holds. The files of /sys are read and written on
-/// a worker, since firmware may hold either for seconds; everything else here belongs to the main thread.
+/// Keeps the charger at what was decided, and knows what it holds. Repairs what was reset, a few times an
+/// hour at most: more is a quarrel with another program. Where a driver reports something else than was
+/// written, the value is written again after some minutes, then ever more seldom, once an hour in the end.
+/// Files are written on a worker, since firmware may hold a write for seconds; everything here belongs to the
+/// main thread.
 class ChargerKeeper {
 public:
-    /// What one look at the machine shows.
-    struct Look {
-        std::vector<PowerSourceDescription> sources;
-        int thermalLevel = 0;
-        std::vector<BatteryCharger> chargers;
-    };
-
     struct Ports {
         MainLoop& loop;
         const Clock& clock;
         Log& log;
-        WorkQueue& hardware; ///< the worker that alone touches the next three
-        PowerSources& powerSources;
-        ThermalLevel& thermalLevel;
+        WorkQueue& hardware; ///< the worker that alone calls the actuator
         ChargeActuator& actuator;
     };
 
-    /// `seen` is called with each look at the machine; `acted` after each attempt to change the charger, with
-    /// whether it changed.
-    ChargerKeeper(const Ports& ports, std::function<void(const Look&)> seen,
-                  std::function<void(bool changed)> acted);
+    /// `acted` is called after each attempt to change the charger, with whether it changed.
+    ChargerKeeper(const Ports& ports, std::function<void(bool changed)> acted);
 
-    /// Reads the machine. A look asked for while one is on its way is taken after it, once.
-    void look();
+    /// The chargers as a look at the machine shows them.
+    void observe(const std::vector<BatteryCharger>& chargers);
 
     /// Makes the charger hold this, now and after every later look. Returns whether an attempt is on its way,
     /// of which `acted` will tell.
@@ -74,17 +64,19 @@ private:
         ChargeActuator::Outcome outcome;
     };
 
-    void took(const Look& look);
     bool isNewcomer(const BatteryCharger& charger) const;
     bool mayWrite(const Thresholds& wanted);
+    bool isRetryDue(const Thresholds& wanted);
+    void begin(const Thresholds& wanted, const std::string& reason, bool afresh);
+    void wrote(Attempt attempt);
+    void settle(const Attempt& attempt);
     void attempted(const Attempt& attempt);
+    void planRetry(const Thresholds& wanted);
+    void noteChange(const Attempt& attempt);
 
     Lifetime lifetime_;
     Ports ports_;
-    std::function<void(const Look&)> seen_;
     std::function<void(bool)> acted_;
-    bool isLooking_ = false;
-    bool isLookWanted_ = false;
     std::vector<BatteryCharger> chargers_;
     std::optional<ChargeDecision> decision_;
     std::optional<Thresholds> attempted_; ///< what the last attempt was for
@@ -92,7 +84,10 @@ private:
     bool isAfresh_ = true;
     bool hasGivenUp_ = false; ///< the log has said so
     RepairBudget repairs_;
-    LogBudget changeLog_; ///< clients may ask for a new one at any pace
+    MainLoop::Timer settling_;
+    std::optional<std::chrono::milliseconds> retryAt_; ///< since boot; absent while no driver deviates
+    std::chrono::milliseconds retryDelay_;             ///< to the retry after the next attempt
+    LogBudget changeLog_;                              ///< clients may ask for a new one at any pace
     std::string lastAction_ = "none";
     std::string lastReason_ = "none";
     Date lastActionDate_{};

@@ -25,7 +25,7 @@ constexpr std::array families{
                  .lowestEnd = 55,
                  .gap = 5},
     // End only. Stores anything from 0 to 100 and shows it, whatever the firmware makes of it.
-    DriverFamily{.name = "asus-wmi", .module = "asus_wmi"},
+    DriverFamily{.name = "asus-wmi", .module = "asus_wmi", .echoes = true},
     DriverFamily{.name = "huawei-wmi", .module = "huawei_wmi"},
     // EINVAL for anything but these.
     DriverFamily{.name = "lg-laptop", .module = "lg_laptop", .lowestEnd = 80, .ends = eightyOrFull},

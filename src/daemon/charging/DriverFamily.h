@@ -29,6 +29,9 @@ struct DriverFamily {
     std::span<const int> ends{};
     /// The start follows the end and is not written.
     bool startFollows = false;
+    /// It shows what was last sent, whatever the firmware holds: after a start, a plug or a resume the value
+    /// is sent again.
+    bool echoes = false;
 
     /// The nearest that it takes: no end above the wanted one where there is a choice.
     Thresholds fitted(Thresholds wanted) const;

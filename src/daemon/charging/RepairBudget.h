@@ -10,13 +10,13 @@ namespace velmora {
 /// A few repairs an hour: enough for resets by firmware and drivers, too few to fight with another program.
 class RepairBudget {
 public:
-    static constexpr std::size_t mostAnHour = 4;
+    static constexpr std::size_t maximumAnHour = 4;
 
     /// Takes one repair at `now` (since boot), if there is one left.
     bool spend(std::chrono::milliseconds now) { return repairs_.spend(now); }
 
 private:
-    TokenBucket repairs_{mostAnHour, std::chrono::minutes{60 / mostAnHour}};
+    TokenBucket repairs_{maximumAnHour, std::chrono::minutes{60 / maximumAnHour}};
 };
 
 } // namespace velmora

@@ -29,6 +29,7 @@ sd_bus_vtable tableEnd()
     return SD_BUS_VTABLE_END;
 }
 
+constexpr auto propertiesInterface = "org.freedesktop.DBus.Properties";
 constexpr auto loginName = "org.freedesktop.login1";
 
 /// Throws std::system_error unless the bus's answer to RequestName is that the name is ours.
@@ -96,6 +97,11 @@ void DaemonObject::takeUp()
                                   served<&DaemonObject::introspect>, this),
                 "sd_bus_add_object");
     slots_.emplace_back(description);
+    sd_bus_slot* questions = nullptr; // beside them too: their answers cannot wait for a look
+    dbus::check(sd_bus_add_object(bus_.get(), &questions, wire::objectPath,
+                                  served<&DaemonObject::chargerAsked>, this),
+                "sd_bus_add_object");
+    slots_.emplace_back(questions);
     login_.emplace(bus_.get(), loginName);
     slots_.push_back(dbus::match(bus_.get(),
                                  std::string("type='signal',sender='") + loginName +
@@ -161,7 +167,13 @@ void DaemonObject::serve()
 
 int DaemonObject::getBatteryState(sd_bus_message* call)
 {
-    if (isServing_ || waiting_.size() >= maximumWaiting) return answerState(call);
+    if (isServing_) {
+        service_.ask([this, kept = dbus::keep(call)] {
+            attempt("answer with the state", [&] { answerState(kept.get()); });
+        });
+        return 1;
+    }
+    if (waiting_.size() >= maximumWaiting) return answerState(call);
     waiting_.push_back(dbus::keep(call));
     return 1;
 }
@@ -176,7 +188,9 @@ int DaemonObject::answerState(sd_bus_message* call)
 int DaemonObject::getAnalyticsHistory(sd_bus_message* call)
 {
     callers_.identify(call, [this, kept = dbus::keep(call)](const Caller& caller) {
-        attempt("answer with the history", [&] { answerHistory(kept.get(), caller.uid); });
+        service_.ask([this, kept, user = caller.uid] {
+            attempt("answer with the history", [&] { answerHistory(kept.get(), user); });
+        });
     });
     return 1;
 }
@@ -218,6 +232,41 @@ int DaemonObject::toggleCharging(sd_bus_message* call)
     };
     callers_.identify(call, [this, reply](const Caller& caller) { service_.toggleCharging(caller, reply); });
     return 1;
+}
+
+/// What sd-bus would answer by itself, once there is something worth telling.
+int DaemonObject::chargerAsked(sd_bus_message* call)
+{
+    const bool isOne = sd_bus_message_is_method_call(call, propertiesInterface, "Get") > 0;
+    if (!isOne && sd_bus_message_is_method_call(call, propertiesInterface, "GetAll") <= 0) return 0;
+    const char* interface = "";
+    const char* name = "";
+    const int read = isOne ? sd_bus_message_read(call, "ss", &interface, &name)
+                           : sd_bus_message_read(call, "s", &interface);
+    const bool isOurs = read >= 0 && std::string_view(interface) == ChargerReport::interface &&
+                        (!isOne || announced_.find(name));
+    dbus::check(sd_bus_message_rewind(call, true), "read a call again");
+    if (!isOurs || !isServing_) return 0;
+    service_.ask([this, kept = dbus::keep(call), name = std::string(name)] {
+        attempt("answer with the charger", [&] { answerCharger(kept.get(), name); });
+    });
+    return 1;
+}
+
+void DaemonObject::answerCharger(sd_bus_message* call, const std::string& name)
+{
+    const auto reply = dbus::replyTo(call);
+    const KeyedArchive report = service_.charger().archived();
+    const auto* value = name.empty() ? nullptr : report.find(name);
+    if (value) {
+        const char type[] = {dbus::typeOf(*value), '\0'};
+        dbus::check(sd_bus_message_open_container(reply.get(), 'v', type), "open a value");
+        dbus::append(reply.get(), *value);
+        dbus::check(sd_bus_message_close_container(reply.get()), "close a value");
+    } else {
+        dbus::append(reply.get(), report);
+    }
+    dbus::send(reply);
 }
 
 int DaemonObject::introspect(sd_bus_message* call)
@@ -303,7 +352,7 @@ void DaemonObject::chargerChanged(const ChargerReport& report)
     announced_ = std::move(current);
     if (changes.values().empty()) return;
     attempt("announce the charger", [&] {
-        const auto news = signal("org.freedesktop.DBus.Properties", "PropertiesChanged");
+        const auto news = signal(propertiesInterface, "PropertiesChanged");
         dbus::check(sd_bus_message_append(news.get(), "s", ChargerReport::interface), "append");
         dbus::append(news.get(), changes);
         dbus::check(sd_bus_message_append(news.get(), "as", 0), "append");

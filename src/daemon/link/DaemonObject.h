@@ -83,6 +83,8 @@ private:
     int answerState(sd_bus_message* call);
     void answerHistory(sd_bus_message* call, uid_t user);
     int introspect(sd_bus_message* call);
+    int chargerAsked(sd_bus_message* call);
+    void answerCharger(sd_bus_message* call, const std::string& name);
     int sleepChanged(sd_bus_message* signal);
     int disconnected(sd_bus_message* signal);
     static int chargerProperty(sd_bus* bus, const char* path, const char* interface, const char* property,

@@ -27,6 +27,10 @@ public:
 
     virtual ~DaemonService() = default;
 
+    /// Calls `answer` once what is known of the machine is at most a few seconds old, and after 50 ms at the
+    /// latest.
+    virtual void ask(std::function<void()> answer) = 0;
+
     virtual HSBatteryState batteryState() = 0;
     virtual const std::vector<HSHistorySnapshot>& analyticsHistory() = 0;
     virtual ChargerReport charger() = 0;

@@ -13,20 +13,27 @@ namespace {
 
 constexpr double micro = 1e-6;
 constexpr double milli = 1e-3;
-constexpr double leastContent = 0.1; // Wh or Ah
-constexpr double mostContent = 1000;
-constexpr double mostOverFull = 1.1;
-constexpr double threeCells = 11.1; // V
-constexpr double noise = 0.1;       // W
-constexpr double mostPower = 500;   // W
+constexpr double minimumContent = 0.1; // Wh or Ah
+constexpr double maximumContent = 1000;
+constexpr double maximumOverFull = 1.1;
+constexpr double threeCells = 11.1;  // V
+constexpr double noise = 0.1;        // W
+constexpr double maximumPower = 500; // W
 
-std::optional<double> number(const DeviceAttributes& battery, const std::string& name)
+std::optional<double> number(DeviceAttributes& battery, const std::string& name)
 {
     const auto value = battery.integer(name);
     return value ? std::optional(static_cast<double>(*value)) : std::nullopt;
 }
 
-SupplyStatus readStatus(const DeviceAttributes& battery)
+/// Of what a battery was made with, which stays.
+std::optional<double> designNumber(DeviceAttributes& battery, const std::string& name)
+{
+    const auto value = battery.fixedInteger(name);
+    return value ? std::optional(static_cast<double>(*value)) : std::nullopt;
+}
+
+SupplyStatus readStatus(DeviceAttributes& battery)
 {
     static constexpr std::pair<std::string_view, SupplyStatus> words[] = {
         {"Unknown", SupplyStatus::unknown},
@@ -44,27 +51,38 @@ SupplyStatus readStatus(const DeviceAttributes& battery)
     return SupplyStatus::unknown;
 }
 
-/// Volts; nothing where the attribute is absent or no battery could have that.
-std::optional<double> readVoltage(const DeviceAttributes& battery, const std::string& name)
+/// Volts; nothing where there is no number or no battery could have that.
+std::optional<double> believedVoltage(std::optional<double> raw)
 {
-    const auto raw = number(battery, name);
     if (!raw) return std::nullopt;
     const double volts = *raw < 1e6 ? *raw * milli : *raw * micro;
     return volts >= 1 && volts <= 100 ? std::optional(volts) : std::nullopt;
 }
 
+/// Read when they are needed, which is for few batteries.
 struct Voltages {
-    std::optional<double> nominal; ///< by which charge becomes energy
-    std::optional<double> now;     ///< at the terminals, or nominal
-};
+    DeviceAttributes& battery;
 
-Voltages readVoltages(const DeviceAttributes& battery)
-{
-    const auto now = readVoltage(battery, "voltage_now");
-    auto nominal = readVoltage(battery, "voltage_min_design");
-    if (!nominal) nominal = readVoltage(battery, "voltage_max_design");
-    return {.nominal = nominal ? nominal : now, .now = now ? now : nominal};
-}
+    /// By which charge becomes energy.
+    std::optional<double> nominal() const
+    {
+        const auto voltage = design();
+        return voltage ? voltage : believedVoltage(number(battery, "voltage_now"));
+    }
+
+    /// At the terminals, or nominal.
+    std::optional<double> now() const
+    {
+        const auto voltage = believedVoltage(number(battery, "voltage_now"));
+        return voltage ? voltage : design();
+    }
+
+    std::optional<double> design() const
+    {
+        const auto lowest = believedVoltage(designNumber(battery, "voltage_min_design"));
+        return lowest ? lowest : believedVoltage(designNumber(battery, "voltage_max_design"));
+    }
+};
 
 /// `energy_*` in Wh or `charge_*` in Ah.
 struct Family {
@@ -73,34 +91,34 @@ struct Family {
     bool isCharge = false;
 };
 
-void believeContent(const DeviceAttributes& battery, const std::string& name, std::optional<double>& content)
+void believeContent(DeviceAttributes& battery, const std::string& name, std::optional<double>& content)
 {
-    if (!content || (*content >= leastContent && *content <= mostContent)) return;
+    if (!content || (*content >= minimumContent && *content <= maximumContent)) return;
     battery.complain(name, "is not believed: no battery holds that");
     content.reset();
 }
 
-Family readFamily(const DeviceAttributes& battery, const std::string& prefix)
+Family readFamily(DeviceAttributes& battery, const std::string& prefix)
 {
     Family family;
     family.now = number(battery, prefix + "_now");
     family.full = number(battery, prefix + "_full");
-    family.design = number(battery, prefix + "_full_design");
-    const double most = std::max(family.full.value_or(0), family.design.value_or(0));
-    if (most > 0 && most * micro < leastContent) family.unit = milli;
+    family.design = designNumber(battery, prefix + "_full_design");
+    const double largest = std::max(family.full.value_or(0), family.design.value_or(0));
+    if (largest > 0 && largest * micro < minimumContent) family.unit = milli;
     for (auto* content : {&family.now, &family.full, &family.design}) {
         if (*content) **content *= family.unit;
     }
     believeContent(battery, prefix + "_full", family.full);
     believeContent(battery, prefix + "_full_design", family.design);
-    if (family.now && (*family.now < 0 || *family.now > mostContent * mostOverFull)) {
+    if (family.now && (*family.now < 0 || *family.now > maximumContent * maximumOverFull)) {
         battery.complain(prefix + "_now", "is not believed: no battery holds that");
         family.now.reset();
     }
     return family;
 }
 
-Family chooseFamily(const DeviceAttributes& battery)
+Family chooseFamily(DeviceAttributes& battery)
 {
     const auto worth = [](const Family& family) { return (family.full ? 2 : 0) + (family.now ? 1 : 0); };
     Family energy = readFamily(battery, "energy");
@@ -110,21 +128,21 @@ Family chooseFamily(const DeviceAttributes& battery)
     return worth(charge) > worth(energy) || (!worth(energy) && charge.design) ? charge : energy;
 }
 
-std::optional<double> readCapacity(const DeviceAttributes& battery)
+std::optional<double> readCapacity(DeviceAttributes& battery)
 {
     const auto capacity = number(battery, "capacity");
     if (!capacity) return std::nullopt;
-    if (*capacity >= 0 && *capacity <= 100 * mostOverFull) return std::min(*capacity, 100.0);
+    if (*capacity >= 0 && *capacity <= 100 * maximumOverFull) return std::min(*capacity, 100.0);
     battery.complain("capacity", "is not believed: no battery is that full");
     return std::nullopt;
 }
 
 /// Makes percentage and what is in the battery agree; the energy that makes it full is known.
-void reconcile(const DeviceAttributes& battery, BatteryReading& reading, std::optional<double> capacity)
+void reconcile(DeviceAttributes& battery, BatteryReading& reading, std::optional<double> capacity)
 {
     const double full = *reading.energyFull;
     auto& now = reading.energyNow;
-    if (now && (*now > full * mostOverFull || (*now == 0 && capacity > 1))) {
+    if (now && (*now > full * maximumOverFull || (*now == 0 && capacity > 1))) {
         battery.complain("energy_now or charge_now", "is not believed: the rest contradicts it");
         now.reset();
     }
@@ -134,14 +152,15 @@ void reconcile(const DeviceAttributes& battery, BatteryReading& reading, std::op
         capacity.reset();
     }
     if (now && capacity && std::abs(*now / full * 100 - *capacity) > 10) {
-        battery.complain("capacity", "contradicts what is in the battery, and is believed");
+        battery.complain("capacity",
+                         "differs from energy_now or charge_now by more than 10 points; using capacity");
         now.reset();
     }
     if (!now && capacity) now = full * *capacity / 100;
     if (now) reading.percentage = capacity.value_or(*now / full * 100);
 }
 
-void readLevel(const DeviceAttributes& battery, BatteryReading& reading)
+void readLevel(DeviceAttributes& battery, BatteryReading& reading)
 {
     const auto capacity = readCapacity(battery);
     if (reading.energyFull) {
@@ -168,7 +187,7 @@ struct Flow {
     std::optional<double> power, rate;
 };
 
-Flow readFlow(const DeviceAttributes& battery, const Family& family, const Voltages& voltages,
+Flow readFlow(DeviceAttributes& battery, const Family& family, const Voltages& voltages,
               const std::string& from)
 {
     if (const auto power = number(battery, "power_" + from)) {
@@ -178,18 +197,19 @@ Flow readFlow(const DeviceAttributes& battery, const Family& family, const Volta
     const auto current = number(battery, "current_" + from);
     if (!current) return {};
     const double amperes = *current * (family.isCharge ? family.unit : micro);
-    const auto power = voltages.now ? std::optional(amperes * *voltages.now) : std::nullopt;
-    const double nominal = amperes * voltages.nominal.value_or(threeCells);
-    return {.power = power, .rate = family.isCharge ? nominal : power.value_or(nominal)};
+    const auto volts = voltages.now();
+    const auto power = volts ? std::optional(amperes * *volts) : std::nullopt;
+    if (!family.isCharge && power) return {.power = power, .rate = power};
+    return {.power = power, .rate = amperes * voltages.nominal().value_or(threeCells)};
 }
 
-void readPower(const DeviceAttributes& battery, const Family& family, const Voltages& voltages,
+void readPower(DeviceAttributes& battery, const Family& family, const Voltages& voltages,
                BatteryReading& reading)
 {
     Flow flow = readFlow(battery, family, voltages, "now");
     if (!flow.rate) flow = readFlow(battery, family, voltages, "avg");
     if (!flow.rate) return;
-    if (std::abs(*flow.rate) >= mostPower || std::abs(flow.power.value_or(0)) >= mostPower) {
+    if (std::abs(*flow.rate) >= maximumPower || std::abs(flow.power.value_or(0)) >= maximumPower) {
         return battery.complain("power_now or current_now", "is not believed: no laptop takes that much");
     }
     const bool isNoise = std::abs(flow.power.value_or(*flow.rate)) < noise;
@@ -198,7 +218,7 @@ void readPower(const DeviceAttributes& battery, const Family& family, const Volt
     if (flow.power || isNoise) reading.power = settled(flow.power.value_or(0));
 }
 
-std::optional<std::chrono::seconds> readSeconds(const DeviceAttributes& battery, const std::string& name)
+std::optional<std::chrono::seconds> readSeconds(DeviceAttributes& battery, const std::string& name)
 {
     constexpr std::int64_t unknown = 65535; // a gauge's 16 bits, all set
     constexpr std::int64_t threeDays = std::chrono::seconds(std::chrono::days(3)).count();
@@ -223,14 +243,48 @@ std::optional<double> times(std::optional<double> content, double factor)
     return content ? std::optional(*content * factor) : std::nullopt;
 }
 
+std::optional<int> percentOf(const SysfsText& read)
+{
+    const auto value = parseInteger(read.text);
+    return value && *value >= 0 && *value <= 100 ? std::optional(static_cast<int>(*value)) : std::nullopt;
+}
+
+/// The first of `names` that is there, and what it holds.
+void readThreshold(DeviceAttributes& battery, std::initializer_list<const char*> names, std::string& file,
+                   std::optional<int>& percent)
+{
+    for (const auto* name : names) {
+        const auto read = battery.read(name);
+        if (read.isAbsent()) continue;
+        file = name;
+        percent = percentOf(read);
+        return;
+    }
+}
+
 } // namespace
 
-BatteryReading readBattery(const DeviceAttributes& battery)
+ChargeAttributes readChargeAttributes(DeviceAttributes& battery)
+{
+    ChargeAttributes charge;
+    // The second names are those of thinkpad_acpi before Linux 5.9.
+    readThreshold(battery, {"charge_control_end_threshold", "charge_stop_threshold"}, charge.endFile,
+                  charge.end);
+    if (charge.endFile.empty()) return charge;
+    readThreshold(battery, {"charge_control_start_threshold", "charge_start_threshold"}, charge.startFile,
+                  charge.start);
+    const std::string types = battery.read("charge_types").text;
+    charge.isObeyed =
+        types.find("Custom") == std::string::npos || types.find("[Custom]") != std::string::npos;
+    return charge;
+}
+
+BatteryReading readBattery(DeviceAttributes& battery)
 {
     BatteryReading reading;
     const Family family = chooseFamily(battery);
-    const Voltages voltages = readVoltages(battery);
-    const double wattHours = family.isCharge ? voltages.nominal.value_or(threeCells) : 1.0;
+    const Voltages voltages{battery};
+    const double wattHours = family.isCharge ? voltages.nominal().value_or(threeCells) : 1.0;
     reading.status = readStatus(battery);
     reading.energyNow = times(family.now, wattHours);
     reading.energyFull = times(family.full ? family.full : family.design, wattHours);
@@ -242,6 +296,7 @@ BatteryReading readBattery(const DeviceAttributes& battery)
     if (const auto cycles = battery.integer("cycle_count"); cycles && *cycles > 0 && *cycles < 100'000) {
         reading.cycleCount = cycles;
     }
+    reading.charge = readChargeAttributes(battery);
     reading.timeToFull = readSeconds(battery, "time_to_full");
     reading.timeToEmpty = readSeconds(battery, "time_to_empty");
     return reading;

@@ -8,7 +8,10 @@
 
 namespace velmora {
 
-/// Reads one battery by the rules of `PowerSupplyReader`; name and folder are the caller's to fill in.
-BatteryReading readBattery(const DeviceAttributes& battery);
+/// Reads one battery by the rules of `PowerSupplyReader`; the name is the caller's to fill in.
+BatteryReading readBattery(DeviceAttributes& battery);
+
+/// What its driver lets the charger be told, as it stands now.
+ChargeAttributes readChargeAttributes(DeviceAttributes& battery);
 
 } // namespace velmora

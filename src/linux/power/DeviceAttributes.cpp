@@ -3,43 +3,138 @@
 
 #include "power/DeviceAttributes.h"
 
+#include <cerrno>
+#include <fcntl.h>
 #include <system_error>
+#include <utility>
 
 namespace velmora {
 
 namespace {
 
-std::string trimmed(const std::string& text)
+constexpr int maximumOpen = 32; // more than any device's that is read here
+
+std::string trimmed(std::string text)
 {
     constexpr auto blanks = " \t\r\n\v\f";
-    const auto first = text.find_first_not_of(blanks);
-    if (first == std::string::npos) return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+    text.erase(text.find_last_not_of(blanks) + 1);
+    text.erase(0, text.find_first_not_of(blanks));
+    return text;
+}
+
+/// Whether the attribute may come while its device is there, with a vendor's driver.
+bool comesLate(std::string_view name)
+{
+    return name.starts_with("charge_control_") || name.starts_with("charge_start_") ||
+           name.starts_with("charge_stop_") || name == "charge_types" || name == "charge_behaviour";
 }
 
 } // namespace
 
-void DeviceAttributes::complain(std::string_view name, const std::string& what) const
+DeviceAttributes::DeviceAttributes(const std::filesystem::path& root, std::filesystem::path folder,
+                                   Complaints& complaints)
+    : folder_(std::move(folder)),
+      complaints_(complaints),
+      directory_(::open((root / folder_).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
+      error_(directory_ ? 0 : errno),
+      remembers_(directory_ && isOnSysfs(directory_.get()))
 {
-    const auto attribute = (folder_ / name).string();
-    complaints_.raise(attribute, attribute + ' ' + what);
 }
 
-std::optional<std::string> DeviceAttributes::text(std::string_view name) const
+DeviceAttributes::Known& DeviceAttributes::known(std::string_view name)
 {
-    const auto read = sysfs_.read(folder_ / name);
+    const auto found = attributes_.find(name);
+    return found != attributes_.end() ? found->second : attributes_[std::string(name)];
+}
+
+SysfsText DeviceAttributes::read(std::string_view name)
+{
+    if (!directory_) return {.error = error_, .text = {}};
+    const std::string terminated(name);
+    if (!remembers_) return open(terminated.c_str(), nullptr);
+    auto& attribute = known(name);
+    if (attribute.isAbsent) return {.error = ENOENT, .text = {}};
+    if (attribute.file) {
+        auto again = readAttribute(attribute.file.get());
+        if (again.error != ENODEV) return again;
+        close(attribute); // its driver was unloaded; there may be another by now
+    }
+    auto text = open(terminated.c_str(), &attribute);
+    attribute.isAbsent = text.isAbsent() && !comesLate(name);
+    return text;
+}
+
+SysfsText DeviceAttributes::open(const char* name, Known* attribute)
+{
+    FileDescriptor file(openAttribute(directory_.get(), name));
+    if (!file) return {.error = errno, .text = {}};
+    auto text = readAttribute(file.get());
+    if (attribute && open_ < maximumOpen) {
+        attribute->file = std::move(file);
+        ++open_;
+    }
+    return text;
+}
+
+void DeviceAttributes::close(Known& attribute)
+{
+    attribute.file = FileDescriptor();
+    --open_;
+}
+
+std::optional<std::string> DeviceAttributes::checked(std::string_view name, const SysfsText& read) const
+{
     if (read.error == 0) return trimmed(read.text);
     if (!read.isAbsent()) complain(name, "cannot be read: " + std::generic_category().message(read.error));
     return std::nullopt;
 }
 
-std::optional<std::int64_t> DeviceAttributes::integer(std::string_view name) const
+std::optional<std::int64_t> DeviceAttributes::parsed(std::string_view name,
+                                                     const std::optional<std::string>& value) const
 {
-    const auto value = text(name);
     if (!value) return std::nullopt;
     const auto number = parseInteger(*value);
     if (!number) complain(name, "is no whole number: '" + value->substr(0, 40) + '\'');
     return number;
+}
+
+std::optional<std::string> DeviceAttributes::text(std::string_view name)
+{
+    return checked(name, read(name));
+}
+
+std::optional<std::int64_t> DeviceAttributes::integer(std::string_view name)
+{
+    return parsed(name, text(name));
+}
+
+std::optional<std::string> DeviceAttributes::fixedText(std::string_view name)
+{
+    if (!remembers_) return text(name);
+    auto& attribute = known(name);
+    if (attribute.fixed) return attribute.fixed;
+    attribute.fixed = text(name);
+    if (attribute.fixed && attribute.file) close(attribute);
+    return attribute.fixed;
+}
+
+std::optional<std::int64_t> DeviceAttributes::fixedInteger(std::string_view name)
+{
+    return parsed(name, fixedText(name));
+}
+
+void DeviceAttributes::complain(std::string_view name, const std::string& what) const
+{
+    const auto attribute = (folder_ / name).string();
+    complaints_.get().raise(attribute, attribute + ' ' + what);
+}
+
+void DeviceAttributes::forget()
+{
+    for (auto& [name, attribute] : attributes_) {
+        attribute.isAbsent = false;
+        attribute.fixed.reset();
+    }
 }
 
 } // namespace velmora

@@ -3,11 +3,14 @@
 
 #pragma once
 
+#include "base/FileDescriptor.h"
 #include "platform/Complaints.h"
 #include "power/Sysfs.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,25 +19,57 @@ namespace velmora {
 
 /// The attributes of one device. What is absent is nothing; what is there and cannot be read, or is no number
 /// where one is wanted, is nothing as well, and one complaint.
+///
+/// On the kernel's own tree the object remembers: an attribute that was read stays open and is read again in
+/// one call, one that is absent is not looked for again, one that is `fixed` is not read again, until
+/// `forget`. Charge thresholds, types and behaviours are looked for until they are there: vendor drivers
+/// bring them late and announce nothing. An attribute whose driver was unloaded meanwhile (ENODEV) is opened
+/// anew. On a tree of plain files, where one is replaced by another at will, nothing is remembered.
+///
+/// One thread at a time.
 class DeviceAttributes {
 public:
-    /// `folder` is relative to the root. All arguments but it must outlive the object.
-    DeviceAttributes(const Sysfs& sysfs, Complaints& complaints, std::filesystem::path folder)
-        : sysfs_(sysfs), complaints_(complaints), folder_(std::move(folder))
-    {
-    }
+    /// Opens `folder`, which is relative to `root`. `complaints` must outlive the object.
+    DeviceAttributes(const std::filesystem::path& root, std::filesystem::path folder, Complaints& complaints);
+
+    /// Reads the attribute, without complaint.
+    SysfsText read(std::string_view name);
 
     /// Without blanks at either end.
-    std::optional<std::string> text(std::string_view name) const;
-    std::optional<std::int64_t> integer(std::string_view name) const;
+    std::optional<std::string> text(std::string_view name);
+    std::optional<std::int64_t> integer(std::string_view name);
+
+    /// Of what does not change as long as the device is there.
+    std::optional<std::string> fixedText(std::string_view name);
+    std::optional<std::int64_t> fixedInteger(std::string_view name);
 
     /// One complaint about the attribute; `what` ends the sentence that begins with its name.
     void complain(std::string_view name, const std::string& what) const;
 
+    /// The device may have changed: what was absent is looked for again, what is fixed is read again.
+    void forget();
+
 private:
-    const Sysfs& sysfs_;
-    Complaints& complaints_;
+    /// What is known of one attribute.
+    struct Known {
+        FileDescriptor file; ///< open, to be read again
+        bool isAbsent = false;
+        std::optional<std::string> fixed;
+    };
+
+    Known& known(std::string_view name);
+    SysfsText open(const char* name, Known* attribute);
+    void close(Known& attribute);
+    std::optional<std::string> checked(std::string_view name, const SysfsText& read) const;
+    std::optional<std::int64_t> parsed(std::string_view name, const std::optional<std::string>& value) const;
+
     std::filesystem::path folder_;
+    std::reference_wrapper<Complaints> complaints_;
+    FileDescriptor directory_;
+    int error_ = 0; ///< errno of a folder that cannot be opened
+    bool remembers_ = false;
+    int open_ = 0; ///< attributes that are kept open
+    std::map<std::string, Known, std::less<>> attributes_;
 };
 
 } // namespace velmora

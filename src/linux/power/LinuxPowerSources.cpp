@@ -3,8 +3,6 @@
 
 #include "power/LinuxPowerSources.h"
 
-#include <algorithm>
-
 namespace velmora {
 
 namespace {
@@ -26,15 +24,6 @@ PowerSourceDescription describe(const MachineBattery& battery, TimeEstimator::Mi
     return description;
 }
 
-std::optional<double> lowestLevel(const std::vector<BatteryReading>& batteries)
-{
-    std::optional<double> lowest;
-    for (const auto& one : batteries) {
-        if (one.percentage) lowest = std::min(lowest.value_or(100), *one.percentage);
-    }
-    return lowest;
-}
-
 string state(bool isExternallyPowered)
 {
     return isExternallyPowered ? "AC Power" : "Battery Power";
@@ -44,13 +33,13 @@ string state(bool isExternallyPowered)
 
 std::vector<PowerSourceDescription> LinuxPowerSources::descriptions()
 {
-    const auto reading = reader_.read();
+    const auto reading = reader_.read(isAfresh_.exchange(false));
     std::vector<PowerSourceDescription> all;
     if (const auto machine = MachineBattery::of(reading.batteries)) {
         auto& own = all.emplace_back(describe(*machine, estimator_.update(*machine, clock_.sinceBoot())));
         own.emplace(key::type, string("InternalBattery"));
         own.emplace(key::name, reading.batteries.front().name);
-        if (const auto lowest = lowestLevel(reading.batteries)) own.emplace(key::lowestCapacity, *lowest);
+        own.emplace(key::lowestCapacity, machine->lowestPercentage);
         own.emplace(key::powerSourceState, state(reading.isExternallyPowered));
     }
     for (const auto& ups : reading.upses) {
@@ -68,7 +57,11 @@ std::vector<PowerSourceDescription> LinuxPowerSources::descriptions()
 
 Subscription LinuxPowerSources::observeChanges(std::function<void()> changed)
 {
-    return monitor_ ? monitor_->observe(std::move(changed)) : nullptr;
+    if (!monitor_) return nullptr;
+    return monitor_->observe([this, changed = std::move(changed)](SupplyNews news) {
+        if (news == SupplyNews::event) isAfresh_ = true;
+        changed();
+    });
 }
 
 } // namespace velmora

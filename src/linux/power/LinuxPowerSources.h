@@ -9,6 +9,7 @@
 #include "power/PowerSupplyReader.h"
 #include "power/TimeEstimator.h"
 
+#include <atomic>
 #include <memory>
 
 namespace velmora {
@@ -33,6 +34,7 @@ public:
 private:
     PowerSupplyReader reader_;
     TimeEstimator estimator_;
+    std::atomic<bool> isAfresh_ = true; ///< an event came since the last reading
     const Clock& clock_;
     PowerSupplyMonitor* monitor_;
 };

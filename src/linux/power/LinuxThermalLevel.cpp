@@ -3,8 +3,6 @@
 
 #include "power/LinuxThermalLevel.h"
 
-#include "power/DeviceAttributes.h"
-
 #include <algorithm>
 #include <string>
 
@@ -17,8 +15,7 @@ constexpr int fair = 1;
 constexpr int serious = 2;
 constexpr int critical = 3;
 
-const std::filesystem::path thermalClass = "class/thermal";
-constexpr int mostTrips = 64;
+constexpr int maximumTrips = 64;
 
 /// The lowest trip of each kind, °C.
 struct Trips {
@@ -30,13 +27,13 @@ void lower(std::optional<double>& trip, double celsius)
     trip = std::min(trip.value_or(celsius), celsius);
 }
 
-Trips readTrips(const DeviceAttributes& zone)
+Trips readTrips(DeviceAttributes& zone)
 {
     Trips trips;
-    for (int i = 0; i < mostTrips; ++i) {
+    for (int i = 0; i < maximumTrips; ++i) {
         const auto trip = "trip_point_" + std::to_string(i);
         const auto temperature = zone.integer(trip + "_temp");
-        const auto type = zone.text(trip + "_type");
+        const auto type = zone.fixedText(trip + "_type");
         if (!temperature && !type) break;
         if (!temperature || !type || *temperature < 40'000 || *temperature > 150'000) continue;
         const double celsius = static_cast<double>(*temperature) / 1000;
@@ -64,24 +61,21 @@ bool isWireless(const std::string& type)
     return std::ranges::any_of(cards, [&](const char* card) { return type.find(card) != std::string::npos; });
 }
 
-} // namespace
-
-int LinuxThermalLevel::levelOf(const std::filesystem::path& folder)
+int levelOf(DeviceAttributes& zone)
 {
-    const DeviceAttributes zone(sysfs_, complaints_, folder);
-    const auto type = zone.text("type");
+    const auto type = zone.fixedText("type");
     if (!type || isWireless(*type) || zone.text("mode") == "disabled") return nominal;
     const auto temperature = zone.integer("temp");
     if (!temperature || *temperature < -40'000 || *temperature > 150'000) return nominal;
     return judge(static_cast<double>(*temperature) / 1000, readTrips(zone));
 }
 
+} // namespace
+
 int LinuxThermalLevel::level()
 {
     int highest = nominal;
-    for (const auto& name : sysfs_.list(thermalClass)) {
-        if (name.starts_with("thermal_zone")) highest = std::max(highest, levelOf(thermalClass / name));
-    }
+    for (auto& [name, zone] : zones_.look(false)) highest = std::max(highest, levelOf(zone));
     return highest;
 }
 

@@ -6,11 +6,9 @@
 #include "base/Observable.h"
 #include "platform/Complaints.h"
 #include "platform/ThermalLevel.h"
-#include "power/Sysfs.h"
+#include "power/DeviceClass.h"
 
-#include <filesystem>
 #include <functional>
-#include <optional>
 
 namespace velmora {
 
@@ -31,7 +29,8 @@ namespace velmora {
 /// ceiling, fair within 15. The hottest zone's level is the machine's.
 class LinuxThermalLevel final : public ThermalLevel {
 public:
-    LinuxThermalLevel(Sysfs sysfs, Log& log) : sysfs_(std::move(sysfs)), complaints_(log, "LinuxThermalLevel")
+    LinuxThermalLevel(const Sysfs& sysfs, Log& log)
+        : complaints_(log, "LinuxThermalLevel"), zones_(sysfs, "class/thermal", complaints_, "thermal_zone")
     {
     }
 
@@ -46,10 +45,8 @@ public:
     void look();
 
 private:
-    int levelOf(const std::filesystem::path& zone);
-
-    Sysfs sysfs_;
     Complaints complaints_;
+    DeviceClass zones_;
     Signal<> changes_;
     int seen_ = 0;
 };

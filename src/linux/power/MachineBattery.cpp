@@ -4,6 +4,8 @@
 #include "power/MachineBattery.h"
 
 #include <algorithm>
+#include <cmath>
+#include <iterator>
 
 namespace velmora {
 
@@ -30,23 +32,37 @@ std::optional<double> sumOfAll(const Batteries& batteries, Quantity quantity)
     return isKnown ? sumOfKnown(batteries, quantity) : std::nullopt;
 }
 
-/// The mean percentage `quantity` of those that know it, weighted by `weight`; plain where one has no weight.
-/// That of one battery is its own to the bit: weighing it would round.
+/// Those that know `quantity`.
+Batteries knowing(const Batteries& batteries, Quantity quantity)
+{
+    Batteries found;
+    std::ranges::copy_if(batteries, std::back_inserter(found),
+                         [=](const auto& one) { return (one.*quantity).has_value(); });
+    return found;
+}
+
+/// The mean percentage `quantity` of those that know it, weighted by `weight`; plain where none has a weight.
 std::optional<double> mean(const Batteries& batteries, Quantity quantity, Quantity weight)
 {
-    Batteries knowing;
-    std::ranges::copy_if(batteries, std::back_inserter(knowing),
-                         [=](const auto& one) { return (one.*quantity).has_value(); });
-    if (knowing.empty()) return std::nullopt;
-    if (knowing.size() == 1) return knowing.front().*quantity;
-    const bool isWeighted = sumOfAll(knowing, weight).value_or(0) > 0;
+    const Batteries all = knowing(batteries, quantity);
+    if (all.empty()) return std::nullopt;
+    if (all.size() == 1) return all.front().*quantity; // to the bit: weighing it would round
+    const bool isWeighted = sumOfKnown(all, weight).value_or(0) > 0;
     double sum = 0, weights = 0;
-    for (const auto& battery : knowing) {
-        const double share = isWeighted ? *(battery.*weight) : 1.0;
+    for (const auto& battery : all) {
+        const double share = isWeighted ? (battery.*weight).value_or(0) : 1.0;
         sum += *(battery.*quantity) * share;
         weights += share;
     }
-    return std::min(sum / weights, 100.0);
+    return std::min(std::round(sum / weights * 1e9) / 1e9,
+                    100.0); // two at 70 % are 70 %, and not a hair less
+}
+
+double lowest(const Batteries& batteries)
+{
+    double level = 100;
+    for (const auto& battery : batteries) level = std::min(level, battery.percentage.value_or(100));
+    return level;
 }
 
 bool any(const Batteries& batteries, SupplyStatus status)
@@ -63,10 +79,12 @@ std::optional<MachineBattery> MachineBattery::of(const Batteries& batteries)
 
     MachineBattery machine;
     machine.percentage = *percentage;
+    machine.lowestPercentage = lowest(batteries);
     machine.rate = sumOfKnown(batteries, &BatteryReading::rate);
     machine.power = sumOfKnown(batteries, &BatteryReading::power);
-    machine.energyNow = sumOfAll(batteries, &BatteryReading::energyNow);
-    machine.energyFull = sumOfAll(batteries, &BatteryReading::energyFull);
+    const Batteries full = knowing(batteries, &BatteryReading::energyFull);
+    machine.energyNow = sumOfAll(full.empty() ? batteries : full, &BatteryReading::energyNow);
+    machine.energyFull = sumOfKnown(full, &BatteryReading::energyFull);
     machine.health = mean(batteries, &BatteryReading::health, &BatteryReading::energyFullDesign);
     machine.isCharging = any(batteries, SupplyStatus::charging);
     machine.isDischarging =

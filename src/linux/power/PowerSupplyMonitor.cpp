@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr auto category = "PowerSupplyMonitor";
-constexpr std::size_t mostSupplies = 256;
+constexpr std::size_t maximumSupplies = 256;
 
 /// From the root down to the folder of all supplies: each may come, go and be replaced.
 const fs::path chain[] = {"", "class", "class/power_supply"};
@@ -52,7 +52,7 @@ PowerSupplyMonitor::PowerSupplyMonitor(EventLoop& loop, const Sysfs& sysfs, Log&
 
 PowerSupplyMonitor::~PowerSupplyMonitor() = default;
 
-Subscription PowerSupplyMonitor::observe(std::function<void()> changed)
+Subscription PowerSupplyMonitor::observe(std::function<void(SupplyNews)> changed)
 {
     if (!settled_) listen();
     return changes_.observe(std::move(changed));
@@ -65,12 +65,14 @@ void PowerSupplyMonitor::listen()
     if (result >= 0) result = sd_event_source_set_priority(settled_.get(), SD_EVENT_PRIORITY_NORMAL + 10);
     if (result >= 0 && isKernels_) result = listenToDevices();
     if (result < 0) {
-        log_.warning(category, "no news of power supplies: " + std::generic_category().message(-result));
+        log_.warning(category, "Cannot monitor power supplies: " + std::generic_category().message(-result) +
+                                   "; looking at them at intervals only.");
     } else if (!isKernels_) {
         listenToMounts(); // first: one may come right now
         watchTree();
         if (watches_.empty())
-            log_.warning(category, "no news of power supplies until there is a tree at " + root_.string());
+            log_.warning(category,
+                         "Cannot monitor power supplies until there is a tree at " + root_.string() + ".");
     }
 }
 
@@ -123,7 +125,7 @@ void PowerSupplyMonitor::watchTree()
     std::error_code error;
     const auto all = fs::path(chain[2]);
     for (fs::directory_iterator at(root_ / all, error), end; !error && at != end; at.increment(error)) {
-        if (++supplies > mostSupplies) break;
+        if (++supplies > maximumSupplies) break;
         watch(all / at->path().filename());
     }
 }
@@ -149,8 +151,8 @@ PowerSupplyMonitor::Source PowerSupplyMonitor::watchFor(const fs::path& folder, 
     if (result >= 0) {
         complaints_.settle(folder);
     } else if (result != -ENOENT && result != -ENOTDIR) {
-        complaints_.raise(folder, "cannot watch " + folder.string() + ": " +
-                                      std::generic_category().message(-result));
+        complaints_.raise(folder, "Cannot watch " + folder.string() + " for changes of power supplies: " +
+                                      std::generic_category().message(-result) + ".");
     }
     return source;
 }
@@ -228,14 +230,14 @@ int PowerSupplyMonitor::onSettled(sd_event_source*, void* self) noexcept
 void PowerSupplyMonitor::tell()
 {
     again_ = loop_.after(
-        secondLook_, [this] { emit(); }, secondLook_ / 4);
-    emit();
+        secondLook_, [this] { emit(SupplyNews::secondLook); }, secondLook_ / 4);
+    emit(SupplyNews::event);
 }
 
-void PowerSupplyMonitor::emit()
+void PowerSupplyMonitor::emit(SupplyNews news)
 {
     pauseTimer_ = loop_.after(pause_, [this] { pauseEnds(); });
-    changes_.emit();
+    changes_.emit(news);
 }
 
 void PowerSupplyMonitor::pauseEnds()

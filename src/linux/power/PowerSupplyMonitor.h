@@ -11,6 +11,7 @@
 #include "power/Sysfs.h"
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -19,6 +20,9 @@
 #include <systemd/sd-event.h>
 
 namespace velmora {
+
+/// What there is to see now: something that has just happened, or what it has come to by now.
+enum class SupplyNews : std::uint8_t { event, secondLook };
 
 /// Tells when a power supply may read differently. It says nothing about what changed: look again at all.
 ///
@@ -48,7 +52,7 @@ public:
     PowerSupplyMonitor& operator=(const PowerSupplyMonitor&) = delete;
 
     /// The first observer makes it listen: a program that asks for no changes is not woken by any.
-    [[nodiscard]] Subscription observe(std::function<void()> changed);
+    [[nodiscard]] Subscription observe(std::function<void(SupplyNews)> changed);
 
 private:
     using Source = Handle<sd_event_source, sd_event_source_disable_unref>;
@@ -72,7 +76,7 @@ private:
     void noticeFile(const std::filesystem::path& folder, const struct inotify_event& event);
     void notice();
     void tell();
-    void emit();
+    void emit(SupplyNews news);
     void pauseEnds();
 
     EventLoop& loop_;
@@ -82,7 +86,7 @@ private:
     bool isKernels_;
     std::chrono::milliseconds secondLook_;
     std::chrono::milliseconds pause_;
-    Signal<> changes_;
+    Signal<SupplyNews> changes_;
     MainLoop::Timer again_;
     MainLoop::Timer pauseTimer_; ///< null: the next event is told at once
     bool isOwed_ = false;        ///< something happened in the pause

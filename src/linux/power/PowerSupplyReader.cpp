@@ -4,7 +4,6 @@
 #include "power/PowerSupplyReader.h"
 
 #include "power/BatteryAttributes.h"
-#include "power/DeviceAttributes.h"
 
 #include <algorithm>
 
@@ -12,58 +11,68 @@ namespace velmora {
 
 namespace {
 
-const std::filesystem::path supplyClass = "class/power_supply";
+enum class Kind : std::uint8_t { none, battery, ups, mains, other };
 
-enum class Kind : std::uint8_t { none, battery, ups, other };
-
-Kind kindOf(const DeviceAttributes& supply)
+Kind kindOf(DeviceAttributes& supply)
 {
-    const auto type = supply.text("type");
-    if (!type || supply.text("scope") == "Device") return Kind::none;
+    const auto type = supply.fixedText("type");
+    if (!type || supply.fixedText("scope") == "Device") return Kind::none;
     if (*type == "Battery") return supply.integer("present") == 0 ? Kind::none : Kind::battery;
-    return *type == "UPS" ? Kind::ups : Kind::other;
+    if (*type == "UPS") return Kind::ups;
+    return *type == "Mains" ? Kind::mains : Kind::other;
+}
+
+bool isAnyDischarging(const std::vector<BatteryReading>& batteries)
+{
+    return std::ranges::any_of(batteries,
+                               [](const auto& one) { return one.status == SupplyStatus::discharging; });
 }
 
 /// What the batteries tell of the power from outside, where nothing else does.
 bool seemsExternallyPowered(const std::vector<BatteryReading>& batteries)
 {
-    return std::ranges::none_of(batteries, [](const BatteryReading& battery) {
-        const bool isSilent = battery.status == SupplyStatus::unknown;
-        return battery.status == SupplyStatus::discharging || (isSilent && battery.rate.value_or(0) < 0);
+    return !isAnyDischarging(batteries) && std::ranges::none_of(batteries, [](const auto& battery) {
+        return battery.status == SupplyStatus::unknown && battery.rate.value_or(0) < 0;
     });
+}
+
+/// What the supplies tell of the power from outside; absent where none of a kind tells.
+struct Online {
+    std::optional<bool> mains, others;
+
+    void take(Kind kind, std::int64_t online)
+    {
+        auto& sum = kind == Kind::mains ? mains : others;
+        sum = sum.value_or(false) || online != 0;
+    }
+};
+
+bool isExternallyPowered(const Online& online, const std::vector<BatteryReading>& batteries)
+{
+    if (!online.mains && !online.others) return seemsExternallyPowered(batteries);
+    if (online.mains == false && isAnyDischarging(batteries)) return false;
+    return online.mains.value_or(false) || online.others.value_or(false);
 }
 
 } // namespace
 
-PowerSupplyReading PowerSupplyReader::read()
+PowerSupplyReading PowerSupplyReader::read(bool afresh)
 {
     PowerSupplyReading reading;
-    std::optional<bool> isOnline; // of all supplies that tell
-    for (const auto& name : sysfs_.list(supplyClass)) {
-        const DeviceAttributes supply(sysfs_, complaints_, supplyClass / name);
+    Online online;
+    for (auto& [name, supply] : supplies_.look(afresh)) {
         const Kind kind = kindOf(supply);
-        if (kind == Kind::ups || kind == Kind::other) {
-            if (const auto online = supply.integer("online"))
-                isOnline = isOnline.value_or(false) || *online != 0;
+        if (kind == Kind::none) continue;
+        if (kind != Kind::battery) {
+            if (const auto value = supply.integer("online")) online.take(kind, *value);
+            if (kind != Kind::ups) continue;
         }
-        if (kind != Kind::battery && kind != Kind::ups) continue;
         BatteryReading battery = readBattery(supply);
         battery.name = name;
-        battery.folder = sysfs_.root() / supplyClass / name;
         (kind == Kind::battery ? reading.batteries : reading.upses).push_back(std::move(battery));
     }
-    reading.isExternallyPowered = isOnline ? *isOnline : seemsExternallyPowered(reading.batteries);
+    reading.isExternallyPowered = isExternallyPowered(online, reading.batteries);
     return reading;
-}
-
-std::vector<std::filesystem::path> PowerSupplyReader::internalBatteryFolders()
-{
-    std::vector<std::filesystem::path> folders;
-    for (const auto& name : sysfs_.list(supplyClass)) {
-        const DeviceAttributes supply(sysfs_, complaints_, supplyClass / name);
-        if (kindOf(supply) == Kind::battery) folders.push_back(sysfs_.root() / supplyClass / name);
-    }
-    return folders;
 }
 
 } // namespace velmora

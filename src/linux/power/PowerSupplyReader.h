@@ -4,11 +4,10 @@
 #pragma once
 
 #include "platform/Complaints.h"
-#include "power/Sysfs.h"
+#include "power/DeviceClass.h"
 
 #include <chrono>
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,10 +17,17 @@ namespace velmora {
 /// The kernel's word for what a battery is doing.
 enum class SupplyStatus : std::uint8_t { unknown, charging, discharging, notCharging, full };
 
+/// What a battery's driver lets the charger be told. Without an end threshold it is told nothing.
+struct ChargeAttributes {
+    std::string startFile, endFile; ///< the attributes' names; empty where there is none
+    std::optional<int> start, end;  ///< percent, 0 to 100; absent where that cannot be read
+    /// False where the driver has a charge type that obeys thresholds ("Custom"), and another one is active.
+    bool isObeyed = true;
+};
+
 /// One battery, in units of daily life. What the driver does not tell, or not believably, is absent.
 struct BatteryReading {
-    std::string name;             ///< "BAT0"
-    std::filesystem::path folder; ///< where its attributes lie, root included
+    std::string name; ///< "BAT0"
     SupplyStatus status = SupplyStatus::unknown;
     std::optional<double> percentage;                              ///< 0 to 100
     std::optional<double> energyNow, energyFull, energyFullDesign; ///< Wh
@@ -32,6 +38,7 @@ struct BatteryReading {
     std::optional<double> health;                                ///< percent: full over design, at most 100
     std::optional<std::int64_t> cycleCount;                      ///< full cycles
     std::optional<std::chrono::seconds> timeToFull, timeToEmpty; ///< the driver's own
+    ChargeAttributes charge;
 };
 
 /// All that the machine is powered by, as it was at one moment (or nearly: every attribute is a question to
@@ -50,8 +57,9 @@ struct PowerSupplyReading {
 ///
 /// **External power** is the kernel's own rule, power_supply_is_system_supplied(): any supply that is no
 /// battery and not of `scope` Device whose `online` is not 0 (it may be 2); where all that can be read are 0,
-/// none. Where no `online` can be read the batteries decide: one that is discharging, or giving power with no
-/// status, means none; else there is, as on a desktop.
+/// none. But a USB source that claims to be online does not outvote a supply of `type` Mains that is not and
+/// a battery that is discharging. Where no `online` can be read the batteries decide: one that is
+/// discharging, or giving power with no status, means none; else there is, as on a desktop.
 ///
 /// **Units.** The energy family (`energy_*`) or the charge family (`charge_*`) is taken whole, never mixed:
 /// the one that has now and full, else the one that has full, energy first. Charge becomes energy by the
@@ -83,19 +91,18 @@ struct PowerSupplyReading {
 /// read all the same. One thread at a time.
 class PowerSupplyReader {
 public:
-    PowerSupplyReader(Sysfs sysfs, Log& log) : sysfs_(std::move(sysfs)), complaints_(log, "PowerSupplyReader")
+    PowerSupplyReader(const Sysfs& sysfs, Log& log)
+        : complaints_(log, "PowerSupplyReader"), supplies_(sysfs, "class/power_supply", complaints_)
     {
     }
 
-    PowerSupplyReading read();
-
-    /// The folders of the laptop's own batteries, root included, by name: the same rule, and little else
-    /// read.
-    std::vector<std::filesystem::path> internalBatteryFolders();
+    /// Lists the supplies and reads each of them once. `afresh`: any of them may have changed, so that what
+    /// was remembered of them does not count (see `DeviceAttributes`).
+    PowerSupplyReading read(bool afresh = false);
 
 private:
-    Sysfs sysfs_;
     Complaints complaints_;
+    DeviceClass supplies_;
 };
 
 } // namespace velmora

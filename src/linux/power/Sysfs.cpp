@@ -5,42 +5,21 @@
 
 #include "base/FileDescriptor.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
 #include <cstdlib>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 namespace velmora {
 
 namespace {
-
 constexpr std::size_t page = 4096;
-
-/// Reads to the end of the file. The kernel gives an attribute in one piece, a file system in user space may
-/// not; both end it with a newline, behind which there is nothing to ask for.
-SysfsText readAll(int fd)
-{
-    std::array<char, page + 1> bytes; // NOLINT: filled by read
-    std::size_t size = 0;
-    while (size < bytes.size()) {
-        const ssize_t got = ::read(fd, bytes.data() + size, bytes.size() - size);
-        if (got < 0 && errno == EINTR) continue;
-        if (got < 0) return {.error = errno, .text = {}};
-        if (got == 0) break;
-        size += static_cast<std::size_t>(got);
-        if (bytes[size - 1] == '\n') break;
-    }
-    if (size > page) return {.error = EFBIG, .text = {}};
-    std::string text(bytes.data(), size);
-    if (text.ends_with('\n')) text.pop_back();
-    return {.error = 0, .text = std::move(text)};
 }
-
-} // namespace
 
 bool SysfsText::isAbsent() const
 {
@@ -53,28 +32,41 @@ Sysfs Sysfs::ofEnvironment()
     return Sysfs(root && *root ? root : "/sys");
 }
 
-std::vector<std::string> Sysfs::list(const std::filesystem::path& folder, std::size_t limit) const
-{
-    std::vector<std::string> names;
-    std::error_code error;
-    for (std::filesystem::directory_iterator at(root_ / folder, error), end; !error && at != end;
-         at.increment(error)) {
-        if (names.size() == limit) break;
-        names.push_back(at->path().filename().string());
-    }
-    std::ranges::sort(names);
-    return names;
-}
-
-SysfsText Sysfs::read(const std::filesystem::path& path) const
+int openAttribute(int folder, const char* name)
 {
     // Without O_NONBLOCK a pipe in the place of an attribute would hold us until somebody writes to it.
-    const FileDescriptor file(open((root_ / path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (!file) return {.error = errno, .text = {}};
+    const int file = openat(folder, name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (file < 0) return file;
     struct stat what {};
-    if (fstat(file.get(), &what) != 0) return {.error = errno, .text = {}};
-    if (!S_ISREG(what.st_mode)) return {.error = EINVAL, .text = {}};
-    return readAll(file.get());
+    if (fstat(file, &what) == 0 && S_ISREG(what.st_mode)) return file;
+    close(file);
+    errno = EINVAL;
+    return -1;
+}
+
+/// The kernel gives an attribute in one piece, a file system in user space may not; both end it with a
+/// newline, behind which there is nothing to ask for.
+SysfsText readAttribute(int file)
+{
+    std::array<char, page + 1> bytes; // NOLINT: filled by pread
+    std::size_t size = 0;
+    while (size < bytes.size()) {
+        const ssize_t got = pread(file, bytes.data() + size, bytes.size() - size, static_cast<off_t>(size));
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) return {.error = errno, .text = {}};
+        if (got == 0) break;
+        size += static_cast<std::size_t>(got);
+        if (bytes[size - 1] == '\n') break;
+    }
+    if (size > page) return {.error = EFBIG, .text = {}};
+    if (size > 0 && bytes[size - 1] == '\n') --size;
+    return {.error = 0, .text = std::string(bytes.data(), size)};
+}
+
+bool isOnSysfs(int file)
+{
+    struct statfs system {};
+    return fstatfs(file, &system) == 0 && system.f_type == SYSFS_MAGIC;
 }
 
 std::optional<std::int64_t> parseInteger(std::string_view text)

@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace velmora {
 
@@ -34,17 +33,21 @@ public:
     /// Whether the kernel itself is behind it, and with it the kernel's events.
     bool isKernels() const { return root_ == "/sys"; }
 
-    /// The names in `folder` (relative to the root), sorted, `limit` at most. Empty where it cannot be
-    /// listed.
-    std::vector<std::string> list(const std::filesystem::path& folder, std::size_t limit = 1024) const;
-
-    /// Reads the file at `path` (relative to the root) once. Never waits for a writer: what is not a regular
-    /// file gives EINVAL, what is longer than a page, which no attribute is, EFBIG.
-    SysfsText read(const std::filesystem::path& path) const;
-
 private:
     std::filesystem::path root_;
 };
+
+/// Opens the attribute `name` of the open folder. -1 with errno where that fails; never waits for a writer,
+/// and what is not a regular file gives EINVAL.
+int openAttribute(int folder, const char* name);
+
+/// Reads the open attribute from its beginning, once. What is longer than a page, which no attribute is,
+/// gives EFBIG.
+SysfsText readAttribute(int file);
+
+/// Whether the open file or folder is the kernel's own: there a file that is kept open shows what holds now,
+/// while elsewhere another may have been put in its place.
+bool isOnSysfs(int file);
 
 /// The decimal integer that is the whole of `text`; nothing for anything else, a number out of range
 /// included.

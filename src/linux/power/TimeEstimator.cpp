@@ -15,13 +15,13 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::chrono::milliseconds memory = 60s;
-constexpr std::chrono::milliseconds longestPause = 5min;
-constexpr double longestMinutes = 3 * 24 * 60;
+constexpr std::chrono::milliseconds maximumPause = 5min;
+constexpr double maximumMinutes = 3 * 24 * 60;
 
 std::int64_t inMinutes(double energy, double rate)
 {
     const double minutes = energy / rate * 60;
-    if (!(minutes <= longestMinutes)) return -1;
+    if (!(minutes <= maximumMinutes)) return -1;
     return std::max<std::int64_t>(1, truncated(std::round(minutes)));
 }
 
@@ -36,7 +36,7 @@ double TimeEstimator::follow(double rate, std::chrono::milliseconds now)
 {
     const auto passed = now - last_;
     last_ = now;
-    if (passed > longestPause) readings_ = 0;
+    if (passed > maximumPause) readings_ = 0;
     readings_ = std::min(readings_ + 1, 1000);
     const double aged =
         1 - std::exp(-static_cast<double>(passed.count()) / static_cast<double>(memory.count()));
@@ -55,7 +55,7 @@ TimeEstimator::Minutes TimeEstimator::update(const MachineBattery& battery, std:
 
     const bool isIn = direction == Direction::in;
     std::int64_t minutes = inMinutes(isIn ? battery.timeToFull : battery.timeToEmpty);
-    if (battery.rate && battery.energyNow && battery.energyFull) {
+    if (battery.rate && battery.energyNow && (battery.energyFull || !isIn)) {
         const double mean = follow(std::max(0.0, isIn ? *battery.rate : -*battery.rate), now);
         const double energy = isIn ? *battery.energyFull - *battery.energyNow : *battery.energyNow;
         if (mean > 0) minutes = inMinutes(energy, mean);
