@@ -21,6 +21,13 @@ public:
 
     BatteryModel& model() { return model_; }
 
+    /// Has the daemon look at the machine, which it does seldom while the firmware holds the charge. What is
+    /// new comes with its pushes.
+    void askDaemon()
+    {
+        client_->fetchCurrentState([](const HSBatteryState&) {});
+    }
+
     /// Nobody serves the battery: the model shows what it began with, or what it last heard.
     bool isDaemonMissing() const { return client_->isDaemonMissing(); }
     /// Called when that may have changed.

@@ -15,6 +15,9 @@ namespace {
 /// Both kinds of tray have been tried by then.
 constexpr auto trayPatience = 2 * TrayIcon::usualPatience + std::chrono::seconds{1};
 
+constexpr std::chrono::minutes askingInterval{1};
+constexpr std::chrono::seconds askingSlack{5};
+
 } // namespace
 
 Shell::Shell(LinuxPlatform& platform, App& app, SessionBus& session, std::filesystem::path windows)
@@ -23,7 +26,10 @@ Shell::Shell(LinuxPlatform& platform, App& app, SessionBus& session, std::filesy
       windows_(loop_, session.handle(), platform.clock(), platform.log(), std::move(windows)),
       tray_(loop_, session.handle(), platform.log())
 {
-    if (sd_bus* bus = session.handle()) serve(bus);
+    if (sd_bus* bus = session.handle()) {
+        serve(bus);
+        followWindows(bus);
+    }
     // What a session's programs do when it ends. The daemon goes on protecting.
     session.onLost = [this] { loop_.stop(); };
     wireTray();
@@ -53,6 +59,17 @@ void Shell::serve(sd_bus* bus)
     application_->onActivate = [this](const std::string& token) { startedAgain(token); };
     application_->onWindow = [this](const char* window, const std::string& token) { open(window, token); };
     application_->onQuit = [this] { loop_.stop(); };
+}
+
+/// Heat and level move while the firmware holds the charge, and the daemon says so only when it is asked.
+void Shell::followWindows(sd_bus* bus)
+{
+    const auto opened = [this] {
+        app_.askDaemon();
+        asking_ = loop_.every(
+            askingInterval, [this] { app_.askDaemon(); }, askingSlack);
+    };
+    windowsOwner_.emplace(bus, wire::windows::serviceName, opened, [this] { asking_.reset(); });
 }
 
 void Shell::wireTray()
