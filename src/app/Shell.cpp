@@ -34,6 +34,10 @@ Shell::Shell(LinuxPlatform& platform, App& app, SessionBus& session, std::filesy
     session.onLost = [this] { loop_.stop(); };
     wireTray();
     app_.onDaemonPresence = [this] { showStateSoon(); };
+    app_.onChargerChange = [this] {
+        if (charger_) charger_->derivedChanged();
+        showStateSoon();
+    };
     modelChanges_ = app_.model().willChange.observe([this] { showStateSoon(); });
     readings_ = app_.model().percentage.observe([this](double) { hasReading_ = true; });
     showState();
@@ -47,7 +51,6 @@ void Shell::serve(sd_bus* bus)
         exports::serve(object.emplace(loop_, bus, face), what);
     };
     serve(charger_, wire::face::charger::face, exports::ChargerSource([this] { return app_.charger(); }));
-    app_.onChargerChange = [this] { charger_->derivedChanged(); };
     // Now rather than when it is first asked for: a window shall not begin with the wrong one of its two
     // views.
     serve(installation_, wire::face::installation::face,
@@ -128,7 +131,7 @@ void Shell::showState()
 {
     using enum Freshness;
     const auto freshness = app_.isDaemonMissing() ? stale : hasReading_ ? live : pending;
-    tray_.show(trayStateOf(app_.model(), freshness));
+    tray_.show(trayStateOf(app_.model(), app_.charger(), freshness));
 }
 
 namespace {

@@ -7,7 +7,6 @@
 #include "FakePlatform.h"
 #include "history/AnalyticsStore.h"
 #include "history/HistoryCodec.h"
-#include "texts/ModelSentence.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -298,40 +297,6 @@ TEST_F(BatteryModelTest, LeavingTheSimulationAsksForTheTruth)
         EXPECT_EQ(source->updates, 1);
         EXPECT_EQ(daemon->stateRequests.size(), 1U);
         EXPECT_EQ(loop.pendingTimers(), 0U);
-    }
-}
-
-TEST_F(BatteryModelTest, ASentenceSaysWhatItChargesTo)
-{
-    struct Modes {
-        bool isOverride = false, isStorage = false, isLimited = true;
-    };
-    const struct {
-        Modes modes;
-        double level;
-        bool isCharging;
-        std::int64_t toFull;
-        const char* words;
-    } cases[] = {
-        {{}, 76, true, 120, "76 %, charging, 20 minutes to the limit of 80 %"},
-        {{}, 79.8, true, 40, "79 %, charging, less than a minute to the limit of 80 %"},
-        {{}, 80, true, 40, "80 %, charging above the limit of 80 %"},
-        {{}, 70, true, -1, "70 %, charging"},
-        {{}, 80, false, -1, "80 %, plugged in, held at the limit of 80 %"},
-        {{.isLimited = false}, 76, true, 61, "76 %, charging, 1:01 hours to full"},
-        {{.isOverride = true}, 90, true, 12, "90 %, charging to 100 %, 12 minutes to full"},
-        {{.isOverride = true, .isStorage = true}, 40, true, -1, "40 %, charging to 100 %"},
-        {{.isOverride = true}, 90, false, -1, "90 %, plugged in, not charging"},
-        {{.isStorage = true}, 40, true, 60, "40 %, charging to 50 % for storage"},
-        {{.isStorage = true}, 60, true, 60, "60 %, charging"},
-        {{.isStorage = true}, 60, false, -1, "60 %, plugged in, held for storage"},
-    };
-    for (const auto& [modes, level, isCharging, toFull, words] : cases) {
-        daemon->push({level, isCharging, "AC", "Nominal", 80, 2, toFull, -1, modes.isStorage});
-        loop.runPosted();
-        model.isTemporaryOverrideEnabled.set(modes.isOverride);
-        model.isAppleRecommendedModeEnabled.set(modes.isLimited);
-        EXPECT_EQ(sentence(model), words);
     }
 }
 

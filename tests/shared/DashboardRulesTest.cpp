@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "history/HistoryTrends.h"
-#include "texts/DashboardTexts.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -16,118 +15,6 @@ constexpr double day = 24 * hour;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr Date now{800'064'000}; // midnight, UTC
-
-TEST(DashboardTexts, StatusLineTellsTheTimesThatAreKnown)
-{
-    const struct {
-        bool isCharging, isLimited;
-        std::int64_t toLimit, toFull, toEmpty;
-        const char* line;
-    } cases[] = {
-        {false, true, 30, 30, 45, "45m remaining"},
-        {false, true, -1, -1, -2, "Calculating remaining time..."},
-        {false, true, -1, -1, -1, "Live battery analytics and performance monitoring."},
-        {false, true, -1, -1, 0, "Live battery analytics and performance monitoring."},
-        {true, true, 21, 60, -1, "Charging: 21m to limit"},
-        {true, false, 21, 60, -1, "Charging: 1h 0m to full"},
-        {true, true, 0, 59, -1, "Charging: 59m to full"},
-        {true, true, -1, -2, -1, "Calculating time to full..."},
-        {true, true, -1, -1, -2, "Charging..."},
-    };
-    for (const auto& [isCharging, isLimited, toLimit, toFull, toEmpty, line] : cases)
-        EXPECT_EQ(dashboard::statusLine({.isCharging = isCharging,
-                                         .timeToFull = toFull,
-                                         .timeToEmpty = toEmpty,
-                                         .timeToLimit = toLimit,
-                                         .isAutoProtectOn = isLimited}),
-                  line);
-}
-
-/// A charger that does as it was told.
-ChargerReport obedient(std::string_view mode, int start, int end)
-{
-    return {.hasBattery = true,
-            .control = "thresholds",
-            .mode = std::string(mode),
-            .wantedStartThreshold = start,
-            .wantedEndThreshold = end,
-            .startThreshold = start,
-            .endThreshold = end};
-}
-
-TEST(DashboardTexts, LimiterSaysWhatHoldsTheBattery)
-{
-    const auto at80 = obedient("auto-protect", 78, 80);
-    const auto full = obedient("quick charge", 99, 100);
-    using Now = dashboard::Situation;
-    const std::pair<Now, const char*> cases[] = {
-        {{.percentage = 80, .charger = at80}, "Holding at 80%: plugged in, limit reached."},
-        {{.percentage = 81, .charger = at80}, "Not charging: the battery is above the limit of 80%."},
-        {{.percentage = 79, .charger = at80}, "Resting: plugged in, and charging begins again below 78%."},
-        {{.percentage = 60, .charger = at80}, "Plugged in, but the battery takes no charge right now."},
-        {{.percentage = 60, .isCharging = true, .charger = at80}, "Charging to 80%: Auto-Protect is on."},
-        {{.percentage = 85, .isCharging = true, .charger = at80},
-         "Charging past the limit of 80%: the charger does not follow it yet."},
-        {{.isOnBattery = true, .charger = at80},
-         "On battery: charging will stop at 80%, Auto-Protect is on."},
-        {{.percentage = 50, .charger = obedient("storage", 48, 50)},
-         "Holding at 50%: plugged in, limit reached."},
-        {{.isCharging = true, .charger = full}, "Charging to 100%: quick charge is on."},
-        {{.percentage = 99.5, .charger = obedient("auto-protect", 98, 100)},
-         "Full: plugged in, no limit is set."},
-        {{.isOnBattery = true, .charger = obedient("off", 95, 100)},
-         "On battery: charging will go on to 100%, no limit is set."},
-        {{.percentage = 80, .isAutoProtectOn = false, .charger = at80},
-         "Holding at 80%: plugged in, limit reached."}, // what was asked for was refused
-    };
-    for (const auto& [situation, sentence] : cases) EXPECT_EQ(dashboard::limiterText(situation), sentence);
-}
-
-TEST(DashboardTexts, LimiterSaysWhatThisLaptopMakesOfTheLimit)
-{
-    auto rounded = obedient("auto-protect", 78, 80);
-    rounded.startThreshold = 75;
-    rounded.endThreshold = 85;
-    auto silent = obedient("auto-protect", 78, 80);
-    silent.startThreshold = silent.endThreshold = -1;
-    auto endOnly = obedient("auto-protect", -1, 80);
-    endOnly.control = ChargerReport::Control::endThreshold;
-    auto uncontrolled = obedient("off", -1, -1);
-    uncontrolled.control = ChargerReport::Control::none;
-    const auto* const resting = "Resting: plugged in, and charging begins again below 78%.";
-    const auto* const notNow = "With Auto-Protect charging begins again below 78%.";
-    const struct {
-        std::optional<ChargerReport> charger;
-        const char *limiter, *limit, *start; ///< no limit: the same sentence
-    } cases[] = {
-        {std::nullopt, "The background service is not running: the charger keeps what it was last told.",
-         nullptr, ""},
-        {ChargerReport{.hasBattery = false}, "This machine has no battery.", nullptr, ""},
-        {uncontrolled, "This laptop's charger takes no limit from software: it charges to 100%.", nullptr,
-         ""},
-        {rounded, "Resting: plugged in, and charging begins again below 75%.",
-         "In force: 85%, which this laptop makes of 80%.", "Charging begins again below 75%."},
-        {silent, resting, "The charger was told, but does not say what it holds.",
-         "Charging begins again below 78%."},
-        {endOnly, "Resting: plugged in, and the firmware decides when charging begins again.",
-         "In force: the charger stops at 80%.", "This laptop's firmware decides when charging begins again."},
-        {obedient("storage", 48, 50), "Not charging: the battery is above the limit of 50%.",
-         "In force: the charger stops at 50%.", notNow},
-        {obedient("paused", 0, 79), "Paused at 79% by hand, until the next plug or changed setting.",
-         "In force: the charger stops at 79%.", notNow},
-        {obedient("paused", -1, -1), "Paused by hand, until the next plug or changed setting.",
-         "The charger has not been told yet.", notNow},
-        {obedient("resumed", 99, 100),
-         "Plugged in, but the battery takes no charge right now: it was resumed by hand.",
-         "In force: the charger stops at 100%.", notNow},
-    };
-    for (const auto& [charger, limiter, limit, start] : cases) {
-        const dashboard::Situation situation{.percentage = 79, .charger = charger};
-        EXPECT_EQ(dashboard::limiterText(situation), limiter);
-        EXPECT_EQ(dashboard::limitEffect(situation), limit ? limit : limiter);
-        EXPECT_EQ(dashboard::startEffect(situation, 80, 2), start);
-    }
-}
 
 HSHistorySnapshot sample(double age, double health, double level = 60, const char* state = "Nominal")
 {

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "model/WidgetSettings.h"
-#include "texts/WidgetTexts.h"
 
 #include "FakePlatform.h"
 
@@ -33,49 +32,6 @@ TEST(WidgetSettings, AreAsTheyWereLeftAndBrokenPlacesAreNone)
         EXPECT_EQ(WidgetSettings("small").place.get(), std::nullopt) << broken;
         EXPECT_EQ(machine.log->count("small widget"), 1U) << broken;
     }
-}
-
-TEST(WidgetTexts, SayWhatTheBatteryDoes)
-{
-    using dashboard::Situation;
-    const ChargerReport some{.hasBattery = true};
-    ChargerReport known = some;
-    known.health = 94.6;
-    const struct {
-        Situation now;
-        const char *state, *status, *accessibleName;
-    } cases[] = {
-        {{.percentage = 72.9, .isCharging = true, .timeToLimit = 6, .charger = some},
-         "Charging",
-         "Charging: 6m to limit",
-         "Battery, 72%, charging: 6m to limit, health unknown, thermal state fair"},
-        {{.percentage = 72, .isOnBattery = true, .timeToEmpty = 125, .charger = known},
-         "On battery",
-         "2h 5m remaining",
-         "Battery, 72%, 2h 5m remaining, health 94%, thermal state fair"},
-        {{.percentage = 80, .timeToEmpty = 125, .charger = some},
-         "Limit reached",
-         "Limit reached",
-         "Battery, 80%, limit reached, health unknown, thermal state fair"},
-        {{.percentage = 99.2, .isSimulated = true},
-         "Full",
-         "Full",
-         "Battery, 99%, full, health unknown, thermal state fair"},
-        {{.percentage = 99.2, .charger = ChargerReport{}},
-         "No battery",
-         "No battery",
-         "Battery: no battery, health unknown, thermal state fair"},
-        {{.percentage = 50},
-         "Not watched",
-         "Background service not running",
-         "Battery: background service not running, health unknown, thermal state fair"},
-    };
-    for (const auto& [now, state, status, accessibleName] : cases) {
-        EXPECT_EQ(widget::stateText(now), state);
-        EXPECT_EQ(widget::statusText(now), status);
-        EXPECT_EQ(widget::accessibleSummary(now, ThermalMonitorService::ThermalState::fair), accessibleName);
-    }
-    EXPECT_EQ(widget::accessibleName(cases[0].now), "Battery, 72%, charging");
 }
 
 } // namespace

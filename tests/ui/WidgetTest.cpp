@@ -78,7 +78,7 @@ TEST_F(WidgetTest, ShowWhatTheModelHoldsAndSayItInOneBreath)
     model.applyCharger({{"IsKnown", true}, {"HasBattery", true}, {"Health", 91.2}});
     open("SmallWidgetWindow");
     EXPECT_EQ(text("percentage") + " " + text("state"), "72% Charging");
-    EXPECT_EQ(spoken(), "Battery, 72%, charging");
+    EXPECT_EQ(spoken(), "Battery, 72%, Charging");
     open("MediumWidgetWindow");
     EXPECT_EQ(voice("hold")->childCount(), 0) << "nothing is said twice";
     EXPECT_EQ(text("percentage") + " " + text("status"), "72% Charging...");

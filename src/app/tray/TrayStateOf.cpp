@@ -3,33 +3,36 @@
 
 #include "tray/TrayStateOf.h"
 
-#include "texts/ModelSentence.h"
+#include "base/Translation.h"
+#include "texts/ChargerTexts.h"
+
+#include <utility>
 
 namespace velmora {
 
 namespace {
 
-std::string tooltip(const BatteryModel& model, Freshness freshness)
+std::string tooltip(const BatteryModel& model, std::optional<ChargerReport> charger, Freshness freshness)
 {
     switch (freshness) {
     case Freshness::pending:
-        return "Waiting for the first reading.";
+        return tr("Waiting for the first reading.");
     case Freshness::live:
-        return sentence(model);
+        return charger::tooltip(situationOf(model, std::move(charger)), model.thermalState.get());
     case Freshness::stale:
         break;
     }
-    return "The background service is not running: the battery is not watched.";
+    return tr("The background service is not running: the battery is not watched.");
 }
 
 } // namespace
 
-TrayState trayStateOf(const BatteryModel& model, Freshness freshness)
+TrayState trayStateOf(const BatteryModel& model, std::optional<ChargerReport> charger, Freshness freshness)
 {
     return {
         .percentage = model.percentage.get(),
         .isCharging = model.chargingState.get() == ChargingState::charging,
-        .tooltip = tooltip(model, freshness),
+        .tooltip = tooltip(model, std::move(charger), freshness),
     };
 }
 

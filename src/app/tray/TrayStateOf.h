@@ -5,19 +5,22 @@
 
 #include "model/BatteryModel.h"
 #include "tray/TrayState.h"
+#include "wire/ChargerReport.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace velmora {
 
-/// Whose word the model's values are.
+/// Whether the model's values are the daemon's.
 enum class Freshness : std::uint8_t {
-    pending, ///< nobody's yet: they are what a model begins with
-    live,    ///< the daemon's
-    stale,   ///< nobody's any more
+    pending, ///< not yet: they are what a model begins with
+    live,
+    stale, ///< no longer: the daemon is gone
 };
 
-/// What the tray icon shows of the model. The tooltip says so where its values are not the daemon's.
-TrayState trayStateOf(const BatteryModel& model, Freshness freshness);
+/// What the tray icon shows of the model and of what the daemon reports of the charger. The tooltip says so
+/// where the values are not the daemon's.
+TrayState trayStateOf(const BatteryModel& model, std::optional<ChargerReport> charger, Freshness freshness);
 
 } // namespace velmora

@@ -3,6 +3,7 @@
 
 #include "charging/ChargePolicy.h"
 
+#include "texts/ChargerTexts.h"
 #include "wire/ChargerReport.h"
 
 #include <algorithm>
@@ -24,18 +25,6 @@ Thresholds band(double end, double hysteresis)
     // Some firmware refuses a start equal to the end.
     const int start = std::clamp(static_cast<int>(std::lround(end - hysteresis)), 0, whole - 1);
     return {start, whole};
-}
-
-std::string percent(int value)
-{
-    return std::to_string(value) + " %";
-}
-
-std::string holding(const char* who, const Thresholds& thresholds, ChargeControl control)
-{
-    std::string text = who + (": hold at " + percent(thresholds.end));
-    if (control == ChargeControl::thresholds) text += ", charge again below " + percent(*thresholds.start);
-    return text + ".";
 }
 
 } // namespace
@@ -114,28 +103,24 @@ ChargeDecision decideCharging(const ChargingSettings& settings, bool isQuickChar
     if (manual.state == ManualCharging::State::paused) {
         decision.mode = ChargeMode::paused;
         wanted = {0, std::clamp(manual.pausedAt, 1, 100)};
-        decision.reason = "Paused by hand until the next plug or changed setting.";
     } else if (manual.state == ManualCharging::State::resumed) {
         decision.mode = ChargeMode::resumed;
         wanted.start = startNow;
-        decision.reason = "Resumed by hand until the next plug or changed setting.";
     } else if (isQuickCharging) {
         decision.mode = ChargeMode::quickCharge;
         wanted.start = startNow;
-        decision.reason = "Quick charge: charge to 100 % once.";
     } else if (settings.isStorageModeEnabled) {
         decision.mode = ChargeMode::storage;
         wanted = band(storageLevel, settings.customHysteresis);
-        decision.reason = holding("Storage mode", wanted, control);
     } else if (settings.isAppleRecommendedMode) {
         decision.mode = ChargeMode::autoProtect;
         wanted = band(settings.customChargeLimit, settings.customHysteresis);
-        decision.reason = holding("Auto-Protect", wanted, control);
-    } else {
-        decision.reason = "Nothing limits charging.";
     }
     if (control == ChargeControl::endThreshold) wanted.start.reset();
     if (control != ChargeControl::none) decision.thresholds = wanted;
+    const auto& told = decision.thresholds;
+    decision.reason = charger::reason(name(decision.mode), told ? std::optional(told->end) : std::nullopt,
+                                      told ? told->start : std::nullopt);
     return decision;
 }
 

@@ -4,12 +4,10 @@
 #pragma once
 
 #include "battery/BatteryDataSource.h"
+#include "texts/ChargerTexts.h"
 #include "texts/PanelTexts.h"
-#include "wire/ChargerReport.h"
 
 #include <array>
-#include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -46,42 +44,14 @@ std::string_view view(std::string_view identifier);
 
 inline constexpr std::string_view placeholder = "Select an item to view insights";
 
-/// "45m", "2h 5m".
-std::string timeText(std::int64_t minutes);
-
-inline constexpr std::int64_t workingOut = -2; ///< minutes that are not known yet
-inline constexpr double full = 99;             ///< percent; many a battery stops there
-
-/// What the battery does and what it was told to do.
-struct Situation {
-    double percentage = 50;
-    bool isCharging = false;
-    bool isOnBattery = false;
-    std::int64_t timeToFull = -1; ///< minutes; -1 unknown, -2 still being worked out
-    std::int64_t timeToEmpty = -1;
-    std::int64_t timeToLimit = -1;
-    bool isAutoProtectOn = true;
-    double limit = 80; ///< percent
-    /// What the daemon tells of the charger; nothing while it is not there.
-    std::optional<ChargerReport> charger{};
-    bool isSimulated = false; ///< of a battery that there is not
-};
-
-/// The values are those of a battery, and not what a model begins with.
-bool isWatched(const Situation& now);
+using charger::limitEffect;
+using charger::limiterText;
+using charger::startEffect;
+using velmora::isWatched;
+using velmora::Situation;
 
 /// Below the title of the overview.
 std::string statusLine(const Situation& now);
-
-/// One sentence: what the limiter does right now, and why, as the daemon tells it. What a person asked for
-/// may have been refused.
-std::string limiterText(const Situation& now);
-
-/// What this laptop's charger makes of the limit that it was told; a sentence.
-std::string limitEffect(const Situation& now);
-/// When charging begins again with these two settings, be they in force or not yet; a sentence, or nothing
-/// where that has no meaning.
-std::string startEffect(const Situation& now, double limit, double hysteresis);
 
 /// When the first sample of the history comes, or why none does.
 std::string firstSampleText(const Situation& now);

@@ -5,6 +5,7 @@
 
 #include "base/Decimal.h"
 #include "base/Saturate.h"
+#include "base/Translation.h"
 
 #include <cmath>
 
@@ -22,9 +23,9 @@ std::string percentageText(double percentage)
     return std::to_string(truncated(percentage)) + "%";
 }
 
-std::string_view chargingWord(ChargingState state)
+std::string chargingWord(ChargingState state)
 {
-    return rawValue(state);
+    return state == ChargingState::charging ? tr("Charging") : tr("Idle");
 }
 
 ThemeColor chargingColor(ChargingState state)
@@ -32,9 +33,9 @@ ThemeColor chargingColor(ChargingState state)
     return state == ChargingState::charging ? ThemeColor::batteryGreen : ThemeColor::secondary;
 }
 
-std::string_view quickChargeTitle(bool isCharging)
+std::string quickChargeTitle(bool isCharging)
 {
-    return isCharging ? "Stop Quick Charge" : "Quick Charge to 100%";
+    return isCharging ? tr("Stop Quick Charge") : tr("Quick Charge to 100%");
 }
 
 std::string_view quickChargeSymbol(bool isCharging)
@@ -49,12 +50,12 @@ ThemeColor quickChargeTint(bool isCharging)
 
 std::string degradationText(std::optional<double> rate)
 {
-    return rate && std::isfinite(*rate) ? decimalText(*rate, 1) + "% / mo" : "94%";
+    return rate && std::isfinite(*rate) ? tr("%1% / mo", decimalText(*rate, 1)) : "94%";
 }
 
 std::string degradationAccessibleName(std::optional<double> rate)
 {
-    return "Degradation rate: " + degradationText(rate);
+    return tr("Degradation rate: %1", degradationText(rate));
 }
 
 ThemeColor degradationColor(std::optional<double> rate)
@@ -64,9 +65,20 @@ ThemeColor degradationColor(std::optional<double> rate)
     return size < 2 ? ThemeColor::batteryWarning : ThemeColor::batteryDanger;
 }
 
-std::string_view thermalText(ThermalMonitorService::ThermalState state)
+std::string thermalText(ThermalMonitorService::ThermalState state)
 {
-    return ThermalMonitorService::rawValue(state);
+    using enum ThermalMonitorService::ThermalState;
+    switch (state) {
+    case nominal:
+        break;
+    case fair:
+        return tr("Fair");
+    case serious:
+        return tr("Serious");
+    case critical:
+        return tr("Critical");
+    }
+    return tr("Nominal");
 }
 
 ThemeColor thermalColor(ThermalMonitorService::ThermalState state)
@@ -87,7 +99,7 @@ ThemeColor thermalColor(ThermalMonitorService::ThermalState state)
 
 std::string limitCaption(double limit)
 {
-    return "Limit to " + std::to_string(truncated(limit)) + "% charge";
+    return tr("Limit to %1 charge", percentageText(limit));
 }
 
 } // namespace velmora::panel

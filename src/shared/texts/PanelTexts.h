@@ -34,10 +34,10 @@ std::string_view name(ThemeColor color);
 /// Whole percent, the fraction dropped: 79.6 reads "79%".
 std::string percentageText(double percentage);
 
-std::string_view chargingWord(ChargingState state);
+std::string chargingWord(ChargingState state);
 ThemeColor chargingColor(ChargingState state);
 
-std::string_view quickChargeTitle(bool isCharging);
+std::string quickChargeTitle(bool isCharging);
 std::string_view quickChargeSymbol(bool isCharging);
 ThemeColor quickChargeTint(bool isCharging);
 
@@ -48,7 +48,7 @@ std::string degradationAccessibleName(std::optional<double> rate);
 /// A gain of health is coloured like a loss of the same size.
 ThemeColor degradationColor(std::optional<double> rate);
 
-std::string_view thermalText(ThermalMonitorService::ThermalState state);
+std::string thermalText(ThermalMonitorService::ThermalState state);
 ThemeColor thermalColor(ThermalMonitorService::ThermalState state);
 
 /// Below the switch that holds the charge at `limit` percent.

@@ -3,29 +3,25 @@
 
 #pragma once
 
-#include "texts/DashboardTexts.h"
+#include "texts/ChargerTexts.h"
 
 #include <string>
 
 /// What the desktop's widgets say, from the model's values alone.
 namespace velmora::widget {
 
-/// "72%"; a dash where there is no battery, or nobody reads it.
-std::string levelText(const dashboard::Situation& now);
+using charger::stateText;
+using charger::statusText;
 
-/// "Charging", "On battery": what the battery does, in a word or two.
-std::string stateText(const dashboard::Situation& now);
+/// "72%"; a dash where there is no battery, or no daemon reads it.
+std::string levelText(const Situation& now);
 
-/// The same, and for how long, where that is known.
-std::string statusText(const dashboard::Situation& now);
+/// The battery's health, "94%"; a dash where it is not known.
+std::string healthText(const Situation& now);
 
-/// The battery's health, "94%"; a dash while nobody has told it.
-std::string healthText(const dashboard::Situation& now);
-
-/// A widget in one accessibleName, for those who hear it: "Battery, 72%, charging". The longer one says all
-/// that the medium widget shows.
-std::string accessibleName(const dashboard::Situation& now);
-std::string accessibleSummary(const dashboard::Situation& now,
-                              ThermalMonitorService::ThermalState thermalState);
+/// For those who hear the small widget: "Battery, 72%, Charging".
+std::string accessibleName(const Situation& now);
+/// All that the medium widget shows, in sentences.
+std::string accessibleSummary(const Situation& now, ThermalMonitorService::ThermalState thermalState);
 
 } // namespace velmora::widget

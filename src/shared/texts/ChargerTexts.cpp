@@ -1,0 +1,347 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "texts/ChargerTexts.h"
+
+#include "base/Translation.h"
+#include "texts/PanelTexts.h"
+
+#include <array>
+#include <cmath>
+
+namespace velmora::charger {
+
+namespace {
+
+constexpr double fullLevel = 99; // percent; many a battery stops there
+
+std::string percent(double value)
+{
+    return panel::percentageText(value);
+}
+
+/// What holds the charger.
+enum class Rule : std::uint8_t { none, autoProtect, storage, quickCharge, resumed, paused };
+
+Rule ruleOf(std::string_view mode)
+{
+    using Mode = ChargerReport::Mode;
+    if (mode == Mode::autoProtect) return Rule::autoProtect;
+    if (mode == Mode::storage) return Rule::storage;
+    if (mode == Mode::quickCharge) return Rule::quickCharge;
+    if (mode == Mode::resumed) return Rule::resumed;
+    return mode == Mode::paused ? Rule::paused : Rule::none;
+}
+
+bool isLimiting(Rule rule)
+{
+    return rule == Rule::autoProtect || rule == Rule::storage || rule == Rule::paused;
+}
+
+/// What the charger was told, and what came of it.
+struct Order {
+    Rule rule = Rule::none;
+    double limit = 100; ///< percent; 100: none, negative: not known
+    double resume = -1; ///< percent; negative: not known
+};
+
+/// What a threshold became; what was asked for where the charger does not tell.
+double inForce(std::int64_t held, std::int64_t wanted)
+{
+    return static_cast<double>(held >= 0 ? held : wanted);
+}
+
+bool isStartTheFirmwares(const ChargerReport& charger)
+{
+    return charger.control == ChargerReport::Control::endThreshold;
+}
+
+Order orderOf(const ChargerReport& charger)
+{
+    if (charger.control == ChargerReport::Control::none) return {};
+    Order order{.rule = ruleOf(charger.mode)};
+    if (!isLimiting(order.rule)) return order;
+    order.limit = inForce(charger.endThreshold, charger.wantedEndThreshold);
+    if (!isStartTheFirmwares(charger))
+        order.resume = inForce(charger.startThreshold, charger.wantedStartThreshold);
+    if (order.limit >= 100 && order.rule != Rule::paused) order.rule = Rule::none;
+    return order;
+}
+
+/// A simulated battery follows the user's settings, whatever charger there is.
+Order orderOf(const Situation& now)
+{
+    if (!now.isSimulated) return now.charger ? orderOf(*now.charger) : Order{.limit = -1};
+    if (!now.isAutoProtectOn || now.limit >= 100) return {};
+    return {.rule = Rule::autoProtect, .limit = now.limit};
+}
+
+enum class Activity : std::uint8_t {
+    onBattery,
+    charging,
+    chargingPastLimit,
+    full,
+    paused,
+    aboveLimit,
+    limitReached,
+    resting, ///< between the limit and the level at which charging begins again
+    notCharging,
+};
+
+Activity activityOf(const Situation& now, const Order& order)
+{
+    using enum Activity;
+    if (now.isOnBattery && !now.isCharging) return onBattery;
+    const bool isHeld = isLimiting(order.rule) && order.limit >= 0;
+    if (now.isCharging) return isHeld && now.percentage >= order.limit ? chargingPastLimit : charging;
+    if (order.rule == Rule::paused) return paused;
+    if (!isHeld) return now.percentage >= fullLevel ? full : notCharging;
+    if (now.percentage >= order.limit + 1) return aboveLimit;
+    if (now.percentage >= order.limit) return limitReached;
+    return order.resume < 0 || now.percentage >= order.resume ? resting : notCharging;
+}
+
+/// Why no limit can be held here, if so.
+std::optional<std::string> obstacle(const Situation& now)
+{
+    if (!now.charger)
+        return tr("The background service is not running: the charger keeps what it was last told.");
+    if (!now.charger->hasBattery) return tr("This machine has no battery.");
+    if (now.charger->control == ChargerReport::Control::none)
+        return tr("This laptop's charger takes no limit from software: it charges to 100%.");
+    return std::nullopt;
+}
+
+/// What the limiter does under a rule; %1 is the limit.
+struct RuleTexts {
+    const char* onBattery;
+    const char* charging;
+    const char* full;
+    const char* notCharging;
+};
+
+constexpr auto takesNoCharge = trMark("Plugged in, but the battery takes no charge right now.");
+
+/// In the order of Rule; a pause has a sentence of its own. Below a limit a battery is never full.
+constexpr std::array ruleTexts{
+    RuleTexts{trMark("On battery: charging will go on to %1, no limit is set."),
+              trMark("Charging to %1: no limit is set."), trMark("Full: plugged in, no limit is set."),
+              trMark("Plugged in, but the battery takes no charge right now: no limit is set.")},
+    RuleTexts{trMark("On battery: charging will stop at %1, Auto-Protect is on."),
+              trMark("Charging to %1: Auto-Protect is on."), takesNoCharge, takesNoCharge},
+    RuleTexts{trMark("On battery: charging will stop at %1, storage mode is on."),
+              trMark("Charging to %1: storage mode is on."), takesNoCharge, takesNoCharge},
+    RuleTexts{trMark("On battery: charging will go on to %1, quick charge is on."),
+              trMark("Charging to %1: quick charge is on."), trMark("Full: plugged in, quick charge is on."),
+              trMark("Plugged in, but the battery takes no charge right now: quick charge is on.")},
+    RuleTexts{trMark("On battery: charging will go on to %1, it was resumed by hand."),
+              trMark("Charging to %1: it was resumed by hand."),
+              trMark("Full: plugged in, it was resumed by hand."),
+              trMark("Plugged in, but the battery takes no charge right now: it was resumed by hand.")},
+};
+
+std::string pauseText(const Order& order)
+{
+    if (order.limit < 0) return tr("Paused by hand, until the next plug or changed setting.");
+    return tr("Paused at %1 by hand, until the next plug or changed setting.", percent(order.limit));
+}
+
+std::string activityText(const Situation& now, const Order& order)
+{
+    const auto& texts = ruleTexts[static_cast<std::size_t>(order.rule)];
+    const auto limit = percent(order.limit);
+    switch (activityOf(now, order)) {
+    case Activity::onBattery:
+        return tr(texts.onBattery, limit);
+    case Activity::charging:
+        return tr(texts.charging, limit);
+    case Activity::chargingPastLimit:
+        return tr("Charging past the limit of %1: the charger does not follow it yet.", limit);
+    case Activity::full:
+        return tr(texts.full);
+    case Activity::paused:
+        return pauseText(order);
+    case Activity::aboveLimit:
+        return tr("Not charging: the battery is above the limit of %1.", limit);
+    case Activity::limitReached:
+        return tr("Holding at %1: plugged in, limit reached.", limit);
+    case Activity::resting:
+        return order.resume < 0
+                   ? tr("Resting: plugged in, and the firmware decides when charging begins again.")
+                   : tr("Resting: plugged in, and charging begins again below %1.", percent(order.resume));
+    case Activity::notCharging:
+        break;
+    }
+    return tr(texts.notCharging);
+}
+
+/// The model works out the minutes to the limit that the user asked for. Another may be in force.
+std::optional<std::int64_t> minutesToLimit(const Situation& now, const Order& order)
+{
+    const bool isAsked = order.rule == Rule::autoProtect && order.limit == std::round(now.limit);
+    return isAsked && now.timeToLimit >= 1 ? std::optional(now.timeToLimit) : std::nullopt;
+}
+
+std::string chargingTooltip(const Situation& now, const Order& order, const std::string& level)
+{
+    const auto limit = percent(order.limit);
+    if (order.limit < 0) return tr("%1, charging", level);
+    if (isLimiting(order.rule)) {
+        const auto minutes = minutesToLimit(now, order);
+        if (minutes) return tr("%1, charging, %2 to the limit of %3", level, timeText(*minutes), limit);
+    } else if (now.timeToFull >= 1) {
+        return tr("%1, charging, %2 to full", level, timeText(now.timeToFull));
+    }
+    return tr("%1, charging to %2", level, limit);
+}
+
+std::string batteryTooltip(const Situation& now, const Order& order)
+{
+    const auto level = percent(now.percentage);
+    const auto limit = percent(order.limit);
+    switch (activityOf(now, order)) {
+    case Activity::onBattery:
+        return now.timeToEmpty >= 1 ? tr("%1, on battery, %2 remaining", level, timeText(now.timeToEmpty))
+                                    : tr("%1, on battery", level);
+    case Activity::charging:
+        return chargingTooltip(now, order, level);
+    case Activity::chargingPastLimit:
+        return tr("%1, charging past the limit of %2", level, limit);
+    case Activity::full:
+        return tr("%1, plugged in, full", level);
+    case Activity::paused:
+        return tr("%1, plugged in, paused by hand", level);
+    case Activity::aboveLimit:
+        return tr("%1, plugged in, above the limit of %2", level, limit);
+    case Activity::limitReached:
+        return tr("%1, plugged in, held at the limit of %2", level, limit);
+    case Activity::resting:
+        if (order.resume >= 0)
+            return tr("%1, plugged in, charging begins again below %2", level, percent(order.resume));
+        break;
+    case Activity::notCharging:
+        break;
+    }
+    return tr("%1, plugged in, not charging", level);
+}
+
+/// Of sentence and heat, in words of the reader's language; %1 is what the battery does.
+std::string withHeat(const std::string& text, ThermalMonitorService::ThermalState state)
+{
+    using enum ThermalMonitorService::ThermalState;
+    if (state == nominal) return text;
+    return tr("%1, heat: %2", text, panel::thermalText(state));
+}
+
+} // namespace
+
+std::string timeText(std::int64_t minutes)
+{
+    if (minutes < 60) return tr("%1m", std::to_string(minutes));
+    return tr("%1h %2m", std::to_string(minutes / 60), std::to_string(minutes % 60));
+}
+
+std::string reason(std::string_view mode, std::optional<int> end, std::optional<int> start)
+{
+    if (!end) return tr("This laptop's charger takes no limit from software: it charges to 100%.");
+    const auto rule = ruleOf(mode);
+    if (rule == Rule::paused) return tr("Paused by hand, until the next plug or changed setting.");
+    if (rule == Rule::resumed) return tr("Resumed by hand, until the next plug or changed setting.");
+    if (rule == Rule::quickCharge) return tr("Quick charge is on: charging goes on to 100% once.");
+    if (rule == Rule::none || *end >= 100) return tr("No limit is set: charging goes on to 100%.");
+    const bool isStorage = rule == Rule::storage;
+    const auto limit = percent(*end);
+    if (!start)
+        return isStorage ? tr("Storage mode is on: charging stops at %1.", limit)
+                         : tr("Auto-Protect is on: charging stops at %1.", limit);
+    const auto resume = percent(*start);
+    return isStorage
+               ? tr("Storage mode is on: charging stops at %1 and begins again below %2.", limit, resume)
+               : tr("Auto-Protect is on: charging stops at %1 and begins again below %2.", limit, resume);
+}
+
+std::string limiterText(const Situation& now)
+{
+    if (const auto why = obstacle(now)) return *why;
+    const auto order = orderOf(now);
+    if (order.rule == Rule::paused) return pauseText(order);
+    if (order.limit < 0) return tr("The charger has not been told yet.");
+    return activityText(now, order);
+}
+
+std::string limitEffect(const Situation& now)
+{
+    if (const auto why = obstacle(now)) return *why;
+    const auto wanted = now.charger->wantedEndThreshold;
+    const auto held = now.charger->endThreshold;
+    if (wanted < 0) return tr("The charger has not been told yet.");
+    if (held < 0) return tr("The charger was told, but does not say what it holds.");
+    const auto limit = percent(static_cast<double>(held));
+    if (held == wanted) return tr("In force: the charger stops at %1.", limit);
+    return tr("In force: %1, which this laptop makes of %2.", limit, percent(static_cast<double>(wanted)));
+}
+
+std::string startEffect(const Situation& now, double limit, double hysteresis)
+{
+    if (obstacle(now)) return "";
+    const auto& charger = *now.charger;
+    if (isStartTheFirmwares(charger)) return tr("This laptop's firmware decides when charging begins again.");
+    const double asked = limit - hysteresis;
+    const bool isInForce = charger.mode == ChargerReport::Mode::autoProtect &&
+                           static_cast<double>(charger.wantedStartThreshold) == std::round(asked);
+    if (!isInForce) return tr("With Auto-Protect charging begins again below %1.", percent(asked));
+    return tr("Charging begins again below %1.",
+              percent(inForce(charger.startThreshold, charger.wantedStartThreshold)));
+}
+
+std::string stateText(const Situation& now)
+{
+    if (!isWatched(now)) return isBatteryMissing(now) ? tr("No battery") : tr("Not watched");
+    switch (activityOf(now, orderOf(now))) {
+    case Activity::onBattery:
+        return tr("On battery");
+    case Activity::charging:
+    case Activity::chargingPastLimit:
+        return tr("Charging");
+    case Activity::full:
+        return tr("Full");
+    case Activity::paused:
+        return tr("Paused");
+    case Activity::aboveLimit:
+        return tr("Above the limit");
+    case Activity::limitReached:
+        return tr("Limit reached");
+    case Activity::resting:
+    case Activity::notCharging:
+        break;
+    }
+    return tr("Plugged in");
+}
+
+std::string statusText(const Situation& now)
+{
+    if (!isWatched(now))
+        return isBatteryMissing(now) ? tr("No battery") : tr("Background service not running");
+    const auto order = orderOf(now);
+    const auto activity = activityOf(now, order);
+    if (activity == Activity::onBattery) {
+        if (now.timeToEmpty >= 1) return tr("%1 remaining", timeText(now.timeToEmpty));
+        if (now.timeToEmpty == workingOut) return tr("Calculating remaining time...");
+    } else if (activity == Activity::charging && isLimiting(order.rule)) {
+        const auto minutes = minutesToLimit(now, order);
+        return minutes ? tr("Charging: %1 to limit", timeText(*minutes))
+                       : tr("Charging to %1", percent(order.limit));
+    } else if (activity == Activity::charging) {
+        if (now.timeToFull >= 1) return tr("Charging: %1 to full", timeText(now.timeToFull));
+        if (now.timeToFull == workingOut) return tr("Calculating time to full...");
+    }
+    return stateText(now);
+}
+
+std::string tooltip(const Situation& now, ThermalMonitorService::ThermalState thermalState)
+{
+    if (isBatteryMissing(now)) return tr("This machine has no battery.");
+    return withHeat(batteryTooltip(now, orderOf(now)), thermalState);
+}
+
+} // namespace velmora::charger

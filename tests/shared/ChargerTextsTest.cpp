@@ -1,0 +1,260 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "base/Translation.h"
+#include "texts/DashboardTexts.h"
+#include "texts/WidgetTexts.h"
+
+#include <gtest/gtest.h>
+
+namespace velmora {
+namespace {
+
+using Control = ChargerReport::Control;
+using Thermal = ThermalMonitorService::ThermalState;
+
+/// A charger that does as it was told; -1: it was told nothing.
+ChargerReport obedient(std::string_view mode, int start, int end,
+                       std::string_view control = Control::thresholds)
+{
+    return {.hasBattery = true,
+            .control = std::string(control),
+            .mode = std::string(mode),
+            .wantedStartThreshold = start,
+            .wantedEndThreshold = end,
+            .startThreshold = start,
+            .endThreshold = end};
+}
+
+std::string reasonOf(const ChargerReport& report)
+{
+    const auto known = [](std::int64_t value) {
+        return value < 0 ? std::nullopt : std::optional(static_cast<int>(value));
+    };
+    return charger::reason(report.mode, known(report.wantedEndThreshold), known(report.wantedStartThreshold));
+}
+
+const auto at80 = obedient("auto-protect", 78, 80);
+const auto endOnly = obedient("auto-protect", -1, 80, Control::endThreshold);
+const auto uncontrolled = obedient("auto-protect", -1, -1, Control::none);
+const auto storage = obedient("storage", 48, 50);
+const auto quickCharge = obedient("quick charge", 99, 100);
+const auto resumed = obedient("resumed", 99, 100);
+const auto unlimited = obedient("auto-protect", 98, 100);
+const auto paused = obedient("paused", 0, 79);
+const auto* const noControl = "This laptop's charger takes no limit from software: it charges to 100%.";
+const auto* const held = "Auto-Protect is on: charging stops at 80% and begins again below 78%.";
+const auto* const stopped = "The background service is not running: the charger keeps what it was last told.";
+
+TEST(ChargerTexts, TrayWidgetsPagesAndDaemonAgree)
+{
+    const struct {
+        Situation now;
+        const char *tooltip, *widget, *page, *reason; ///< no reason: the one of the case before
+    } cases[] = {
+        {{.percentage = 80, .charger = at80},
+         "80%, plugged in, held at the limit of 80%",
+         "Limit reached",
+         "Holding at 80%: plugged in, limit reached.",
+         held},
+        {{.percentage = 80, .isAutoProtectOn = false, .charger = at80}, // switched off, and refused
+         "80%, plugged in, held at the limit of 80%",
+         "Limit reached",
+         "Holding at 80%: plugged in, limit reached.",
+         nullptr},
+        {{.percentage = 81, .charger = at80},
+         "81%, plugged in, above the limit of 80%",
+         "Above the limit",
+         "Not charging: the battery is above the limit of 80%.",
+         nullptr},
+        {{.percentage = 79, .charger = at80},
+         "79%, plugged in, charging begins again below 78%",
+         "Plugged in",
+         "Resting: plugged in, and charging begins again below 78%.",
+         nullptr},
+        {{.percentage = 60, .charger = at80},
+         "60%, plugged in, not charging",
+         "Plugged in",
+         "Plugged in, but the battery takes no charge right now.",
+         nullptr},
+        {{.percentage = 76.9, .isCharging = true, .timeToFull = 65, .timeToLimit = 20, .charger = at80},
+         "76%, charging, 20m to the limit of 80%",
+         "Charging: 20m to limit",
+         "Charging to 80%: Auto-Protect is on.",
+         nullptr},
+        {{.percentage = 70, .isCharging = true, .timeToLimit = 90, .limit = 90, .charger = at80}, // refused
+         "70%, charging to 80%",
+         "Charging to 80%",
+         "Charging to 80%: Auto-Protect is on.",
+         nullptr},
+        {{.percentage = 85, .isCharging = true, .timeToFull = 40, .charger = at80},
+         "85%, charging past the limit of 80%",
+         "Charging",
+         "Charging past the limit of 80%: the charger does not follow it yet.",
+         nullptr},
+        {{.percentage = 72, .isOnBattery = true, .timeToEmpty = 125, .charger = at80},
+         "72%, on battery, 2h 5m remaining",
+         "2h 5m remaining",
+         "On battery: charging will stop at 80%, Auto-Protect is on.",
+         nullptr},
+        {{.percentage = 79, .charger = endOnly},
+         "79%, plugged in, not charging",
+         "Plugged in",
+         "Resting: plugged in, and the firmware decides when charging begins again.",
+         "Auto-Protect is on: charging stops at 80%."},
+        {{.percentage = 80, .charger = uncontrolled},
+         "80%, plugged in, not charging",
+         "Plugged in",
+         noControl,
+         noControl},
+        {{.percentage = 70, .isCharging = true, .timeToFull = 65, .timeToLimit = 20, .charger = uncontrolled},
+         "70%, charging, 1h 5m to full",
+         "Charging: 1h 5m to full",
+         noControl,
+         nullptr},
+        {{.percentage = 50, .charger = storage},
+         "50%, plugged in, held at the limit of 50%",
+         "Limit reached",
+         "Holding at 50%: plugged in, limit reached.",
+         "Storage mode is on: charging stops at 50% and begins again below 48%."},
+        {{.percentage = 40, .isCharging = true, .timeToFull = 65, .timeToLimit = 20, .charger = storage},
+         "40%, charging to 50%",
+         "Charging to 50%",
+         "Charging to 50%: storage mode is on.",
+         nullptr},
+        {{.isCharging = true, .timeToFull = 12, .timeToLimit = 5, .charger = quickCharge},
+         "50%, charging, 12m to full",
+         "Charging: 12m to full",
+         "Charging to 100%: quick charge is on.",
+         "Quick charge is on: charging goes on to 100% once."},
+        {{.percentage = 79, .charger = resumed},
+         "79%, plugged in, not charging",
+         "Plugged in",
+         "Plugged in, but the battery takes no charge right now: it was resumed by hand.",
+         "Resumed by hand, until the next plug or changed setting."},
+        {{.percentage = 99.5, .charger = unlimited},
+         "99%, plugged in, full",
+         "Full",
+         "Full: plugged in, no limit is set.",
+         "No limit is set: charging goes on to 100%."},
+        {{.isOnBattery = true, .timeToEmpty = -2, .charger = obedient("off", 95, 100)},
+         "50%, on battery",
+         "Calculating remaining time...",
+         "On battery: charging will go on to 100%, no limit is set.",
+         nullptr},
+        {{.percentage = 79, .charger = paused},
+         "79%, plugged in, paused by hand",
+         "Paused",
+         "Paused at 79% by hand, until the next plug or changed setting.",
+         "Paused by hand, until the next plug or changed setting."},
+        {{.percentage = 0, .charger = ChargerReport{}},
+         "This machine has no battery.",
+         "No battery",
+         "This machine has no battery.",
+         nullptr},
+        {{.percentage = 80, .isSimulated = true},
+         "80%, plugged in, held at the limit of 80%",
+         "Limit reached",
+         stopped,
+         nullptr},
+        {{.isCharging = true}, "50%, charging", "Background service not running", stopped, nullptr},
+    };
+    const char* reason = nullptr;
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.tooltip);
+        EXPECT_EQ(charger::tooltip(row.now, Thermal::nominal), row.tooltip);
+        EXPECT_EQ(widget::statusText(row.now), row.widget);
+        EXPECT_EQ(charger::limiterText(row.now), row.page);
+        if (row.reason) reason = row.reason;
+        if (row.now.charger) {
+            EXPECT_EQ(reasonOf(*row.now.charger), reason);
+        }
+    }
+    EXPECT_EQ(charger::tooltip(cases[0].now, Thermal::serious),
+              "80%, plugged in, held at the limit of 80%, heat: Serious");
+}
+
+TEST(ChargerTexts, PagesSayWhatThisLaptopMakesOfTheSettings)
+{
+    auto rounded = at80;
+    rounded.startThreshold = 75;
+    rounded.endThreshold = 85;
+    auto silent = at80;
+    silent.startThreshold = silent.endThreshold = -1;
+    const auto* const notNow = "With Auto-Protect charging begins again below 78%.";
+    const struct {
+        std::optional<ChargerReport> charger;
+        const char *limit, *start;
+    } cases[] = {
+        {std::nullopt, stopped, ""},
+        {ChargerReport{}, "This machine has no battery.", ""},
+        {uncontrolled, noControl, ""},
+        {rounded, "In force: 85%, which this laptop makes of 80%.", "Charging begins again below 75%."},
+        {silent, "The charger was told, but does not say what it holds.", "Charging begins again below 78%."},
+        {endOnly, "In force: the charger stops at 80%.",
+         "This laptop's firmware decides when charging begins again."},
+        {storage, "In force: the charger stops at 50%.", notNow},
+        {obedient("auto-protect", -1, -1), "The charger has not been told yet.", notNow},
+    };
+    for (const auto& [charger, limit, start] : cases) {
+        EXPECT_EQ(charger::limitEffect({.percentage = 79, .charger = charger}), limit);
+        EXPECT_EQ(charger::startEffect({.percentage = 79, .charger = charger}, 80, 2), start);
+    }
+}
+
+TEST(DashboardTexts, StatusLineTellsTheTimesThatAreKnown)
+{
+    const struct {
+        bool isCharging, isLimited;
+        std::int64_t toLimit, toFull, toEmpty;
+        const char* line;
+    } cases[] = {
+        {false, true, 30, 30, 45, "45m remaining"},
+        {false, true, -1, -1, -2, "Calculating remaining time..."},
+        {false, true, -1, -1, -1, "Live battery analytics and performance monitoring."},
+        {false, true, -1, -1, 0, "Live battery analytics and performance monitoring."},
+        {true, true, 21, 60, -1, "Charging: 21m to limit"},
+        {true, false, 21, 60, -1, "Charging: 1h 0m to full"},
+        {true, true, 0, 59, -1, "Charging: 59m to full"},
+        {true, true, -1, -2, -1, "Calculating time to full..."},
+        {true, true, -1, -1, -2, "Charging..."},
+    };
+    for (const auto& [isCharging, isLimited, toLimit, toFull, toEmpty, line] : cases)
+        EXPECT_EQ(dashboard::statusLine({.isCharging = isCharging,
+                                         .timeToFull = toFull,
+                                         .timeToEmpty = toEmpty,
+                                         .timeToLimit = toLimit,
+                                         .isAutoProtectOn = isLimited}),
+                  line);
+    EXPECT_EQ(dashboard::statusLine({.charger = ChargerReport{}}), "This machine has no battery.");
+}
+
+TEST(WidgetTexts, AreSpokenInOneSentenceEach)
+{
+    auto known = at80;
+    known.health = 94.6;
+    const std::pair<Situation, const char*> cases[] = {
+        {{.percentage = 72, .isCharging = true, .timeToLimit = 6, .charger = known},
+         "Battery, 72%, Charging: 6m to limit. Health: 94%. Thermal state: Fair."},
+        {{.charger = ChargerReport{}}, "No battery. Health: unknown. Thermal state: Fair."},
+    };
+    for (const auto& [now, text] : cases) EXPECT_EQ(widget::accessibleSummary(now, Thermal::fair), text);
+    EXPECT_EQ(widget::accessibleName(cases[0].first), "Battery, 72%, Charging");
+    EXPECT_EQ(widget::accessibleName({}), "Not watched");
+}
+
+TEST(Translation, PutsValuesWhereTheTranslatedTextWantsThem)
+{
+    const auto before = setTranslation([](const char* text, const char* many, std::int64_t count) {
+        if (many) return std::string(count < 5 ? "few: %1" : "lots: %1");
+        return text == std::string_view("%1, charging to %2") ? "%2 <- %1, %3%" : std::string(text);
+    });
+    EXPECT_EQ(tr("%1, charging to %2", "%2", "80%"), "80% <- %2, %3%");
+    EXPECT_EQ(trn("%1 month", "%1 months", 4), "few: 4");
+    EXPECT_EQ(tr("100%"), "100%");
+    setTranslation(before);
+    EXPECT_EQ(trn("%1 month", "%1 months", 1) + trn("%1 month", "%1 months", 0), "1 month0 months");
+}
+
+} // namespace
+} // namespace velmora
