@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "base/Translation.h"
+
 #include <cstdint>
 #include <optional>
 
@@ -19,7 +21,8 @@ enum class Command : std::uint8_t {
     help, ///< say how it is started
 };
 
-inline constexpr auto usage = "usage: velmora [--panel | --dashboard | --widget small|medium | --quit]\n";
+inline constexpr auto usage =
+    trMark("usage: velmora [--panel | --dashboard | --widget small|medium | --quit]\n");
 
 /// Nothing for arguments that make no sense.
 std::optional<Command> commandOf(int argc, const char* const* argv);

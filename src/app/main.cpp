@@ -10,7 +10,7 @@ int main(int argc, char** argv)
 {
     const auto command = velmora::commandOf(argc, argv);
     if (!command || command == velmora::Command::help) {
-        std::fputs(velmora::usage, command ? stdout : stderr);
+        std::fputs(velmora::tr(velmora::usage).c_str(), command ? stdout : stderr);
         return command ? 0 : 2;
     }
     velmora::keepHeapSmall();

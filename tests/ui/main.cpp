@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "program/CoreTranslator.h"
+
 #include <QGuiApplication>
 #include <QQuickWindow>
 #include <gtest/gtest.h>
@@ -16,5 +18,7 @@ int main(int argc, char** argv)
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     testing::InitGoogleTest(&argc, argv);
     const QGuiApplication application(argc, argv);
+    velmora::CoreTranslator translator;
+    QGuiApplication::installTranslator(&translator);
     return RUN_ALL_TESTS();
 }

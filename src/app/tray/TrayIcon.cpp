@@ -3,6 +3,7 @@
 
 #include "tray/TrayIcon.h"
 
+#include "base/Translation.h"
 #include "tray/StatusNotifierItem.h"
 #include "tray/TrayMenu.h"
 #include "tray/XEmbedIcon.h"
@@ -39,12 +40,13 @@ TrayIcon::~TrayIcon() = default;
 
 void TrayIcon::serveOn(sd_bus* session, Log& log)
 try {
-    menu_ = std::make_unique<TrayMenu>(session, std::vector<TrayMenu::Entry>{
-                                                    {"Open Velmora", [this] { tell(onOpenPanel); }},
-                                                    {"Launch Dashboard", [this] { tell(onLaunchDashboard); }},
-                                                    {nullptr, {}},
-                                                    {"Quit Velmora", [this] { tell(onQuit); }},
-                                                });
+    menu_ = std::make_unique<TrayMenu>(session,
+                                       std::vector<TrayMenu::Entry>{
+                                           {trMark("Open Velmora"), [this] { tell(onOpenPanel); }},
+                                           {trMark("Launch Dashboard"), [this] { tell(onLaunchDashboard); }},
+                                           {nullptr, {}},
+                                           {trMark("Quit Velmora"), [this] { tell(onQuit); }},
+                                       });
     item_ = std::make_unique<StatusNotifierItem>(loop_, session, log, installedIcons());
     item_->onChanged = [this] { changed(); };
     item_->onActivate = [this](auto at) { tell(onActivate, at); };

@@ -3,6 +3,8 @@
 
 #include "tray/TrayMenu.h"
 
+#include "base/Translation.h"
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -104,7 +106,7 @@ void TrayMenu::appendProperties(sd_bus_message* reply, std::int32_t id) const
     if (id == root)
         write("children-display", "submenu");
     else if (const char* label = entry(id).label)
-        write("label", label);
+        write("label", tr(label).c_str());
     else
         write("type", "separator");
 }

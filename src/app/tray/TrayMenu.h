@@ -19,7 +19,7 @@ public:
     static constexpr auto path = "/MenuBar";
 
     struct Entry {
-        const char* label; ///< null for a line between two others
+        const char* label; ///< English; null for a line between two others
         std::function<void()> chosen;
     };
 

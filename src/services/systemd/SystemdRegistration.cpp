@@ -3,6 +3,8 @@
 
 #include "systemd/SystemdRegistration.h"
 
+#include "base/Translation.h"
+
 #include <array>
 #include <string_view>
 #include <system_error>
@@ -64,7 +66,7 @@ void SystemdRegistration::enable()
         bus_.get(), dbus::serve<SystemdRegistration, &SystemdRegistration::disconnected>, this);
     manager_.emplace(
         bus_.get(), systemd::serviceName, [] {},
-        [this] { fail(ErrorCode::internalFailure, "systemd is not there"); });
+        [this] { fail(ErrorCode::internalFailure, tr("systemd is not running.")); });
     const std::string rule = std::string("type='signal',sender='") + systemd::serviceName + "',path='" +
                              systemd::objectPath + "',interface='" + systemd::managerInterface +
                              "',member='JobRemoved'";
@@ -84,7 +86,7 @@ void SystemdRegistration::enabled(sd_bus_message* reply)
     dbus::check(sd_bus_message_enter_container(reply, 'a', "(sss)"), "EnableUnitFiles");
     wasEnabled_ = dbus::check(sd_bus_message_at_end(reply, false), "EnableUnitFiles") > 0;
     if (carriesInstallInfo == 0) {
-        return fail(ErrorCode::internalFailure, "Unit " + unit_ + " is not one that can be enabled.");
+        return fail(ErrorCode::internalFailure, tr("Unit %1 cannot be enabled.", unit_));
     }
     call<&SystemdRegistration::reloaded>("Reload", "");
 }
@@ -107,9 +109,9 @@ int SystemdRegistration::jobRemoved(sd_bus_message* signal)
     if (job_.empty() || !manager_->sent(signal)) return 0;
     if (sd_bus_message_read(signal, "uoss", nullptr, &job, nullptr, &result) < 0 || job_ != job) return 0;
     if (result != std::string_view("done")) {
-        fail(ErrorCode::internalFailure, "The job for " + unit_ + " ended as \"" + result + "\".");
+        fail(ErrorCode::internalFailure, tr("The job for %1 ended as \"%2\".", unit_, result));
     } else if (wasEnabled_) {
-        fail(ErrorCode::alreadyRegistered, "It is enabled already.");
+        fail(ErrorCode::alreadyRegistered, tr("It is enabled already."));
     } else {
         finish(std::nullopt);
     }
@@ -118,7 +120,7 @@ int SystemdRegistration::jobRemoved(sd_bus_message* signal)
 
 int SystemdRegistration::disconnected(sd_bus_message*)
 {
-    fail(ErrorCode::internalFailure, "the system bus hung up");
+    fail(ErrorCode::internalFailure, tr("The system bus closed the connection."));
     return 0;
 }
 

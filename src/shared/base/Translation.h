@@ -39,10 +39,11 @@ std::string tr(const char* text, const Values&... values)
     return filledIn(translated(text), {std::string(values)...});
 }
 
-/// One that depends on a number, which is %1: trn("In %1 month", "In %1 months", 3).
-inline std::string trn(const char* one, const char* many, std::int64_t count)
+/// One that depends on a number, which is %1: trn("In %1 month", "In %1 months", 3). More values follow.
+template <std::convertible_to<std::string>... Values>
+std::string trn(const char* one, const char* many, std::int64_t count, const Values&... values)
 {
-    return filledIn(translated(one, many, count), {std::to_string(count)});
+    return filledIn(translated(one, many, count), {std::to_string(count), std::string(values)...});
 }
 
 /// Marks a text that stands in a table, for the collector of texts; it is translated by `tr` when shown.

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "base/Decimal.h"
+#include "base/Translation.h"
 #include "history/HistoryTrends.h"
 
 #include <algorithm>
@@ -83,18 +84,25 @@ double slopeUncertainty(const std::vector<double>& residuals, double spread)
 std::string monthsText(double months)
 {
     const auto whole = std::lround(months);
-    if (months > longestForecast) return "more than five years";
-    if (whole < 1) return "less than a month";
-    return whole == 1 ? "a month" : std::to_string(whole) + " months";
+    if (months > longestForecast) return tr("more than five years");
+    if (whole < 1) return tr("less than a month");
+    return trn("a month", "%1 months", whole);
 }
 
-std::string rangeText(double soonest, double latest)
+/// A number and the word "months".
+bool isCounted(double months)
+{
+    return months <= longestForecast && std::lround(months) > 1;
+}
+
+std::string reachesText(double soonest, double latest)
 {
     const auto first = monthsText(soonest);
     const auto last = monthsText(latest);
-    if (first == last) return "about " + first;
-    const bool isShort = first.ends_with(" months") && last.ends_with(" months");
-    return (isShort ? std::to_string(std::lround(soonest)) : first) + " to " + last;
+    if (first == last) return tr("Health reaches 80% in about %1.", first);
+    const bool isShort = isCounted(soonest) && isCounted(latest);
+    return tr("Health reaches 80% in %1 to %2.", isShort ? std::to_string(std::lround(soonest)) : first,
+              last);
 }
 
 std::string health(double value)
@@ -102,12 +110,12 @@ std::string health(double value)
     return decimalText(value, 1) + "%";
 }
 
-/// What the samples' two ends alone would say, where they say anything.
-std::string byEnds(const Samples& usable)
+/// `text`, and what the samples' two ends alone would say, where they say anything.
+std::string withEnds(const std::string& text, const Samples& usable)
 {
-    if (PredictionEngine::degradationRatePerMonth(usable).value_or(0) >= 0) return {};
+    if (PredictionEngine::degradationRatePerMonth(usable).value_or(0) >= 0) return text;
     const auto months = static_cast<double>(PredictionEngine::predictReplacementMonths(usable));
-    return months < 1 ? std::string() : " First and last sample alone: " + monthsText(months) + ".";
+    return months < 1 ? text : tr("%1 First and last sample alone: %2.", text, monthsText(months));
 }
 
 /// Months until a change of `perMonth` has used up `points`; none for a change that never does, or is nothing
@@ -150,23 +158,25 @@ Forecast forecast(const Samples& usable, const std::optional<Fit>& fit)
 {
     constexpr double worn = PredictionEngine::endOfLifeHealth;
     if (!fit || usable.back().timestamp - usable.front().timestamp <= shortest)
-        return {"Not known yet", "A forecast needs samples from more than a week."};
+        return {tr("Not known yet"), tr("A forecast needs samples from more than a week.")};
     const double today = fit->at(usable.back().timestamp);
     if (today <= worn)
-        return {"Due now", "Health is about " + health(today) + ", and a battery is worn at 80%."};
+        return {tr("Due now"), tr("Health is about %1, and a battery is worn at 80%.", health(today))};
     const auto likely = monthsFor(today - worn, fit->perMonth);
     const auto soonest = monthsFor(today - worn, fit->perMonth - fit->uncertainty);
     const auto latest = monthsFor(today - worn, fit->perMonth + fit->uncertainty);
-    if (!soonest) return {"No loss so far", "Health has not fallen since the first sample."};
+    if (!soonest) return {tr("No loss so far"), tr("Health has not fallen since the first sample.")};
     if (!latest)
-        return {"No loss that stands out",
-                "The change is smaller than its uncertainty. At the fastest likely pace 80% is " +
-                    monthsText(*soonest) + " away." + byEnds(usable)};
+        return {
+            tr("No loss that stands out"),
+            withEnds(
+                tr("The change is smaller than its uncertainty. At the fastest likely pace 80% is %1 away.",
+                   monthsText(*soonest)),
+                usable)};
     if (*soonest > longestForecast)
-        return {"In " + monthsText(*soonest),
-                "Health reaches 80% that late even at the fastest likely pace."};
-    return {"In about " + monthsText(*likely),
-            "Health reaches 80% in " + rangeText(*soonest, *latest) + "." + byEnds(usable)};
+        return {tr("In more than five years"),
+                tr("Health reaches 80% that late even at the fastest likely pace.")};
+    return {tr("In about %1", monthsText(*likely)), withEnds(reachesText(*soonest, *latest), usable)};
 }
 
 } // namespace velmora::trends

@@ -5,6 +5,7 @@
 
 #include "base/Decimal.h"
 #include "base/Saturate.h"
+#include "base/Translation.h"
 
 #include <algorithm>
 #include <chrono>
@@ -100,14 +101,14 @@ std::string shareText(double share)
 std::string rateText(std::optional<double> perMonth)
 {
     if (!perMonth || !std::isfinite(*perMonth)) return "–";
-    return decimalText(*perMonth, 1) + "% / mo";
+    return tr("%1% / mo", decimalText(*perMonth, 1));
 }
 
 std::string fitText(const std::optional<Fit>& fit)
 {
     if (!fit) return "–";
     const double change = std::abs(fit->perMonth) < 0.05 ? 0 : fit->perMonth; // no "-0.0"
-    return decimalText(change, 1) + " ± " + decimalText(fit->uncertainty, 1) + "% / mo";
+    return tr("%1 ± %2% / mo", decimalText(change, 1), decimalText(fit->uncertainty, 1));
 }
 
 std::string healthText(const Samples& samples)

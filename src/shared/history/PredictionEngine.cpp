@@ -4,6 +4,7 @@
 #include "history/PredictionEngine.h"
 
 #include "base/Saturate.h"
+#include "base/Translation.h"
 
 #include <algorithm>
 #include <array>
@@ -67,7 +68,7 @@ std::string randomUuid()
 PredictionEngine::HealthInsight insight(const char* title, const char* message,
                                         PredictionEngine::InsightSeverity severity)
 {
-    return {randomUuid(), title, message, severity};
+    return {randomUuid(), tr(title), tr(message), severity};
 }
 
 } // namespace
@@ -96,20 +97,23 @@ std::vector<PredictionEngine::HealthInsight> PredictionEngine::generateInsights(
 {
     std::vector<HealthInsight> insights;
     if (std::ranges::count_if(history, isHot) >= hotSamples)
-        insights.push_back(insight("Thermal Stress Detected",
-                                   "We've noticed frequent high temperatures during charging. Consider "
-                                   "charging in a cooler environment or using a lower wattage adapter.",
-                                   InsightSeverity::warning));
+        insights.push_back(
+            insight(trMark("Thermal Stress Detected"),
+                    trMark("We've noticed frequent high temperatures during charging. Consider "
+                           "charging in a cooler environment or using a lower wattage adapter."),
+                    InsightSeverity::warning));
     if (std::ranges::count_if(history, isDeepDischarge) >= deepDischarges)
-        insights.push_back(insight("Frequent Deep Discharges",
-                                   "Dropping below 15% frequently accelerates chemical aging. Try to keep "
-                                   "your charge above 20%.",
-                                   InsightSeverity::warning));
+        insights.push_back(
+            insight(trMark("Frequent Deep Discharges"),
+                    trMark("Dropping below 15% frequently accelerates chemical aging. Try to keep "
+                           "your charge above 20%."),
+                    InsightSeverity::warning));
     if (insights.empty() && history.size() >= samplesForPraise)
-        insights.push_back(insight("Excellent Maintenance",
-                                   "Your charging patterns are optimal. Your battery health is degrading 15% "
-                                   "slower than the average Mac.",
-                                   InsightSeverity::optimal));
+        insights.push_back(
+            insight(trMark("Excellent Maintenance"),
+                    trMark("Your charging patterns are optimal. Your battery health is degrading 15% "
+                           "slower than the average Mac."),
+                    InsightSeverity::optimal));
     return insights;
 }
 

@@ -3,6 +3,7 @@
 
 #include "model/InstallationManager.h"
 
+#include "base/Translation.h"
 #include "platform/Platform.h"
 
 #include <utility>
@@ -54,14 +55,14 @@ std::string InstallationManager::humanReadableError(const ServiceManager::Error&
     using enum ServiceManager::ErrorCode;
     switch (error.code) {
     case invalidSignature:
-        return std::string("Invalid code signature. Please re-download Velmora from ") + projectPage + ".";
+        return tr("Invalid code signature. Please re-download Velmora from %1.", projectPage);
     case authorizationDenied:
-        return "Authorization denied. Admin privileges are required to install the Velmora daemon.";
+        return tr("Authorization denied. Admin privileges are required to install the Velmora daemon.");
     case alreadyRegistered:
         isInstallationCompleted.set(true); // somebody else has done it: as good as done here
         return "";
     default:
-        return "Installation failed: " + error.description;
+        return tr("Installation failed: %1", error.description);
     }
 }
 

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "base/Translation.h"
 #include "battery/BatteryDataSource.h"
 #include "texts/ChargerTexts.h"
 #include "texts/PanelTexts.h"
@@ -16,8 +17,8 @@ namespace velmora::dashboard {
 
 /// A page and the sidebar's link to it.
 struct Page {
-    std::string_view section;
-    std::string_view title;
+    const char* section; ///< English, as is the title
+    const char* title;
     std::string_view icon; ///< symbol name
     panel::ThemeColor color;
     std::string_view identifier;
@@ -26,23 +27,24 @@ struct Page {
 
 /// In the order of the sidebar; pages of a section stand together.
 inline constexpr std::array pages{
-    Page{"Intelligence", "Overview", "chart.bar.fill", panel::ThemeColor::accent, "Overview", "OverviewView"},
-    Page{"Intelligence", "Health Trends", "bolt.heart.fill", panel::ThemeColor::batteryGreen, "Health",
-         "HealthTrendsView"},
-    Page{"Intelligence", "Thermal History", "thermometer", panel::ThemeColor::orange, "Thermal",
-         "ThermalHistoryView"},
-    Page{"Intelligence", "Ecosystem Sync", "iphone.radiowaves.left.and.right", panel::ThemeColor::blue,
-         "Ecosystem", "EcosystemView"},
-    Page{"Settings", "Thresholds", "slider.horizontal.3", panel::ThemeColor::secondary, "Settings",
-         "ThresholdsView"},
-    Page{"Settings", "Notifications", "bell.badge.fill", panel::ThemeColor::batteryDanger, "Notifications",
-         "NotificationsView"},
+    Page{trMark("Intelligence"), trMark("Overview"), "chart.bar.fill", panel::ThemeColor::accent, "Overview",
+         "OverviewView"},
+    Page{trMark("Intelligence"), trMark("Health Trends"), "bolt.heart.fill", panel::ThemeColor::batteryGreen,
+         "Health", "HealthTrendsView"},
+    Page{trMark("Intelligence"), trMark("Thermal History"), "thermometer", panel::ThemeColor::orange,
+         "Thermal", "ThermalHistoryView"},
+    Page{trMark("Intelligence"), trMark("Ecosystem Sync"), "iphone.radiowaves.left.and.right",
+         panel::ThemeColor::blue, "Ecosystem", "EcosystemView"},
+    Page{trMark("Settings"), trMark("Thresholds"), "slider.horizontal.3", panel::ThemeColor::secondary,
+         "Settings", "ThresholdsView"},
+    Page{trMark("Settings"), trMark("Notifications"), "bell.badge.fill", panel::ThemeColor::batteryDanger,
+         "Notifications", "NotificationsView"},
 };
 
 /// The component that shows this page; empty where there is no such page, which shows `placeholder`.
 std::string_view view(std::string_view identifier);
 
-inline constexpr std::string_view placeholder = "Select an item to view insights";
+inline constexpr auto placeholder = trMark("Select an item to view insights"); ///< English
 
 using charger::limitEffect;
 using charger::limiterText;

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "base/Translation.h"
 #include "battery/BatteryDataSource.h"
 #include "thermal/ThermalMonitorService.h"
 
@@ -56,14 +57,14 @@ std::string limitCaption(double limit);
 
 /// A charge limit to choose.
 struct Threshold {
-    std::string_view text;
-    double limit; ///< percent
+    const char* text; ///< English
+    double limit;     ///< percent
 };
 
 inline constexpr std::array thresholds{
-    Threshold{"Limit to 80%", 80},
-    Threshold{"Limit to 90%", 90},
-    Threshold{"Full Charge (100%)", 100},
+    Threshold{trMark("Limit to 80%"), 80},
+    Threshold{trMark("Limit to 90%"), 90},
+    Threshold{trMark("Full Charge (100%)"), 100},
 };
 
 } // namespace velmora::panel

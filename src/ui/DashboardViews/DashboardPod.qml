@@ -18,7 +18,7 @@ PodBackground {
     implicitWidth: column.implicitWidth + 32
     implicitHeight: column.implicitHeight + 32
     Accessible.role: Accessible.StaticText
-    Accessible.name: title + ": " + value + ", " + detail
+    Accessible.name: qsTr("%1: %2, %3").arg(title).arg(value).arg(detail)
 
     ColumnLayout {
         id: column

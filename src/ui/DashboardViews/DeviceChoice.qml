@@ -15,7 +15,7 @@ PressButton {
 
     Layout.fillWidth: true
     objectName: "device" + identifier
-    text: modelData.name + ": " + modelData.status + ", " + modelData.battery
+    text: qsTr("%1: %2, %3").arg(modelData.name).arg(modelData.status).arg(modelData.battery)
     padding: 8
     checkable: true
     checked: selected

@@ -16,7 +16,7 @@ RowLayout {
 
     spacing: 10
     Accessible.role: Accessible.StaticText
-    Accessible.name: name + ": " + status + ", " + battery
+    Accessible.name: qsTr("%1: %2, %3").arg(name).arg(status).arg(battery)
 
     Item {
         implicitWidth: 32

@@ -17,7 +17,7 @@ PodBackground {
 
     implicitHeight: row.implicitHeight + 24
     Accessible.role: Accessible.StaticText
-    Accessible.name: title + ": " + message
+    Accessible.name: qsTr("%1: %2").arg(title).arg(message)
 
     RowLayout {
         id: row

@@ -15,7 +15,7 @@ ColumnLayout {
 
     spacing: 2
     Accessible.role: Accessible.StaticText
-    Accessible.name: title + ": " + value
+    Accessible.name: qsTr("%1: %2").arg(title).arg(value)
 
     Label {
         Layout.fillWidth: true

@@ -22,18 +22,18 @@ DashboardPage {
         DashboardPod {
             Layout.fillWidth: true
             Layout.preferredWidth: 1
-            title: "Battery Health"
+            title: qsTr("Battery Health")
             value: "94%"
-            detail: "Optimal Condition"
+            detail: qsTr("Optimal Condition")
             icon: "heart.fill"
             tint: Theme.colors.accent
         }
         DashboardPod {
             Layout.fillWidth: true
             Layout.preferredWidth: 1
-            title: "Cycles"
+            title: qsTr("Cycles")
             value: "242"
-            detail: "858 Remaining"
+            detail: qsTr("858 Remaining")
             icon: "arrow.triangle.2.circlepath"
             tint: Theme.colors.blue
         }

@@ -113,7 +113,8 @@ DashboardPage {
             Layout.fillWidth: true
             settings: Widgets.small
             size: "small"
-            name: qsTr("Small widget")
+            atLogIn: qsTr("Small widget at log-in")
+                show: qsTr("Show small widget")
             subtitle: qsTr("The ring, the percentage and what the battery does.")
         }
         SeparatorLine {
@@ -123,7 +124,8 @@ DashboardPage {
             Layout.fillWidth: true
             settings: Widgets.medium
             size: "medium"
-            name: qsTr("Medium widget")
+            atLogIn: qsTr("Medium widget at log-in")
+                show: qsTr("Show medium widget")
             subtitle: qsTr("Besides how long it lasts, its health, and how warm the machine is.")
         }
     }

@@ -11,7 +11,8 @@ RowLayout {
 
     required property RemoteWidget settings
     required property string size ///< as Shell.openWidget takes it
-    required property string name
+    required property string atLogIn ///< what the switch and
+    required property string show    ///< the button are called
     required property string subtitle
 
     spacing: 16
@@ -19,7 +20,7 @@ RowLayout {
     ToggleRow {
         objectName: row.size + "AtLogIn"
         Layout.fillWidth: true
-        title: qsTr("%1 at log-in").arg(row.name)
+        title: row.atLogIn
         subtitle: row.subtitle
         isOn: row.settings.isShownAtLogIn
         onFlipped: on => row.settings.set("isShownAtLogIn", on)
@@ -27,7 +28,7 @@ RowLayout {
     SmallButton {
         objectName: row.size + "Show"
         text: qsTr("Show")
-        Accessible.name: qsTr("Show %1").arg(row.name.toLowerCase())
+        Accessible.name: row.show
         onClicked: Shell.openWidget(row.size)
     }
 }

@@ -15,7 +15,7 @@ RowLayout {
 
     spacing: 12
     Accessible.role: Accessible.StaticText
-    Accessible.name: title + ": " + subtitle
+    Accessible.name: qsTr("%1: %2").arg(title).arg(subtitle)
 
     Item {
         implicitWidth: 28

@@ -83,7 +83,7 @@ QVariantList Texts::thresholds() const
 {
     QVariantList list;
     for (const auto& [label, limit] : panel::thresholds)
-        list.append(QVariantMap{{"text", text(label)}, {"limit", limit}});
+        list.append(QVariantMap{{"text", text(velmora::tr(label))}, {"limit", limit}});
     return list;
 }
 
@@ -96,8 +96,8 @@ QVariantList Texts::pages() const
 {
     QVariantList list;
     for (const auto& page : dashboard::pages)
-        list.append(QVariantMap{{"section", text(page.section)},
-                                {"title", text(page.title)},
+        list.append(QVariantMap{{"section", text(velmora::tr(page.section))},
+                                {"title", text(velmora::tr(page.title))},
                                 {"icon", text(page.icon)},
                                 {"color", text(page.color)},
                                 {"identifier", text(page.identifier)}});
@@ -106,7 +106,7 @@ QVariantList Texts::pages() const
 
 QString Texts::pagePlaceholder() const
 {
-    return text(dashboard::placeholder);
+    return text(velmora::tr(dashboard::placeholder));
 }
 
 } // namespace velmora

@@ -13,7 +13,7 @@ PodBackground {
     required property string symbol
     required property string value
     required property color valueColor
-    property string accessibleName: label + ": " + value
+    property string accessibleName: qsTr("%1: %2").arg(label).arg(value)
 
     implicitHeight: column.implicitHeight + 2 * column.anchors.topMargin
     Accessible.role: Accessible.StaticText

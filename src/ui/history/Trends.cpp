@@ -4,6 +4,7 @@
 #include "history/Trends.h"
 
 #include "base/Saturate.h"
+#include "base/Translation.h"
 #include "texts/PanelTexts.h"
 
 #include <QDateTime>
@@ -143,8 +144,9 @@ QString Trends::summary() const
     if (isEmpty()) return tr("No samples");
     const auto& shown = window_.samples;
     const auto first = momentText(shown.front().timestamp);
-    if (shown.size() == 1) return tr("1 sample, %1").arg(first);
-    return tr("%1 samples, %2 to %3").arg(shown.size()).arg(first, momentText(shown.back().timestamp));
+    const auto last = momentText(shown.back().timestamp);
+    return text(trn("%1 sample, %2", "%1 samples, %2 to %3", static_cast<std::int64_t>(shown.size()),
+                    first.toStdString(), last.toStdString()));
 }
 
 QString Trends::rate() const
@@ -160,7 +162,7 @@ QVariantList Trends::shares() const
         const auto state = static_cast<trends::ThermalState>(i);
         const auto share =
             bands_.empty() ? QStringLiteral("–") : QString::fromStdString(trends::shareText(shares[i]));
-        list.append(QVariantMap{{"name", text(ThermalMonitorService::rawValue(state))},
+        list.append(QVariantMap{{"name", text(panel::thermalText(state))},
                                 {"color", text(panel::name(panel::thermalColor(state)))},
                                 {"share", share}});
     }

@@ -64,7 +64,7 @@ std::variant<CommandLine, QString> CommandLine::parse(const QStringList& argumen
     if (has("--picture", "--window") || has("--picture", "--window", "--page"))
         return CommandLine{Command::picture, options["--window"], std::nullopt, options["--picture"],
                            options["--page"]};
-    if (!has("--toggle", "--at")) return QStringLiteral("one thing at a time, please");
+    if (!has("--toggle", "--at")) return QStringLiteral("Options cannot be combined.");
     const auto place = parsePlace(options["--at"]);
     if (!place) return QStringLiteral("--at wants two numbers: X,Y");
     return CommandLine{Command::toggle, options["--toggle"], WindowsService::place(place->x(), place->y())};

@@ -10,6 +10,7 @@
 #include "client/RemoteWidget.h"
 #include "desktop/Appearance.h"
 #include "desktop/Display.h"
+#include "program/CoreTranslator.h"
 #include "program/Shell.h"
 #include "program/TerminationSignals.h"
 #include "program/WindowsService.h"
@@ -206,6 +207,8 @@ int runWindows(int argc, char** argv)
     QGuiApplication application(argc, argv);
     QGuiApplication::setDesktopFileName(QString::fromLatin1(wire::face::serviceName));
     QGuiApplication::setQuitOnLastWindowClosed(false); // a click on its way may mean the window that closed
+    CoreTranslator translator;
+    QGuiApplication::installTranslator(&translator);
     qml_register_types_Velmora();
     const auto bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) return fail(QStringLiteral("there is no session bus"));

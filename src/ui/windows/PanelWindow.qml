@@ -10,7 +10,7 @@ Window {
 
     required property RemoteModel battery
 
-    title: "Velmora"
+    title: qsTr("Velmora")
     width: 320
     height: 450
     minimumWidth: width
