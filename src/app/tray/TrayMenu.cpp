@@ -160,7 +160,7 @@ int TrayMenu::getProperty(sd_bus_message* call)
     dbus::check(sd_bus_message_read(call, "is", &id, &name), "read a question");
     if (!isKnown(id)) return refuse(call, id);
     if (id != root && entry(id).label && name == std::string_view("label"))
-        return sd_bus_reply_method_return(call, "v", "s", entry(id).label);
+        return sd_bus_reply_method_return(call, "v", "s", tr(entry(id).label).c_str());
     return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_INVALID_ARGS, "item %d has no such property", id);
 }
 
