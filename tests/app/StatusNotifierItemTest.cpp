@@ -124,7 +124,7 @@ TEST_F(StatusNotifierItemTest, StaysCalmWithAWatcherThatDoesNot)
         host.refuses = false;
         showIcon();
     }
-    EXPECT_EQ(log.count("takes no icon: not on my panel"), 1U);
+    EXPECT_EQ(log.count("refused the icon: not on my panel"), 1U);
 }
 
 TEST_F(StatusNotifierItemTest, DescribesItselfAsHostsExpect)

@@ -37,7 +37,8 @@ SessionBus::SessionBus(EventLoop& loop, Log& log) : log_(log)
         disconnection_.reset();
         bus_.reset();
         role_ = Role::noBus;
-        log_.warning(category, std::string(failure.what()) + ": no windows, and no tray icon on it");
+        log_.warning(category, std::string("Cannot use the session bus: ") + failure.what() +
+                                   "; running without windows and without a StatusNotifierItem.");
     }
 }
 
@@ -91,8 +92,8 @@ bool SessionBus::forward(Command command)
     sd_bus_error error = SD_BUS_ERROR_NULL;
     const int answered = sd_bus_call(bus_.get(), made, patience, &error, nullptr);
     if (answered < 0)
-        log_.error(category, std::string("the Velmora that runs does not answer: ") +
-                                 (error.message ? error.message : "no reason given"));
+        log_.error(category, std::string("The running instance of Velmora does not answer: ") +
+                                 (error.message ? error.message : "no reason given") + ".");
     sd_bus_error_free(&error);
     return answered >= 0;
 }
@@ -100,7 +101,7 @@ bool SessionBus::forward(Command command)
 int SessionBus::disconnected(sd_bus_message*)
 {
     isNamed_ = true; // as far as it ever will be
-    log_.info(category, "the session bus hung up");
+    log_.info(category, "The session bus closed the connection; quitting.");
     if (const auto handler = onLost) handler();
     return 0;
 }

@@ -139,8 +139,8 @@ int StatusNotifierItem::registered(sd_bus_message* reply)
     if (const auto* error = sd_bus_message_get_error(reply)) {
         if (!sd_bus_error_has_names(error, SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER))
             // Never settled: a watcher that changes its mind over and over is worth one line.
-            complaints_.raise("refused", std::string("the desktop's tray takes no icon: ") +
-                                             (error->message ? error->message : error->name));
+            complaints_.raise("refused", std::string("The desktop's tray refused the icon: ") +
+                                             (error->message ? error->message : error->name) + ".");
         return 0;
     }
     const char* sender = sd_bus_message_get_sender(reply);
@@ -150,7 +150,7 @@ int StatusNotifierItem::registered(sd_bus_message* reply)
     return 0;
 }
 
-/// A watcher that does not know is one that shows by itself what it takes.
+/// Without this property, assume that the watcher draws items itself.
 int StatusNotifierItem::hostAnswered(sd_bus_message* reply)
 {
     int hasHost = true;

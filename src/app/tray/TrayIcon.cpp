@@ -51,7 +51,8 @@ try {
     item_->onChanged = [this] { changed(); };
     item_->onActivate = [this](auto at) { tell(onActivate, at); };
 } catch (const std::system_error& failure) {
-    complaints_.raise("serve", std::string("cannot serve the tray icon: ") + failure.what());
+    complaints_.raise("serve", std::string("Cannot export the tray icon on the session bus: ") +
+                                   failure.what() + "; trying an X11 tray icon.");
 }
 
 bool TrayIcon::isShown() const
@@ -113,7 +114,7 @@ bool TrayIcon::embed()
 
 void TrayIcon::giveUp()
 {
-    complaints_.raise("none", "no tray shows the icon: open Velmora from the list of applications");
+    complaints_.raise("none", "No tray shows the icon. Velmora opens from the list of applications.");
     tell(std::exchange(onNoHost, nullptr));
 }
 

@@ -50,7 +50,7 @@ std::optional<std::string> StateFile::read()
     if (!std::filesystem::exists(status)) return std::nullopt;
     if (!std::filesystem::is_regular_file(status) ||
         std::filesystem::file_size(path_, error) > largestWholeFile || error) {
-        setAside("it is no file of a size that this program writes");
+        setAside("it is not a regular file of at most 16 MiB");
         return std::nullopt;
     }
     auto bytes = readWholeFile(path_);

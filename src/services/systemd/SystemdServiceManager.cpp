@@ -72,7 +72,8 @@ void SystemdServiceManager::registerService(Completion completion)
     *place = std::make_unique<SystemdRegistration>(
         loop_, unit, [this, place, completion = std::move(completion)](const std::optional<Error>& error) {
             registrations_.erase(place);
-            if (error) log_.warning(category, std::string("Installing ") + unit + ": " + error->description);
+            if (error)
+                log_.warning(category, std::string("Cannot install ") + unit + ": " + error->description);
             completion(error);
         });
 }

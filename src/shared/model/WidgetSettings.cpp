@@ -62,7 +62,7 @@ std::optional<WidgetPlace> WidgetSettings::remembered() const
     const auto known = placeOf(text);
     if (!known && !text.empty())
         Platform::current().log->warning("WidgetSettings",
-                                         "where the " + name_ + " widget was is not to be understood");
+                                         "Ignored an invalid saved position of the " + name_ + " widget.");
     return known;
 }
 

@@ -67,8 +67,8 @@ void FaceLink::fetchAll()
         if (isFed_)
             apply_(qdbus_cast<QVariantMap>(reply.arguments().at(0)));
         else
-            log_.warning(category, "velmora does not tell its " + interface_.toStdString() +
-                                       ": what is shown of it is not real");
+            log_.warning(category,
+                         "velmora does not export " + interface_.toStdString() + "; showing defaults.");
         isSettled_ = true;
         Q_EMIT settled();
     });
@@ -87,7 +87,8 @@ void FaceLink::set(const QString& property, const QVariant& value)
 {
     const auto written = encoded(face_, property, value);
     if (!written)
-        return log_.warning(category, "a view wrote what it cannot write: " + property.toStdString());
+        return log_.warning(category, "Refused to write " + property.toStdString() +
+                                          ": it is read-only, or the value is invalid.");
     call(properties, QStringLiteral("Set"),
          {interface_, property, QVariant::fromValue(QDBusVariant(*written))});
 }
@@ -101,7 +102,8 @@ void FaceLink::call(const QString& interface, const QString& method, const QVari
 {
     send(interface, method, arguments, [this, method](const QDBusMessage& reply) {
         if (reply.type() == QDBusMessage::ErrorMessage)
-            log_.warning(category, (method + " failed: " + reply.errorMessage()).toStdString());
+            log_.warning(category,
+                         (method + " failed: " + reply.errorMessage() + QLatin1Char('.')).toStdString());
     });
 }
 

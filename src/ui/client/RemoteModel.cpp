@@ -268,7 +268,7 @@ QString RemoteModel::accessibleSummary() const
 void RemoteModel::refuse(const QString& property)
 {
     const auto name = property.toStdString();
-    complaints_.raise(name, name + " came with a value that it cannot have; the one before stays");
+    complaints_.raise(name, "Ignored an invalid value of " + name + "; the previous one stays.");
 }
 
 RemoteModel::Degradation RemoteModel::degradationOf(const std::vector<HSHistorySnapshot>& history)

@@ -112,7 +112,8 @@ bool Windows::open(const QString& name, std::optional<QPoint> click, bool isLeft
         component.createWithInitialProperties({{"battery", QVariant::fromValue(&model_)}}));
     auto* window = qobject_cast<QQuickWindow*>(made.get());
     if (!window) {
-        log_.error("Windows", "cannot make the window: " + component.errorString().toStdString());
+        log_.error("Windows", "Cannot make the window \"" + name.toStdString() +
+                                  "\": " + component.errorString().trimmed().toStdString() + ".");
         return false;
     }
     (void)made.release();
