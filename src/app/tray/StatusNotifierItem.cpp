@@ -196,18 +196,18 @@ void StatusNotifierItem::lose()
     if (const auto handler = onChanged; wasShown && handler) handler();
 }
 
-void StatusNotifierItem::show(const TrayState& face)
+void StatusNotifierItem::show(const TrayState& state)
 {
     const auto emit = [&](const char* signal) {
         if (isRegistered_) sd_bus_emit_signal(bus_, path, interface, signal, nullptr);
     };
-    const auto before = std::exchange(face_, face);
-    if (shownPercent(before.percentage) != shownPercent(face.percentage) ||
-        before.isCharging != face.isCharging) {
+    const auto before = std::exchange(state_, state);
+    if (shownPercent(before.percentage) != shownPercent(state.percentage) ||
+        before.isCharging != state.isCharging) {
         pictures_.clear();
         emit("NewIcon");
     }
-    if (before.tooltip != face.tooltip) emit("NewToolTip");
+    if (before.tooltip != state.tooltip) emit("NewToolTip");
 }
 
 int StatusNotifierItem::activate(sd_bus_message* call)
@@ -236,7 +236,7 @@ int StatusNotifierItem::provideActivationToken(sd_bus_message* call)
 
 std::string StatusNotifierItem::iconName() const
 {
-    return icons_.empty() ? "" : trayIconName(shownPercent(face_.percentage), face_.isCharging);
+    return icons_.empty() ? "" : trayIconName(shownPercent(state_.percentage), state_.isCharging);
 }
 
 /// Drawn once for all who ask: a flood of questions costs little.
@@ -244,7 +244,7 @@ const StatusNotifierItem::Pictures& StatusNotifierItem::pictures()
 {
     if (pictures_.empty())
         for (const int size : pictureSizes)
-            pictures_.emplace_back(size, bytesOf(drawBattery(shownPercent(face_.percentage), face_.isCharging,
+            pictures_.emplace_back(size, bytesOf(drawBattery(shownPercent(state_.percentage), state_.isCharging,
                                                              size, Bar::unknown)));
     return pictures_;
 }
@@ -277,7 +277,7 @@ int StatusNotifierItem::answer(std::string_view property, sd_bus_message* reply)
     if (property == "Menu") return append("o", TrayMenu::path);
     if (property == "ItemIsMenu") return append("b", false);
     if (property == "WindowId") return append("i", 0);
-    return sd_bus_message_append(reply, "(sa(iiay)ss)", "", 0U, "Velmora", cleanUtf8(face_.tooltip).c_str());
+    return sd_bus_message_append(reply, "(sa(iiay)ss)", "", 0U, "Velmora", cleanUtf8(state_.tooltip).c_str());
 }
 
 int StatusNotifierItem::property(sd_bus*, const char*, const char*, const char* property,

@@ -32,7 +32,7 @@ public:
     StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
 
     /// Tells the hosts what changed, if anything.
-    void show(const TrayState& face);
+    void show(const TrayState& state);
 
     /// Whether a watcher has taken it, and a host is there to draw what the watcher takes.
     bool isShown() const { return isRegistered_ && hasHost_; }
@@ -70,8 +70,8 @@ private:
     sd_bus* bus_;
     Complaints complaints_;
     std::string icons_;
-    TrayState face_;
-    Pictures pictures_; ///< of the face; empty: nobody asked yet
+    TrayState state_;
+    Pictures pictures_; ///< of the state; empty: nobody asked yet
     std::string activationToken_;
     std::string watcher_; ///< unique name; empty: none that we know of
     bool isRegistered_ = false;

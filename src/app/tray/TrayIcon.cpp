@@ -60,11 +60,11 @@ bool TrayIcon::isShown() const
     return (item_ && item_->isShown()) || (embedded_ && embedded_->isDocked());
 }
 
-void TrayIcon::show(const TrayState& face)
+void TrayIcon::show(const TrayState& state)
 {
-    if (std::exchange(face_, face) == face) return;
-    if (item_) item_->show(face_);
-    if (embedded_) embedded_->show(face_);
+    if (std::exchange(state_, state) == state) return;
+    if (item_) item_->show(state_);
+    if (embedded_) embedded_->show(state_);
 }
 
 std::string TrayIcon::takeActivationToken()
@@ -101,7 +101,7 @@ bool TrayIcon::embed()
 {
     embedded_ = XEmbedIcon::open(loop_);
     if (!embedded_) return false;
-    embedded_->show(face_);
+    embedded_->show(state_);
     embedded_->onChanged = [this] { changed(); };
     embedded_->onActivate = [this](ScreenPoint at) { tell(onActivate, std::optional(at)); };
     embedded_->onLost = [this] {

@@ -44,7 +44,7 @@ public:
     TrayIcon& operator=(const TrayIcon&) = delete;
 
     /// Redraws only what changed.
-    void show(const TrayState& face);
+    void show(const TrayState& state);
 
     /// Whether some host shows it now.
     bool isShown() const;
@@ -78,7 +78,7 @@ private:
     EventLoop& loop_;
     Complaints complaints_;
     std::chrono::milliseconds patience_;
-    TrayState face_;
+    TrayState state_;
     std::unique_ptr<TrayMenu> menu_;
     std::unique_ptr<StatusNotifierItem> item_;
     std::unique_ptr<XEmbedIcon> embedded_;

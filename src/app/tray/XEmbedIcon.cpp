@@ -332,7 +332,7 @@ void XEmbedIcon::drawOver(const xcb_get_image_reply_t* image, int side)
 
 void XEmbedIcon::drawOver(const std::vector<std::uint32_t>& background, int side, Bar bar)
 {
-    auto pixels = drawBattery(shownPercent(face_.percentage), face_.isCharging, side, bar).pixels;
+    auto pixels = drawBattery(shownPercent(state_.percentage), state_.isCharging, side, bar).pixels;
     std::ranges::transform(pixels, background, pixels.begin(), blend);
     xcb_put_image(x_->get(), XCB_IMAGE_FORMAT_Z_PIXMAP, window_, pen_, static_cast<std::uint16_t>(side),
                   static_cast<std::uint16_t>(side), placed(width_, side), placed(height_, side), 0, depth_,
@@ -344,17 +344,17 @@ void XEmbedIcon::drawOver(const std::vector<std::uint32_t>& background, int side
 void XEmbedIcon::writeName()
 {
     xcb_change_property(x_->get(), XCB_PROP_MODE_REPLACE, window_, atoms_[name], atoms_[utf8], 8,
-                        static_cast<std::uint32_t>(face_.tooltip.size()), face_.tooltip.data());
+                        static_cast<std::uint32_t>(state_.tooltip.size()), state_.tooltip.data());
 }
 
-void XEmbedIcon::show(const TrayState& face)
+void XEmbedIcon::show(const TrayState& state)
 {
-    const auto before = std::exchange(face_, face);
-    face_.tooltip = utf8Prefix(cleanUtf8(face.tooltip), maximumNameBytes);
+    const auto before = std::exchange(state_, state);
+    state_.tooltip = utf8Prefix(cleanUtf8(state.tooltip), maximumNameBytes);
     if (window_ == XCB_NONE) return;
-    if (before.tooltip != face_.tooltip) writeName();
-    if (shownPercent(before.percentage) != shownPercent(face_.percentage) ||
-        before.isCharging != face_.isCharging)
+    if (before.tooltip != state_.tooltip) writeName();
+    if (shownPercent(before.percentage) != shownPercent(state_.percentage) ||
+        before.isCharging != state_.isCharging)
         isStale_ = true;
 }
 

@@ -26,7 +26,7 @@ public:
     XEmbedIcon(const XEmbedIcon&) = delete;
     XEmbedIcon& operator=(const XEmbedIcon&) = delete;
 
-    void show(const TrayState& face);
+    void show(const TrayState& state);
 
     /// Whether a tray has taken it in.
     bool isDocked() const { return isDocked_; }
@@ -65,7 +65,7 @@ private:
 
     std::unique_ptr<XConnection> x_;
     std::array<xcb_atom_t, atomCount> atoms_{};
-    TrayState face_;
+    TrayState state_;
     xcb_window_t manager_ = XCB_NONE; ///< the tray's window
     xcb_window_t window_ = XCB_NONE;  ///< ours
     xcb_gcontext_t pen_ = XCB_NONE;
@@ -73,7 +73,7 @@ private:
     std::uint8_t depth_ = 0; ///< of our window, bits; 32 has transparency
     int width_ = 0, height_ = 0;
     bool isDocked_ = false;
-    bool isStale_ = false; ///< the window does not show the face
+    bool isStale_ = false; ///< the window does not show the state
     bool awaitsBackground_ = false;
 };
 
