@@ -44,10 +44,10 @@ LaptopParts LaptopParts::of(const CapturedMachine& machine)
         const auto type = folder.text("type");
         if (folder.text("scope") == "Device") continue;
         if (type == "Battery") {
-            auto face = BatteryFace::of(folder);
-            if (!face) continue;
-            if (face->make().watts < 0) drain -= face->make().watts;
-            parts.batteries.push_back({name, *face});
+            auto captured = CapturedBattery::of(folder);
+            if (!captured) continue;
+            if (captured->make().watts < 0) drain -= captured->make().watts;
+            parts.batteries.push_back({name, *captured});
         } else if (folder.has("online")) {
             if (type == "Mains") parts.chargers.push_back(name);
             if (type.starts_with("USB")) usb.push_back(name);

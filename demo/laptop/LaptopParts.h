@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "BatteryFace.h"
+#include "CapturedBattery.h"
 #include "CapturedMachine.h"
 
 #include <string>
@@ -15,7 +15,7 @@ namespace velmora {
 struct LaptopParts {
     struct Battery {
         std::string name;
-        BatteryFace face;
+        CapturedBattery captured;
     };
     std::vector<Battery> batteries;    ///< not those of mice and the like
     std::vector<std::string> chargers; ///< supplies with an `online`: mains, or else USB

@@ -62,7 +62,7 @@ double healthNow(const CapturedMachine& machine, const LaptopParts& parts)
 std::vector<SimulatedBattery> packs(const LaptopParts& parts)
 {
     std::vector<SimulatedBattery> result;
-    for (const auto& battery : parts.batteries) result.emplace_back(battery.face.make());
+    for (const auto& battery : parts.batteries) result.emplace_back(battery.captured.make());
     return result;
 }
 
@@ -153,7 +153,7 @@ private:
     {
         double cycles = 0;
         for (std::size_t index = 0; index < parts_.batteries.size(); ++index)
-            cycles += laptop_.batteries()[index].cycles() - parts_.batteries[index].face.make().cycles;
+            cycles += laptop_.batteries()[index].cycles() - parts_.batteries[index].captured.make().cycles;
         return wearADay * daysLived_ + wearACycle * cycles / static_cast<double>(parts_.batteries.size());
     }
 

@@ -51,7 +51,7 @@ bool isAction(std::string_view text)
 std::vector<SimulatedBattery> packs(const LaptopParts& parts)
 {
     std::vector<SimulatedBattery> result;
-    for (const auto& battery : parts.batteries) result.emplace_back(battery.face.make());
+    for (const auto& battery : parts.batteries) result.emplace_back(battery.captured.make());
     return result;
 }
 
@@ -65,8 +65,8 @@ SimulatedLaptop::SimulatedLaptop(const LaptopMake& make)
 SimulatedLaptop::SimulatedLaptop(LaptopMake make, const LaptopParts& parts)
     : make_(std::move(make)), chargers_(parts.chargers), physics_(packs(parts), parts.isPlugged, parts.load)
 {
-    for (const auto& [name, face] : parts.batteries)
-        batteries_.push_back({.name = name, .face = face, .announced = {}});
+    for (const auto& [name, captured] : parts.batteries)
+        batteries_.push_back({.name = name, .captured = captured, .announced = {}});
     for (std::size_t index = 0; index < batteries_.size(); ++index) bringToLife(index);
     addEventFiles();
     for (const auto& [path, captured] : make_.machine.values) {
@@ -134,7 +134,7 @@ LaptopLook SimulatedLaptop::look() const
     for (std::size_t index = 0; index < batteries_.size(); ++index) {
         const auto& battery = physics_.batteries()[index];
         look.batteries.push_back({.name = batteries_[index].name,
-                                  .status = BatteryFace::status(battery),
+                                  .status = CapturedBattery::status(battery),
                                   .percent = static_cast<int>(battery.level()),
                                   .watts = battery.watts(),
                                   .thresholds = battery.thresholds});
@@ -252,7 +252,7 @@ std::optional<std::string> SimulatedLaptop::live(const std::string& path) const
         if (const auto which = thresholdOf(place->name))
             return std::to_string(valueOf(batteries_[*index].held, *which));
         if (place->name == typesFile) return batteries_[*index].types.text();
-        return batteries_[*index].face.text(place->name, battery);
+        return batteries_[*index].captured.text(place->name, battery);
     }
     const bool isCharger = std::ranges::find(chargers_, place->supply) != chargers_.end();
     if (isCharger && place->name == "online") return physics_.isPlugged() ? "1" : "0";
@@ -294,7 +294,7 @@ void SimulatedLaptop::announceChanges()
 std::string SimulatedLaptop::digest(std::size_t battery) const
 {
     const auto& pack = physics_.batteries()[battery];
-    return BatteryFace::status(pack) + " " + std::to_string(static_cast<int>(pack.level()));
+    return CapturedBattery::status(pack) + " " + std::to_string(static_cast<int>(pack.level()));
 }
 
 } // namespace velmora

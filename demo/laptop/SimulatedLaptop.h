@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "BatteryFace.h"
+#include "CapturedBattery.h"
 #include "CapturedMachine.h"
 #include "ChargeTypes.h"
 #include "LaptopParts.h"
@@ -98,7 +98,7 @@ public:
 private:
     struct Battery {
         std::string name;
-        BatteryFace face;
+        CapturedBattery captured;
         std::string announced;   ///< status and percent, as last announced
         ChargeThresholds held{}; ///< as written, whether or not firmware obeys them
         ChargeTypes types{};

@@ -3,7 +3,7 @@
 
 #include "Views.h"
 #include "program/HapticFeedback.h"
-#include "program/Shell.h"
+#include "program/Requests.h"
 
 namespace velmora {
 namespace {
@@ -28,9 +28,9 @@ protected:
             asked << operation;
             model.apply({{"isTemporaryOverrideEnabled", !model.isTemporaryOverrideEnabled()}});
         });
-        auto* shell = singleton<Shell>("Shell");
-        QObject::connect(shell, &Shell::dashboardWanted, [this] { asked << "dashboard"; });
-        QObject::connect(shell, &Shell::quitWanted, [this] { asked << "quit"; });
+        auto* requests = singleton<Requests>("Requests");
+        QObject::connect(requests, &Requests::dashboardWanted, [this] { asked << "dashboard"; });
+        QObject::connect(requests, &Requests::quitWanted, [this] { asked << "quit"; });
         singleton<HapticFeedback>("HapticFeedback")->use(haptics);
 
         panel = showComponent(

@@ -5,7 +5,7 @@
 #include "Widgets/WidgetPlacing.h"
 #include "client/RemoteInstallation.h"
 #include "client/RemoteWidget.h"
-#include "program/Shell.h"
+#include "program/Requests.h"
 
 #include <QCursor>
 #include <QScreen>
@@ -50,9 +50,9 @@ struct WidgetTest : Views {
                                  one->apply({{key, value}});
                              });
         }
-        auto* shell = singleton<Shell>("Shell");
-        QObject::connect(shell, &Shell::dashboardWanted, [this] { asked << "dashboard"; });
-        QObject::connect(shell, &Shell::widgetWanted, [this](const QString& size) { asked << size; });
+        auto* requests = singleton<Requests>("Requests");
+        QObject::connect(requests, &Requests::dashboardWanted, [this] { asked << "dashboard"; });
+        QObject::connect(requests, &Requests::widgetWanted, [this](const QString& size) { asked << size; });
     }
     void open(const char* name)
     {

@@ -10,7 +10,7 @@ RowLayout {
     id: row
 
     required property RemoteWidget settings
-    required property string size ///< as Shell.openWidget takes it
+    required property string size ///< as Requests.openWidget takes it
     required property string atLogIn ///< what the switch and
     required property string show    ///< the button are called
     required property string subtitle
@@ -29,6 +29,6 @@ RowLayout {
         objectName: row.size + "Show"
         text: qsTr("Show")
         Accessible.name: row.show
-        onClicked: Shell.openWidget(row.size)
+        onClicked: Requests.openWidget(row.size)
     }
 }

@@ -5,7 +5,7 @@ import QtQuick
 import Velmora
 
 /// The frameless window around a desktop widget: it goes where it is dragged, by pointer or arrow keys, and
-/// its menu pins it, has it shown at log-in and closes it. What it shows is laid on `face`.
+/// its menu pins it, has it shown at log-in and closes it. What it shows is laid on `content`.
 Window {
     id: window
 
@@ -14,7 +14,7 @@ Window {
     required property string accessibleName ///< all of it in a sentence
     required property real plainWidth ///< at the usual size of type
     property alias firstTop: frame.firstTop
-    default property alias face: face.data
+    default property alias content: content.data
 
     readonly property real magnification: Math.max(1, Theme.fontScale)
 
@@ -45,14 +45,14 @@ Window {
         Accessible.focusable: true
         Accessible.name: window.accessibleName
         Accessible.description: qsTr("Opens the dashboard. Arrow keys move it, the menu key opens its menu.")
-        Accessible.onPressAction: Shell.openDashboard()
+        Accessible.onPressAction: Requests.openDashboard()
         Keys.onLeftPressed: frame.nudge(-8, 0)
         Keys.onRightPressed: frame.nudge(8, 0)
         Keys.onUpPressed: frame.nudge(0, -8)
         Keys.onDownPressed: frame.nudge(0, 8)
-        Keys.onReturnPressed: Shell.openDashboard()
-        Keys.onEnterPressed: Shell.openDashboard()
-        Keys.onSpacePressed: Shell.openDashboard()
+        Keys.onReturnPressed: Requests.openDashboard()
+        Keys.onEnterPressed: Requests.openDashboard()
+        Keys.onSpacePressed: Requests.openDashboard()
         Keys.onPressed: event => {
             event.accepted = event.key === Qt.Key_Menu || (event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier);
             if (event.accepted)
@@ -71,7 +71,7 @@ Window {
             shadowColor: "transparent"
         }
         Item {
-            id: face
+            id: content
 
             anchors.fill: parent
             anchors.margins: 14
@@ -105,7 +105,7 @@ Window {
             onCanceled: isDragging = false
             onDoubleClicked: mouse => {
                 if (mouse.button === Qt.LeftButton)
-                    Shell.openDashboard();
+                    Requests.openDashboard();
             }
             onPressAndHold: mouse => {
                 if (mouse.source !== Qt.MouseEventNotSynthesized)
@@ -117,7 +117,7 @@ Window {
 
             objectName: "menu"
             settings: window.settings
-            onDashboardWanted: Shell.openDashboard()
+            onDashboardWanted: Requests.openDashboard()
             onCloseWanted: window.close()
         }
     }

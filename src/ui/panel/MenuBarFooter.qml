@@ -51,6 +51,6 @@ RowLayout {
         Layout.rightMargin: -padding
         symbol: "power"
         text: qsTr("Quit Velmora")
-        onClicked: Shell.quit()
+        onClicked: Requests.quit()
     }
 }

@@ -68,6 +68,6 @@ FocusScope {
         anchors.rightMargin: 16
         y: scroll.height
         battery: panel.battery
-        onDashboardWanted: Shell.openDashboard()
+        onDashboardWanted: Requests.openDashboard()
     }
 }

@@ -11,7 +11,7 @@
 #include "desktop/Appearance.h"
 #include "desktop/Display.h"
 #include "program/CoreTranslator.h"
-#include "program/Shell.h"
+#include "program/Requests.h"
 #include "program/TerminationSignals.h"
 #include "program/WindowsService.h"
 #include "windows/Windows.h"
@@ -112,7 +112,7 @@ public:
             awaitSent(bus_);
             QCoreApplication::exit(0);
         });
-        passOnWishes(*singleton<Shell>("Shell"));
+        passOn(*singleton<Requests>("Requests"));
         if (!open(wish)) return 1;
         whenReady([this] { windows_.release(); });
         QTimer::singleShot(valuesPatience, &windows_, &Windows::release);
@@ -151,15 +151,15 @@ private:
         return engine_.singletonInstance<T*>(qmlTypeId("Velmora", 1, 0, name));
     }
 
-    void passOnWishes(const Shell& shell)
+    void passOn(const Requests& requests)
     {
-        QObject::connect(&shell, &Shell::dashboardWanted, &link_,
+        QObject::connect(&requests, &Requests::dashboardWanted, &link_,
                          [this] { link_.activate(QString::fromLatin1(wire::face::dashboardAction)); });
-        QObject::connect(&shell, &Shell::widgetWanted, &link_, [this](const QString& size) {
+        QObject::connect(&requests, &Requests::widgetWanted, &link_, [this](const QString& size) {
             link_.activate(
                 QString::fromLatin1(size == "small" ? face::smallWidgetAction : face::mediumWidgetAction));
         });
-        QObject::connect(&shell, &Shell::quitWanted, &link_, &ModelLink::quit);
+        QObject::connect(&requests, &Requests::quitWanted, &link_, &ModelLink::quit);
     }
 
     /// Once the application's values and the desktop's wishes are known.

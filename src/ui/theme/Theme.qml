@@ -38,7 +38,7 @@ QtObject {
     }
 
     function font(points: real, weight: int): font {
-        return typography.face(points, weight);
+        return typography.fontOf(points, weight);
     }
 
     /// This much room between things, and around them; less where large type needs it.
@@ -94,13 +94,13 @@ QtObject {
         required property string family
         required property real scale
 
-        readonly property font titleFont: face(17, Font.Bold)
-        readonly property font headlineFont: face(13, Font.DemiBold)
-        readonly property font bodyFont: face(13, Font.Normal)
-        readonly property font captionFont: face(10, Font.Normal)
-        readonly property font statusFont: face(34, Font.Bold)
+        readonly property font titleFont: fontOf(17, Font.Bold)
+        readonly property font headlineFont: fontOf(13, Font.DemiBold)
+        readonly property font bodyFont: fontOf(13, Font.Normal)
+        readonly property font captionFont: fontOf(10, Font.Normal)
+        readonly property font statusFont: fontOf(34, Font.Bold)
 
-        function face(points: real, weight: int): font {
+        function fontOf(points: real, weight: int): font {
             return Qt.font({
                     "family": family,
                     "pixelSize": Math.round(points * scale),

@@ -14,11 +14,11 @@ namespace velmora {
 
 /// A captured battery brought to life: what the pack in its folder must be made of, and what each of its
 /// files says as that pack charges and drains.
-class BatteryFace {
+class CapturedBattery {
 public:
     /// Nothing for a battery of which neither energy nor charge nor capacity is known, or of which no size
     /// is.
-    static std::optional<BatteryFace> of(const Folder& folder);
+    static std::optional<CapturedBattery> of(const Folder& folder);
 
     /// The pack as captured.
     const BatteryMake& make() const { return make_; }
@@ -31,7 +31,7 @@ public:
     static std::string status(const SimulatedBattery& battery);
 
 private:
-    BatteryFace() = default;
+    CapturedBattery() = default;
     double scaled(std::string_view name, const SimulatedBattery& battery) const;
 
     BatteryMake make_;

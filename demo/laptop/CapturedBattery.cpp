@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "BatteryFace.h"
+#include "CapturedBattery.h"
 
 #include <algorithm>
 #include <cmath>
@@ -85,11 +85,12 @@ ChargeThresholds capturedThresholds(const Folder& folder, double level)
 
 } // namespace
 
-std::optional<BatteryFace> BatteryFace::of(const Folder& folder)
+std::optional<CapturedBattery> CapturedBattery::of(const Folder& folder)
 {
-    BatteryFace face;
+    CapturedBattery captured;
     double level = folder.number("capacity", -1);
-    for (auto [quantity, family] : {std::pair{&face.charge_, "charge"}, std::pair{&face.energy_, "energy"}}) {
+    for (auto [quantity, family] :
+         {std::pair{&captured.charge_, "charge"}, std::pair{&captured.energy_, "energy"}}) {
         const std::string name = family;
         *quantity = {folder.number(name + "_now", -1), folder.number(name + "_full", 0)};
         const double ratio = quantity->full > 0 ? quantity->now / quantity->full : -1;
@@ -99,24 +100,24 @@ std::optional<BatteryFace> BatteryFace::of(const Folder& folder)
             quantity->full = 0;
         }
     }
-    face.make_.fullWattHours = fullWattHours(folder);
-    if (level < 0 || face.make_.fullWattHours <= 0) return std::nullopt;
+    captured.make_.fullWattHours = fullWattHours(folder);
+    if (level < 0 || captured.make_.fullWattHours <= 0) return std::nullopt;
 
     const auto status = folder.text("status");
-    face.isSigned_ = folder.has("scope"); // ACPI's batteries have none
-    face.make_.level = std::min(level, 100.0);
-    face.make_.designVoltage = volts(folder);
-    face.make_.isCharging = status == "Charging";
+    captured.isSigned_ = folder.has("scope"); // ACPI's batteries have none
+    captured.make_.level = std::min(level, 100.0);
+    captured.make_.designVoltage = volts(folder);
+    captured.make_.isCharging = status == "Charging";
     if (status == "Charging" || status == "Discharging") {
-        face.make_.watts = (face.make_.isCharging ? 1 : -1) * std::max(capturedWatts(folder), 0.001);
+        captured.make_.watts = (captured.make_.isCharging ? 1 : -1) * std::max(capturedWatts(folder), 0.001);
     }
-    face.make_.cycles = static_cast<int>(std::clamp(folder.number("cycle_count", 0), 0.0, 1e5));
-    face.make_.celsius = std::clamp(folder.number("temp", 250) / 10, -20.0, 80.0);
-    face.make_.thresholds = capturedThresholds(folder, level);
-    return face;
+    captured.make_.cycles = static_cast<int>(std::clamp(folder.number("cycle_count", 0), 0.0, 1e5));
+    captured.make_.celsius = std::clamp(folder.number("temp", 250) / 10, -20.0, 80.0);
+    captured.make_.thresholds = capturedThresholds(folder, level);
+    return captured;
 }
 
-std::string BatteryFace::status(const SimulatedBattery& battery)
+std::string CapturedBattery::status(const SimulatedBattery& battery)
 {
     if (battery.watts() > 0) return "Charging";
     if (battery.watts() < 0) return "Discharging";
@@ -124,14 +125,14 @@ std::string BatteryFace::status(const SimulatedBattery& battery)
 }
 
 /// A quantity at the battery's level now; in proportion to the capture where its full value is of no use.
-double BatteryFace::scaled(std::string_view name, const SimulatedBattery& battery) const
+double CapturedBattery::scaled(std::string_view name, const SimulatedBattery& battery) const
 {
     const auto& quantity = name == "energy_now" ? energy_ : charge_;
     if (quantity.full > 0) return quantity.full * battery.level() / 100;
     return make_.level > 0 ? quantity.now * battery.level() / make_.level : quantity.now;
 }
 
-std::optional<std::string> BatteryFace::text(std::string_view name, const SimulatedBattery& battery) const
+std::optional<std::string> CapturedBattery::text(std::string_view name, const SimulatedBattery& battery) const
 {
     const double watts = isSigned_ ? battery.watts() : std::abs(battery.watts());
     if (name == "status") return status(battery);

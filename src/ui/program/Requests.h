@@ -9,7 +9,7 @@
 namespace velmora {
 
 /// What a view asks of the application around it. It says so by a signal; the program passes that on.
-class Shell : public QObject {
+class Requests : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
