@@ -151,7 +151,7 @@ TEST(ChargerTexts, TrayWidgetsPagesAndDaemonAgree)
          "This machine has no battery.",
          "No battery",
          "This machine has no battery.",
-         nullptr},
+         noControl},
         {{.percentage = 80, .isSimulated = true},
          "80%, plugged in, held at the limit of 80%",
          "Limit reached",
