@@ -23,7 +23,7 @@ App::App(LinuxPlatform& platform)
         followQuickCharge();
         if (onChargerChange) onChargerChange();
     };
-    // What the daemon still has to say of one that was stopped by hand does not end the next.
+    // A late report of a quick charge that was stopped by hand must not end the next one.
     stopping_ = model_.isTemporaryOverrideEnabled.observe([this](bool isWanted) {
         if (!isWanted) isQuickCharging_ = false;
     });

@@ -13,8 +13,8 @@
 
 namespace velmora {
 
-/// What the resident application knows: the one model of this run, and the services that feed it, created in
-/// the order in which they need each other. Main thread only.
+/// The one model of this run and the services that feed it, created in the order of their dependencies. Main
+/// thread only.
 class App {
 public:
     explicit App(LinuxPlatform& platform);
@@ -28,12 +28,12 @@ public:
         client_->fetchCurrentState([](const HSBatteryState&) {});
     }
 
-    /// Nobody serves the battery: the model shows what it began with, or what it last heard.
+    /// No daemon is running: the model shows its initial values, or the last ones received.
     bool isDaemonMissing() const { return client_->isDaemonMissing(); }
     /// Called when that may have changed.
     std::function<void()> onDaemonPresence;
 
-    /// What the daemon last told of the charger; nothing where there is none, or it has not told yet.
+    /// The daemon's last report of the charger; nothing without a daemon, or before its first report.
     std::optional<ChargerReport> charger() const { return client_->charger(); }
     /// Called when that has changed.
     std::function<void()> onChargerChange;

@@ -10,24 +10,24 @@
 
 namespace velmora {
 
-/// What a person asks velmora for when starting it.
+/// What velmora was started for.
 enum class Command : std::uint8_t {
-    run,       ///< be there; the panel where there is no tray icon to open it
+    run,       ///< stay resident; open the panel where no tray icon could open it
     panel,     ///< open the panel
     dashboard, ///< open the dashboard
     smallWidget,
     mediumWidget,
-    quit, ///< end the one that runs
-    help, ///< say how it is started
+    quit, ///< quit the running instance
+    help, ///< print the usage
 };
 
 inline constexpr auto usage =
     trMark("usage: velmora [--panel | --dashboard | --widget small|medium | --quit]\n");
 
-/// Nothing for arguments that make no sense.
+/// Nothing for invalid arguments.
 std::optional<Command> commandOf(int argc, const char* const* argv);
 
-/// The action of wire::face that the one who runs is asked for; null for none, which is to be there.
+/// The action of wire::face to activate in the running instance; null for `run` and `help`.
 const char* actionOf(Command command);
 
 } // namespace velmora

@@ -30,7 +30,7 @@ Shell::Shell(LinuxPlatform& platform, App& app, SessionBus& session, std::filesy
         serve(bus);
         followWindows(bus);
     }
-    // What a session's programs do when it ends. The daemon goes on protecting.
+    // The session has ended, and its programs with it. The daemon goes on protecting.
     session.onLost = [this] { loop_.stop(); };
     wireTray();
     app_.onDaemonPresence = [this] { showStateSoon(); };
@@ -51,8 +51,7 @@ void Shell::serve(sd_bus* bus)
         exports::serve(object.emplace(loop_, bus, face), what);
     };
     serve(charger_, wire::face::charger::face, exports::ChargerSource([this] { return app_.charger(); }));
-    // Now rather than when it is first asked for: a window shall not begin with the wrong one of its two
-    // views.
+    // Now rather than at its first use: otherwise a window could open with the wrong one of its two views.
     serve(installation_, wire::face::installation::face,
           Platform::current().singleton<InstallationManager>());
     serve(noticeObject_, wire::face::notice::face, notice_);
@@ -88,7 +87,7 @@ void Shell::begin(Command command)
 {
     const auto* action = actionOf(command);
     if (const auto* window = action ? wire::face::windowOf(action) : nullptr) open(window, "");
-    // Nobody has asked for these just now.
+    // The user did not ask for these just now, so they leave the focus where it is.
     if (smallWidget_.isShownAtLogIn.get())
         windows_.request({.window = wire::windows::smallWidget, .takesFocus = false});
     if (mediumWidget_.isShownAtLogIn.get())
@@ -110,7 +109,7 @@ void Shell::togglePanel(std::optional<ScreenPoint> at)
 
 void Shell::startedAgain(const std::string& token)
 {
-    if (tray_.isShown()) return; // its owner sees it
+    if (tray_.isShown()) return; // the user sees the icon
     if (hasNoTray_) return open(wire::windows::panel, token);
     // A tray may be about to show it.
     reopening_ = loop_.after(trayPatience, [this, token] {
@@ -154,7 +153,7 @@ int runApplication(Command command)
     if (platform.loop().isOver()) return 0;
     if (session.role() == SessionBus::Role::secondary) return session.forward(command) ? 0 : 1;
     if (command != Command::run && !session.handle()) return 1; // the log says why
-    if (command == Command::quit) return 0;                     // nobody runs who could
+    if (command == Command::quit) return 0;                     // no instance is running
     App app(platform);
     Shell shell(platform, app, session, windowsProgram());
     shell.begin(command);

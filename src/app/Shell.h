@@ -20,8 +20,8 @@
 
 namespace velmora {
 
-/// The resident application as a person meets it: the tray icon, the model's face and the application's name
-/// on the session bus, and the windows that are asked for through any of them. Main thread only.
+/// The resident application's user interface: the tray icon, the objects and the application's name on the
+/// session bus, and the windows that are requested through any of them. Main thread only.
 class Shell {
 public:
     /// `windows` is the program that shows them. All must outlive the shell.
@@ -29,8 +29,8 @@ public:
     Shell(const Shell&) = delete;
     Shell& operator=(const Shell&) = delete;
 
-    /// What the person asked for who started this program, and the widgets that are wished at log-in, which
-    /// is when it is started.
+    /// Opens what the program was started for, and the widgets that the user has shown at log-in, which is
+    /// when it is started.
     void begin(Command command);
 
 private:
@@ -61,8 +61,8 @@ private:
     MainLoop::Timer asking_;                ///< while a window is open
     TrayIcon tray_;
     bool hasNoTray_ = false;
-    MainLoop::Timer reopening_; ///< somebody came before it was known whether there is a tray
-    bool hasReading_ = false;   ///< the model shows what the daemon said, not what it began with
+    MainLoop::Timer reopening_; ///< started again before it was known whether there is a tray
+    bool hasReading_ = false;   ///< the model shows values of the daemon, not its initial ones
     bool isStateDue_ = false;   ///< at the end of this turn
     Subscription modelChanges_;
     Subscription readings_;

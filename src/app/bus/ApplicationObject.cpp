@@ -19,7 +19,7 @@ constexpr sd_bus_message_handler_t served = dbus::serve<ApplicationObject, Metho
 
 ApplicationObject::ApplicationObject(sd_bus* bus)
 {
-    // The caller is of this user, as all on a session bus are; to ask the bus for it would wait for the bus.
+    // All callers on a session bus are this user's; asking the bus for the sender would block.
     constexpr auto anyone = SD_BUS_VTABLE_UNPRIVILEGED;
     static const std::array table{
         sd_bus_vtable SD_BUS_VTABLE_START(0),
@@ -53,7 +53,7 @@ int ApplicationObject::activate(sd_bus_message* call)
     return sd_bus_reply_method_return(call, nullptr);
 }
 
-/// Velmora opens no files: to be asked to is to be started again.
+/// Velmora opens no files: a request to do so counts as another start.
 int ApplicationObject::open(sd_bus_message* call)
 {
     dbus::check(sd_bus_message_skip(call, "as"), "skip the files");

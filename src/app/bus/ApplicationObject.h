@@ -19,11 +19,11 @@ public:
     ApplicationObject(const ApplicationObject&) = delete;
     ApplicationObject& operator=(const ApplicationObject&) = delete;
 
-    /// `token` is what the desktop gave the one who asks, so that a window may take the focus; may be empty.
+    /// `token` is the caller's activation token, with which a window may take the focus; may be empty.
     using Request = std::function<void(const std::string& token)>;
 
     Request onActivate; ///< started again
-    /// A window of wire::windows is wanted.
+    /// A window of wire::windows is requested.
     std::function<void(const char* window, const std::string& token)> onWindow;
     std::function<void()> onQuit;
 

@@ -13,10 +13,10 @@ using wire::face::Access;
 using wire::face::News;
 using wire::face::Property;
 
-/// Messages that the bus has not taken yet; with more than these nobody is given a long list besides.
+/// Unsent messages above which long lists are not sent in addition.
 constexpr std::uint64_t maximumUnsent = 16;
 
-/// The caller is of this user, as all on a session bus are; to ask the bus for it would be to wait for it.
+/// All callers on a session bus are this user's; asking the bus for the sender would block.
 constexpr std::uint64_t anyone = SD_BUS_VTABLE_UNPRIVILEGED;
 
 } // namespace
@@ -135,7 +135,7 @@ void ExportedObject::announce()
     }
     if (names.empty()) return;
     names.push_back(nullptr);
-    // A lost bus was told to whoever watches it.
+    // Not checked: SessionBus handles a lost bus.
     sd_bus_emit_properties_changed_strv(bus_, face_.path, face_.interface, names.data());
 }
 

@@ -93,7 +93,7 @@ void ExportedObject::bind(std::string_view name, Observable<T>& observable)
             observable.set(std::move(incoming));
         };
     }
-    // An observable tells of every assignment, the bus is told of changes.
+    // An observable reports every assignment; only changes go to the bus.
     row.changes = observable.observe([this, &row, &observable](const T& incoming) {
         if (incoming == observable.get()) return;
         row.isDirty = true;

@@ -12,8 +12,8 @@
 #include <functional>
 #include <optional>
 
-/// What stands on the session bus beside the model. Each binds something of the core to its object of the
-/// face, and serves that; both live equally long. Throws std::system_error where the bus takes no objects.
+/// Exports core objects on the session bus, beside the model. Each function binds one to its exported object;
+/// both must have the same lifetime. Throws std::system_error where the bus refuses the object.
 namespace velmora::exports {
 
 void serve(ExportedObject& object, InstallationManager& manager);
@@ -22,7 +22,7 @@ void serve(ExportedObject& object, WidgetSettings& widget);
 
 using ChargerSource = std::function<std::optional<ChargerReport>()>; ///< what is known now
 
-/// The daemon's report, passed on. That it may be another one, `derivedChanged` tells the object.
+/// The daemon's report. Call the object's `derivedChanged` when it may have changed.
 void serve(ExportedObject& object, const ChargerSource& report);
 
 } // namespace velmora::exports

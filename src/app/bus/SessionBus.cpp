@@ -19,7 +19,7 @@ constexpr std::chrono::seconds startPatience{3};
 constexpr std::uint64_t patience = 5'000'000; // microseconds, for an answer
 constexpr auto applicationInterface = "org.freedesktop.Application";
 
-/// What a desktop gives who starts a program at a click, so that its window may take the focus.
+/// Given by a desktop to a program that it starts at a click, so that its window may take the focus.
 std::string activationToken()
 {
     const char* token = std::getenv("XDG_ACTIVATION_TOKEN");
@@ -42,8 +42,8 @@ SessionBus::SessionBus(EventLoop& loop, Log& log) : log_(log)
     }
 }
 
-/// Not by a call that waits: one of sd-bus's own would wait for ever on a bus that takes connections and says
-/// nothing, and let no signal through.
+/// Not by a blocking call: sd-bus's own would block for ever on a bus that accepts connections and never
+/// answers, and would let no signal through.
 void SessionBus::connect(EventLoop& loop)
 {
     bus_ = dbus::openSessionBus(loop);

@@ -33,7 +33,7 @@ public:
     /// Null where this program is alone.
     sd_bus* handle() const { return bus_.get(); }
 
-    /// Called when the bus hangs up: the session is over.
+    /// Called when the bus closes the connection: the session is over.
     std::function<void()> onLost;
 
     /// Has the program that owns the name run the command, and waits a few seconds for its word. Whether it

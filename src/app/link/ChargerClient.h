@@ -32,7 +32,7 @@ public:
 
     /// Asks a daemon that may have appeared.
     void fetch();
-    /// The daemon is gone; who says so knows it, and nobody else is told.
+    /// The daemon is gone: clears the report; does not call `onChange`.
     void forget();
 
 private:

@@ -24,7 +24,7 @@ constexpr std::array pictureSizes{16, 22, 24, 32, 48};
 constexpr std::size_t maximumTokenBytes = 512;
 constexpr std::chrono::milliseconds pauseBetweenQuestions{250};
 constexpr std::uint64_t maximumUnsent =
-    64; ///< messages; with more nobody is given the pictures, 18 KB a time
+    64; ///< unsent messages; above that the pictures, 18 KB each time, are not sent
 
 constexpr std::pair<std::string_view, const char*> constantTexts[] = {
     {"Category", "Hardware"}, {"Id", "velmora"},       {"Title", "Velmora"},
@@ -75,7 +75,7 @@ const sd_bus_vtable StatusNotifierItem::vtable_[] = {
     SD_BUS_PROPERTY("Status", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("WindowId", "i", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("IconThemePath", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
-    SD_BUS_PROPERTY("IconName", "s", property, 0, 0), // changes are told by signals of the interface's own
+    SD_BUS_PROPERTY("IconName", "s", property, 0, 0), // its changes have signals in this interface
     SD_BUS_PROPERTY("IconPixmap", "a(iiay)", property, 0, 0),
     SD_BUS_PROPERTY("OverlayIconName", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("AttentionIconName", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
@@ -126,7 +126,7 @@ void StatusNotifierItem::askForHost()
                 "Get");
     sd_bus_slot* slot = nullptr;
     if (sd_bus_call_async(bus_, &slot, call.get(), served<&StatusNotifierItem::hostAnswered>, this, 0) < 0)
-        return; // a bus that goes: `disconnected` is next
+        return; // the bus is going: `disconnected` follows
     question_.reset(slot);
     pause_ = loop_.after(pauseBetweenQuestions, [this] {
         pause_.reset();
@@ -138,7 +138,7 @@ int StatusNotifierItem::registered(sd_bus_message* reply)
 {
     if (const auto* error = sd_bus_message_get_error(reply)) {
         if (!sd_bus_error_has_names(error, SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER))
-            // Never settled: a watcher that changes its mind over and over is worth one line.
+            // Never settled: a watcher that refuses over and over is logged once.
             complaints_.raise("refused", std::string("The desktop's tray refused the icon: ") +
                                              (error->message ? error->message : error->name) + ".");
         return 0;
@@ -215,7 +215,7 @@ int StatusNotifierItem::activate(sd_bus_message* call)
     ScreenPoint at;
     dbus::check(sd_bus_message_read(call, "ii", &at.x, &at.y), "read a place");
     const int sent = sd_bus_reply_method_return(call, nullptr);
-    const bool isKnown = at != ScreenPoint{}; // hosts that cannot tell say 0, 0
+    const bool isKnown = at != ScreenPoint{}; // hosts that do not know the place send 0, 0
     if (const auto handler = onActivate) handler(isKnown ? std::optional(at) : std::nullopt);
     return sent;
 }
@@ -239,13 +239,13 @@ std::string StatusNotifierItem::iconName() const
     return icons_.empty() ? "" : trayIconName(shownPercent(state_.percentage), state_.isCharging);
 }
 
-/// Drawn once for all who ask: a flood of questions costs little.
+/// Drawn once and kept: a flood of requests costs little.
 const StatusNotifierItem::Pictures& StatusNotifierItem::pictures()
 {
     if (pictures_.empty())
         for (const int size : pictureSizes)
-            pictures_.emplace_back(size, bytesOf(drawBattery(shownPercent(state_.percentage), state_.isCharging,
-                                                             size, Bar::unknown)));
+            pictures_.emplace_back(size, bytesOf(drawBattery(shownPercent(state_.percentage),
+                                                             state_.isCharging, size, Bar::unknown)));
     return pictures_;
 }
 

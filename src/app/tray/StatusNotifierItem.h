@@ -71,12 +71,12 @@ private:
     Complaints complaints_;
     std::string icons_;
     TrayState state_;
-    Pictures pictures_; ///< of the state; empty: nobody asked yet
+    Pictures pictures_; ///< of the state; empty until requested
     std::string activationToken_;
-    std::string watcher_; ///< unique name; empty: none that we know of
+    std::string watcher_; ///< unique name; empty: none known
     bool isRegistered_ = false;
     bool hasHost_ = false;
-    bool isQuestionDue_ = false; ///< something changed since we asked for a host
+    bool isQuestionDue_ = false; ///< something changed since the last question for a host
     MainLoop::Timer pause_;      ///< until we may ask again
     dbus::Slot object_, disconnection_, watcherChanges_, hostCame_, hostLeft_, registration_, question_;
 };

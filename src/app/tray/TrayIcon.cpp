@@ -42,14 +42,14 @@ void TrayIcon::serveOn(sd_bus* session, Log& log)
 try {
     menu_ = std::make_unique<TrayMenu>(session,
                                        std::vector<TrayMenu::Entry>{
-                                           {trMark("Open Velmora"), [this] { tell(onOpenPanel); }},
-                                           {trMark("Launch Dashboard"), [this] { tell(onLaunchDashboard); }},
+                                           {trMark("Open Velmora"), [this] { call(onOpenPanel); }},
+                                           {trMark("Launch Dashboard"), [this] { call(onLaunchDashboard); }},
                                            {nullptr, {}},
-                                           {trMark("Quit Velmora"), [this] { tell(onQuit); }},
+                                           {trMark("Quit Velmora"), [this] { call(onQuit); }},
                                        });
     item_ = std::make_unique<StatusNotifierItem>(loop_, session, log, installedIcons());
     item_->onChanged = [this] { changed(); };
-    item_->onActivate = [this](auto at) { tell(onActivate, at); };
+    item_->onActivate = [this](auto at) { call(onActivate, at); };
 } catch (const std::system_error& failure) {
     complaints_.raise("serve", std::string("Cannot export the tray icon on the session bus: ") +
                                    failure.what() + "; trying an X11 tray icon.");
@@ -103,7 +103,7 @@ bool TrayIcon::embed()
     if (!embedded_) return false;
     embedded_->show(state_);
     embedded_->onChanged = [this] { changed(); };
-    embedded_->onActivate = [this](ScreenPoint at) { tell(onActivate, std::optional(at)); };
+    embedded_->onActivate = [this](ScreenPoint at) { call(onActivate, std::optional(at)); };
     embedded_->onLost = [this] {
         embedded_.reset();
         retries_ = mostRetries;
@@ -115,7 +115,7 @@ bool TrayIcon::embed()
 void TrayIcon::giveUp()
 {
     complaints_.raise("none", "No tray shows the icon. Velmora opens from the list of applications.");
-    tell(std::exchange(onNoHost, nullptr));
+    call(std::exchange(onNoHost, nullptr));
 }
 
 void TrayIcon::tryAgainLater()

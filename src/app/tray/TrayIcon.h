@@ -32,8 +32,8 @@ class TrayIcon {
 public:
     static constexpr std::chrono::seconds usualPatience{2};
 
-    /// An X server that went away is looked for again this often, after pauses that double from `patience`:
-    /// for some eight minutes. One that is not back by then shall not wake the machine for ever.
+    /// A lost X server is looked for again this often, after pauses that double from `patience`: for some
+    /// eight minutes. After that the machine is not woken for it any more.
     static constexpr int mostRetries = 7;
 
     /// `session` is the connection that the item is served on, attached to `loop`; null where there is no
@@ -49,15 +49,15 @@ public:
     /// Whether some host shows it now.
     bool isShown() const;
 
-    /// A click on the icon; the place is unknown where the host does not tell it.
+    /// A click on the icon; the place is nothing where the host does not give it.
     std::function<void(std::optional<ScreenPoint>)> onActivate;
     /// Chosen from the icon's menu.
     std::function<void()> onOpenPanel, onLaunchDashboard, onQuit;
-    /// Called once, when it has turned out that no tray is there to show the icon, which the log then says.
+    /// Called once, when no tray has been found to show the icon; that is logged.
     std::function<void()> onNoHost;
 
-    /// What the host gave along with the last click, so that a window may come to the front under Wayland
-    /// (for the environment's XDG_ACTIVATION_TOKEN). Empty for none; good for one window.
+    /// The activation token of the last click, with which one window may come to the front under Wayland
+    /// (XDG_ACTIVATION_TOKEN). Empty for none.
     std::string takeActivationToken();
 
 private:
@@ -69,9 +69,9 @@ private:
     void giveUp();
     void tryAgainLater();
     template <typename... Arguments>
-    static void tell(std::function<void(Arguments...)> told, std::type_identity_t<Arguments>... arguments)
+    static void call(std::function<void(Arguments...)> handler, std::type_identity_t<Arguments>... arguments)
     {
-        if (told) told(arguments...);
+        if (handler) handler(arguments...);
     }
 
     Lifetime lifetime_;

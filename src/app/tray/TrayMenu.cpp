@@ -16,7 +16,7 @@ namespace {
 constexpr auto interface = "com.canonical.dbusmenu";
 constexpr std::int32_t root = 0; // the entries follow, counted from 1
 constexpr std::uint32_t revision = 1;
-constexpr std::size_t maximumErrors = 64; ///< unknown identifiers that are told back
+constexpr std::size_t maximumErrors = 64; ///< unknown identifiers that are reported back
 
 void open(sd_bus_message* message, char type, const char* contents)
 {
@@ -97,7 +97,7 @@ int TrayMenu::refuse(sd_bus_message* call, std::int32_t id) const
     return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_INVALID_ARGS, "no item %d", id);
 }
 
-/// All there are, whichever the host named: they are few, and it passes over the rest.
+/// All properties, whichever the host named: they are few, and it ignores the rest.
 void TrayMenu::appendProperties(sd_bus_message* reply, std::int32_t id) const
 {
     const auto write = [&](const char* name, const char* value) {

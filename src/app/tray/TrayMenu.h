@@ -13,7 +13,7 @@
 namespace velmora {
 
 /// The menu of a tray icon, which its host draws: com.canonical.dbusmenu, version 3, one level deep. It never
-/// changes, so that nobody needs to ask for it twice. Loop's thread only.
+/// changes, so that hosts need to fetch it only once. Loop's thread only.
 class TrayMenu {
 public:
     static constexpr auto path = "/MenuBar";

@@ -113,7 +113,7 @@ void XConnection::prepare()
     if (xcb_connection_has_error(connection_)) lose();
 }
 
-/// Told from the loop, since whoever is told destroys this.
+/// Called from the loop, since the handler destroys this.
 void XConnection::lose()
 {
     sd_event_source_set_enabled(source_, SD_EVENT_OFF);

@@ -18,7 +18,7 @@ namespace velmora {
 class XConnection {
 public:
     /// To the display that DISPLAY names. Null where there is none, where it cannot be reached, and where it
-    /// is another machine's: whoever came over the network has a desktop elsewhere.
+    /// is another machine's: over the network the desktop is elsewhere.
     static std::unique_ptr<XConnection> open(EventLoop& loop);
     ~XConnection();
     XConnection(const XConnection&) = delete;

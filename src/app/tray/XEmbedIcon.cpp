@@ -283,7 +283,7 @@ void XEmbedIcon::destroyed(xcb_window_t which)
     }
 }
 
-/// A tray that goes puts us back under the root, where nobody would see us.
+/// A tray that ends reparents the icon to the root window, where it must not be seen.
 void XEmbedIcon::reparented(const xcb_reparent_notify_event_t& event)
 {
     if (event.window != window_) return;
@@ -301,7 +301,7 @@ void XEmbedIcon::resized(const xcb_configure_notify_event_t& event)
     isStale_ = true;
 }
 
-/// Without transparency of its own the window shows the tray's background, which tells how light that is.
+/// A window without transparency shows the tray's background, whose lightness decides the ink.
 void XEmbedIcon::draw()
 {
     isStale_ = false;
@@ -324,7 +324,7 @@ void XEmbedIcon::drawOver(const xcb_get_image_reply_t* image, int side)
     std::vector<std::uint32_t> background(area(side));
     const auto bytes = background.size() * sizeof background[0];
     if (isStale_ || !image || static_cast<std::size_t>(xcb_get_image_data_length(image)) < bytes)
-        return; // nobody can see the window; it will be told when somebody can
+        return; // the window is covered; an event follows when it is seen again
     std::memcpy(background.data(), xcb_get_image_data(image), bytes);
     for (auto& pixel : background) pixel |= 0xff000000U; // the bits that the screen does not use
     drawOver(background, side, barLike(background));
@@ -340,7 +340,7 @@ void XEmbedIcon::drawOver(const std::vector<std::uint32_t>& background, int side
                   reinterpret_cast<const std::uint8_t*>(pixels.data()));
 }
 
-/// Trays show it where they show names; a bubble of our own would need fonts.
+/// Trays that show names show it; drawing a tooltip here would need fonts.
 void XEmbedIcon::writeName()
 {
     xcb_change_property(x_->get(), XCB_PROP_MODE_REPLACE, window_, atoms_[name], atoms_[utf8], 8,

@@ -9,8 +9,8 @@ namespace velmora {
 
 void keepHeapSmall()
 {
-    // Fixed: by itself the C library takes more and more for small after each large block that was freed, and
-    // those stay as holes in the heap.
+    // Setting the threshold disables glibc's dynamic one, which rises after each large free() and then leaves
+    // holes in the heap.
     mallopt(M_MMAP_THRESHOLD, 32 * 1024);
     mallopt(M_TRIM_THRESHOLD, 128 * 1024);
 }

@@ -5,8 +5,8 @@
 
 namespace velmora {
 
-/// Has what is large, a history or what a flood of messages left, go back to the kernel once it is freed. For
-/// the beginning of `main`, while there is one thread.
+/// Returns large blocks, such as a history, to the kernel as soon as they are freed. To be called at the
+/// beginning of `main`, while there is one thread.
 void keepHeapSmall();
 
 } // namespace velmora

@@ -153,7 +153,7 @@ void JournalLog::writeToStandardError(int priority, std::string_view category, s
     while (!rest.empty()) {
         const ssize_t written = ::write(STDERR_FILENO, rest.data(), rest.size());
         if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return; // nobody is left to be told
+        if (written <= 0) return; // there is no place left to log to
         rest.remove_prefix(static_cast<std::size_t>(written));
     }
 }

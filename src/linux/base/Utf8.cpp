@@ -39,7 +39,7 @@ bool mayFollow(unsigned char lead, unsigned char second)
     }
 }
 
-/// Code points that Unicode keeps for nobody (U+FDD0 to U+FDEF and the last two of each plane). They are
+/// Code points that Unicode never assigns (U+FDD0 to U+FDEF and the last two of each plane). They are
 /// valid UTF-8, but sd-bus takes no text that holds one.
 bool isNoncharacter(std::string_view character)
 {

@@ -15,7 +15,7 @@
 
 namespace velmora {
 
-/// A serial queue on a thread of its own, which starts with the first task and ends, work done, with the
+/// A serial queue on one thread, which starts with the first task and ends, work done, with the
 /// queue.
 class WorkerThread final : public WorkQueue {
 public:

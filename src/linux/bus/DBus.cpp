@@ -15,7 +15,7 @@ namespace {
 constexpr auto localPath = "/org/freedesktop/DBus/Local";
 constexpr auto localName = "org.freedesktop.DBus.Local";
 
-/// Without a handler of its own sd-bus answers a refused match by closing the connection.
+/// Without a handler sd-bus closes the connection when a match is refused.
 int keepConnection(sd_bus_message*, void*, sd_bus_error*)
 {
     return 0;
@@ -79,7 +79,7 @@ int shedCall(sd_bus_message* message, void*, sd_bus_error* error)
 
 Bus attached(Bus bus, const EventLoop& loop)
 {
-    // Else the loop's end waits until the bus has taken all that was sent, which one that hangs never does.
+    // Otherwise the end of the loop blocks until everything is sent, for ever on a bus that hangs.
     check(sd_bus_set_close_on_exit(bus.get(), false), "sd_bus_set_close_on_exit");
     check(sd_bus_attach_event(bus.get(), loop.handle(), SD_EVENT_PRIORITY_NORMAL), "sd_bus_attach_event");
     return bus;

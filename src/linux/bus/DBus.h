@@ -55,7 +55,7 @@ inline constexpr auto busPath = "/org/freedesktop/DBus";
 
 /// Has `handler` called with the bus's NameOwnerChanged whenever `name` gets, changes or loses its owner.
 Slot watchName(sd_bus* bus, const std::string& name, sd_bus_message_handler_t handler, void* self);
-/// Who owns the name now, by a NameOwnerChanged; empty for nobody. Nothing where the signal is not the bus's
+/// The name's new owner, from a NameOwnerChanged; empty for none. Nothing where the signal is not the bus's
 /// own: any peer may send us one, and sd-bus takes it for a match.
 std::optional<std::string> newOwner(sd_bus_message* signal);
 

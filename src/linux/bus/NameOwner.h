@@ -13,7 +13,7 @@ namespace velmora {
 /// Follows which connection owns a name on the bus. Any peer may send us any signal, and sd-bus takes it for
 /// a match whatever sender the rule names: who trusts a signal asks here whether it came from the owner.
 ///
-/// Never waits for the bus; until that has answered nobody owns the name. Loop's thread only.
+/// Never blocks; until the bus has answered, the name counts as not owned. Loop's thread only.
 class NameOwner {
 public:
     /// `appeared` is called when the name gains an owner that it did not have in the beginning, `gone` when

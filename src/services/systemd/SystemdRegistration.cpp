@@ -16,7 +16,7 @@ namespace {
 
 using ErrorCode = ServiceManager::ErrorCode;
 
-constexpr std::uint64_t forEver = UINT64_MAX; ///< a prompt stands until somebody answers it
+constexpr std::uint64_t forEver = UINT64_MAX; ///< a prompt stays open until the user answers it
 
 constexpr std::array<std::pair<std::string_view, ErrorCode>, 8> knownErrors{{
     {"org.freedesktop.DBus.Error.AccessDenied", ErrorCode::authorizationDenied},
@@ -72,7 +72,7 @@ void SystemdRegistration::enable()
                              "',member='JobRemoved'";
     jobs_ = dbus::match(bus_.get(), rule, dbus::serve<SystemdRegistration, &SystemdRegistration::jobRemoved>,
                         this);
-    // Without it systemd need not tell us of jobs.
+    // Without a subscription systemd need not send JobRemoved.
     const auto subscription = systemd::newCall(bus_.get(), "Subscribe");
     dbus::check(sd_bus_message_set_expect_reply(subscription.get(), false), "Subscribe");
     dbus::check(sd_bus_send(bus_.get(), subscription.get(), nullptr), "Subscribe");

@@ -19,20 +19,20 @@ inline constexpr auto serviceName = "org.freedesktop.systemd1";
 inline constexpr auto objectPath = "/org/freedesktop/systemd1";
 inline constexpr auto managerInterface = "org.freedesktop.systemd1.Manager";
 
-/// A call to systemd's manager, which no call starts. Throws std::system_error.
+/// A call to systemd's manager that starts no service. Throws std::system_error.
 dbus::Message newCall(sd_bus* bus, const char* member);
 } // namespace systemd
 
-/// One attempt to have systemd enable a unit and start it, now. systemd asks polkit before each step, and
-/// polkit the user: once, since leave to manage unit files, which comes first, implies leave for the rest,
-/// and is kept for a while.
+/// One attempt to have systemd enable a unit and start it now. systemd asks polkit before each step. polkit
+/// asks the user once: the authorisation to manage unit files, which comes first, implies the others and is
+/// kept for a while.
 ///
-/// It waits as long as the prompt stands. Without systemd, or should that or the bus go meanwhile, it has
-/// failed. Dropped, it is over; what systemd was asked to do it may do all the same. Loop's thread only.
+/// It waits as long as the prompt is open. It fails without systemd, and when systemd or the bus ends
+/// meanwhile. Destroying it cancels nothing that systemd was already asked to do. Loop's thread only.
 class SystemdRegistration {
 public:
-    /// `done` is called once, later, and may destroy this. A unit that was enabled before is started all the
-    /// same, and counts as alreadyRegistered. `loop` must outlive this.
+    /// `done` is called once, later, and may destroy this. A unit that was enabled before is started, too,
+    /// and counts as alreadyRegistered. `loop` must outlive this.
     SystemdRegistration(EventLoop& loop, std::string unit, ServiceManager::Completion done);
     SystemdRegistration(const SystemdRegistration&) = delete;
     SystemdRegistration& operator=(const SystemdRegistration&) = delete;

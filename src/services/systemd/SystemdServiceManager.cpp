@@ -16,8 +16,8 @@ namespace {
 constexpr auto category = "SystemdServiceManager";
 constexpr auto patience = 1s;
 
-/// Serves `bus`, which no loop does, until `answer` is there. Unlike sd_bus_call this bounds the time that
-/// the bus takes to let us in, too.
+/// Processes `bus`, which no loop does, until `answer` is there. Unlike sd_bus_call this bounds the time of
+/// the connection's handshake, too.
 void await(sd_bus* bus, const std::shared_ptr<sd_bus_message>& answer)
 {
     const auto deadline = std::chrono::steady_clock::now() + patience;
@@ -30,7 +30,7 @@ void await(sd_bus* bus, const std::shared_ptr<sd_bus_message>& answer)
     }
 }
 
-/// As systemctl is-enabled tells it. Throws what a person may read where there is no telling.
+/// As `systemctl is-enabled` prints it. Throws std::exception where systemd gives no answer.
 std::string unitFileState(const char* unit)
 {
     sd_bus* opened = nullptr;

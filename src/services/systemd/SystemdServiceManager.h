@@ -12,13 +12,13 @@
 
 namespace velmora {
 
-/// The daemon as a unit of systemd, asked for on the system bus. Each question has a connection of its own
-/// that ends with it, since hardly any program asks twice. Loop's thread only.
+/// The daemon as a unit of systemd, over the system bus. Each request opens a connection and closes it again,
+/// since hardly any program asks twice. Loop's thread only.
 class SystemdServiceManager final : public ServiceManager {
 public:
     static constexpr auto unit = "app.velmora.daemon.service";
 
-    /// Both must outlive this. What goes wrong is a line in the log, too.
+    /// Both must outlive this. Failures are logged, too.
     SystemdServiceManager(EventLoop& loop, Log& log) : loop_(loop), log_(log) {}
 
     Status status() override;

@@ -13,18 +13,18 @@ namespace velmora {
 /// A registration that lasts as long as it is kept. Drop it anywhere, at any time, even inside the callback.
 using Subscription = std::shared_ptr<const void>;
 
-/// Something that happens, told to whoever subscribed, in order of subscription. One thread only.
+/// An event. Calls its observers in order of subscription. One thread only.
 template <typename... Args>
 class Signal {
 public:
     using Observer = std::function<void(const Args&...)>;
 
-    /// Observers may subscribe, unsubscribe and emit meanwhile; who joins now is first told of the next
-    /// emission.
+    /// Observers may subscribe, unsubscribe and emit meanwhile; one that subscribes now is called from the
+    /// next emission on.
     void emit(const Args&... args) const
     {
         if (observers_.empty()) return;
-        for (const auto told = observers_; const auto& one : told) {
+        for (const auto present = observers_; const auto& one : present) {
             if (const auto observer = stillSubscribed(one)) (*observer)(args...);
         }
     }

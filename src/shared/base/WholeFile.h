@@ -10,8 +10,8 @@
 
 namespace velmora {
 
-/// Small files in one piece. By C's streams, not by C++'s: those bring the world's number formats along, and
-/// would be a third of a resident program.
+/// Small files in one piece. Uses stdio: iostreams pull in locales, which would be a third of a resident
+/// program.
 
 /// The largest that is read: a thousand samples are a hundred thousand bytes.
 inline constexpr std::uintmax_t largestWholeFile = 16U << 20U;

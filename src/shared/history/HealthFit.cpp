@@ -89,7 +89,7 @@ std::string monthsText(double months)
     return trn("a month", "%1 months", whole);
 }
 
-/// A number and the word "months".
+/// Whether `monthsText` is a number and the word "months".
 bool isCounted(double months)
 {
     return months <= longestForecast && std::lround(months) > 1;

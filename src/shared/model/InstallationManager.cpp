@@ -59,7 +59,7 @@ std::string InstallationManager::humanReadableError(const ServiceManager::Error&
     case authorizationDenied:
         return tr("Authorization denied. Admin privileges are required to install the Velmora daemon.");
     case alreadyRegistered:
-        isInstallationCompleted.set(true); // somebody else has done it: as good as done here
+        isInstallationCompleted.set(true); // by another program, which is just as good
         return "";
     default:
         return tr("Installation failed: %1", error.description);

@@ -15,7 +15,7 @@
 
 namespace velmora {
 
-/// Where somebody gets a sound copy of Velmora.
+/// Where users download Velmora.
 inline constexpr auto projectPage = "https://velmora.app";
 
 /// Whether the daemon is registered with the system, and the way there: not installed, installing, installed;
@@ -35,15 +35,15 @@ public:
     /// The last failure. Empty for one that does not matter: the daemon had been registered before.
     Observable<std::optional<std::string>> installationError{std::nullopt};
 
-    /// Takes the state from the service manager, for which it waits a moment.
+    /// Reads the state from the service manager, which may block for a moment.
     InstallationManager();
     InstallationManager(const InstallationManager&) = delete;
     InstallationManager& operator=(const InstallationManager&) = delete;
 
-    /// A person's wish to install: registers the daemon, unless that is under way.
+    /// Registers the daemon at the user's request, unless that is under way.
     void begin();
 
-    /// The registration itself; `completion` learns whether it was a success.
+    /// The registration itself; `completion` is called with whether it succeeded.
     void installDaemon(std::function<void(bool isSuccess)> completion);
 
 private:

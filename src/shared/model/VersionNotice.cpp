@@ -9,7 +9,7 @@ namespace velmora {
 
 namespace {
 
-/// The two numbers count each for itself: 27.0 to 27.3 are not among them.
+/// Major and minor are compared separately: 27.0 to 27.3 do not qualify.
 bool hasLimiter(SystemVersion system)
 {
     return system.major >= 26 && system.minor >= 4;

@@ -11,8 +11,8 @@
 
 namespace velmora {
 
-/// A notice for those whose system brings a charge limiter of its own: shown whenever Velmora's main window
-/// appears, until a person has answered it once. Main thread only.
+/// The notice for systems that have a charge limiter themselves: shown whenever Velmora's main window
+/// appears, until the user has answered it once. Main thread only.
 class VersionNotice {
     std::shared_ptr<Preferences> preferences_;
     SystemVersion system_;
@@ -20,8 +20,8 @@ class VersionNotice {
 public:
     /// Every assignment is remembered.
     Observable<bool> hasSeenMacOS264Banner;
-    /// A window shows the notice as long as this holds, and takes it back when the notice closes, however it
-    /// does.
+    /// A window shows the notice while this is true, and sets it to false when the notice closes, in whatever
+    /// way.
     Observable<bool> showMacOS264Banner{false};
 
     /// On the current platform.

@@ -26,7 +26,7 @@ struct WidgetPlace {
     friend bool operator==(const WidgetPlace&, const WidgetPlace&) = default;
 };
 
-/// What a person has set about one of the desktop's widgets. Every assignment is remembered. Main thread
+/// The user's settings of one of the desktop's widgets. Every assignment is remembered. Main thread
 /// only.
 class WidgetSettings {
     std::shared_ptr<Preferences> preferences_;
@@ -37,8 +37,8 @@ public:
     Observable<bool> isShownAtLogIn;
     Observable<std::optional<WidgetPlace>> place; ///< nothing while it was never moved
 
-    /// `name` is the widget's among the preferences of the installed platform. What cannot be understood
-    /// there is as if it had never been set, and a line in the log.
+    /// `name` is the widget's in the preferences of the installed platform. An invalid value there counts as
+    /// never set and is logged.
     explicit WidgetSettings(std::string_view name);
     WidgetSettings(const WidgetSettings&) = delete;
     WidgetSettings& operator=(const WidgetSettings&) = delete;
