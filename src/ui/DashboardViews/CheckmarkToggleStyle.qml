@@ -4,7 +4,7 @@
 import QtQuick
 import Velmora
 
-/// A switch that is a tick: a circle that fills when it is on.
+/// A switch with a tick: a circle that fills when it is on.
 Toggle {
     id: toggle
 

@@ -5,7 +5,7 @@ import QtQuick
 import QtQuick.Layouts
 import Velmora
 
-/// One figure with its name, its symbol and what it means. A reader hears all of it at once.
+/// One figure with its name, its symbol and what it means. Screen readers read all of it at once.
 PodBackground {
     id: pod
 

@@ -5,7 +5,7 @@ import QtQuick
 import QtQuick.Layouts
 import Velmora
 
-/// One of the user's machines, to select or to let go.
+/// One of the user's machines, to select or deselect.
 PressButton {
     id: choice
 

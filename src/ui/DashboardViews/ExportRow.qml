@@ -5,7 +5,7 @@ import QtQuick
 import QtQuick.Layouts
 import Velmora
 
-/// What is shown, to take away as a table or as a picture, and where it went.
+/// Exports what is shown as a table or as a picture, and says where the file is.
 RowLayout {
     id: row
 

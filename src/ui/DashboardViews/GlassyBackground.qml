@@ -4,7 +4,7 @@
 import QtQuick
 import Velmora
 
-/// The ground of what floats above the rest. Its shadow lies outside of what it fills.
+/// The background of floating cards. Its shadow lies outside of the item.
 ContinuousRectangle {
     anchors.fill: parent
     anchors.margins: -inset

@@ -5,7 +5,7 @@ import QtQuick
 import QtQuick.Layouts
 import Velmora
 
-/// How the battery ages, and when it will be due.
+/// How the battery ages, and when it should be replaced.
 DashboardPage {
     id: page
 

@@ -5,7 +5,7 @@ import QtQuick
 import QtQuick.Layouts
 import Velmora
 
-/// Advice. A reader hears all of it at once.
+/// Advice. Screen readers read all of it at once.
 PodBackground {
     id: card
 

@@ -5,7 +5,7 @@ import QtQuick
 import QtQuick.Layouts
 import Velmora
 
-/// What Velmora tells of.
+/// Which notices Velmora posts.
 DashboardPage {
     id: page
 

@@ -6,8 +6,8 @@ import QtQuick.Layouts
 import QtQuick.Templates as T
 import Velmora
 
-/// A setting in percent. It says what it would become while it is dragged and asks for it by `chosen` once it
-/// is let go; then it shows what is so.
+/// A setting in percent. Shows the new value while it is dragged, emits `chosen` when it is released, and then
+/// shows the setting as it is.
 Column { // a layout would keep the place that it had for a caption of more lines
     id: setting
 
@@ -31,7 +31,7 @@ Column { // a layout would keep the place that it had for a caption of more line
     Component.onCompleted: settle()
 
     Timer {
-        id: patience ///< with an answer; what was asked for may be refused
+        id: patience ///< for the answer: the change may be refused
 
         interval: 1000
         onTriggered: if (!slider.pressed)
@@ -78,7 +78,7 @@ Column { // a layout would keep the place that it had for a caption of more line
         hoverEnabled: true
         onPressedChanged: ask()
         onValueChanged: ask() // a screen reader neither presses nor lets go
-        readonly property real minimumValue: from // what a screen reader is told
+        readonly property real minimumValue: from // for screen readers
         readonly property real maximumValue: to
         Keys.onPressed: event => {
             event.accepted = event.key === Qt.Key_Home || event.key === Qt.Key_End;

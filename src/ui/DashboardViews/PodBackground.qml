@@ -4,7 +4,7 @@
 import QtQuick
 import Velmora
 
-/// The ground that things which belong together stand on.
+/// The background of a group of items.
 ContinuousRectangle {
     radius: 10
     color: Theme.grey(Theme.dark ? 1 : 0, Theme.dark ? 0.05 : 0.03)

@@ -34,13 +34,13 @@ Item {
         color: divider.activeFocus ? Theme.colors.focusRing : Theme.colors.edge
     }
     MouseArea {
-        property real grip
+        property real dragOffset
 
         anchors.fill: parent
         cursorShape: Qt.SplitHCursor
         preventStealing: true
-        onPressed: mouse => grip = mouse.x - width / 2
-        onPositionChanged: mouse => divider.move(mapToItem(divider.parent, mouse.x, 0).x - grip)
+        onPressed: mouse => dragOffset = mouse.x - width / 2
+        onPositionChanged: mouse => divider.move(mapToItem(divider.parent, mouse.x, 0).x - dragOffset)
         onDoubleClicked: divider.move(300)
     }
 }

@@ -4,7 +4,7 @@
 import QtQuick
 import Velmora
 
-/// A word on a ground of its own, for what is done now and then.
+/// A small button for secondary actions.
 PressButton {
     id: button
 

@@ -72,7 +72,7 @@ DashboardPage {
             Layout.fillWidth: true
             title: qsTr("Hysteresis")
             caption: {
-                page.battery.limitEffect; // changes with what the next depends on
+                page.battery.limitEffect; // evaluated so that the next value follows its changes
                 return page.battery.startEffect(limit.shown, shown);
             }
             unit: qsTr(" points")

@@ -11,8 +11,8 @@ RowLayout {
 
     required property RemoteWidget settings
     required property string size ///< as Requests.openWidget takes it
-    required property string atLogIn ///< what the switch and
-    required property string show    ///< the button are called
+    required property string atLogIn ///< the switch's title
+    required property string show    ///< the button's accessible name
     required property string subtitle
 
     spacing: 16

@@ -6,8 +6,8 @@ import QtQuick.Layouts
 import QtQuick.Templates as T
 import Velmora
 
-/// A notice over a window that comes with the system's own charge limiter. Only its button answers it; Escape
-/// puts it off.
+/// The notice of the system's own charge limiter, over a window. Its button answers it; Escape only closes it
+/// for now.
 T.Dialog {
     id: sheet
 

@@ -46,7 +46,7 @@ void WidgetFrame::componentComplete()
     connect(window_, &QWindow::widthChanged, this, &WidgetFrame::roomChanged); // with the size of type
     connect(window_, &QWindow::heightChanged, this, &WidgetFrame::roomChanged);
     connect(window_, &QWindow::visibleChanged, this, [this](bool isVisible) {
-        if (isVisible) return roomChanged(); // a window manager may have a place of its own for it
+        if (isVisible) return roomChanged(); // the window manager may have placed it elsewhere
         if (resting_.isActive()) rest();     // it is about to go
     });
     connect(qGuiApp, &QGuiApplication::screenAdded, this, &WidgetFrame::watch);
@@ -104,7 +104,7 @@ void WidgetFrame::moved()
     if (isPlaced_ && window_->isVisible()) resting_.start();
 }
 
-/// What the window manager does about it now is no wish of the owner's.
+/// What the window manager does now is not the user's move.
 void WidgetFrame::roomChanged()
 {
     movedByUser_ = false;

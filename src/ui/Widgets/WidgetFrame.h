@@ -14,27 +14,26 @@
 
 namespace velmora {
 
-/// Keeps a widget's window where its owner put it: brings it back to that place, moves it by pointer and
-/// keys, and remembers where it came to rest. Where screens come and go, or it grows, it is moved into what
-/// is there, and the place is not forgotten for that. On Wayland a window does not know its place, nor can it
-/// choose one: there the compositor places it, and nothing is remembered.
+/// Keeps a widget's window where the user put it: restores that position, moves it by pointer and keys, and
+/// saves the position once it has come to rest. When screens change or it grows, it is moved into what is
+/// visible, and the saved position stays. On Wayland the compositor places the window, which does not learn
+/// its position: nothing is saved there.
 class WidgetFrame : public QObject, public QQmlParserStatus {
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)
     QML_ELEMENT
     Q_PROPERTY(QQuickWindow* window MEMBER window_ REQUIRED)
     Q_PROPERTY(velmora::RemoteWidget* settings MEMBER settings_ REQUIRED)
-    /// So far below the top of the screen it stands while it has not been moved.
+    /// Pixels from the top of the screen while it has not been moved.
     Q_PROPERTY(int firstTop MEMBER firstTop_)
 public:
     explicit WidgetFrame(QObject* parent = nullptr);
 
-    /// The pointer has taken hold of it: from now on it goes with it. Where the window manager sees to that,
-    /// the item that was pressed is told that the press is cancelled.
+    /// A drag begins. Where the window manager moves the window, the press of the item is cancelled.
     Q_INVOKABLE void beginDrag();
     /// The pointer has moved.
     Q_INVOKABLE void drag();
-    /// By so many pixels, as long as it stays on a screen.
+    /// Moves it by so many pixels, as long as it stays on a screen.
     Q_INVOKABLE void nudge(int right, int down);
 
     void classBegin() override {}
@@ -51,9 +50,9 @@ private:
     QQuickWindow* window_ = nullptr;
     RemoteWidget* settings_ = nullptr;
     int firstTop_ = 0;
-    bool isPlaced_ = false;   ///< the remembered place was known
-    bool movedByUser_ = true; ///< its owner moves it, not a change of the screens or of its size
-    QPoint restPosition_;     ///< where it is at rest, as far as that is no news
+    bool isPlaced_ = false;   ///< the saved position is known
+    bool movedByUser_ = true; ///< the user moves it, not a change of the screens or of its size
+    QPoint restPosition_;     ///< where it came to rest last, as saved
     QPoint dragOffset_;       ///< of the pointer, from the window's corner
     QTimer resting_;
 };

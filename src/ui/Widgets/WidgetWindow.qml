@@ -5,7 +5,7 @@ import QtQuick
 import Velmora
 
 /// The frameless window around a desktop widget: it goes where it is dragged, by pointer or arrow keys, and
-/// its menu pins it, has it shown at log-in and closes it. What it shows is laid on `content`.
+/// its menu pins it, has it shown at log-in and closes it. Its children are placed in `content`.
 Window {
     id: window
 
@@ -83,21 +83,21 @@ Window {
         }
         MouseArea {
             property bool isDragging: false
-            property point grip
+            property point dragOffset
 
             anchors.fill: parent
             acceptedButtons: Qt.LeftButton | Qt.RightButton
             onPressed: mouse => {
                 hold.byKeyboard = false;
-                grip = Qt.point(mouse.x, mouse.y);
+                dragOffset = Qt.point(mouse.x, mouse.y);
                 if (mouse.button === Qt.RightButton)
                     menu.popup(mouse.x, mouse.y);
             }
             onPositionChanged: mouse => {
                 if (isDragging) {
                     frame.drag();
-                } else if (pressedButtons & Qt.LeftButton && Math.hypot(mouse.x - grip.x, mouse.y - grip.y) >= 4) {
-                    isDragging = true; // once a press: the window manager may have it from here
+                } else if (pressedButtons & Qt.LeftButton && Math.hypot(mouse.x - dragOffset.x, mouse.y - dragOffset.y) >= 4) {
+                    isDragging = true; // once a press: the window manager may move it from here
                     frame.beginDrag();
                 }
             }

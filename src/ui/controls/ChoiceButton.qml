@@ -5,8 +5,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Velmora
 
-/// One of several, of which one is chosen; otherwise a PressButton. A type of its own, since to a screen reader
-/// Qt 6.4 calls a control what its type is, whatever `Accessible.role` says.
+/// A PressButton that is one of several exclusive choices. A separate type, since Qt 6.4 reports a control's
+/// type to screen readers, whatever `Accessible.role` says.
 T.RadioButton {
     id: button
 

@@ -4,7 +4,7 @@
 import QtQuick
 import Velmora
 
-/// Drawn around the control that the keyboard would press.
+/// Drawn around the control that has the keyboard focus.
 Rectangle {
     property real gap: 3
 

@@ -4,7 +4,7 @@
 import QtQuick
 import Velmora
 
-/// A symbol that can be pressed; `text` is what it is called.
+/// A button with a symbol; `text` is its accessible name.
 PressButton {
     id: button
 

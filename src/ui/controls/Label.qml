@@ -6,12 +6,12 @@ import Velmora
 
 /// A line of text, cut short with an ellipsis where there is no room.
 Text {
-    property bool spoken: true ///< false where the control that it belongs to says it
+    property bool spoken: true ///< false where its control has the accessible name
 
     font: Theme.typography.bodyFont
     color: Theme.colors.primary
     elide: Text.ElideRight
-    minimumPixelSize: 8 // for those that would rather shrink
+    minimumPixelSize: 8 // of labels that set a fontSizeMode
     textFormat: Text.PlainText
     Accessible.role: Accessible.StaticText
     Accessible.name: text

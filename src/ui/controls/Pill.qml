@@ -4,7 +4,7 @@
 import QtQuick
 import Velmora
 
-/// A short text on a ground of its own with round ends.
+/// A short text on a background with round ends.
 ContinuousRectangle {
     property alias text: label.text
     property alias font: label.font

@@ -4,7 +4,7 @@
 import QtQuick
 import Velmora
 
-/// A word that can be pressed.
+/// A button with text and no frame.
 PressButton {
     id: button
 

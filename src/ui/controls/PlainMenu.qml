@@ -5,14 +5,14 @@ import QtQuick
 import QtQuick.Templates as T
 import Velmora
 
-/// A menu on a sheet of its own, inside the window that it belongs to. `title` is what it is called.
+/// A menu inside its window. `title` is its accessible name.
 T.Menu {
     id: menu
 
     property int first: 0 ///< its first line that can be chosen
     property bool byKeyboard: false
 
-    /// For the keyboard, which begins at that line and needs a place to come back to.
+    /// Opens for the keyboard: focus goes to that line, and later back to where it was.
     function openAt(line: int): void {
         byKeyboard = true;
         open();

@@ -5,7 +5,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Velmora
 
-/// What all buttons here have in common; the looks are theirs. Space and Enter press it.
+/// The base of all buttons, which add the looks. Space and Enter press it.
 T.Button {
     id: button
 

@@ -5,7 +5,7 @@ import QtQuick
 import QtQuick.Layouts
 import Velmora
 
-/// The one that a window is there for: filled with its tint, which changes gently.
+/// A window's main button, filled with its tint; a change of tint is animated.
 PressButton {
     id: button
 

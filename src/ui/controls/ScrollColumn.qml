@@ -5,7 +5,7 @@ import QtQuick
 import QtQuick.Layouts
 import Velmora
 
-/// A column that scrolls where it is longer than its place, and keeps what the keyboard is on in view.
+/// A column that scrolls where it is higher than its space, and keeps the focused control in view.
 Flickable {
     id: scroll
 

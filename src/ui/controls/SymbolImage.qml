@@ -4,7 +4,7 @@
 import QtQuick
 import Velmora
 
-/// A symbol by name, in one colour or fading from it to `endColor`. Decoration: a reader passes over it.
+/// A symbol by name, in one colour or fading from it to `endColor`. Decoration, which screen readers ignore.
 Image {
     required property string name
     property real size: 16

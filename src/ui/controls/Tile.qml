@@ -5,7 +5,7 @@ import QtQuick
 import QtQuick.Layouts
 import Velmora
 
-/// A value with its name and symbol above it. A reader hears both at once.
+/// A value with its name and symbol above it. Screen readers read both at once.
 PodBackground {
     id: tile
 

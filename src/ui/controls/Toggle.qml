@@ -6,9 +6,8 @@ import QtQuick.Layouts
 import QtQuick.Templates as T
 import Velmora
 
-/// What all switches here have in common: the label with a caption below it, a spacer, and a mark that is
-/// theirs. A switch shows what is so, not what was clicked: a click asks by `flipped`, and `isOn` follows once
-/// it is granted.
+/// The base of all switches: the label with a caption below it, a spacer, and the switch's mark. A switch shows
+/// the state, not the click: a click emits `flipped`, and `isOn` follows once the change is made.
 T.CheckBox {
     id: toggle
 
@@ -33,7 +32,7 @@ T.CheckBox {
     Keys.onEnterPressed: clicked()
     Accessible.name: text
     Accessible.description: caption
-    Accessible.checked: isOn // Qt 6.4 would go on calling it checked where it has been in the beginning
+    Accessible.checked: isOn // otherwise Qt 6.4 keeps reporting the initial state
     Accessible.onPressAction: clicked()
     Accessible.onToggleAction: clicked()
 

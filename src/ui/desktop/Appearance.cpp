@@ -27,9 +27,9 @@ const auto colorScheme = QStringLiteral("color-scheme");
 const auto textSpace = QStringLiteral("org.gnome.desktop.interface");
 const auto textScale = QStringLiteral("text-scaling-factor");
 
-constexpr int portalPatience = 1'000; // ms; nobody waits for it, a late answer still counts
+constexpr int portalPatience = 1'000; // ms; nothing blocks on it, a late answer still counts
 
-/// `Read` wraps its answer in a variant once more than it should.
+/// `Read` wraps its answer in one variant too many.
 QVariant unwrapped(QVariant value)
 {
     while (value.metaType() == QMetaType::fromType<QDBusVariant>())
@@ -50,7 +50,7 @@ Appearance::Appearance(QObject* parent, const QDBusConnection& bus)
 {
     const auto override = qEnvironmentVariable("VELMORA_APPEARANCE");
     isOverridden_ = override == "light" || override == "dark";
-    if (isOverridden_) wish_ = override == "dark";
+    if (isOverridden_) preference_ = override == "dark";
     qGuiApp->installEventFilter(this);
     if (!bus.isConnected()) return;
     qRegisterMetaType<QDBusVariant>(); // the slot's parameter is looked up by its name
@@ -62,7 +62,7 @@ Appearance::Appearance(QObject* parent, const QDBusConnection& bus)
 
 bool Appearance::isDark() const
 {
-    return wish_.value_or(isPaletteDark());
+    return preference_.value_or(isPaletteDark());
 }
 
 bool Appearance::eventFilter(QObject* watched, QEvent* event)
@@ -101,7 +101,7 @@ void Appearance::take(const QString& space, const QString& key, const QVariant& 
     const auto plain = unwrapped(value);
     if (space == appearanceSpace && key == colorScheme && !isOverridden_) {
         const auto scheme = plain.toUInt();
-        wish_ = scheme == 1 ? std::optional(true) : scheme == 2 ? std::optional(false) : std::nullopt;
+        preference_ = scheme == 1 ? std::optional(true) : scheme == 2 ? std::optional(false) : std::nullopt;
     } else if (space == textSpace && key == textScale && std::isfinite(plain.toDouble())) {
         fontScale_ = std::clamp(plain.toDouble(), 0.75, 1.5);
     } else {

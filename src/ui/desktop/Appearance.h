@@ -11,8 +11,8 @@
 
 namespace velmora {
 
-/// How the desktop wants windows to look, followed while they are open: read from its settings portal, and
-/// from its palette where there is no portal or it has no wish.
+/// How the desktop wants windows to look, followed while they are open: from its settings portal, or from its
+/// palette where the portal is absent or has no preference.
 ///
 /// VELMORA_APPEARANCE=light or =dark in the environment overrides it.
 class Appearance : public QObject {
@@ -20,9 +20,9 @@ class Appearance : public QObject {
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(bool dark READ isDark NOTIFY changed)
-    /// Of the desktop's text, 1 being its normal size; within 0.75 to 1.5.
+    /// The desktop's text scale, limited to 0.75 to 1.5; 1 is normal.
     Q_PROPERTY(double fontScale READ fontScale NOTIFY changed)
-    /// What lies behind a window can shine through.
+    /// A compositor blends windows with what lies behind them.
     Q_PROPERTY(bool translucent READ isTranslucent NOTIFY changed)
 public:
     /// Asks `bus` for the portal's values without waiting for them.
@@ -33,7 +33,7 @@ public:
     double fontScale() const { return fontScale_; }
     bool isTranslucent() const { return translucent_; }
 
-    /// For pictures, which nothing lies behind.
+    /// Makes windows opaque, for pictures.
     void setOpaque();
 
     /// The portal has answered, or there is none.
@@ -53,7 +53,7 @@ private:
     void ask(QDBusConnection bus, const QString& space, const QString& key);
     void take(const QString& space, const QString& key, const QVariant& value);
 
-    std::optional<bool> wish_; ///< dark, light; nothing where the palette decides
+    std::optional<bool> preference_; ///< dark, light; nothing where the palette decides
     bool isOverridden_ = false;
     double fontScale_ = 1;
     bool translucent_;

@@ -5,8 +5,8 @@
 
 namespace velmora {
 
-/// Whether something blends windows with what lies behind them. Always on Wayland; on X11 where a compositing
-/// manager runs now.
+/// Whether a compositor blends windows with what lies behind them. Always on Wayland; on X11 where a
+/// compositing manager runs now.
 bool isCompositing();
 
 } // namespace velmora

@@ -5,8 +5,8 @@
 
 namespace velmora {
 
-/// Whether a display answers at the place that the environment names: Qt aborts the process where none does.
-/// True without a question where QT_QPA_PLATFORM asks for something of its own. Needs no QGuiApplication.
+/// Whether the display that the environment names answers: without one Qt aborts the process. Always true
+/// where QT_QPA_PLATFORM is set. Needs no QGuiApplication.
 bool isDisplayThere();
 
 } // namespace velmora

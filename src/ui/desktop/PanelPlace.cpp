@@ -12,7 +12,7 @@ namespace {
 constexpr int margin = 4;      // to what bars leave
 constexpr int iconRadius = 12; // a click is somewhere on the icon
 constexpr int barDepth = 64;   // how far from the screen's edge a tray icon can be
-constexpr int usualBar = 32;   // depth of one that nobody tells of, as without a window manager
+constexpr int usualBar = 32;   // depth assumed where the work area is unknown, as without a window manager
 
 /// Qt scales the size of a screen, but leaves its corner where the display has it.
 QRect nativeGeometry(const ScreenArea& screen)
@@ -28,7 +28,7 @@ QPoint logical(QPoint native, const ScreenArea& screen)
 
 bool isOnBar(QPoint click, const QRect& screen)
 {
-    if (click == screen.topLeft()) return false; // what hosts say that do not know
+    if (click == screen.topLeft()) return false; // sent by hosts that do not know the place
     return !screen.adjusted(barDepth, barDepth, -barDepth, -barDepth).contains(click);
 }
 

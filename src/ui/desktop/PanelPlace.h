@@ -12,10 +12,10 @@
 
 namespace velmora {
 
-/// Where the top left corner of the panel goes when the tray icon was clicked at `click`, in the display's
-/// own pixels: under the icon, or above it on a bar at the bottom, and inside what bars leave. Where the
-/// place of the click is not known, or is none where a bar would be, the top right corner. The first of
-/// `screens` is the primary one; there must be one.
+/// The panel's top left corner after a click on the tray icon at `click`, in the display's native pixels:
+/// below the icon, or above it on a bar at the bottom, and inside the work area. The top right corner where
+/// the click is unknown or is not where a bar could be. The first of `screens` is the primary one; there must
+/// be one.
 QPoint panelPlace(std::optional<QPoint> click, const std::vector<ScreenArea>& screens, QSize panel);
 
 } // namespace velmora

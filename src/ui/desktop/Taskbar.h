@@ -7,9 +7,9 @@ class QWindow;
 
 namespace velmora {
 
-/// Asks the window manager to list the window neither in a taskbar nor in a pager, as a Qt::Tool would be;
-/// one of those, however, some window managers hide while another program has the focus. To be called before
-/// the window is shown. Does something on X11 alone: elsewhere a window cannot ask for that.
+/// Asks the window manager to leave the window out of taskbar and pager. A Qt::Tool would be left out as
+/// well, but some window managers hide those while another program has the focus. To be called before the
+/// window is shown. Works on X11 only: on Wayland a window cannot ask for it.
 void leaveTaskbar(QWindow& window);
 
 } // namespace velmora

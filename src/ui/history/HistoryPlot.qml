@@ -14,7 +14,7 @@ PodBackground {
     property string name
 
     implicitHeight: 180
-    // As other pods look, but opaque: it is also a picture of its own.
+    // Like the other pods, but opaque, since it is also exported as a picture.
     color: Qt.tint(Theme.colors.controlBackground, Theme.grey(Theme.dark ? 1 : 0, Theme.dark ? 0.05 : 0.03))
 
     TrendPlot {
@@ -88,7 +88,7 @@ PodBackground {
         color: Theme.colors.secondary
     }
 
-    /// Into a new file; `done` is told what to tell the user.
+    /// Saves the plot to a new file; `done` is called with the message for the user.
     function savePicture(done: var): void {
         const file = pod.trends.pictureFile(pod.name);
         pod.grabToImage(result => done(result.saveToFile(file) ? qsTr("Saved as %1").arg(file) : qsTr("Cannot write %1").arg(file)));

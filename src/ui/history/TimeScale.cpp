@@ -53,27 +53,28 @@ std::vector<TimeMark> monthMarks(QDate date, Date to, int months)
     return marks;
 }
 
-/// The smallest step that gives at most `most` marks; the largest where none does.
+/// The smallest step that gives at most `maximum` marks; the largest where none does.
 template <std::size_t Count>
-int step(const std::array<int, Count>& steps, double units, int most)
+int step(const std::array<int, Count>& steps, double units, int maximum)
 {
-    const auto found = std::ranges::find_if(steps, [&](int one) { return units / one <= most; });
+    const auto found = std::ranges::find_if(steps, [&](int one) { return units / one <= maximum; });
     return found == steps.end() ? steps.back() : *found;
 }
 
 } // namespace
 
-std::vector<TimeMark> timeMarks(Date from, Date to, int most)
+std::vector<TimeMark> timeMarks(Date from, Date to, int maximum)
 {
     const auto first = QDateTime::fromSecsSinceEpoch(truncated(from.unixSeconds())).date();
     const double span = to - from;
     std::vector<TimeMark> marks;
     if (span <= 2 * day)
-        marks = hourMarks(first, to, step(std::array{1, 2, 3, 6, 12}, span / hour, most));
+        marks = hourMarks(first, to, step(std::array{1, 2, 3, 6, 12}, span / hour, maximum));
     else if (span <= 120 * day)
-        marks = dayMarks(first, to, step(std::array{1, 2, 5, 7, 14, 28}, span / day, most));
+        marks = dayMarks(first, to, step(std::array{1, 2, 5, 7, 14, 28}, span / day, maximum));
     else
-        marks = monthMarks(first, to, step(std::array{1, 2, 3, 6, 12, 24, 60, 120}, span / (30 * day), most));
+        marks =
+            monthMarks(first, to, step(std::array{1, 2, 3, 6, 12, 24, 60, 120}, span / (30 * day), maximum));
     std::erase_if(marks, [&](const TimeMark& one) { return one.date < from || one.date > to; });
     return marks;
 }

@@ -16,8 +16,8 @@ struct TimeMark {
     QString label;
 };
 
-/// Marks at round local times from `from` to `to`, `most` of them or a few less: hours of a short time, days
-/// or first days of months of a long one.
-std::vector<TimeMark> timeMarks(Date from, Date to, int most);
+/// Marks at round local times from `from` to `to`, at most `maximum` of them: hours of a short time, days or
+/// first days of months of a long one.
+std::vector<TimeMark> timeMarks(Date from, Date to, int maximum);
 
 } // namespace velmora

@@ -55,7 +55,7 @@ void TrendPlot::setCursor(std::optional<std::size_t> index)
     if (isOther) Q_EMIT cursorChanged();
 }
 
-/// The sample that it was on may stand elsewhere among others, or be gone.
+/// The sample under the cursor may have another index now, or be gone.
 void TrendPlot::findCursor()
 {
     const auto& samples = trends_->window().samples;
@@ -79,7 +79,7 @@ QString TrendPlot::readOut() const
 
 void TrendPlot::hoverMoveEvent(QHoverEvent* event)
 {
-    const bool isAtRest = event->position() == event->oldPosF(); // told again with every frame
+    const bool isAtRest = event->position() == event->oldPosF(); // repeated with every frame
     if (!trends_ || (isAtRest && hasActiveFocus())) return;      // the keys have it now
     const auto& window = trends_->window();
     const auto& box = field_;
@@ -226,7 +226,7 @@ void TrendPlot::paintCurve(QPainter& painter) const
         painter.setBrush(Qt::NoBrush);
         if (line.size() > 1) {
             painter.drawPolyline(line);
-        } else { // with nothing to lead up to it
+        } else { // a single sample
             painter.setPen(QPen(ink_, 2 * loneDot, Qt::SolidLine, Qt::RoundCap));
             painter.drawPoint(line.first());
         }

@@ -32,7 +32,7 @@ QDateTime local(Date date)
     return QDateTime::fromSecsSinceEpoch(truncated(date.unixSeconds()));
 }
 
-/// A path in this place under which there is nothing yet.
+/// A path in this folder at which there is no file yet.
 QString newFile(QStandardPaths::StandardLocation place, const QString& name, const QString& ending)
 {
     const QDir folder(QStandardPaths::writableLocation(place));

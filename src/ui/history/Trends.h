@@ -16,8 +16,8 @@
 
 namespace velmora {
 
-/// The model's history as the pages of the past show it: a range of it to plot, and in words what all of it
-/// says. While it lives it asks for newer samples from time to time.
+/// The model's history for the history pages: a range to plot, and statements on all of it. Asks for newer
+/// samples from time to time while it exists.
 class Trends : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -59,9 +59,9 @@ public:
     /// "12 Nov, 14:05: 98.4% health, 72% charged, Nominal"
     QString readOut(const HSHistorySnapshot& sample) const;
 
-    /// Writes the range's samples into a new file in the user's documents; returns what to tell the user.
+    /// Writes the range's samples into a new file in the user's documents; returns the message for the user.
     Q_INVOKABLE QString saveCsv() const;
-    /// Where a picture can go: a new file in the user's pictures.
+    /// The path of a new file in the user's pictures folder.
     Q_INVOKABLE static QString pictureFile(const QString& name);
 
     const trends::Window& window() const { return window_; }

@@ -5,7 +5,7 @@ import QtQuick
 import QtQuick.Layouts
 import Velmora
 
-/// Who is speaking, and whether the battery is being looked after.
+/// The product's name, and whether the battery is protected.
 RowLayout {
     id: header
 

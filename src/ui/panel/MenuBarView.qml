@@ -10,7 +10,7 @@ FocusScope {
     id: panel
 
     required property RemoteModel battery
-    /// Below 1 something must blend what lies behind the window; the corners are then round.
+    /// Below 1 a compositor is needed; the corners are then round.
     property real backgroundOpacity: 0.95
 
     signal dismissed

@@ -21,16 +21,16 @@ std::optional<QPoint> parsePlace(const QString& text)
     return place;
 }
 
-/// The options that there are, with the value that each needs.
+/// The options and the value of each.
 std::variant<std::map<QString, QString>, QString> pairs(const QStringList& arguments)
 {
     static const QStringList known{"--show",    "--show-inactive", "--toggle", "--at",
                                    "--picture", "--window",        "--page"};
     std::map<QString, QString> options;
     for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
-        if (!known.contains(*argument)) return "unknown argument " + *argument;
+        if (!known.contains(*argument)) return "Unknown argument " + *argument + ".";
         const auto& option = *argument;
-        if (++argument == arguments.end()) return option + " needs a value";
+        if (++argument == arguments.end()) return option + " needs a value.";
         options[option] = *argument;
     }
     return options;
@@ -42,11 +42,11 @@ const char* CommandLine::usage()
 {
     return "usage: velmora-ui --show WINDOW\n"
            "       velmora-ui --show-inactive WINDOW    the focus stays where it is\n"
-           "       velmora-ui --toggle WINDOW [--at X,Y]    what a click there on the tray icon means\n"
+           "       velmora-ui --toggle WINDOW [--at X,Y]    as a click on the tray icon there\n"
            "       velmora-ui --picture FILE --window WINDOW [--page PAGE]    the window as a PNG\n"
            "Windows are \"panel\", \"dashboard\", \"widget-small\" and \"widget-medium\". The pages of the "
            "dashboard\nare Overview, Health, Thermal, Ecosystem, Settings and Notifications. velmora must be "
-           "running;\nit starts this program when a window is wanted.\n";
+           "running;\nit starts this program when a window is requested.\n";
 }
 
 std::variant<CommandLine, QString> CommandLine::parse(const QStringList& arguments)
@@ -66,7 +66,7 @@ std::variant<CommandLine, QString> CommandLine::parse(const QStringList& argumen
                            options["--page"]};
     if (!has("--toggle", "--at")) return QStringLiteral("Options cannot be combined.");
     const auto place = parsePlace(options["--at"]);
-    if (!place) return QStringLiteral("--at wants two numbers: X,Y");
+    if (!place) return QStringLiteral("--at needs two numbers: X,Y.");
     return CommandLine{Command::toggle, options["--toggle"], WindowsService::place(place->x(), place->y())};
 }
 

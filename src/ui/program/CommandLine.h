@@ -23,7 +23,7 @@ struct CommandLine {
 
     static const char* usage();
 
-    /// `arguments` without the program's name; what is wrong with them where they mean nothing.
+    /// `arguments` are without the program's name. An error message where they are invalid.
     static std::variant<CommandLine, QString> parse(const QStringList& arguments);
 };
 

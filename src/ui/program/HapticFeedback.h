@@ -12,7 +12,7 @@
 
 namespace velmora {
 
-/// What the views tell the fingers.
+/// Haptic feedback for the views.
 class HapticFeedback : public QObject {
     Q_OBJECT
     QML_ELEMENT

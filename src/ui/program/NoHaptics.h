@@ -7,8 +7,8 @@
 
 namespace velmora {
 
-/// Linux gives programs no touchpad that taps: where one does (FF_HAPTIC), the device is the compositor's
-/// alone.
+/// Does nothing. Linux has no haptic touchpad for programs: where the hardware has one (FF_HAPTIC), only the
+/// compositor may use it.
 class NoHaptics : public Haptics {
 public:
     void perform(Pattern) override {}

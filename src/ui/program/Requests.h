@@ -8,7 +8,7 @@
 
 namespace velmora {
 
-/// What a view asks of the application around it. It says so by a signal; the program passes that on.
+/// Requests of a view to the application around it, as signals that the program passes on.
 class Requests : public QObject {
     Q_OBJECT
     QML_ELEMENT

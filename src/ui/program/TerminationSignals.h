@@ -7,15 +7,15 @@
 
 namespace velmora {
 
-/// SIGTERM and SIGINT as a wish to end, on Qt's loop. They are blocked from its construction on, in threads
-/// made later too: make it first.
+/// Delivers SIGTERM and SIGINT on Qt's loop. They are blocked from its construction on, in later threads,
+/// too: construct it first.
 class TerminationSignals : public QObject {
     Q_OBJECT
 public:
     TerminationSignals();
     ~TerminationSignals() override;
 
-    /// Begins to say `received`; needs the application.
+    /// Begins to emit `received`; needs the application.
     void listen();
 
 Q_SIGNALS:

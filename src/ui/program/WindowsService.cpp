@@ -12,7 +12,7 @@ namespace velmora {
 
 namespace {
 
-constexpr int quotable = 64; // characters of a name that is somebody's mistake
+constexpr int quotable = 64; // characters of an unknown name that are quoted
 
 } // namespace
 

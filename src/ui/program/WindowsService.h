@@ -20,7 +20,7 @@ public:
     /// False where `bus` knows another one already.
     bool publish(QDBusConnection bus);
 
-    /// What the wire says for a place that is not known.
+    /// The wire's value for an unknown place.
     static std::optional<QPoint> place(int x, int y);
 
 public Q_SLOTS:

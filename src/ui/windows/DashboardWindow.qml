@@ -4,8 +4,8 @@
 import QtQuick
 import Velmora
 
-/// The window around the dashboard, with the frame that the desktop gives it; without a daemon around the way
-/// to one. It shows neither before it is known which.
+/// The window around the dashboard, or around the installation where there is no daemon. Empty until it is
+/// known which.
 Window {
     id: window
 
@@ -33,7 +33,7 @@ Window {
         sheet.load();
     }
 
-    /// One that is on the screen only grows: a person or the window manager may have made it large.
+    /// A visible window only grows: the user or the window manager may have made it larger.
     function fit(): void {
         if (visible && visibility !== Window.Windowed)
             return;

@@ -4,7 +4,7 @@
 import QtQuick
 import Velmora
 
-/// The window around the panel. Whoever opens it places it.
+/// The window around the panel. `Windows` places it.
 Window {
     id: window
 

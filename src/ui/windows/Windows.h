@@ -25,11 +25,11 @@ namespace velmora {
 class Windows : public QObject {
     Q_OBJECT
 public:
-    /// Longest way of a click from the tray icon to here, past tray host and application.
+    /// Longest time of a click from the tray icon to here, through tray host and application.
     static constexpr std::chrono::milliseconds usualClickTravel{250};
 
-    /// They are made at once when they are asked for, and seen from `release` on. Engine and model must
-    /// outlive this.
+    /// Windows are made at once when requested, and shown from `release` on. Engine and model must outlive
+    /// this.
     Windows(QQmlEngine& engine, RemoteModel& model, std::chrono::milliseconds clickTravel = usualClickTravel);
     ~Windows() override;
 
@@ -40,7 +40,7 @@ public:
     /// Opens the window and leaves the focus where it is (on Wayland the compositor decides); one that is
     /// open stays as it is.
     bool showInactive(const QString& name);
-    /// What a click on the tray icon means, at this place of the display: the window opens there, or closes.
+    /// Handles a click on the tray icon at this place of the display: the window opens there, or closes.
     /// A click that has just closed it by taking the focus away does not open it again.
     bool toggle(const QString& name, std::optional<QPoint> click);
 
