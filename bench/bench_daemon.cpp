@@ -59,9 +59,10 @@ public:
         : contender_(std::move(contender)), bus_(bus), log_(folder / (contender_.program.title + ".log"))
     {
         contender_.program.environment.push_back("UMOCKDEV_DIR=" + laptop_.root());
-        const auto rule = "type='signal',interface='" + contender_.pushInterface + "',member='" +
-                          contender_.push + "',path='" + contender_.pushObject + "'";
-        pushes_ = dbus::match(bus_, rule, onPush, this);
+        pushes_ = dbus::match(
+            bus_,
+            {.path = contender_.pushObject, .interface = contender_.pushInterface, .member = contender_.push},
+            onPush, this);
     }
 
     const Contender& contender() const { return contender_; }

@@ -38,11 +38,9 @@ const sd_bus_vtable StandInManager::vtable_[] = {
 StandInManager::StandInManager(EventLoop& loop, sd_bus* bus, Options options)
     : loop_(loop), bus_(bus), options_(options)
 {
-    sd_bus_slot* slot = nullptr;
-    dbus::check(
-        sd_bus_add_object_vtable(bus, &slot, systemd::objectPath, systemd::managerInterface, vtable_, this),
-        systemd::managerInterface);
-    object_.reset(slot);
+    dbus::check(sd_bus_add_object_vtable(bus, out(object_), systemd::objectPath, systemd::managerInterface,
+                                         vtable_, this),
+                systemd::managerInterface);
     dbus::check(sd_bus_request_name(bus, systemd::serviceName, 0), systemd::serviceName);
 }
 

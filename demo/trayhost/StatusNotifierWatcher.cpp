@@ -39,12 +39,10 @@ const sd_bus_vtable StatusNotifierWatcher::vtable_[] = {
 
 StatusNotifierWatcher::StatusNotifierWatcher(sd_bus* bus) : bus_(bus)
 {
-    sd_bus_slot* slot = nullptr;
-    dbus::check(sd_bus_add_object_vtable(bus_, &slot, path, name, vtable_, this), name);
-    object_.reset(slot);
-    const std::string rule = std::string("type='signal',sender='") + dbus::busName + "',interface='" +
-                             dbus::busName + "',member='NameOwnerChanged',arg2=''";
-    losses_ = dbus::match(bus_, rule, served<&StatusNotifierWatcher::nameLost>, this);
+    dbus::check(sd_bus_add_object_vtable(bus_, out(object_), path, name, vtable_, this), name);
+    losses_ =
+        dbus::match(bus_, {.sender = dbus::busName, .interface = dbus::busName, .member = "NameOwnerChanged"},
+                    served<&StatusNotifierWatcher::nameLost>, this);
     dbus::check(sd_bus_request_name(bus_, name, 0), name);
 }
 

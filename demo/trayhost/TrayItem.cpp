@@ -76,9 +76,8 @@ std::string readTooltip(sd_bus_message* reply)
 TrayItem::TrayItem(sd_bus* bus, ItemAddress address, int size, std::function<void()> changed)
     : bus_(bus), address_(std::move(address)), size_(size), changed_(std::move(changed))
 {
-    const auto rule = "type='signal',sender='" + address_.connection + "',path='" + address_.path +
-                      "',interface='" + interface + "'";
-    news_ = dbus::match(bus_, rule, dbus::serve<TrayItem, &TrayItem::announced>, this);
+    news_ = dbus::match(bus_, {.sender = address_.connection, .path = address_.path, .interface = interface},
+                        dbus::serve<TrayItem, &TrayItem::announced>, this);
     ask();
 }
 
@@ -90,12 +89,10 @@ void TrayItem::click(Click kind, int x, int y)
 
 void TrayItem::ask()
 {
-    sd_bus_slot* slot = nullptr;
-    dbus::check(sd_bus_call_method_async(bus_, &slot, address_.connection.c_str(), address_.path.c_str(),
-                                         "org.freedesktop.DBus.Properties", "GetAll",
+    dbus::check(sd_bus_call_method_async(bus_, out(question_), address_.connection.c_str(),
+                                         address_.path.c_str(), "org.freedesktop.DBus.Properties", "GetAll",
                                          dbus::serve<TrayItem, &TrayItem::answered>, this, "s", interface),
                 "GetAll");
-    question_.reset(slot);
 }
 
 int TrayItem::answered(sd_bus_message* reply)

@@ -4,6 +4,7 @@
 #include "bus/ModelObject.h"
 
 #include "SessionTest.h"
+#include "bus/Records.h"
 
 #include <cmath>
 #include <limits>
@@ -18,9 +19,8 @@ class ModelObjectTest : public SessionTest {
 protected:
     ModelObjectTest()
     {
-        const std::string rule = std::string("type='signal',interface='") + propertiesInterface + "'";
-        matches =
-            dbus::match(stranger.get(), rule, dbus::serve<ModelObjectTest, &ModelObjectTest::changed>, this);
+        matches = dbus::match(stranger.get(), {.interface = propertiesInterface},
+                              dbus::serve<ModelObjectTest, &ModelObjectTest::changed>, this);
         ask(call("org.freedesktop.DBus.Peer", "Ping")); // the bus now knows what to deliver
     }
 

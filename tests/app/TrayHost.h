@@ -26,7 +26,7 @@ public:
                                       dbus::serve<TrayHost, &TrayHost::called>, this),
                     "object");
         object_.reset(slot);
-        match_ = dbus::match(bus_.get(), "type='signal',interface='org.kde.StatusNotifierItem'",
+        match_ = dbus::match(bus_.get(), {.interface = "org.kde.StatusNotifierItem"},
                              dbus::serve<TrayHost, &TrayHost::told>, this);
     }
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "base/Utf8.h"
-#include "bus/DBus.h"
+#include "bus/Records.h"
 
 #include <algorithm>
 #include <array>

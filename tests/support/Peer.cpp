@@ -3,6 +3,7 @@
 
 #include "Peer.h"
 
+#include "bus/Records.h"
 #include "wire/ChargerReport.h"
 
 namespace velmora {
@@ -13,8 +14,7 @@ constexpr std::uint64_t patience = 30'000'000; // microseconds; sanitizers on a 
 
 Peer::Peer(const EventLoop& loop) : bus_(dbus::openSystemBus(loop))
 {
-    match_ = dbus::match(bus_.get(),
-                         std::string("type='signal',interface='") + wire::client_protocol::interface + "'",
+    match_ = dbus::match(bus_.get(), {.interface = wire::client_protocol::interface},
                          dbus::serve<Peer, &Peer::pushed>, this);
     sync(); // the bus now knows what to deliver
 }

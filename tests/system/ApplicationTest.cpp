@@ -3,6 +3,7 @@
 
 #include "App.h"
 #include "SimulatedLaptopTest.h"
+#include "bus/Records.h"
 
 #include <cstdlib>
 #include <map>

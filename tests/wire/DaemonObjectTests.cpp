@@ -3,6 +3,8 @@
 
 #include "WireFixture.h"
 
+#include "bus/Records.h"
+
 #include <unistd.h>
 
 namespace velmora {
@@ -22,7 +24,7 @@ TEST_F(DaemonObjectTest, AnnouncesWhatChangedAboutTheChargerAndNothingElse)
         static_cast<std::vector<KeyedArchive>*>(to)->push_back(dbus::readArchive(signal));
         return 0;
     };
-    const auto slot = dbus::match(listener.bus(), "type='signal',member='PropertiesChanged'", heard, &news);
+    const auto slot = dbus::match(listener.bus(), {.member = "PropertiesChanged"}, heard, &news);
     listener.sync();
     daemon->chargerChanged(service.report);
     service.report.endThreshold = 60;

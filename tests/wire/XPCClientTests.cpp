@@ -3,6 +3,8 @@
 
 #include "WireFixture.h"
 
+#include "bus/Records.h"
+
 namespace velmora {
 namespace {
 

@@ -3,6 +3,7 @@
 
 #include "bus/ApplicationObject.h"
 
+#include "bus/Records.h"
 #include "wire/ModelFace.h"
 
 #include <array>
@@ -32,11 +33,9 @@ ApplicationObject::ApplicationObject(sd_bus* bus)
             SD_BUS_NO_RESULT, served<&ApplicationObject::activateAction>, anyone),
         sd_bus_vtable SD_BUS_VTABLE_END,
     };
-    sd_bus_slot* slot = nullptr;
-    dbus::check(sd_bus_add_object_vtable(bus, &slot, wire::face::objectPath, "org.freedesktop.Application",
-                                         table.data(), this),
+    dbus::check(sd_bus_add_object_vtable(bus, out(object_), wire::face::objectPath,
+                                         "org.freedesktop.Application", table.data(), this),
                 "org.freedesktop.Application");
-    object_.reset(slot);
 }
 
 /// The `a{sv}` at hand holds the token under one of two names.

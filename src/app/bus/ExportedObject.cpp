@@ -50,10 +50,9 @@ void ExportedObject::addOperation(const char* name, std::function<void()> operat
 void ExportedObject::serve()
 {
     fillTable();
-    sd_bus_slot* slot = nullptr;
-    dbus::check(sd_bus_add_object_vtable(bus_, &slot, face_.path, face_.interface, table_.data(), this),
-                face_.interface);
-    object_.reset(slot);
+    dbus::check(
+        sd_bus_add_object_vtable(bus_, out(object_), face_.path, face_.interface, table_.data(), this),
+        face_.interface);
 }
 
 template <std::uint64_t News>

@@ -3,6 +3,8 @@
 
 #include "bus/PropertyValues.h"
 
+#include "bus/Records.h"
+
 #include <array>
 #include <cmath>
 #include <span>

@@ -50,11 +50,9 @@ void SessionBus::connect(EventLoop& loop)
     dbus::shedFloods(bus_.get());
     disconnection_ =
         dbus::onDisconnected(bus_.get(), dbus::serve<SessionBus, &SessionBus::disconnected>, this);
-    sd_bus_slot* slot = nullptr;
-    dbus::check(sd_bus_request_name_async(bus_.get(), &slot, wire::face::serviceName, 0,
+    dbus::check(sd_bus_request_name_async(bus_.get(), out(naming_), wire::face::serviceName, 0,
                                           dbus::serve<SessionBus, &SessionBus::named>, this),
                 "cannot ask the session bus for a name");
-    naming_.reset(slot);
     const auto deadline = std::chrono::steady_clock::now() + startPatience;
     while (!isNamed_ && !loop.isOver()) {
         const auto left = deadline - std::chrono::steady_clock::now();

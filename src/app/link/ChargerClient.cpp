@@ -3,6 +3,7 @@
 
 #include "link/ChargerClient.h"
 
+#include "bus/Records.h"
 #include "wire/VelmoraProtocol.h"
 
 #include <string>
@@ -23,9 +24,11 @@ ChargerClient::ChargerClient(sd_bus* bus, const NameOwner& daemon, Complaints& c
       daemon_(daemon),
       complaints_(complaints),
       changes_(dbus::match(bus,
-                           std::string("type='signal',sender='") + wire::serviceName + "',path='" +
-                               wire::objectPath + "',interface='" + properties +
-                               "',member='PropertiesChanged',arg0='" + ChargerReport::interface + "'",
+                           {.sender = wire::serviceName,
+                            .path = wire::objectPath,
+                            .interface = properties,
+                            .member = "PropertiesChanged",
+                            .arg0 = ChargerReport::interface},
                            dbus::serve<ChargerClient, &ChargerClient::changed>, this))
 {
     fetch();
@@ -33,18 +36,9 @@ ChargerClient::ChargerClient(sd_bus* bus, const NameOwner& daemon, Complaints& c
 
 void ChargerClient::fetch()
 try {
-    sd_bus_message* made = nullptr;
-    dbus::check(sd_bus_message_new_method_call(bus_, &made, wire::serviceName, wire::objectPath, properties,
-                                               "GetAll"),
-                action);
-    const dbus::Message call(made);
-    dbus::check(sd_bus_message_append(made, "s", ChargerReport::interface), action);
-    dbus::check(sd_bus_message_set_auto_start(made, false), action);
-    sd_bus_slot* slot = nullptr;
-    dbus::check(
-        sd_bus_call_async(bus_, &slot, made, dbus::serve<ChargerClient, &ChargerClient::answered>, this, 0),
-        action);
-    question_.reset(slot);
+    const auto call = dbus::newCall(bus_, wire::serviceName, wire::objectPath, properties, "GetAll");
+    dbus::check(sd_bus_message_append(call.get(), "s", ChargerReport::interface), action);
+    question_ = dbus::ask(bus_, call, dbus::serve<ChargerClient, &ChargerClient::answered>, this);
 } catch (const std::system_error& failure) {
     complain(failure.what());
 }

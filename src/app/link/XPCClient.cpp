@@ -3,6 +3,8 @@
 
 #include "link/XPCClient.h"
 
+#include "bus/Records.h"
+
 #include <system_error>
 
 namespace velmora {
@@ -77,10 +79,12 @@ void XPCClient::followDaemon()
     charger_->onChange = [this] {
         if (const auto handler = onChargerChange) handler();
     };
-    const std::string rule = std::string("type='signal',sender='") + wire::serviceName + "',path='" +
-                             wire::objectPath + "',interface='" + wire::client_protocol::interface +
-                             "',member='" + wire::client_protocol::batteryStateDidChange.member() + "'";
-    matches_.push_back(dbus::match(bus_.get(), rule, dbus::serve<XPCClient, &XPCClient::statePushed>, this));
+    matches_.push_back(dbus::match(bus_.get(),
+                                   {.sender = wire::serviceName,
+                                    .path = wire::objectPath,
+                                    .interface = wire::client_protocol::interface,
+                                    .member = wire::client_protocol::batteryStateDidChange.member()},
+                                   dbus::serve<XPCClient, &XPCClient::statePushed>, this));
 }
 
 std::optional<ChargerReport> XPCClient::charger() const
@@ -96,27 +100,20 @@ void XPCClient::setDaemonMissing(bool isMissing)
 
 dbus::Message XPCClient::newCall(const wire::Message& message) const
 {
-    const auto member = message.member();
-    sd_bus_message* made = nullptr;
-    dbus::check(sd_bus_message_new_method_call(bus_.get(), &made, wire::serviceName, wire::objectPath,
-                                               wire::daemon_protocol::interface, member.c_str()),
-                member.c_str());
-    dbus::Message call(made);
-    dbus::check(sd_bus_message_set_auto_start(call.get(), false), member.c_str());
-    return call;
+    return dbus::newCall(bus_.get(), wire::serviceName, wire::objectPath, wire::daemon_protocol::interface,
+                         message.member().c_str());
 }
 
 void XPCClient::send(dbus::Message call, ReplyHandler handler)
 {
     const auto pending = calls_.insert(calls_.end(), PendingCall{*this, std::move(handler)});
     pending->self = pending;
-    sd_bus_slot* slot = nullptr;
-    const int result = sd_bus_call_async(bus_.get(), &slot, call.get(),
-                                         dbus::serve<PendingCall, &PendingCall::answered>, &*pending, 0);
-    if (result < 0)
+    try {
+        pending->slot =
+            dbus::ask(bus_.get(), call, dbus::serve<PendingCall, &PendingCall::answered>, &*pending);
+    } catch (const std::system_error&) {
         calls_.erase(pending); // a lost bus was logged when it was lost
-    else
-        pending->slot.reset(slot);
+    }
 }
 
 template <typename Action>

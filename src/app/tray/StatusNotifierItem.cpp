@@ -36,12 +36,7 @@ constexpr sd_bus_message_handler_t served = dbus::serve<StatusNotifierItem, Meth
 
 dbus::Message callToWatcher(sd_bus* bus, const char* calledInterface, const char* member)
 {
-    sd_bus_message* made = nullptr;
-    dbus::check(sd_bus_message_new_method_call(bus, &made, watcherName, watcherPath, calledInterface, member),
-                member);
-    dbus::Message call(made);
-    dbus::check(sd_bus_message_set_auto_start(made, false), member);
-    return call;
+    return dbus::newCall(bus, watcherName, watcherPath, calledInterface, member);
 }
 
 /// Network byte order, as ARGB32.
@@ -90,15 +85,11 @@ const sd_bus_vtable StatusNotifierItem::vtable_[] = {
 StatusNotifierItem::StatusNotifierItem(MainLoop& loop, sd_bus* bus, Log& log, const std::string& icons)
     : loop_(loop), bus_(bus), complaints_(log, "StatusNotifierItem"), icons_(cleanUtf8(icons))
 {
-    sd_bus_slot* slot = nullptr;
-    dbus::check(sd_bus_add_object_vtable(bus_, &slot, path, interface, vtable_, this), interface);
-    object_.reset(slot);
+    dbus::check(sd_bus_add_object_vtable(bus_, out(object_), path, interface, vtable_, this), interface);
     disconnection_ = dbus::onDisconnected(bus_, served<&StatusNotifierItem::disconnected>, this);
     watcherChanges_ = dbus::watchName(bus_, watcherName, served<&StatusNotifierItem::watcherChanged>, this);
     const auto follow = [this](const char* member) {
-        return dbus::match(bus_,
-                           std::string("type='signal',sender='") + watcherName + "',interface='" +
-                               watcherName + "',member='" + member + "'",
+        return dbus::match(bus_, {.sender = watcherName, .interface = watcherName, .member = member},
                            served<&StatusNotifierItem::hostsChanged>, this);
     };
     hostCame_ = follow("StatusNotifierHostRegistered");
@@ -110,10 +101,7 @@ void StatusNotifierItem::announce()
 {
     const auto call = callToWatcher(bus_, watcherName, "RegisterStatusNotifierItem");
     dbus::check(sd_bus_message_append(call.get(), "s", path), "RegisterStatusNotifierItem");
-    sd_bus_slot* slot = nullptr;
-    dbus::check(sd_bus_call_async(bus_, &slot, call.get(), served<&StatusNotifierItem::registered>, this, 0),
-                "RegisterStatusNotifierItem");
-    registration_.reset(slot);
+    registration_ = dbus::ask(bus_, call, served<&StatusNotifierItem::registered>, this);
 }
 
 /// One question at a time and a few a second, however often a watcher says that something changed.
@@ -124,10 +112,9 @@ void StatusNotifierItem::askForHost()
     const auto call = callToWatcher(bus_, propertiesInterface, "Get");
     dbus::check(sd_bus_message_append(call.get(), "ss", watcherName, "IsStatusNotifierHostRegistered"),
                 "Get");
-    sd_bus_slot* slot = nullptr;
-    if (sd_bus_call_async(bus_, &slot, call.get(), served<&StatusNotifierItem::hostAnswered>, this, 0) < 0)
+    if (sd_bus_call_async(bus_, out(question_), call.get(), served<&StatusNotifierItem::hostAnswered>, this,
+                          0) < 0)
         return; // the bus is going: `disconnected` follows
-    question_.reset(slot);
     pause_ = loop_.after(pauseBetweenQuestions, [this] {
         pause_.reset();
         if (isQuestionDue_) askForHost();

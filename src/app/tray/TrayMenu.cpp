@@ -77,9 +77,7 @@ const sd_bus_vtable TrayMenu::vtable_[] = {
 
 TrayMenu::TrayMenu(sd_bus* bus, std::vector<Entry> entries) : entries_(std::move(entries))
 {
-    sd_bus_slot* slot = nullptr;
-    dbus::check(sd_bus_add_object_vtable(bus, &slot, path, interface, vtable_, this), interface);
-    object_.reset(slot);
+    dbus::check(sd_bus_add_object_vtable(bus, out(object_), path, interface, vtable_, this), interface);
 }
 
 bool TrayMenu::isKnown(std::int32_t id) const

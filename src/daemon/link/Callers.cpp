@@ -40,12 +40,11 @@ void Callers::ask(Known& caller)
 {
     caller.departure =
         dbus::watchName(bus_, caller.busName, dbus::serve<Known, &Known::changedOwner>, &caller);
-    sd_bus_slot* question = nullptr;
-    dbus::check(sd_bus_call_method_async(bus_, &question, dbus::busName, dbus::busPath, dbus::busName,
-                                         "GetConnectionUnixUser", dbus::serve<Known, &Known::answered>,
-                                         &caller, "s", caller.busName.c_str()),
+    dbus::check(sd_bus_call_method_async(bus_, out(caller.question), dbus::busName, dbus::busPath,
+                                         dbus::busName, "GetConnectionUnixUser",
+                                         dbus::serve<Known, &Known::answered>, &caller, "s",
+                                         caller.busName.c_str()),
                 "GetConnectionUnixUser");
-    caller.question.reset(question);
 }
 
 void Callers::wait(Known& caller, Waiting message)

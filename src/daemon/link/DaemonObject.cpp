@@ -3,6 +3,7 @@
 
 #include "link/DaemonObject.h"
 
+#include "bus/Records.h"
 #include "link/Introspection.h"
 
 #include <algorithm>
@@ -69,11 +70,9 @@ DaemonObject::DaemonObject(const EventLoop& loop, DaemonService& service, Log& l
       callers_(bus_.get(), log, [this](const std::string& name) { service_.callerLeft(name); })
 {
     slots_.push_back(dbus::onDisconnected(bus_.get(), served<&DaemonObject::disconnected>, this));
-    sd_bus_slot* request = nullptr;
-    dbus::check(sd_bus_request_name_async(bus_.get(), &request, wire::serviceName, 0,
+    dbus::check(sd_bus_request_name_async(bus_.get(), out(slots_.emplace_back()), wire::serviceName, 0,
                                           served<&DaemonObject::nameAnswered>, this),
                 "cannot own the service name");
-    slots_.emplace_back(request);
 }
 
 int DaemonObject::nameAnswered(sd_bus_message* reply)
@@ -92,30 +91,28 @@ void DaemonObject::takeUp()
 {
     serveInterface(wire::daemon_protocol::interface, methods_);
     serveInterface(ChargerReport::interface, properties_);
-    sd_bus_slot* description = nullptr; // beside the tables, which cannot carry our annotations
-    dbus::check(sd_bus_add_object(bus_.get(), &description, wire::objectPath,
+    // Beside the tables, which cannot carry our annotations.
+    dbus::check(sd_bus_add_object(bus_.get(), out(slots_.emplace_back()), wire::objectPath,
                                   served<&DaemonObject::introspect>, this),
                 "sd_bus_add_object");
-    slots_.emplace_back(description);
-    sd_bus_slot* questions = nullptr; // beside them too: their answers cannot wait for a look
-    dbus::check(sd_bus_add_object(bus_.get(), &questions, wire::objectPath,
+    // Beside them too: their answers cannot wait for a look.
+    dbus::check(sd_bus_add_object(bus_.get(), out(slots_.emplace_back()), wire::objectPath,
                                   served<&DaemonObject::chargerAsked>, this),
                 "sd_bus_add_object");
-    slots_.emplace_back(questions);
     login_.emplace(bus_.get(), loginName);
     slots_.push_back(dbus::match(bus_.get(),
-                                 std::string("type='signal',sender='") + loginName +
-                                     "',path='/org/freedesktop/login1',"
-                                     "interface='org.freedesktop.login1.Manager',member='PrepareForSleep'",
+                                 {.sender = loginName,
+                                  .path = "/org/freedesktop/login1",
+                                  .interface = "org.freedesktop.login1.Manager",
+                                  .member = "PrepareForSleep"},
                                  served<&DaemonObject::sleepChanged>, this));
 }
 
 void DaemonObject::serveInterface(const char* interface, const std::vector<sd_bus_vtable>& table)
 {
-    sd_bus_slot* slot = nullptr;
-    dbus::check(sd_bus_add_object_vtable(bus_.get(), &slot, wire::objectPath, interface, table.data(), this),
+    dbus::check(sd_bus_add_object_vtable(bus_.get(), out(slots_.emplace_back()), wire::objectPath, interface,
+                                         table.data(), this),
                 interface);
-    slots_.emplace_back(slot);
 }
 
 const char* DaemonObject::keep(std::string text)
@@ -314,9 +311,10 @@ int DaemonObject::disconnected(sd_bus_message*)
 
 dbus::Message DaemonObject::signal(const char* interface, const char* member) const
 {
-    sd_bus_message* made = nullptr;
-    dbus::check(sd_bus_message_new_signal(bus_.get(), &made, wire::objectPath, interface, member), member);
-    return dbus::Message(made);
+    dbus::Message made;
+    dbus::check(sd_bus_message_new_signal(bus_.get(), out(made), wire::objectPath, interface, member),
+                member);
+    return made;
 }
 
 dbus::Message DaemonObject::stateSignal(const HSBatteryState& state) const

@@ -3,7 +3,7 @@
 
 #include "link/Introspection.h"
 
-#include "bus/DBus.h"
+#include "bus/Records.h"
 #include "wire/ChargerReport.h"
 #include "wire/VelmoraProtocol.h"
 

@@ -5,7 +5,6 @@
 
 #include "base/Utf8.h"
 
-#include <array>
 #include <system_error>
 
 namespace velmora::dbus {
@@ -21,50 +20,18 @@ int keepConnection(sd_bus_message*, void*, sd_bus_error*)
     return 0;
 }
 
-template <typename T>
-T readBasic(sd_bus_message* message, char type)
+std::string textOf(const SignalRule& rule)
 {
-    T value{};
-    check(sd_bus_message_read_basic(message, type, &value), "read a value");
-    return value;
-}
-
-/// The value of a variant that was entered, which holds one of the four types.
-KeyedArchive::Value readValue(sd_bus_message* message, char type)
-{
-    switch (type) {
-    case 'b':
-        return readBasic<int>(message, type) != 0;
-    case 'x':
-        return readBasic<std::int64_t>(message, type);
-    case 'd':
-        return readBasic<double>(message, type);
-    default:
-        return std::string(utf8Prefix(readBasic<const char*>(message, type), maximumTextBytes));
-    }
-}
-
-/// `contents` of the variant ahead, if it is one of the four types.
-bool isTaken(const char* contents)
-{
-    constexpr std::string_view taken = "bxds";
-    return contents && contents[0] != '\0' && contents[1] == '\0' && taken.find(contents[0]) != taken.npos;
-}
-
-void readEntry(sd_bus_message* message, KeyedArchive& archive)
-{
-    const char* key = readBasic<const char*>(message, 's');
-    const char* contents = nullptr;
-    check(sd_bus_message_peek_type(message, nullptr, &contents), "look at a value");
-    if (archive.values().size() >= maximumKeys || !isTaken(contents)) {
-        check(sd_bus_message_skip(message, "v"), "skip a value");
-        return;
-    }
-    const char type = contents[0];
-    std::string name(utf8Prefix(key, maximumTextBytes));
-    check(sd_bus_message_enter_container(message, 'v', contents), "enter a value");
-    archive.encode(std::move(name), readValue(message, type));
-    check(sd_bus_message_exit_container(message), "leave a value");
+    std::string text = "type='signal'";
+    const auto add = [&text](const char* key, const std::string& value) {
+        if (!value.empty()) text.append(",").append(key).append("='").append(value).append("'");
+    };
+    add("sender", rule.sender);
+    add("path", rule.path);
+    add("interface", rule.interface);
+    add("member", rule.member);
+    add("arg0", rule.arg0);
+    return text;
 }
 
 int shedCall(sd_bus_message* message, void*, sd_bus_error* error)
@@ -120,20 +87,23 @@ Slot onDisconnected(sd_bus* bus, sd_bus_message_handler_t handler, void* self)
     return slot;
 }
 
-Slot match(sd_bus* bus, const std::string& rule, sd_bus_message_handler_t handler, void* self)
+Slot match(sd_bus* bus, const SignalRule& rule, sd_bus_message_handler_t handler, void* self)
 {
     Slot slot;
-    check(sd_bus_add_match_async(bus, out(slot), rule.c_str(), handler, keepConnection, self),
+    check(sd_bus_add_match_async(bus, out(slot), textOf(rule).c_str(), handler, keepConnection, self),
           "sd_bus_add_match_async");
     return slot;
 }
 
 Slot watchName(sd_bus* bus, const std::string& name, sd_bus_message_handler_t handler, void* self)
 {
-    const std::string fromBus =
-        std::string("sender='") + busName + "',path='" + busPath + "',interface='" + busName;
-    return match(bus, "type='signal'," + fromBus + "',member='NameOwnerChanged',arg0='" + name + "'", handler,
-                 self);
+    return match(bus,
+                 {.sender = busName,
+                  .path = busPath,
+                  .interface = busName,
+                  .member = "NameOwnerChanged",
+                  .arg0 = name},
+                 handler, self);
 }
 
 std::optional<std::string> newOwner(sd_bus_message* signal)
@@ -155,6 +125,24 @@ std::shared_ptr<sd_bus_message> keep(sd_bus_message* lent)
     return {sd_bus_message_ref(lent), Releaser<sd_bus_message_unref>{}};
 }
 
+Message newCall(sd_bus* bus, const std::string& service, const char* path, const char* interface,
+                const char* member)
+{
+    Message call;
+    check(sd_bus_message_new_method_call(bus, out(call), service.c_str(), path, interface, member), member);
+    check(sd_bus_message_set_auto_start(call.get(), false), member);
+    return call;
+}
+
+Slot ask(sd_bus* bus, const Message& call, sd_bus_message_handler_t handler, void* self,
+         std::uint64_t patience)
+{
+    Slot slot;
+    check(sd_bus_call_async(bus, out(slot), call.get(), handler, self, patience),
+          sd_bus_message_get_member(call.get()));
+    return slot;
+}
+
 Message replyTo(sd_bus_message* call)
 {
     Message reply;
@@ -165,73 +153,6 @@ Message replyTo(sd_bus_message* call)
 int send(const Message& message)
 {
     return check(sd_bus_send(nullptr, message.get(), nullptr), "cannot send");
-}
-
-char typeOf(const KeyedArchive::Value& value)
-{
-    constexpr std::array types{'b', 'x', 'd', 's'}; // in the order of the variant
-    static_assert(types.size() == std::variant_size_v<KeyedArchive::Value>);
-    return types[value.index()];
-}
-
-void append(sd_bus_message* message, const KeyedArchive::Value& value)
-{
-    const auto basic = [&](const void* from) {
-        check(sd_bus_message_append_basic(message, typeOf(value), from), "append a value");
-    };
-    if (const auto* text = std::get_if<std::string>(&value))
-        basic(cleanUtf8(*text).c_str());
-    else if (const auto* truth = std::get_if<bool>(&value))
-        basic(std::array{int{*truth}}.data());
-    else if (const auto* integer = std::get_if<std::int64_t>(&value))
-        basic(integer);
-    else
-        basic(&std::get<double>(value));
-}
-
-void append(sd_bus_message* message, const KeyedArchive& archive)
-{
-    check(sd_bus_message_open_container(message, 'a', "{sv}"), "open a record");
-    for (const auto& [key, value] : archive.values()) {
-        const char type[] = {typeOf(value), '\0'};
-        check(sd_bus_message_open_container(message, 'e', "sv"), "open an entry");
-        check(sd_bus_message_append_basic(message, 's', cleanUtf8(key).c_str()), "append a key");
-        check(sd_bus_message_open_container(message, 'v', type), "open a value");
-        append(message, value);
-        check(sd_bus_message_close_container(message), "close a value");
-        check(sd_bus_message_close_container(message), "close an entry");
-    }
-    check(sd_bus_message_close_container(message), "close a record");
-}
-
-void append(sd_bus_message* message, const ChargingSettings& settings)
-{
-    for (const auto& setting : allSettings) append(message, setting.of(settings));
-}
-
-KeyedArchive readArchive(sd_bus_message* message)
-{
-    KeyedArchive archive;
-    check(sd_bus_message_enter_container(message, 'a', "{sv}"), "enter a record");
-    while (check(sd_bus_message_enter_container(message, 'e', "sv"), "enter an entry") > 0) {
-        readEntry(message, archive);
-        check(sd_bus_message_exit_container(message), "leave an entry");
-    }
-    check(sd_bus_message_exit_container(message), "leave a record");
-    return archive;
-}
-
-ChargingSettings readSettings(sd_bus_message* message)
-{
-    ChargingSettings settings;
-    for (const auto& setting : allSettings) {
-        int truth = 0;
-        double number = 0;
-        void* const place = setting.isNumber() ? static_cast<void*>(&number) : &truth;
-        check(sd_bus_message_read_basic(message, *setting.type(), place), setting.name);
-        setting.assign(settings, setting.isNumber() ? KeyedArchive::Value(number) : truth != 0);
-    }
-    return settings;
 }
 
 } // namespace velmora::dbus

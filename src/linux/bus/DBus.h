@@ -5,8 +5,6 @@
 
 #include "base/EventLoop.h"
 #include "base/Handle.h"
-#include "wire/KeyedArchive.h"
-#include "wire/VelmoraProtocol.h"
 
 #include <cstdint>
 #include <exception>
@@ -45,9 +43,20 @@ void shedFloods(sd_bus* bus);
 /// Calls `handler` once should the connection end. The match is local: the bus is not asked for it.
 Slot onDisconnected(sd_bus* bus, sd_bus_message_handler_t handler, void* self);
 
-/// Has the bus deliver the signals that `rule` describes. A bus that refuses the rule keeps the connection;
-/// the signals are then missing.
-Slot match(sd_bus* bus, const std::string& rule, sd_bus_message_handler_t handler, void* self);
+/// Which signals to deliver: those of which every part that is given holds. The parts are names and paths,
+/// not text from outside.
+struct SignalRule {
+    std::string sender{}; ///< any peer may send us a signal all the same: see NameOwner
+    std::string path{};
+    std::string interface {
+    };
+    std::string member{};
+    std::string arg0{};
+};
+
+/// Has the bus deliver the signals of `rule`. A bus that refuses the rule keeps the connection; the signals
+/// are then missing.
+Slot match(sd_bus* bus, const SignalRule& rule, sd_bus_message_handler_t handler, void* self);
 
 /// The bus itself, as a service.
 inline constexpr auto busName = "org.freedesktop.DBus";
@@ -58,6 +67,8 @@ Slot watchName(sd_bus* bus, const std::string& name, sd_bus_message_handler_t ha
 /// The name's new owner, from a NameOwnerChanged; empty for none. Nothing where the signal is not the bus's
 /// own: any peer may send us one, and sd-bus takes it for a match.
 std::optional<std::string> newOwner(sd_bus_message* signal);
+
+inline constexpr std::size_t maximumTextBytes = 4'096; ///< of a text that is read; the rest is cut off
 
 /// What a peer said was wrong: its words, or the error's name where it gave none; no longer than a text may
 /// be.
@@ -78,27 +89,19 @@ try {
 
 // What follows throws std::system_error where the message is broken or memory is out.
 
+/// A call of a method, to be filled and sent. The bus starts no service for it: one that does not run answers
+/// with an error.
+Message newCall(sd_bus* bus, const std::string& service, const char* path, const char* interface,
+                const char* member);
+/// Sends `call` and has `handler` called with the answer, or with an error after so many microseconds (0:
+/// sd-bus's own 25 seconds). Drop the slot to be called no more.
+Slot ask(sd_bus* bus, const Message& call, sd_bus_message_handler_t handler, void* self,
+         std::uint64_t patience = 0);
+
 /// The answer to `call`, to be filled and sent.
 Message replyTo(sd_bus_message* call);
 /// Hands the message to the connection that it was made for; never waits. Positive, as sd-bus wants it of a
 /// method that was served.
 int send(const Message& message);
-
-/// Appends `archive` as an `a{sv}`. Text that is not UTF-8 is cleaned: the bus would hang up on it.
-void append(sd_bus_message* message, const KeyedArchive& archive);
-/// Appends one value as its own type, without a variant around it.
-void append(sd_bus_message* message, const KeyedArchive::Value& value);
-/// Appends the settings' values in the order of the wire's table.
-void append(sd_bus_message* message, const ChargingSettings& settings);
-
-/// D-Bus type of a value: `b`, `x`, `d` or `s`.
-char typeOf(const KeyedArchive::Value& value);
-
-inline constexpr std::size_t maximumKeys = 64;         ///< of a record that is read; the rest is passed over
-inline constexpr std::size_t maximumTextBytes = 4'096; ///< of a text that is read; the rest is cut off
-
-/// Reads an `a{sv}`. Variants other than `b`, `x`, `d` and `s` are passed over, whatever they hold.
-KeyedArchive readArchive(sd_bus_message* message);
-ChargingSettings readSettings(sd_bus_message* message);
 
 } // namespace velmora::dbus

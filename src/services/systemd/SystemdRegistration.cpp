@@ -41,12 +41,7 @@ ErrorCode codeOf(std::string_view name)
 
 dbus::Message systemd::newCall(sd_bus* bus, const char* member)
 {
-    sd_bus_message* made = nullptr;
-    dbus::check(sd_bus_message_new_method_call(bus, &made, serviceName, objectPath, managerInterface, member),
-                member);
-    dbus::Message call(made);
-    dbus::check(sd_bus_message_set_auto_start(made, false), member);
-    return call;
+    return dbus::newCall(bus, serviceName, objectPath, managerInterface, member);
 }
 
 SystemdRegistration::SystemdRegistration(EventLoop& loop, std::string unit, ServiceManager::Completion done)
@@ -67,11 +62,12 @@ void SystemdRegistration::enable()
     manager_.emplace(
         bus_.get(), systemd::serviceName, [] {},
         [this] { fail(ErrorCode::internalFailure, tr("systemd is not running.")); });
-    const std::string rule = std::string("type='signal',sender='") + systemd::serviceName + "',path='" +
-                             systemd::objectPath + "',interface='" + systemd::managerInterface +
-                             "',member='JobRemoved'";
-    jobs_ = dbus::match(bus_.get(), rule, dbus::serve<SystemdRegistration, &SystemdRegistration::jobRemoved>,
-                        this);
+    jobs_ = dbus::match(bus_.get(),
+                        {.sender = systemd::serviceName,
+                         .path = systemd::objectPath,
+                         .interface = systemd::managerInterface,
+                         .member = "JobRemoved"},
+                        dbus::serve<SystemdRegistration, &SystemdRegistration::jobRemoved>, this);
     // Without a subscription systemd need not send JobRemoved.
     const auto subscription = systemd::newCall(bus_.get(), "Subscribe");
     dbus::check(sd_bus_message_set_expect_reply(subscription.get(), false), "Subscribe");
@@ -130,12 +126,8 @@ void SystemdRegistration::call(const char* member, const char* types, Arguments.
     const auto message = systemd::newCall(bus_.get(), member);
     dbus::check(sd_bus_message_set_allow_interactive_authorization(message.get(), true), member);
     dbus::check(sd_bus_message_append(message.get(), types, arguments...), member);
-    sd_bus_slot* slot = nullptr;
-    dbus::check(sd_bus_call_async(bus_.get(), &slot, message.get(),
-                                  dbus::serve<SystemdRegistration, &SystemdRegistration::answered<Next>>,
-                                  this, forEver),
-                member);
-    call_.reset(slot);
+    call_ = dbus::ask(bus_.get(), message,
+                      dbus::serve<SystemdRegistration, &SystemdRegistration::answered<Next>>, this, forEver);
 }
 
 template <SystemdRegistration::Step Next>

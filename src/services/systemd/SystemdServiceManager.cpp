@@ -33,10 +33,9 @@ void await(sd_bus* bus, const std::shared_ptr<sd_bus_message>& answer)
 /// As `systemctl is-enabled` prints it. Throws std::exception where systemd gives no answer.
 std::string unitFileState(const char* unit)
 {
-    sd_bus* opened = nullptr;
-    dbus::check(sd_bus_open_system(&opened), "cannot reach the system bus");
-    const dbus::Bus bus(opened);
-    const auto question = systemd::newCall(opened, "GetUnitFileState");
+    dbus::Bus bus;
+    dbus::check(sd_bus_open_system(out(bus)), "cannot reach the system bus");
+    const auto question = systemd::newCall(bus.get(), "GetUnitFileState");
     dbus::check(sd_bus_message_append(question.get(), "s", unit), "GetUnitFileState");
 
     std::shared_ptr<sd_bus_message> answer;
@@ -44,10 +43,8 @@ std::string unitFileState(const char* unit)
         *static_cast<std::shared_ptr<sd_bus_message>*>(into) = dbus::keep(reply);
         return 0;
     };
-    sd_bus_slot* slot = nullptr;
-    dbus::check(sd_bus_call_async(opened, &slot, question.get(), keep, &answer, 0), "GetUnitFileState");
-    const dbus::Slot kept(slot);
-    await(opened, answer);
+    const auto asked = dbus::ask(bus.get(), question, keep, &answer);
+    await(bus.get(), answer);
 
     if (const auto* error = sd_bus_message_get_error(answer.get()))
         throw std::runtime_error(dbus::textOf(*error));
