@@ -13,13 +13,15 @@
 #include "systemd/SystemdServiceManager.h"
 
 #include <cstdlib>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace velmora {
 
 namespace {
 
-/// The folder that the variable names, or else that one in the user's home; empty for a user without a home.
+/// The folder that the variable names, or else that one in the user's home, where one is given; else empty.
 std::filesystem::path userFolder(const char* variable, const char* inHome)
 {
     const auto valueOf = [](const char* name) -> std::filesystem::path {
@@ -27,7 +29,7 @@ std::filesystem::path userFolder(const char* variable, const char* inHome)
         return value ? value : "";
     };
     if (auto named = valueOf(variable); named.is_absolute()) return named;
-    if (const auto home = valueOf("HOME"); home.is_absolute()) return home / inHome;
+    if (const auto home = valueOf("HOME"); inHome && home.is_absolute()) return home / inHome;
     return {};
 }
 
@@ -44,11 +46,28 @@ std::filesystem::path preferencesFolder()
     return folder.empty() ? folder : folder / "velmora";
 }
 
-std::filesystem::path temporaryFolder()
+/// Not a link, owned by this user, closed to everybody else.
+bool isPrivate(const std::filesystem::path& folder)
 {
+    struct stat found {};
+    return lstat(folder.c_str(), &found) == 0 && S_ISDIR(found.st_mode) && found.st_uid == geteuid() &&
+           (found.st_mode & 077U) == 0;
+}
+
+/// The session's own folder, else one made in the folder that all users share, where anybody could have laid
+/// a link under our name.
+std::filesystem::path temporaryFolder(Log& log)
+{
+    if (auto folder = userFolder("XDG_RUNTIME_DIR", nullptr); isPrivate(folder)) return folder;
     std::error_code error;
-    auto folder = std::filesystem::temp_directory_path(error);
-    return error ? "/tmp" : folder;
+    const auto shared = std::filesystem::temp_directory_path(error);
+    auto folder = (error ? "/tmp" : shared) / ("velmora-" + std::to_string(geteuid()));
+    mkdir(folder.c_str(), 0700);
+    if (isPrivate(folder)) return folder;
+    log.warning("LinuxPlatform", folder.string() +
+                                     " is not a folder of this user's alone; no temporary files "
+                                     "are kept.");
+    return {};
 }
 
 } // namespace
@@ -67,7 +86,7 @@ LinuxPlatform::LinuxPlatform(const std::string& program) : loop_(std::make_share
         preferencesFolder(), platform_.makeWorkQueue("velmora-prefs"), clock(), log());
     platform_.serviceManager = std::make_shared<SystemdServiceManager>(*loop_, log());
     platform_.applicationSupportDirectories = dataFolders();
-    platform_.temporaryDirectory = temporaryFolder();
+    platform_.temporaryDirectory = temporaryFolder(log());
     platform_.systemVersion = kernelVersion();
     installed_ = Platform::install(platform_);
 }

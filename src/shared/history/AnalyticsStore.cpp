@@ -16,8 +16,10 @@ namespace {
 fs::path defaultFile()
 {
     const auto& platform = Platform::current();
-    if (platform.applicationSupportDirectories.empty())
-        return platform.temporaryDirectory / "velmora_history.json";
+    if (platform.applicationSupportDirectories.empty()) {
+        const auto& folder = platform.temporaryDirectory;
+        return folder.empty() ? folder : folder / "velmora_history.json";
+    }
     const auto folder = platform.applicationSupportDirectories.front() / "Velmora";
     std::error_code ignored;
     fs::create_directories(folder, ignored);

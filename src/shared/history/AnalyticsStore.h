@@ -39,7 +39,7 @@ public:
 
     /// Queues the loading of `file`; where none is given, of "Velmora/history.json" in the user's first
     /// application support folder (made if need be), or of "velmora_history.json" in the temporary folder
-    /// where there is none.
+    /// where there is none. Without either the history lasts as long as the program.
     explicit AnalyticsStore(std::optional<std::filesystem::path> file = std::nullopt);
 
     AnalyticsStore(const AnalyticsStore&) = delete;

@@ -36,7 +36,7 @@ struct Platform {
     std::function<std::unique_ptr<WorkQueue>(std::string_view label)> makeWorkQueue;
     /// The user's folders for what applications keep, best first; may be empty.
     std::vector<std::filesystem::path> applicationSupportDirectories;
-    std::filesystem::path temporaryDirectory;
+    std::filesystem::path temporaryDirectory; ///< closed to other users; empty where there is none
     SystemVersion systemVersion;
 
     /// The one T of this platform, created on first use. Main thread only.
