@@ -17,9 +17,9 @@ namespace {
 
 using ThermalState = ThermalMonitorService::ThermalState;
 
-constexpr double minute = 60;
-constexpr double hour = 60 * minute;
-constexpr double day = 24 * hour;
+using duration::day;
+using duration::hour;
+using duration::minute;
 constexpr int days = 62;
 
 constexpr double wearADay = 0.02;    // percentage points, used or not

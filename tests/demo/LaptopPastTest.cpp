@@ -45,7 +45,7 @@ struct RecordedPast : testing::Test {
 
 TEST_F(RecordedPast, EndsAQuarterOfAnHourAgo)
 {
-    constexpr double day = 86'400;
+    using duration::day;
     const Date last = now + -900.0;
     const past::Samples expected{{last + -29 * day, 97, 90, "Nominal", false},
                                  {last, 42, 89.5, "Nominal", false}};

@@ -10,8 +10,8 @@
 namespace velmora {
 namespace {
 
-constexpr double hour = 3600;
-constexpr double day = 24 * hour;
+using duration::day;
+using duration::hour;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr Date now{800'064'000}; // midnight, UTC

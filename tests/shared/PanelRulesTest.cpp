@@ -12,7 +12,7 @@
 namespace velmora {
 namespace {
 
-constexpr double day = 86'400;
+using duration::day;
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 constexpr double infinity = std::numeric_limits<double>::infinity();
 

@@ -12,7 +12,7 @@
 namespace velmora {
 namespace {
 
-constexpr double hour = 3600;
+using duration::hour;
 
 /// A sample an hour for so many hours up to a minute ago, of a battery that ages.
 QVariant history(int hours)

@@ -12,7 +12,7 @@
 namespace velmora {
 namespace {
 
-constexpr double hour = 3600;
+using duration::hour;
 constexpr Date today{815'400'000}; ///< 2026-11-03 12:00:00 UTC
 
 /// Three weeks of a battery that ages, is unplugged for half of the day, and was very hot once.

@@ -14,7 +14,7 @@
 namespace velmora {
 namespace {
 
-constexpr double day = 86'400;
+using duration::day;
 
 /// Six samples over ten days that lose `loss` points of health.
 QVariant historyLosing(double loss)

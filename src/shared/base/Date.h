@@ -7,6 +7,15 @@
 
 namespace velmora {
 
+/// Lengths of time in seconds, the unit of a Date.
+namespace duration {
+inline constexpr double minute = 60;
+inline constexpr double hour = 60 * minute;
+inline constexpr double day = 24 * hour;
+inline constexpr double week = 7 * day;
+inline constexpr double month = 30 * day;
+} // namespace duration
+
 /// A moment, as seconds from 2001-01-01 00:00:00 UTC. Files and the wire carry this double as it is, so that
 /// a date written and read again is the same to the last bit.
 struct Date {

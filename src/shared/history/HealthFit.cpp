@@ -14,9 +14,9 @@ namespace velmora::trends {
 
 namespace {
 
-constexpr double day = 86'400; // seconds
-constexpr double month = 30 * day;
-constexpr double shortest = 7 * day; // history that a forecast may rest on
+using duration::day;
+using duration::month;
+constexpr double shortest = duration::week; // history that a forecast may rest on
 constexpr std::size_t fewestDays = 4;
 constexpr double longestForecast = 60; // months
 

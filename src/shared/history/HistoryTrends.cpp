@@ -15,9 +15,8 @@ namespace velmora::trends {
 
 namespace {
 
-constexpr double hour = 3600;
-constexpr double day = 24 * hour;
-constexpr double month = 30 * day;
+using duration::day;
+using duration::hour;
 constexpr double longestHold = hour; // that a sample speaks for
 
 ThermalState state(const HSHistorySnapshot& sample)
@@ -49,7 +48,7 @@ Samples usable(History history, Date now)
 
 Window window(const Samples& usable, Range range, Date now)
 {
-    constexpr std::array lengths{day, 7 * day, month};
+    constexpr std::array lengths{day, duration::week, duration::month};
     const bool isAll = range == Range::all;
     const Date first = usable.empty() ? now : usable.front().timestamp;
     Window window{isAll ? std::min(first, now + -hour) : now + -lengths[static_cast<std::size_t>(range)],

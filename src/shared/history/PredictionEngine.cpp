@@ -16,8 +16,8 @@ namespace velmora {
 
 namespace {
 
-constexpr double week = 604'800; // seconds
-constexpr double month = 2'592'000;
+using duration::month;
+using duration::week;
 constexpr double fastestLoss = 5; // percent a month that is reported
 
 constexpr std::size_t samplesForPrediction = 11;

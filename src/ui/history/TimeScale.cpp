@@ -14,8 +14,8 @@ namespace velmora {
 
 namespace {
 
-constexpr double hour = 3600;
-constexpr double day = 24 * hour;
+using duration::day;
+using duration::hour;
 
 TimeMark mark(const QDateTime& moment, const QString& format)
 {
@@ -73,8 +73,8 @@ std::vector<TimeMark> timeMarks(Date from, Date to, int maximum)
     else if (span <= 120 * day)
         marks = dayMarks(first, to, step(std::array{1, 2, 5, 7, 14, 28}, span / day, maximum));
     else
-        marks =
-            monthMarks(first, to, step(std::array{1, 2, 3, 6, 12, 24, 60, 120}, span / (30 * day), maximum));
+        marks = monthMarks(first, to,
+                           step(std::array{1, 2, 3, 6, 12, 24, 60, 120}, span / duration::month, maximum));
     std::erase_if(marks, [&](const TimeMark& one) { return one.date < from || one.date > to; });
     return marks;
 }
