@@ -3,7 +3,8 @@
 
 #pragma once
 
-#include <mutex>
+#include "base/Mutex.h"
+
 #include <optional>
 #include <utility>
 
@@ -16,19 +17,19 @@ public:
     /// Whether the place was empty: nobody is on the way yet to take what is there.
     bool put(Value value)
     {
-        const std::lock_guard guard(mutex_);
+        const MutexLock lock(mutex_);
         return !std::exchange(value_, std::move(value)).has_value();
     }
 
     std::optional<Value> take()
     {
-        const std::lock_guard guard(mutex_);
+        const MutexLock lock(mutex_);
         return std::exchange(value_, std::nullopt);
     }
 
 private:
-    std::mutex mutex_;
-    std::optional<Value> value_;
+    Mutex mutex_;
+    std::optional<Value> value_ VELMORA_GUARDED_BY(mutex_);
 };
 
 } // namespace velmora
