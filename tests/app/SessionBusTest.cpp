@@ -75,12 +75,11 @@ TEST_F(SessionTest, ASecondProgramHandsItsErrandToTheFirst)
 /// One end of a connection without a bus between.
 dbus::Bus endOf(int socket, bool isServer)
 {
-    sd_bus* made = nullptr;
-    dbus::check(sd_bus_new(&made), "sd_bus_new");
-    dbus::Bus bus(made);
-    dbus::check(sd_bus_set_fd(made, socket, socket), "sd_bus_set_fd");
-    if (isServer) dbus::check(sd_bus_set_server(made, true, sd_id128_t{}), "sd_bus_set_server");
-    dbus::check(sd_bus_start(made), "sd_bus_start");
+    dbus::Bus bus;
+    dbus::check(sd_bus_new(out(bus)), "sd_bus_new");
+    dbus::check(sd_bus_set_fd(bus.get(), socket, socket), "sd_bus_set_fd");
+    if (isServer) dbus::check(sd_bus_set_server(bus.get(), true, sd_id128_t{}), "sd_bus_set_server");
+    dbus::check(sd_bus_start(bus.get()), "sd_bus_start");
     return bus;
 }
 

@@ -36,11 +36,7 @@ protected:
     dbus::Message call(const char* interface, const char* member,
                        const char* path = wire::face::objectPath) const
     {
-        sd_bus_message* made = nullptr;
-        dbus::check(sd_bus_message_new_method_call(stranger.get(), &made, wire::face::serviceName, path,
-                                                   interface, member),
-                    member);
-        return dbus::Message(made);
+        return dbus::newCall(stranger.get(), wire::face::serviceName, path, interface, member);
     }
 
     /// Serves until the answer is there; `lastError` is the name of the error that it is.
@@ -51,9 +47,7 @@ protected:
             *static_cast<std::shared_ptr<sd_bus_message>*>(into) = dbus::keep(reply);
             return 1;
         };
-        sd_bus_slot* slot = nullptr;
-        dbus::check(sd_bus_call_async(stranger.get(), &slot, message.get(), keep, &answer, 0), "call");
-        const dbus::Slot kept(slot);
+        const auto asked = dbus::ask(stranger.get(), message, keep, &answer);
         EXPECT_TRUE(eventually([&] { return answer != nullptr; }));
         const auto* error = sd_bus_message_get_error(answer.get());
         lastError = error ? error->name : "";

@@ -45,18 +45,16 @@ protected:
     dbus::Message ask(const char* path, const char* interface, const char* member, const char* types,
                       Arguments... arguments)
     {
-        sd_bus_message* call = nullptr;
         const char* item = nullptr;
         sd_bus_get_unique_name(session.get(), &item);
-        dbus::check(sd_bus_message_new_method_call(host.bus(), &call, item, path, interface, member), member);
-        const dbus::Message owned(call);
-        dbus::check(sd_bus_message_append(call, types, arguments...), member);
+        const auto call = dbus::newCall(host.bus(), item, path, interface, member);
+        dbus::check(sd_bus_message_append(call.get(), types, arguments...), member);
         const auto keep = [](sd_bus_message* reply, void* kept, sd_bus_error*) {
             static_cast<dbus::Message*>(kept)->reset(sd_bus_message_ref(reply));
             return 0;
         };
         dbus::Message reply;
-        dbus::check(sd_bus_call_async(host.bus(), nullptr, call, keep, &reply, 0), member);
+        const auto asked = dbus::ask(host.bus(), call, keep, &reply);
         EXPECT_TRUE(eventually([&] { return reply != nullptr; })) << member;
         if (reply && sd_bus_message_is_method_error(reply.get(), nullptr)) reply.reset();
         return reply;

@@ -21,11 +21,9 @@ public:
 
     explicit TrayHost(const EventLoop& loop) : bus_(dbus::openSystemBus(loop))
     {
-        sd_bus_slot* slot = nullptr;
-        dbus::check(sd_bus_add_object(bus_.get(), &slot, "/StatusNotifierWatcher",
+        dbus::check(sd_bus_add_object(bus_.get(), out(object_), "/StatusNotifierWatcher",
                                       dbus::serve<TrayHost, &TrayHost::called>, this),
                     "object");
-        object_.reset(slot);
         match_ = dbus::match(bus_.get(), {.interface = "org.kde.StatusNotifierItem"},
                              dbus::serve<TrayHost, &TrayHost::told>, this);
     }

@@ -50,11 +50,9 @@ protected:
     /// The stranger is the program now; what it is told is noted and answered.
     void pose()
     {
-        sd_bus_slot* slot = nullptr;
-        dbus::check(sd_bus_add_object(stranger.get(), &slot, wire::windows::objectPath,
+        dbus::check(sd_bus_add_object(stranger.get(), out(posing), wire::windows::objectPath,
                                       dbus::serve<WindowsProgramTest, &WindowsProgramTest::told>, this),
                     "object");
-        posing.reset(slot);
         own(stranger.get(), wire::windows::serviceName);
     }
     int told(sd_bus_message* call)

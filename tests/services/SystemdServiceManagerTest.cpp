@@ -99,11 +99,10 @@ TEST_F(SystemdServiceManagerTest, APromptMayStandLongerThanAnyCallMayTake)
     install();
     ASSERT_TRUE(eventually([&] { return manager->isPrompting(); }));
     // A call with the usual patience, made later to somebody who does not answer either, gives up.
-    sd_bus* opened = nullptr;
-    dbus::check(sd_bus_open_system(&opened), "open");
-    const dbus::Bus mute(opened);
+    dbus::Bus mute;
+    dbus::check(sd_bus_open_system(out(mute)), "open");
     const char* name = nullptr;
-    dbus::check(sd_bus_get_unique_name(opened, &name), "name");
+    dbus::check(sd_bus_get_unique_name(mute.get(), &name), "name");
     bool hasGivenUp = false;
     const auto giveUp = [](sd_bus_message*, void* flag, sd_bus_error*) {
         *static_cast<bool*>(flag) = true;
@@ -131,13 +130,12 @@ TEST_F(SystemdServiceManagerTest, AnInstallationEndsWithWhatItHangsOn)
         // Anybody may tell anybody that the job is done.
         const auto liar = dbus::openSystemBus(loop);
         for (int id = 0; id < 100; ++id) {
-            sd_bus_message* made = nullptr;
-            sd_bus_message_new_signal(liar.get(), &made, systemd::objectPath, systemd::managerInterface,
+            dbus::Message lie;
+            sd_bus_message_new_signal(liar.get(), out(lie), systemd::objectPath, systemd::managerInterface,
                                       "JobRemoved");
-            const dbus::Message lie(made);
-            sd_bus_message_append(made, "uoss", 42U, "/org/freedesktop/systemd1/job/42",
+            sd_bus_message_append(lie.get(), "uoss", 42U, "/org/freedesktop/systemd1/job/42",
                                   SystemdServiceManager::unit, "done");
-            sd_bus_send_to(liar.get(), made, (":1." + std::to_string(id)).c_str(), nullptr);
+            sd_bus_send_to(liar.get(), lie.get(), (":1." + std::to_string(id)).c_str(), nullptr);
         }
         sd_bus_flush(liar.get());
         loop.post([this] { end(); });

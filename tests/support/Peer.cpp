@@ -36,11 +36,9 @@ void Peer::sync()
 void Peer::serve(std::function<int(sd_bus_message*)> answer)
 {
     answer_ = std::move(answer);
-    sd_bus_slot* slot = nullptr;
     dbus::check(
-        sd_bus_add_object(bus_.get(), &slot, wire::objectPath, dbus::serve<Peer, &Peer::called>, this),
+        sd_bus_add_object(bus_.get(), out(object_), wire::objectPath, dbus::serve<Peer, &Peer::called>, this),
         "object");
-    object_.reset(slot);
     dbus::check(sd_bus_request_name(bus_.get(), wire::serviceName, 0), "name");
 }
 
@@ -52,10 +50,7 @@ int Peer::pushed(sd_bus_message* signal)
 
 dbus::Message Peer::call(const char* path, const char* interface, const char* member) const
 {
-    sd_bus_message* made = nullptr;
-    dbus::check(sd_bus_message_new_method_call(bus_.get(), &made, wire::serviceName, path, interface, member),
-                member);
-    return dbus::Message(made);
+    return dbus::newCall(bus_.get(), wire::serviceName, path, interface, member);
 }
 
 dbus::Message Peer::call(const wire::Message& message) const
@@ -65,12 +60,12 @@ dbus::Message Peer::call(const wire::Message& message) const
 
 dbus::Message Peer::ask(const dbus::Message& call)
 {
-    sd_bus_message* reply = nullptr;
-    sd_bus_error error = SD_BUS_ERROR_NULL;
-    sd_bus_call(bus_.get(), call.get(), patience, &error, &reply);
+    dbus::Message reply;
+    sd_bus_error error{};
+    sd_bus_call(bus_.get(), call.get(), patience, &error, out(reply));
     lastError = error.name ? error.name : "";
     sd_bus_error_free(&error);
-    return dbus::Message(reply);
+    return reply;
 }
 
 void Peer::tell(const dbus::Message& call) const

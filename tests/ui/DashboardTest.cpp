@@ -7,7 +7,6 @@
 
 #include <QDateTime>
 #include <QDir>
-#include <QTemporaryDir>
 
 namespace velmora {
 namespace {
@@ -207,29 +206,6 @@ TEST_F(Dashboard, PlotReadsOutUnderThePointerAndByKeys)
     open("Thermal");
     EXPECT_EQ(property("shareSerious", "value"), "25%");
     EXPECT_EQ(property("shareCritical", "value"), "0%");
-}
-
-TEST_F(Dashboard, ExportsWhatIsShownIntoNewFiles)
-{
-    const QTemporaryDir home;
-    qputenv("HOME", home.path().toUtf8());
-    qputenv("XDG_CONFIG_HOME", home.path().toUtf8());
-    open("Thermal");
-    model.apply({{"history", history(3)}});
-    const auto saved = [&] { return property("notice", "text").remove(0, int(strlen("Saved as "))); };
-    QSet<QString> files;
-    for (const auto* button : {"exportTable", "exportTable", "exportPicture", "exportPicture"}) {
-        click(button);
-        EXPECT_TRUE(QTest::qWaitFor([&] { return QFile::exists(saved()) && !files.contains(saved()); }))
-            << saved().toStdString();
-        files.insert(saved());
-        QFile file(saved());
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        if (saved().endsWith("csv"))
-            EXPECT_EQ(file.readAll().count('\n'), 4);
-        else
-            EXPECT_EQ(QImage(saved()).pixelColor(500, 60).alpha(), 255);
-    }
 }
 
 TEST_F(Dashboard, FleetIsListedAndAMachineSelected)

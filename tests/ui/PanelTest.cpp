@@ -50,10 +50,6 @@ protected:
     QQuickItem* sheet() const { return menu()->property("contentItem").value<QQuickItem*>(); }
     bool isMenuOpen() const { return menu()->property("opened").toBool(); }
 
-    void clickLine(int at)
-    {
-        QTest::mouseClick(window.get(), Qt::LeftButton, {}, box(line(at)).center().toPoint());
-    }
     QString focused() const
     {
         return window->activeFocusItem() ? window->activeFocusItem()->objectName() : QString();
@@ -137,30 +133,6 @@ TEST_F(Panel, EveryControlAnswersToMouseAndKeyboard)
         EXPECT_EQ(asked, expected);
         if (isMenuOpen()) press(Qt::Key_Escape);
     }
-}
-
-TEST_F(Panel, MenuChoosesALimitByMouse)
-{
-    click("gear");
-    ASSERT_TRUE(isMenuOpen());
-    EXPECT_TRUE(QRectF(0, 0, 320, 450).contains(box(sheet())));
-
-    QStringList lines;
-    for (int at = 0; at < menu()->property("count").toInt(); ++at)
-        lines << line(at)->property("text").toString() + (line(at)->property("ticked").toBool() ? " *" : "");
-    EXPECT_EQ(lines, (QStringList{"Charge Threshold", "Limit to 80% *", "Limit to 90%", "Full Charge (100%)",
-                                  "", "Dashboard Settings..."}));
-    clickLine(2);
-    EXPECT_EQ(asked, QStringList{"customChargeLimit=90"});
-    EXPECT_EQ(property("autoProtect/caption", "text"), "Limit to 90% charge");
-    EXPECT_FALSE(isMenuOpen());
-
-    click("gear");
-    click("gear"); // on the open menu's button, or anywhere: closes it and does no more
-    click("gear");
-    click("quickCharge");
-    EXPECT_FALSE(isMenuOpen());
-    EXPECT_EQ(asked.size(), 1);
 }
 
 TEST_F(Panel, MenuIsWalkedByKeyboardAndEscapeClosesItFirst)

@@ -213,11 +213,6 @@ TEST_P(Pictures, InksHaveTheirExactColoursAndFade)
         double fade;        ///< opacity at the bottom right corner
         double opacity = 1; ///< of all of it
     } cases[] = {
-        {"batteryGreen", 0.5, 0.5, 0x34c759, 1},
-        {"batteryWarning", 0.5, 0.5, 0xffcc00, 1},
-        {"batteryDanger", 0.5, 0.5, 0xff3b30, 1},
-        {"accent", 0.5, 0.5, 0x007aff, 1},
-        {"orange", 0.5, 0.5, 0xff9900, 1},
         {"gradient primary", 0.75, 0.75, 0x007aff, 0.8},
         {"gradient healthy", 0.75, 0.75, 0x34c759, 0.7},
         {"gradient active", 0.75, 0.75, 0x007aff, 0.6},
