@@ -6,7 +6,6 @@
 #include "history/TimeScale.h"
 
 #include <QDateTime>
-#include <QDir>
 
 namespace velmora {
 namespace {
