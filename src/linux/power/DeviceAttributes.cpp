@@ -3,6 +3,8 @@
 
 #include "power/DeviceAttributes.h"
 
+#include "base/Text.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <system_error>
@@ -13,14 +15,6 @@ namespace velmora {
 namespace {
 
 constexpr int maximumOpen = 32; // more than any device's that is read here
-
-std::string trimmed(std::string text)
-{
-    constexpr auto blanks = " \t\r\n\v\f";
-    text.erase(text.find_last_not_of(blanks) + 1);
-    text.erase(0, text.find_first_not_of(blanks));
-    return text;
-}
 
 /// Whether the attribute may come while its device is there, with a vendor's driver.
 bool comesLate(std::string_view name)

@@ -4,6 +4,7 @@
 #include "model/BatteryModel.h"
 
 #include "base/Saturate.h"
+#include "base/Text.h"
 #include "history/AnalyticsStore.h"
 #include "platform/Platform.h"
 
@@ -18,13 +19,6 @@ constexpr std::chrono::milliseconds settingsQuiet{500};
 ChargingState chargingStateOf(bool isCharging)
 {
     return isCharging ? ChargingState::charging : ChargingState::idle;
-}
-
-std::string trimmed(const std::string& text)
-{
-    constexpr auto blanks = " \t\n\v\f\r";
-    const auto first = text.find_first_not_of(blanks);
-    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
 void flip(Observable<bool>& flag)
