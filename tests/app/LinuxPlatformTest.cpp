@@ -35,6 +35,8 @@ TEST(LinuxPlatform, TemporaryFilesAreKeptOnlyWhereNobodyElseCanLayALink)
     EXPECT_EQ(temporaryDirectory(), "");
     setenv("XDG_RUNTIME_DIR", (shared.path() / "trap").c_str(), true);
     EXPECT_EQ(temporaryDirectory(), shared.path() / "trap");
+    unsetenv("TMPDIR");
+    unsetenv("XDG_RUNTIME_DIR");
 }
 
 } // namespace
