@@ -13,10 +13,13 @@
 #include <fstream>
 #include <map>
 #include <spawn.h>
+#include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace velmora {
 
@@ -124,6 +127,38 @@ long wakeUpsOf(pid_t process)
     for (const auto& thread : std::filesystem::directory_iterator(procOf(process) / "task"))
         all += namedNumbers(thread.path() / "status")["voluntary_ctxt_switches"];
     return all;
+}
+
+CallCounter::CallCounter(pid_t process, std::string log) : log_(std::move(log))
+{
+    std::vector<std::string> arguments{"strace", "-f", "-q", "-c", "-o", log_, "-p", std::to_string(process)};
+    if (posix_spawnp(&tracer_, "strace", nullptr, nullptr, pointersTo(arguments).data(), environ) != 0)
+        tracer_ = -1;
+    const auto tracerOf = [process] { return namedNumbers(procOf(process) / "status")["TracerPid"]; };
+    for (int i = 0; i < 200 && tracerOf() == 0; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100)); // and its other threads
+}
+
+CallCounter::~CallCounter()
+{
+    end();
+}
+
+std::optional<long> CallCounter::end()
+{
+    if (tracer_ < 0) return std::nullopt;
+    kill(tracer_, SIGINT);
+    waitpid(std::exchange(tracer_, -1), nullptr, 0);
+    std::optional<long> total;
+    std::ifstream in(log_);
+    for (std::string line; std::getline(in, line);) {
+        std::istringstream words(line); // "100.00    0.001234           9       130         2 total"
+        double percent = 0, seconds = 0;
+        long each = 0, calls = 0;
+        if (line.ends_with(" total") && words >> percent >> seconds >> each >> calls) total = calls;
+    }
+    return total;
 }
 
 Process::Process(const Program& program, const std::string& log)

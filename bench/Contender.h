@@ -56,6 +56,24 @@ Nanoseconds processorTimeOf(pid_t process);
 /// How often any of its threads went to sleep of its own accord, and so was woken.
 long wakeUpsOf(pid_t process);
 
+/// Counts the system calls of a running process and all its threads, by strace, which slows it down. Nothing
+/// else should be measured meanwhile.
+class CallCounter {
+public:
+    /// Counts once the constructor has returned. What strace says goes to the file `log`.
+    CallCounter(pid_t process, std::string log);
+    ~CallCounter();
+    CallCounter(const CallCounter&) = delete;
+    CallCounter& operator=(const CallCounter&) = delete;
+
+    /// Ends the counting. Nothing where strace cannot be run here.
+    std::optional<long> end();
+
+private:
+    std::string log_;
+    pid_t tracer_ = -1;
+};
+
 /// A started program; killed with the object.
 class Process {
 public:
@@ -68,6 +86,7 @@ public:
     Nanoseconds processorTime() const { return processorTimeOf(id_); }
     long wakeUps() const { return wakeUpsOf(id_); }
     Memory memory() const { return memoryOf(id_); }
+    pid_t id() const { return id_; }
 
 private:
     pid_t id_ = -1;

@@ -3,6 +3,9 @@
 
 #include "MockLaptop.h"
 
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
 #include <utility>
 #include <vector>
 
@@ -66,6 +69,11 @@ void MockLaptop::drainTo(int level)
     set(battery_, "energy_now", std::to_string(level * 500'000));
 }
 
+void MockLaptop::drawPower(int milliwatts)
+{
+    set(battery_, "power_now", std::to_string(milliwatts) + "000");
+}
+
 void MockLaptop::holdOnMains()
 {
     drainTo(limit);
@@ -81,9 +89,19 @@ void MockLaptop::announce(const std::string& device)
     umockdev_testbed_uevent(testbed_.get(), device.c_str(), "change");
 }
 
+/// As the kernel does: whoever holds the attribute open reads the new value from it. umockdev's own function
+/// would put another file in its place.
 void MockLaptop::set(const std::string& device, const char* attribute, const std::string& value)
 {
-    umockdev_testbed_set_attribute(testbed_.get(), device.c_str(), attribute, (value + "\n").c_str());
+    const auto file = root() + device + '/' + attribute;
+    std::ofstream out(file, std::ios::in | std::ios::out);
+    if (!out)
+        return umockdev_testbed_set_attribute(testbed_.get(), device.c_str(), attribute,
+                                              (value + "\n").c_str());
+    out << value << '\n';
+    const auto size = static_cast<std::uintmax_t>(out.tellp());
+    out.close();
+    std::filesystem::resize_file(file, size);
 }
 
 } // namespace velmora

@@ -23,6 +23,8 @@ public:
 
     /// The battery drains to `level`; nothing is announced yet.
     void drainTo(int level);
+    /// The battery gives so much; nothing is announced yet.
+    void drawPower(int milliwatts);
     /// Plugged in and full up to the limit: the firmware holds. Announced.
     void holdOnMains();
     /// The kernel's change event of the battery.

@@ -19,7 +19,9 @@
 #include <fstream>
 #include <memory>
 #include <stdexcept>
+#include <string_view>
 #include <thread>
+#include <utility>
 
 namespace velmora {
 
@@ -29,20 +31,35 @@ using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-constexpr int starts = 15;
-constexpr int events = 40;
+/// How often and how long is measured.
+struct Plan {
+    int starts = 15;
+    int events = 200;
+    int quietEvents = 60; ///< without a change of the level: nothing is worth keeping in a history
+    int tracedEvents = 20;
+    std::chrono::seconds holding = 10min;
+};
+
+/// For a first impression, in two minutes.
+constexpr Plan shortPlan{.starts = 5, .events = 20, .quietEvents = 10, .tracedEvents = 5, .holding = 30s};
+
 constexpr int firstLevel = 78; ///< percent, and one less at each event
+constexpr int lastLevel = 20;  ///< after which it begins again
 /// Between two events of one program: more than the two seconds in which velmorad pushes once.
-constexpr auto spacing = 2400ms;
+constexpr auto spacing = 2100ms;
+/// What a program does at once ends before that, and its second look begins later.
+constexpr auto atOnce = 600ms;
 constexpr auto settling = 8s; ///< after the plug: second looks and what is decided then
-constexpr auto holding = 60s;
 constexpr auto patience = 10s;
 
 /// What one program cost.
 struct Costs {
     std::vector<double> starts, latencies; ///< ms
     double processorTime = 0;              ///< ms an event
-    double wakeUps = 0;                    ///< in a minute
+    double quietTime = 0;                  ///< ms an event, of what is done at once
+    std::optional<double> calls;           ///< system calls an event
+    double wakeUps = 0;                    ///< in ten minutes: of all threads
+    double moments = 0;                    ///< in ten minutes: seconds in which it woke
     Memory memory{};
 };
 
@@ -83,7 +100,8 @@ public:
     /// The next event, and the push that comes of it.
     void drain()
     {
-        laptop_.drainTo(--level_);
+        if (--level_ < lastLevel) level_ = firstLevel;
+        laptop_.drainTo(level_);
         awaited_ = level_;
         const auto announced = Clock::now();
         laptop_.announceBattery();
@@ -95,13 +113,37 @@ public:
     }
 
     void countFromHere() { timeBefore_ = process_->processorTime(); }
-    void sumUp()
+    void sumUp(int events) { costs_.processorTime = timeSince() / events; }
+
+    /// An event that changes the minutes alone, up to the end of what is done at once.
+    double drawPower(int milliwatts)
     {
-        costs_.processorTime = Milliseconds(process_->processorTime() - timeBefore_).count() / events;
+        countFromHere();
+        laptop_.drawPower(milliwatts);
+        laptop_.announceBattery();
+        std::this_thread::sleep_for(atOnce);
+        const double time = timeSince();
+        while (check(sd_bus_process(bus_, nullptr)) > 0) {
+        }
+        return time;
+    }
+    void sumUpQuiet(double time, int events) { costs_.quietTime += time / events; }
+
+    void trace() { counter_.emplace(process_->id(), log_ + ".calls"); }
+    void endTrace(int events)
+    {
+        if (const auto calls = counter_->end()) costs_.calls = static_cast<double>(*calls) / events;
+        counter_.reset();
     }
 
     void hold() { laptop_.holdOnMains(); }
-    void watch() { wakeUpsBefore_ = process_->wakeUps(); }
+    void watch() { wakeUpsBefore_ = wakeUpsSeen_ = process_->wakeUps(); }
+    /// To be called once a second.
+    void noticeWakeUps()
+    {
+        const auto now = process_->wakeUps();
+        if (std::exchange(wakeUpsSeen_, now) != now) ++costs_.moments;
+    }
     void rest()
     {
         costs_.wakeUps = static_cast<double>(process_->wakeUps() - wakeUpsBefore_);
@@ -111,6 +153,8 @@ public:
     const Costs& costs() const { return costs_; }
 
 private:
+    double timeSince() const { return Milliseconds(process_->processorTime() - timeBefore_).count(); }
+
     [[noreturn]] void fail(const char* what) const
     {
         throw std::runtime_error(contender_.program.title + " " + what + ", see " + log_);
@@ -146,12 +190,13 @@ private:
     std::string log_;
     int level_ = firstLevel;
     MockLaptop laptop_{level_};
+    std::optional<CallCounter> counter_;
     std::unique_ptr<Process> process_;
     dbus::Slot pushes_;
     std::optional<double> awaited_; ///< the level that the next push shall carry
     Clock::time_point arrived_;
     Nanoseconds timeBefore_{};
-    long wakeUpsBefore_ = 0;
+    long wakeUpsBefore_ = 0, wakeUpsSeen_ = 0;
     Costs costs_;
 };
 
@@ -208,40 +253,76 @@ void say(const char* what)
     std::fprintf(stderr, "%s\n", what);
 }
 
-/// In turns, so that a busy moment of the machine meets all alike.
-void measure(const Lanes& lanes)
+void measureStarts(const Lanes& lanes, const Plan& plan)
 {
     say("Starts ...");
-    for (int i = 0; i < starts; ++i) {
+    for (int i = 0; i < plan.starts; ++i) {
         for (const auto& lane : lanes) {
             lane->end();
             lane->start();
         }
     }
     std::this_thread::sleep_for(spacing);
+}
 
-    say("Events (a minute and a half) ...");
-    for (const auto& lane : lanes) lane->countFromHere();
-    for (int i = 0; i < events; ++i) {
+/// In turns, so that a busy moment of the machine meets all alike.
+void drain(const Lanes& lanes, int times)
+{
+    for (int i = 0; i < times; ++i) {
         for (const auto& lane : lanes) {
             std::this_thread::sleep_for(spacing / lanes.size());
             lane->drain();
         }
     }
     std::this_thread::sleep_for(spacing);
-    for (const auto& lane : lanes) lane->sumUp();
+}
 
-    say("Holding on mains (a minute) ...");
+void measureEvents(const Lanes& lanes, const Plan& plan)
+{
+    say("Events (seven minutes) ...");
+    for (const auto& lane : lanes) lane->countFromHere();
+    drain(lanes, plan.events);
+    for (const auto& lane : lanes) lane->sumUp(plan.events);
+
+    say("Events without a change of the level (two minutes) ...");
+    for (int i = 0; i < plan.quietEvents; ++i) {
+        for (const auto& lane : lanes) lane->sumUpQuiet(lane->drawPower(8000 + i * 100), plan.quietEvents);
+        std::this_thread::sleep_for(spacing - atOnce * lanes.size());
+    }
+    std::this_thread::sleep_for(spacing);
+}
+
+/// One after the other: the tracer slows the whole machine.
+void countCalls(const Lanes& lanes, const Plan& plan)
+{
+    say("System calls (two minutes) ...");
+    for (const auto& lane : lanes) {
+        lane->trace();
+        for (int i = 0; i < plan.tracedEvents; ++i) {
+            lane->drain();
+            std::this_thread::sleep_for(spacing);
+        }
+        lane->endTrace(plan.tracedEvents);
+    }
+}
+
+void measureHolding(const Lanes& lanes, const Plan& plan)
+{
     for (const auto& lane : lanes) lane->hold();
     std::this_thread::sleep_for(settling);
+    say("Holding on mains (ten minutes) ...");
     for (const auto& lane : lanes) lane->watch();
-    std::this_thread::sleep_for(holding);
+    for (const auto end = Clock::now() + plan.holding; Clock::now() < end;) {
+        std::this_thread::sleep_for(1s);
+        for (const auto& lane : lanes) lane->noticeWakeUps();
+    }
     for (const auto& lane : lanes) lane->rest();
 }
 
 void report(const Lanes& lanes)
 {
-    const auto row = [&](const std::string& what, const char* unit, double aim, int decimals, auto figure) {
+    const auto row = [&](const std::string& what, const char* unit, std::optional<double> aim, int decimals,
+                         auto figure) {
         const auto of = [&](const char* title) -> std::optional<double> {
             const auto found = std::ranges::find_if(
                 lanes, [&](const auto& lane) { return lane->contender().program.title == title; });
@@ -249,19 +330,30 @@ void report(const Lanes& lanes)
         };
         print({what, unit, of("velmorad"), of("upowerd"), of("bare_loop"), aim, decimals});
     };
+    const auto calls = [&](const char* title) -> std::optional<double> {
+        for (const auto& lane : lanes)
+            if (lane->contender().program.title == title) return lane->costs().calls;
+        return std::nullopt;
+    };
     row("change signal to push, p50", "ms", 0.8, 2,
         [](const Costs& c) { return quantile(c.latencies, 0.5); });
-    row("change signal to push, p99", "ms", 0.8, 2,
-        [](const Costs& c) { return quantile(c.latencies, 0.99); });
-    row("processor time an event", "ms", 0.5, 2, [](const Costs& c) { return c.processorTime; });
+    row("change signal to push, p90", "ms", 0.8, 2,
+        [](const Costs& c) { return quantile(c.latencies, 0.9); });
+    row("processor time an event, second look and sample with it", "ms", 0.8, 2,
+        [](const Costs& c) { return c.processorTime; });
+    row("processor time an event, without them", "ms", 0.5, 2, [](const Costs& c) { return c.quietTime; });
+    print({"system calls an event, second look and sample with it (velmorad: at most 60)", "",
+           calls("velmorad"), calls("upowerd"), calls("bare_loop"), std::nullopt, 0});
     row("start to first answer", "ms", 0.5, 1, [](const Costs& c) { return quantile(c.starts, 0.5); });
     row("private memory", "kB", 0.6, 0, [](const Costs& c) { return c.memory.ownKilobytes; });
     row("proportional memory (PSS)", "kB", 0.6, 0,
         [](const Costs& c) { return c.memory.proportionalKilobytes; });
-    row("wake-ups in a minute of holding", "", 0, 0, [](const Costs& c) { return c.wakeUps; });
+    row("wake-ups in ten minutes of holding (velmorad: at most 2)", "", std::nullopt, 0,
+        [](const Costs& c) { return c.moments; });
+    row("the same, each thread counted", "", std::nullopt, 0, [](const Costs& c) { return c.wakeUps; });
 }
 
-void run(const std::string& bin)
+void run(const std::string& bin, const Plan& plan)
 {
     const TemporaryFolder folder;
     const PrivateBus privateBus;
@@ -273,7 +365,10 @@ void run(const std::string& bin)
     if (const std::string peer = "/usr/libexec/upowerd"; std::filesystem::exists(peer))
         lanes.push_back(std::make_unique<Lane>(upowerd(peer, folder.path()), opened, folder.path()));
     lanes.push_back(std::make_unique<Lane>(bareLoop(bin), opened, folder.path()));
-    measure(lanes);
+    measureStarts(lanes, plan);
+    measureEvents(lanes, plan);
+    countCalls(lanes, plan);
+    measureHolding(lanes, plan);
     report(lanes);
 }
 
@@ -283,11 +378,12 @@ void run(const std::string& bin)
 
 int main(int argc, char** argv)
 try {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: umockdev-wrapper bench_daemon FOLDER-OF-PROGRAMS\n");
+    const bool isShort = argc == 3 && std::string_view(argv[2]) == "--short";
+    if (argc != 2 && !isShort) {
+        std::fprintf(stderr, "usage: umockdev-wrapper bench_daemon FOLDER-OF-PROGRAMS [--short]\n");
         return 2;
     }
-    velmora::run(argv[1]);
+    velmora::run(argv[1], isShort ? velmora::shortPlan : velmora::Plan{});
     return 0;
 } catch (const std::exception& failure) {
     std::fprintf(stderr, "bench_daemon: %s\n", failure.what());
