@@ -165,7 +165,8 @@ TEST(PowerSupplyReader, KnowsAGaugesWordsForUnknown)
     };
     for (const auto& [now, average, time] : cases) {
         SysfsTree tree;
-        healthy(tree).supply("BAT0", {{"time_to_empty_now", now}, {"time_to_empty_avg", average}});
+        healthy(tree).supply(
+            "BAT0", {{"power_now", "0"}, {"time_to_empty_now", now}, {"time_to_empty_avg", average}});
         RecordingLog log;
         EXPECT_EQ(PowerSupplyReader(tree.sysfs, log).read().batteries.at(0).timeToEmpty, time) << now;
     }

@@ -26,13 +26,6 @@ std::optional<double> number(DeviceAttributes& battery, const std::string& name)
     return value ? std::optional(static_cast<double>(*value)) : std::nullopt;
 }
 
-/// Of what a battery was made with, which stays.
-std::optional<double> designNumber(DeviceAttributes& battery, const std::string& name)
-{
-    const auto value = battery.fixedInteger(name);
-    return value ? std::optional(static_cast<double>(*value)) : std::nullopt;
-}
-
 SupplyStatus readStatus(DeviceAttributes& battery)
 {
     static constexpr std::pair<std::string_view, SupplyStatus> words[] = {
@@ -79,8 +72,8 @@ struct Voltages {
 
     std::optional<double> design() const
     {
-        const auto lowest = believedVoltage(designNumber(battery, "voltage_min_design"));
-        return lowest ? lowest : believedVoltage(designNumber(battery, "voltage_max_design"));
+        const auto lowest = believedVoltage(number(battery, "voltage_min_design"));
+        return lowest ? lowest : believedVoltage(number(battery, "voltage_max_design"));
     }
 };
 
@@ -103,7 +96,7 @@ Family readFamily(DeviceAttributes& battery, const std::string& prefix)
     Family family;
     family.now = number(battery, prefix + "_now");
     family.full = number(battery, prefix + "_full");
-    family.design = designNumber(battery, prefix + "_full_design");
+    family.design = number(battery, prefix + "_full_design");
     const double largest = std::max(family.full.value_or(0), family.design.value_or(0));
     if (largest > 0 && largest * micro < minimumContent) family.unit = milli;
     for (auto* content : {&family.now, &family.full, &family.design}) {
@@ -297,6 +290,8 @@ BatteryReading readBattery(DeviceAttributes& battery)
         reading.cycleCount = cycles;
     }
     reading.charge = readChargeAttributes(battery);
+    // Where energy and rate are known the driver's own times are not needed.
+    if (reading.energyNow && reading.energyFull && reading.rate.value_or(0) != 0) return reading;
     reading.timeToFull = readSeconds(battery, "time_to_full");
     reading.timeToEmpty = readSeconds(battery, "time_to_empty");
     return reading;

@@ -20,7 +20,7 @@ constexpr int maximumOpen = 32; // more than any device's that is read here
 bool comesLate(std::string_view name)
 {
     return name.starts_with("charge_control_") || name.starts_with("charge_start_") ||
-           name.starts_with("charge_stop_") || name == "charge_types" || name == "charge_behaviour";
+           name.starts_with("charge_stop_") || name == "charge_behaviour";
 }
 
 } // namespace
@@ -106,15 +106,12 @@ std::optional<std::string> DeviceAttributes::fixedText(std::string_view name)
 {
     if (!remembers_) return text(name);
     auto& attribute = known(name);
-    if (attribute.fixed) return attribute.fixed;
-    attribute.fixed = text(name);
-    if (attribute.fixed && attribute.file) close(attribute);
+    if (attribute.isFixed) return attribute.fixed;
+    const auto first = read(name);
+    attribute.fixed = checked(name, first);
+    attribute.isFixed = attribute.fixed || first.isAbsent();
+    if (attribute.file) close(attribute);
     return attribute.fixed;
-}
-
-std::optional<std::int64_t> DeviceAttributes::fixedInteger(std::string_view name)
-{
-    return parsed(name, fixedText(name));
 }
 
 void DeviceAttributes::complain(std::string_view name, const std::string& what) const
@@ -125,10 +122,7 @@ void DeviceAttributes::complain(std::string_view name, const std::string& what) 
 
 void DeviceAttributes::forget()
 {
-    for (auto& [name, attribute] : attributes_) {
-        attribute.isAbsent = false;
-        attribute.fixed.reset();
-    }
+    for (auto& [name, attribute] : attributes_) attribute.isAbsent = false;
 }
 
 } // namespace velmora

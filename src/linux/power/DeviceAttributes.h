@@ -21,10 +21,10 @@ namespace velmora {
 /// where one is wanted, is nothing as well, and one complaint.
 ///
 /// On the kernel's own tree the object remembers: an attribute that was read stays open and is read again in
-/// one call, one that is absent is not looked for again, one that is `fixed` is not read again, until
-/// `forget`. Charge thresholds, types and behaviours are looked for until they are there: vendor drivers
-/// bring them late and announce nothing. An attribute whose driver was unloaded meanwhile (ENODEV) is opened
-/// anew. On a tree of plain files, where one is replaced by another at will, nothing is remembered.
+/// one call, and one that is absent is not looked for again until `forget`. Charge thresholds and behaviours
+/// are looked for until they are there: vendor drivers bring them late and announce nothing. An attribute
+/// whose driver was unloaded meanwhile (ENODEV) is opened anew. On a tree of plain files, where one is
+/// replaced by another at will, nothing is remembered.
 ///
 /// One thread at a time.
 class DeviceAttributes {
@@ -39,14 +39,13 @@ public:
     std::optional<std::string> text(std::string_view name);
     std::optional<std::int64_t> integer(std::string_view name);
 
-    /// Of what does not change as long as the device is there.
+    /// Of what stays as long as the device is there, its type say: read once.
     std::optional<std::string> fixedText(std::string_view name);
-    std::optional<std::int64_t> fixedInteger(std::string_view name);
 
     /// One complaint about the attribute; `what` ends the sentence that begins with its name.
     void complain(std::string_view name, const std::string& what) const;
 
-    /// The device may have changed: what was absent is looked for again, what is fixed is read again.
+    /// The device may have changed: what was absent is looked for again.
     void forget();
 
 private:
@@ -54,7 +53,8 @@ private:
     struct Known {
         FileDescriptor file; ///< open, to be read again
         bool isAbsent = false;
-        std::optional<std::string> fixed;
+        bool isFixed = false;
+        std::optional<std::string> fixed; ///< what was read, where that stays
     };
 
     Known& known(std::string_view name);

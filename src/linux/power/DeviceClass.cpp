@@ -43,6 +43,8 @@ DeviceClass::Listing DeviceClass::list()
             if (name == "." || name == ".." || !name.starts_with(prefix_)) continue;
             if (listing.size() < maximumDevices) listing.emplace(name, entry->d_ino);
         }
+        if (remembers_ && size < static_cast<ssize_t>(buffer.size() / 2))
+            break; // the kernel fills what it can
     }
     if (!remembers_) directory_ = FileDescriptor();
     return listing;

@@ -214,10 +214,12 @@ void PowerSupplyMonitor::noticeFile(const fs::path& folder, const inotify_event&
 
 void PowerSupplyMonitor::notice()
 {
-    if (pauseTimer_) {
-        isOwed_ = true;
-    } else {
+    using namespace std::chrono;
+    const auto left = ceil<milliseconds>(pauseEnd_ - steady_clock::now());
+    if (left <= milliseconds{0}) {
         sd_event_source_set_enabled(settled_.get(), SD_EVENT_ONESHOT);
+    } else if (!owed_) {
+        owed_ = loop_.after(left, [this] { tell(); });
     }
 }
 
@@ -229,6 +231,7 @@ int PowerSupplyMonitor::onSettled(sd_event_source*, void* self) noexcept
 
 void PowerSupplyMonitor::tell()
 {
+    const auto spent = std::exchange(owed_, nullptr);
     again_ = loop_.after(
         secondLook_, [this] { emit(SupplyNews::secondLook); }, secondLook_ / 4);
     emit(SupplyNews::event);
@@ -236,14 +239,8 @@ void PowerSupplyMonitor::tell()
 
 void PowerSupplyMonitor::emit(SupplyNews news)
 {
-    pauseTimer_ = loop_.after(pause_, [this] { pauseEnds(); });
+    pauseEnd_ = std::chrono::steady_clock::now() + pause_;
     changes_.emit(news);
-}
-
-void PowerSupplyMonitor::pauseEnds()
-{
-    pauseTimer_.reset();
-    if (std::exchange(isOwed_, false)) tell();
 }
 
 } // namespace velmora

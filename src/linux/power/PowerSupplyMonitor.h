@@ -77,7 +77,6 @@ private:
     void notice();
     void tell();
     void emit(SupplyNews news);
-    void pauseEnds();
 
     EventLoop& loop_;
     Log& log_;
@@ -88,8 +87,8 @@ private:
     std::chrono::milliseconds pause_;
     Signal<SupplyNews> changes_;
     MainLoop::Timer again_;
-    MainLoop::Timer pauseTimer_; ///< null: the next event is told at once
-    bool isOwed_ = false;        ///< something happened in the pause
+    std::chrono::steady_clock::time_point pauseEnd_; ///< until when events wait
+    MainLoop::Timer owed_;                           ///< tells of what happened in the pause
     Source settled_; ///< null: listens to nothing yet; runs once all that came together has been seen
     Device devices_;
     Source mounts_;

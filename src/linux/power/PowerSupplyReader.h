@@ -37,7 +37,7 @@ struct BatteryReading {
     std::optional<double> rate;
     std::optional<double> health;                                ///< percent: full over design, at most 100
     std::optional<std::int64_t> cycleCount;                      ///< full cycles
-    std::optional<std::chrono::seconds> timeToFull, timeToEmpty; ///< the driver's own
+    std::optional<std::chrono::seconds> timeToFull, timeToEmpty; ///< the driver's own, read if needed
     ChargeAttributes charge;
 };
 
@@ -83,7 +83,8 @@ struct PowerSupplyReading {
 /// **Health** is full over design, unknown outside 1 to 150 %: then one of the two is not what it says.
 ///
 /// **Cycles** up to 0 and from 100000 on are not counted by the driver. **Seconds** are those of the driver
-/// (now, else average) up to three days; 0 and 65535, in seconds or minutes, are a gauge's word for unknown.
+/// (now, else average) up to three days, asked for where energy or rate are unknown or the rate is 0; 0 and
+/// 65535, in seconds or minutes, are a gauge's word for unknown.
 ///
 /// A battery that says Charging is charging, at a rate of 0 as well: many drivers cannot tell the rate.
 ///
