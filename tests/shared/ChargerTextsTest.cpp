@@ -44,7 +44,7 @@ const auto unlimited = obedient("auto-protect", 98, 100);
 const auto paused = obedient("paused", 0, 79);
 const auto* const noControl = "This laptop's charger takes no limit from software: it charges to 100%.";
 const auto* const held = "Auto-Protect is on: charging stops at 80% and begins again below 78%.";
-const auto* const stopped = "The background service is not running: the charger keeps what it was last told.";
+const auto* const stopped = "The background service is not running: the charger keeps its last settings.";
 
 TEST(ChargerTexts, TrayWidgetsPagesAndDaemonAgree)
 {
@@ -189,12 +189,14 @@ TEST(ChargerTexts, PagesSayWhatThisLaptopMakesOfTheSettings)
         {std::nullopt, stopped, ""},
         {ChargerReport{}, "This machine has no battery.", ""},
         {uncontrolled, noControl, ""},
-        {rounded, "In force: 85%, which this laptop makes of 80%.", "Charging begins again below 75%."},
-        {silent, "The charger was told, but does not say what it holds.", "Charging begins again below 78%."},
+        {rounded, "In force: 85%, since this laptop does not support 80%.",
+         "Charging begins again below 75%."},
+        {silent, "The limit was sent to the charger, which does not report it.",
+         "Charging begins again below 78%."},
         {endOnly, "In force: the charger stops at 80%.",
          "This laptop's firmware decides when charging begins again."},
         {storage, "In force: the charger stops at 50%.", notNow},
-        {obedient("auto-protect", -1, -1), "The charger has not been told yet.", notNow},
+        {obedient("auto-protect", -1, -1), "The limit has not been sent to the charger yet.", notNow},
     };
     for (const auto& [charger, limit, start] : cases) {
         EXPECT_EQ(charger::limitEffect({.percentage = 79, .charger = charger}), limit);
@@ -240,7 +242,7 @@ TEST(WidgetTexts, AreSpokenInOneSentenceEach)
     };
     for (const auto& [now, text] : cases) EXPECT_EQ(widget::accessibleSummary(now, Thermal::fair), text);
     EXPECT_EQ(widget::accessibleName(cases[0].first), "Battery, 72%, Charging");
-    EXPECT_EQ(widget::accessibleName({}), "Not watched");
+    EXPECT_EQ(widget::accessibleName({}), "Not monitored");
 }
 
 TEST(Translation, PutsValuesWhereTheTranslatedTextWantsThem)

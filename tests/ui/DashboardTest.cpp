@@ -139,7 +139,7 @@ TEST_F(Dashboard, SwitchesAskForWhatTheySay)
     EXPECT_TRUE(property("limiterText", "text").startsWith("The background service is not running"));
     model.applyCharger(charger);
     EXPECT_EQ(property("limiterText", "text"), "On battery: charging will stop at 55%, storage mode is on.");
-    EXPECT_EQ(property("limit/caption", "text"), "In force: 55%, which this laptop makes of 50%.");
+    EXPECT_EQ(property("limit/caption", "text"), "In force: 55%, since this laptop does not support 50%.");
     open("Health");
     EXPECT_EQ(property("cycles", "value"), "7");
 }

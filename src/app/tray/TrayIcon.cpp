@@ -106,7 +106,7 @@ bool TrayIcon::embed()
     embedded_->onActivate = [this](ScreenPoint at) { call(onActivate, std::optional(at)); };
     embedded_->onLost = [this] {
         embedded_.reset();
-        retries_ = mostRetries;
+        retries_ = maximumRetries;
         changed();
     };
     return true;
@@ -120,7 +120,7 @@ void TrayIcon::giveUp()
 
 void TrayIcon::tryAgainLater()
 {
-    const int tried = mostRetries - retries_--;
+    const int tried = maximumRetries - retries_--;
     next_ = loop_.after(patience_ * (2 << tried), [this] { descend(); });
 }
 

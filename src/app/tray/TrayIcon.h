@@ -34,7 +34,7 @@ public:
 
     /// A lost X server is looked for again this often, after pauses that double from `patience`: for some
     /// eight minutes. After that the machine is not woken for it any more.
-    static constexpr int mostRetries = 7;
+    static constexpr int maximumRetries = 7;
 
     /// `session` is the connection that the item is served on, attached to `loop`; null where there is no
     /// session bus. All of them must outlive the icon. Until `show` it is an empty battery.

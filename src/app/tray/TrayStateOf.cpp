@@ -22,7 +22,7 @@ std::string tooltip(const BatteryModel& model, std::optional<ChargerReport> char
     case Freshness::stale:
         break;
     }
-    return tr("The background service is not running: the battery is not watched.");
+    return tr("The background service is not running: the battery is not monitored.");
 }
 
 } // namespace

@@ -15,8 +15,8 @@ namespace velmora {
 
 namespace {
 
-constexpr int firstSide = 24;                      // pixels, until the tray says otherwise
-constexpr int smallestSide = 8, largestSide = 128; // of the picture; a larger window has room around it
+constexpr int firstSide = 24;                     // pixels, until the tray says otherwise
+constexpr int minimumSide = 8, maximumSide = 128; // of the picture; a larger window has room around it
 constexpr std::size_t maximumNameBytes = 512;
 constexpr std::uint32_t requestDockOpcode = 0;              // SYSTEM_TRAY_REQUEST_DOCK
 constexpr std::array<std::uint32_t, 2> embedInfoData{0, 1}; // version, XEMBED_MAPPED
@@ -305,8 +305,8 @@ void XEmbedIcon::resized(const xcb_configure_notify_event_t& event)
 void XEmbedIcon::draw()
 {
     isStale_ = false;
-    const int side = std::min({width_, height_, largestSide});
-    if (!isDocked_ || side < smallestSide || awaitsBackground_) return;
+    const int side = std::min({width_, height_, maximumSide});
+    if (!isDocked_ || side < minimumSide || awaitsBackground_) return;
     if (depth_ == 32) return drawOver(std::vector<std::uint32_t>(area(side)), side, Bar::unknown);
     awaitsBackground_ = true;
     xcb_clear_area(x_->get(), false, window_, 0, 0, 0, 0);
@@ -320,7 +320,7 @@ void XEmbedIcon::draw()
 void XEmbedIcon::drawOver(const xcb_get_image_reply_t* image, int side)
 {
     awaitsBackground_ = false;
-    if (side != std::min({width_, height_, largestSide})) isStale_ = true;
+    if (side != std::min({width_, height_, maximumSide})) isStale_ = true;
     std::vector<std::uint32_t> background(area(side));
     const auto bytes = background.size() * sizeof background[0];
     if (isStale_ || !image || static_cast<std::size_t>(xcb_get_image_data_length(image)) < bytes)

@@ -49,7 +49,7 @@ std::optional<std::string> StateFile::read()
     const auto status = std::filesystem::status(path_, error);
     if (!std::filesystem::exists(status)) return std::nullopt;
     if (!std::filesystem::is_regular_file(status) ||
-        std::filesystem::file_size(path_, error) > largestWholeFile || error) {
+        std::filesystem::file_size(path_, error) > maximumFileBytes || error) {
         setAside("it is not a regular file of at most 16 MiB");
         return std::nullopt;
     }

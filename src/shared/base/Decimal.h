@@ -9,7 +9,7 @@
 
 namespace velmora {
 
-/// `value` with this many digits after the point, whatever the locale makes of points. -0.04 with one digit
+/// `value` with this many digits after the point, whatever the locale. -0.04 with one digit
 /// reads "-0.0".
 inline std::string decimalText(double value, int digitsAfterPoint)
 {

@@ -11,8 +11,8 @@ namespace velmora {
 /// Ties callbacks to their owner: what `guard` wraps does nothing once the owner is gone. Make it the owner's
 /// first member, so that it is there when the constructor hands out callbacks.
 ///
-/// `guard` may be called on any thread as long as the owner lives. The guarded callback must run on the
-/// thread that destroys the owner, else the owner could go while it runs.
+/// `guard` may be called on any thread while the owner exists. The guarded callback must run on the thread
+/// that destroys the owner; otherwise the owner could be destroyed while it runs.
 class Lifetime {
 public:
     Lifetime() = default;

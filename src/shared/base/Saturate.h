@@ -9,8 +9,7 @@
 
 namespace velmora {
 
-/// `value` without its fraction. What no integer can hold becomes the nearest one that there is; NaN becomes
-/// 0.
+/// `value` without its fraction, limited to the range of the integer; NaN becomes 0.
 inline std::int64_t truncated(double value)
 {
     constexpr double beyond = 9'223'372'036'854'775'808.0; // 2^63, the first double past the largest integer

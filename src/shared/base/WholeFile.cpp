@@ -20,7 +20,7 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& file)
     std::error_code error;
     if (!std::filesystem::is_regular_file(file, error)) return std::nullopt;
     const auto size = std::filesystem::file_size(file, error);
-    if (error || size > largestWholeFile) return std::nullopt;
+    if (error || size > maximumFileBytes) return std::nullopt;
     const File in(std::fopen(file.c_str(), "rbe"));
     if (!in) return std::nullopt;
     std::string bytes(size, '\0');

@@ -13,11 +13,11 @@ namespace velmora {
 /// Small files in one piece. Uses stdio: iostreams pull in locales, which would be a third of a resident
 /// program.
 
-/// The largest that is read: a thousand samples are a hundred thousand bytes.
-inline constexpr std::uintmax_t largestWholeFile = 16U << 20U;
+/// Bytes; a thousand samples take a hundred thousand.
+inline constexpr std::uintmax_t maximumFileBytes = 16U << 20U;
 
-/// All of `file`. Nothing for what is not a regular file of at most `largestWholeFile` bytes (a pipe would
-/// hold the caller for ever) or cannot be read.
+/// All of `file`. Nothing for what is not a regular file of at most `maximumFileBytes` bytes (a pipe would
+/// block for ever) or cannot be read.
 std::optional<std::string> readWholeFile(const std::filesystem::path& file);
 
 /// Whether `bytes` are now all of `file`, as far as the kernel is concerned: nothing is synced.

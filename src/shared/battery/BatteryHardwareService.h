@@ -25,10 +25,10 @@ public:
 
     /// The first source of type "InternalBattery" as a state; nothing where there is none.
     ///
-    /// Each key stands for itself: one that is missing or of another type takes its own default, which is 0
+    /// Keys are read independently: one that is missing or of another type takes its own default, which is 0
     /// of 100 for the capacities, not charging, "Battery" for the power source and -1 (unknown) for the
     /// minutes. The percentage is neither rounded nor clamped, but where the capacities give no finite one it
-    /// is 0, and `complaints`, where given, hears of it.
+    /// is 0, which is raised with `complaints` where given.
     static std::optional<SharedBatteryState>
     stateFromDescriptions(const std::vector<PowerSourceDescription>& sources,
                           Complaints* complaints = nullptr);

@@ -24,8 +24,8 @@ namespace velmora {
 /// The battery history of this machine: samples thinned at intake, capped in number, kept in one JSON file
 /// (see HistoryCodec.h).
 ///
-/// The file is best effort. What cannot be read counts as an empty history and is overwritten by the next
-/// save, what cannot be written is let go; neither is said anywhere. A save follows each kept sample at once
+/// The file is best effort. One that cannot be read counts as an empty history and is overwritten by the next
+/// save; one that cannot be written is given up. Neither is logged. A save follows each kept sample at once
 /// and as a rule does not hold it yet: the newest sample reaches the file with the next one. Nothing is saved
 /// before the loaded list stands in `history`: an empty one would overwrite it.
 class AnalyticsStore {

@@ -17,8 +17,8 @@ namespace {
 using duration::day;
 using duration::month;
 constexpr double shortest = duration::week; // history that a forecast may rest on
-constexpr std::size_t fewestDays = 4;
-constexpr double longestForecast = 60; // months
+constexpr std::size_t minimumDays = 4;
+constexpr double maximumForecast = 60; // months
 
 /// The mean of a day's samples.
 struct Mean {
@@ -84,7 +84,7 @@ double slopeUncertainty(const std::vector<double>& residuals, double spread)
 std::string monthsText(double months)
 {
     const auto whole = std::lround(months);
-    if (months > longestForecast) return tr("more than five years");
+    if (months > maximumForecast) return tr("more than five years");
     if (whole < 1) return tr("less than a month");
     return trn("a month", "%1 months", whole);
 }
@@ -92,7 +92,7 @@ std::string monthsText(double months)
 /// Whether `monthsText` is a number and the word "months".
 bool isCounted(double months)
 {
-    return months <= longestForecast && std::lround(months) > 1;
+    return months <= maximumForecast && std::lround(months) > 1;
 }
 
 std::string reachesText(double soonest, double latest)
@@ -135,7 +135,7 @@ double Fit::at(Date date) const
 std::optional<Fit> fit(const Samples& usable)
 {
     const auto means = dailyMeans(usable);
-    if (means.size() < fewestDays) return std::nullopt;
+    if (means.size() < minimumDays) return std::nullopt;
     const auto count = static_cast<double>(means.size());
     Mean middle;
     for (const auto& one : means)
@@ -173,7 +173,7 @@ Forecast forecast(const Samples& usable, const std::optional<Fit>& fit)
                 tr("The change is smaller than its uncertainty. At the fastest likely pace 80% is %1 away.",
                    monthsText(*soonest)),
                 usable)};
-    if (*soonest > longestForecast)
+    if (*soonest > maximumForecast)
         return {tr("In more than five years"),
                 tr("Health reaches 80% that late even at the fastest likely pace.")};
     return {tr("In about %1", monthsText(*likely)), withEnds(reachesText(*soonest, *latest), usable)};

@@ -25,14 +25,14 @@ std::string encodeHistory(const std::vector<HSHistorySnapshot>& samples);
 /// throws for what the bytes hold.
 std::optional<std::vector<HSHistorySnapshot>> decodeHistory(std::string_view bytes);
 
-/// Which samples make a history, and how many.
+/// Limits of a history.
 namespace history_limits {
 inline constexpr double minimumSpacing = 900;      ///< seconds
 inline constexpr double minimumChange = 5.0;       ///< percentage points
 inline constexpr std::size_t maximumLength = 1000; ///< samples
 } // namespace history_limits
 
-/// Whether `candidate` tells anything after `last` (null: the history is empty): it is dropped when the
+/// Whether `candidate` adds anything to `last` (null: the history is empty): it is dropped when the
 /// charging flag is the same, less than `minimumSpacing` has passed and the level differs by less than
 /// `minimumChange`. To a clock that was set back no time has passed. A candidate with a number that is not
 /// finite is never kept.

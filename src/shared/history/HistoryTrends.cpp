@@ -17,7 +17,7 @@ namespace {
 
 using duration::day;
 using duration::hour;
-constexpr double longestHold = hour; // that a sample speaks for
+constexpr double maximumHold = hour; // that a sample speaks for
 
 ThermalState state(const HSHistorySnapshot& sample)
 {
@@ -64,7 +64,7 @@ std::vector<Band> bands(const Samples& usable, const Window& window)
     std::vector<Band> bands;
     for (std::size_t i = 0; i < usable.size(); ++i) {
         const Date next = i + 1 < usable.size() ? usable[i + 1].timestamp : window.to;
-        const Date end = std::min({next, usable[i].timestamp + longestHold, window.to});
+        const Date end = std::min({next, usable[i].timestamp + maximumHold, window.to});
         const Date begin = std::max(usable[i].timestamp, window.from);
         if (end <= begin) continue;
         const auto here = state(usable[i]);

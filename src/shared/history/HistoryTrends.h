@@ -15,8 +15,7 @@
 #include <string_view>
 #include <vector>
 
-/// What the pages of the past show: every number that stands there is decided here. Nothing comes out that is
-/// not finite, whatever goes in.
+/// All numbers of the history pages. Results are finite, whatever the input.
 namespace velmora::trends {
 
 using History = PredictionEngine::History;

@@ -18,7 +18,7 @@ namespace {
 
 using duration::month;
 using duration::week;
-constexpr double fastestLoss = 5; // percent a month that is reported
+constexpr double maximumLoss = 5; // percent a month that is reported
 
 constexpr std::size_t samplesForPrediction = 11;
 constexpr std::size_t samplesForRate = 6;
@@ -29,7 +29,7 @@ constexpr double deepDischarge = 15; // percent
 
 constexpr std::int64_t monthsUnknown = 24;
 constexpr std::int64_t monthsWithoutLoss = 36;
-constexpr std::int64_t mostMonths = 60;
+constexpr std::int64_t maximumMonths = 60;
 
 double span(PredictionEngine::History history)
 {
@@ -81,7 +81,7 @@ std::int64_t PredictionEngine::predictReplacementMonths(History history)
     if (remaining <= 0) return 0;
     const double months = remaining / (drop(history) / span(history)) / month;
     if (std::isnan(months)) return monthsUnknown;
-    return std::clamp<std::int64_t>(truncated(months), 1, mostMonths);
+    return std::clamp<std::int64_t>(truncated(months), 1, maximumMonths);
 }
 
 std::optional<double> PredictionEngine::degradationRatePerMonth(History history)
@@ -90,7 +90,7 @@ std::optional<double> PredictionEngine::degradationRatePerMonth(History history)
     if (span(history) < week || drop(history) < 0) return std::nullopt;
     const double monthly = drop(history) / span(history) * month;
     if (std::isnan(monthly)) return std::nullopt;
-    return -std::min(monthly, fastestLoss);
+    return -std::min(monthly, maximumLoss);
 }
 
 std::vector<PredictionEngine::HealthInsight> PredictionEngine::generateInsights(History history)

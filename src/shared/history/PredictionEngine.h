@@ -13,8 +13,8 @@
 
 namespace velmora {
 
-/// What a battery's history says about its future. A history is oldest first; only its own timestamps count,
-/// so that the same history always gives the same answer.
+/// Forecasts from a battery's history. A history is oldest first; only its own timestamps count, so that the
+/// same history always gives the same result.
 class PredictionEngine {
 public:
     using History = std::span<const HSHistorySnapshot>;
@@ -29,7 +29,7 @@ public:
         InsightSeverity severity;
     };
 
-    static constexpr double endOfLifeHealth = 80; ///< percent; a battery below it is due
+    static constexpr double endOfLifeHealth = 80; ///< percent; a battery below it is to be replaced
 
     /// Months until the battery is due for replacement, at the pace of the history: 0 for one that is, else 1
     /// to 60. Of fewer than 11 samples, or numbers that cannot be counted with, 24; of a week or less, or

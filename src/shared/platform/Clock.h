@@ -9,12 +9,12 @@
 
 namespace velmora {
 
-/// What time it is, and how much of it has passed.
+/// The time of day and elapsed time.
 class Clock {
 public:
     virtual ~Clock() = default;
 
-    /// The time of day; people and time servers may set it back.
+    /// The time of day; it may be set back.
     virtual Date now() const = 0;
 
     /// Time since the machine started, sleep included; never goes back. For durations.

@@ -11,8 +11,8 @@
 
 namespace velmora {
 
-/// Says once what is wrong, however often it is met: one log line a cause, and none again until the cause was
-/// seen to be gone. Keeps at most `capacity` causes; past that one line says that further ones are not
+/// Logs each problem once, however often it occurs: one line a cause, and none again until the cause is
+/// settled. Keeps at most `capacity` causes; past that one line says that further ones are not
 /// logged, until a cause is gone. Any thread.
 class Complaints {
 public:
@@ -24,7 +24,7 @@ public:
     /// Logs `text` as a warning if `cause` is new. Returns whether it did.
     bool raise(const std::string& cause, const std::string& text);
 
-    /// The cause is gone; should it come back it is worth a line again.
+    /// The cause is gone; if it comes back, it is logged again.
     void settle(const std::string& cause);
 
 private:

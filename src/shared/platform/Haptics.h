@@ -7,7 +7,7 @@
 
 namespace velmora {
 
-/// A touchpad that can answer the finger with a tap.
+/// A touchpad with haptic feedback.
 class Haptics {
 public:
     enum class Pattern : std::uint8_t {

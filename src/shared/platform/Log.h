@@ -12,7 +12,7 @@ namespace velmora {
 enum class LogLevel : std::uint8_t { debug, info, warning, error };
 
 /// The platform's log, subsystem "app.velmora". One line a call; `category` is the name of the class that
-/// speaks.
+/// logs.
 class Log {
 public:
     virtual ~Log() = default;

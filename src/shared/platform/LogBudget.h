@@ -15,11 +15,11 @@
 namespace velmora {
 
 /// Log lines that a client can cause: a few at once, then one a minute, with a count of what was left out.
-/// The last is never left out, only late: what the log ends with is true. Main thread only.
+/// The last line is never left out, only late, so that the log ends with the present state. Main thread only.
 class LogBudget {
 public:
     static constexpr int fewAtOnce = 5;
-    static constexpr int manyAtOnce = 30; ///< a person who plays with a slider
+    static constexpr int manyAtOnce = 30; ///< as many as a user causes with a slider
 
     LogBudget(MainLoop& loop, Log& log, const Clock& clock, std::string category, int atOnce = fewAtOnce);
     LogBudget(const LogBudget&) = delete;

@@ -9,7 +9,7 @@
 
 namespace velmora {
 
-/// The thread that owns everything observable, and the time it lives by.
+/// The thread that owns everything observable, and its timers.
 class MainLoop {
 public:
     using Task = std::function<void()>;

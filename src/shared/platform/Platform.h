@@ -23,7 +23,7 @@
 namespace velmora {
 
 /// The machine as the core sees it, and the owner of the core's singletons. A program's `main` installs one
-/// before anything else; a test installs one made of fakes, and with it goes all that was created on it.
+/// before anything else; a test installs one made of fakes. Its singletons are destroyed with it.
 struct Platform {
     std::shared_ptr<MainLoop> mainLoop;
     std::shared_ptr<Clock> clock;
@@ -34,7 +34,7 @@ struct Platform {
     std::shared_ptr<ServiceManager> serviceManager;
     /// Makes a serial queue; `label` names its thread.
     std::function<std::unique_ptr<WorkQueue>(std::string_view label)> makeWorkQueue;
-    /// The user's folders for what applications keep, best first; may be empty.
+    /// The user's data folders for applications, best first; may be empty.
     std::vector<std::filesystem::path> applicationSupportDirectories;
     std::filesystem::path temporaryDirectory; ///< closed to other users; empty where there is none
     SystemVersion systemVersion;
@@ -48,7 +48,7 @@ struct Platform {
         return *static_cast<T*>(slot.get());
     }
 
-    /// The installed platform. Throws std::logic_error where there is none: `main` has forgotten it.
+    /// The installed platform. Throws std::logic_error where `main` has installed none.
     static Platform& current();
 
     /// Makes `platform` the current one until the result goes, then restores the one before.

@@ -17,7 +17,7 @@ namespace velmora {
 using PowerSourceDescription =
     std::map<std::string, std::variant<bool, std::int64_t, double, std::string>, std::less<>>;
 
-/// Keys of a description, and what stands under them.
+/// Keys of a description, with their types and units.
 namespace power_source_key {
 inline constexpr auto type = "Type";                        ///< text; "InternalBattery" for the laptop's own
 inline constexpr auto name = "Name";                        ///< text

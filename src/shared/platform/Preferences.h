@@ -8,7 +8,7 @@
 
 namespace velmora {
 
-/// What the user's applications remember of their choices, by key. Main thread only.
+/// The user's stored preferences, by key. Main thread only.
 class Preferences {
 public:
     virtual ~Preferences() = default;

@@ -15,7 +15,7 @@ namespace velmora {
 class ServiceManager {
 public:
     enum class Status : std::uint8_t {
-        notRegistered = 0, ///< also where there is no telling
+        notRegistered = 0, ///< also where it is unknown
         enabled = 1,       ///< it starts with the machine
     };
 
@@ -28,20 +28,20 @@ public:
     };
     struct Error {
         ErrorCode code = ErrorCode::internalFailure;
-        std::string description; ///< the manager's own words
+        std::string description; ///< as the manager words it
 
         friend bool operator==(const Error&, const Error&) = default;
     };
-    /// Told nothing where the service is registered now.
+    /// Called with nothing where the service is registered now.
     using Completion = std::function<void(const std::optional<Error>&)>;
 
     virtual ~ServiceManager() = default;
 
-    /// Asks the manager, and waits for it: a moment, and never longer than a second.
+    /// Asks the manager. Blocks for a moment, never longer than a second.
     virtual Status status() = 0;
 
-    /// Has the daemon start with the machine, and now. The system asks the user for leave by its own prompt,
-    /// for as long as that takes. `completion` is called once, later, unless this goes first.
+    /// Starts the daemon now and at every boot. The system asks the user for authorisation by its own prompt,
+    /// without a time limit. `completion` is called once, later, unless this goes first.
     virtual void registerService(Completion completion) = 0;
 };
 

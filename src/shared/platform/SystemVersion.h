@@ -5,7 +5,7 @@
 
 namespace velmora {
 
-/// The version of the system that this runs on; 0.0 where there is no telling.
+/// The version of the running system; 0.0 where it is unknown.
 struct SystemVersion {
     int major = 0;
     int minor = 0;

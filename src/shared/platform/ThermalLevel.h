@@ -9,7 +9,7 @@
 
 namespace velmora {
 
-/// How hot the machine is by its own account, in four coarse steps.
+/// How hot the machine reports to be, in four steps.
 class ThermalLevel {
 public:
     virtual ~ThermalLevel() = default;
@@ -17,7 +17,7 @@ public:
     /// 0 nominal, 1 fair, 2 serious, 3 critical. Read afresh; never fails.
     virtual int level() = 0;
 
-    /// Calls `changed` when the level may differ now, on whatever thread notices it.
+    /// Calls `changed` when the level may differ now, on any thread.
     [[nodiscard]] virtual Subscription observeChanges(std::function<void()> changed) = 0;
 };
 

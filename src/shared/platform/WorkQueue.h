@@ -7,15 +7,15 @@
 
 namespace velmora {
 
-/// Work that must not hold up the main thread, done one task after the other in the order given.
+/// A serial queue for work that must not block the main thread.
 class WorkQueue {
 public:
     using Task = std::function<void()>;
 
-    /// Finishes what was given, then returns.
+    /// Finishes all tasks, then returns.
     virtual ~WorkQueue() = default;
 
-    /// Runs `task` on the queue's own thread. May be called from any thread; returns at once.
+    /// Runs `task` on the queue's thread. May be called from any thread; returns at once.
     virtual void async(Task task) = 0;
 };
 

@@ -38,14 +38,14 @@ bool isLimiting(Rule rule)
     return rule == Rule::autoProtect || rule == Rule::storage || rule == Rule::paused;
 }
 
-/// What the charger was told, and what came of it.
+/// What is in force.
 struct Order {
     Rule rule = Rule::none;
     double limit = 100; ///< percent; 100: none, negative: not known
     double resume = -1; ///< percent; negative: not known
 };
 
-/// What a threshold became; what was asked for where the charger does not tell.
+/// The threshold that the charger reports; the wanted one where it reports none.
 double inForce(std::int64_t held, std::int64_t wanted)
 {
     return static_cast<double>(held >= 0 ? held : wanted);
@@ -105,7 +105,7 @@ Activity activityOf(const Situation& now, const Order& order)
 std::optional<std::string> obstacle(const Situation& now)
 {
     if (!now.charger)
-        return tr("The background service is not running: the charger keeps what it was last told.");
+        return tr("The background service is not running: the charger keeps its last settings.");
     if (!now.charger->hasBattery) return tr("This machine has no battery.");
     if (now.charger->control == ChargerReport::Control::none)
         return tr("This laptop's charger takes no limit from software: it charges to 100%.");
@@ -122,7 +122,7 @@ struct RuleTexts {
 
 constexpr auto takesNoCharge = trMark("Plugged in, but the battery takes no charge right now.");
 
-/// In the order of Rule; a pause has a sentence of its own. Below a limit a battery is never full.
+/// In the order of Rule; for a pause see `pauseText`. Below a limit a battery is never full.
 constexpr std::array ruleTexts{
     RuleTexts{trMark("On battery: charging will go on to %1, no limit is set."),
               trMark("Charging to %1: no limit is set."), trMark("Full: plugged in, no limit is set."),
@@ -225,7 +225,7 @@ std::string batteryTooltip(const Situation& now, const Order& order)
     return tr("%1, plugged in, not charging", level);
 }
 
-/// Of sentence and heat, in words of the reader's language; %1 is what the battery does.
+/// `text`, and the heat where it is above nominal.
 std::string withHeat(const std::string& text, ThermalMonitorService::ThermalState state)
 {
     using enum ThermalMonitorService::ThermalState;
@@ -265,7 +265,7 @@ std::string limiterText(const Situation& now)
     if (const auto why = obstacle(now)) return *why;
     const auto order = orderOf(now);
     if (order.rule == Rule::paused) return pauseText(order);
-    if (order.limit < 0) return tr("The charger has not been told yet.");
+    if (order.limit < 0) return tr("The limit has not been sent to the charger yet.");
     return activityText(now, order);
 }
 
@@ -274,11 +274,12 @@ std::string limitEffect(const Situation& now)
     if (const auto why = obstacle(now)) return *why;
     const auto wanted = now.charger->wantedEndThreshold;
     const auto held = now.charger->endThreshold;
-    if (wanted < 0) return tr("The charger has not been told yet.");
-    if (held < 0) return tr("The charger was told, but does not say what it holds.");
+    if (wanted < 0) return tr("The limit has not been sent to the charger yet.");
+    if (held < 0) return tr("The limit was sent to the charger, which does not report it.");
     const auto limit = percent(static_cast<double>(held));
     if (held == wanted) return tr("In force: the charger stops at %1.", limit);
-    return tr("In force: %1, which this laptop makes of %2.", limit, percent(static_cast<double>(wanted)));
+    return tr("In force: %1, since this laptop does not support %2.", limit,
+              percent(static_cast<double>(wanted)));
 }
 
 std::string startEffect(const Situation& now, double limit, double hysteresis)
@@ -296,7 +297,7 @@ std::string startEffect(const Situation& now, double limit, double hysteresis)
 
 std::string stateText(const Situation& now)
 {
-    if (!isWatched(now)) return isBatteryMissing(now) ? tr("No battery") : tr("Not watched");
+    if (!isWatched(now)) return isBatteryMissing(now) ? tr("No battery") : tr("Not monitored");
     switch (activityOf(now, orderOf(now))) {
     case Activity::onBattery:
         return tr("On battery");

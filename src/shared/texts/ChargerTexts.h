@@ -29,7 +29,7 @@ std::string reason(std::string_view mode, std::optional<int> end, std::optional<
 /// What the limiter does right now, and why; a sentence.
 std::string limiterText(const Situation& now);
 
-/// What this laptop's charger makes of the limit that it was told; a sentence.
+/// Which limit this laptop's charger holds for the wanted one; a sentence.
 std::string limitEffect(const Situation& now);
 
 /// When charging begins again with these two settings, be they in force or not yet; a sentence, or nothing

@@ -11,7 +11,7 @@
 
 namespace velmora {
 
-/// What the battery does and what it was told to do: all that is put into words.
+/// What the battery does, what the user wants and what is in force: the input of all texts.
 struct Situation {
     double percentage = 50;
     bool isCharging = false;
@@ -29,7 +29,7 @@ struct Situation {
 /// That of a model, with what the daemon reports beside it.
 Situation situationOf(const BatteryModel& model, std::optional<ChargerReport> charger);
 
-/// The values are those of a battery, and not what a model begins with.
+/// The values are those of a battery, and not the initial ones of a model.
 bool isWatched(const Situation& now);
 
 /// The daemon has looked and found no battery.

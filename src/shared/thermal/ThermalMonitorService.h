@@ -13,8 +13,8 @@
 
 namespace velmora {
 
-/// Tells one subscriber how hot the machine is. Delivers on every change signal and every `update`, changed
-/// or not.
+/// Reports to one subscriber how hot the machine is. Delivers on every change signal and every `update`,
+/// changed or not.
 class ThermalMonitorService {
 public:
     enum class ThermalState : std::uint8_t { nominal, fair, serious, critical };

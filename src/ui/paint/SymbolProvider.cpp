@@ -18,7 +18,7 @@ namespace velmora {
 namespace {
 
 constexpr int defaultSide = 16;
-constexpr int largestSide = 1024;
+constexpr int maximumSide = 1024;
 
 QImage transparent(int side)
 {
@@ -76,7 +76,7 @@ QImage symbolImage(const QString& name, int side, const QColor& from, const QCol
 QImage SymbolProvider::requestImage(const QString& id, QSize* size, const QSize& requested)
 {
     const auto wanted = std::max(requested.width(), requested.height());
-    const auto side = wanted > 0 ? std::min(wanted, largestSide) : defaultSide;
+    const auto side = wanted > 0 ? std::min(wanted, maximumSide) : defaultSide;
     const auto parts = id.split(QLatin1Char('/'));
     const auto from = colour(parts.value(1));
     const auto to = colour(parts.value(2, parts.value(1)));
