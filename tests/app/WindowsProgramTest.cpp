@@ -126,7 +126,7 @@ TEST_F(WindowsProgramTest, OneThatEndsOrCannotBeStartedIsNamedAndTriedAgainAtThe
     }
     WindowsProgram missing(loop, application.get(), clock, log, folder.path() / "nothing");
     for (int click = 0; click < 3; ++click) missing.request({.window = "panel"});
-    EXPECT_EQ(log.count("cannot start"), 1U);
+    EXPECT_EQ(log.count("Cannot start"), 1U);
 }
 
 } // namespace

@@ -20,7 +20,7 @@ public:
     ModelObject(const ModelObject&) = delete;
     ModelObject& operator=(const ModelObject&) = delete;
 
-    /// Called when somebody on the bus asks the application to end; may not destroy this.
+    /// Called when a client on the bus asks the application to quit; may not destroy this.
     std::function<void()> onQuit;
 
 private:

@@ -26,7 +26,7 @@ namespace velmora {
 namespace {
 
 constexpr auto category = "WindowsProgram";
-constexpr std::size_t longestReason = 200;                 // bytes of what another program says
+constexpr std::size_t maximumReason = 200;                 // bytes of another program's message
 constexpr std::uint64_t answerPatience = 2'000'000;        // microseconds
 constexpr std::chrono::milliseconds startPatience{10'000}; // a cold disk takes a second or two
 
@@ -163,18 +163,18 @@ WindowsProgram::~WindowsProgram()
 
 void WindowsProgram::request(WindowRequest request)
 {
-    if (!bus_) return log_.warning(category, "without a session bus there are no windows");
+    if (!bus_) return log_.warning(category, "Cannot open a window without a session bus.");
     if (told_) return wait(std::move(request));
     if (owner_->exists()) return tell(request);
     if (!child_) return start(request);
     if (isStuck()) {
-        log_.warning(category, program_.filename().string() + " did not come up: ended");
+        log_.warning(category, program_.filename().string() + " did not start in time; killed it.");
         child_->kill();
     }
     wait(std::move(request));
 }
 
-/// A second click while the window is on its way is an impatient one, not a wish to close it.
+/// A second click while the window is opening is an impatient one, not a request to close it.
 void WindowsProgram::wait(WindowRequest request)
 {
     if (request.isToggle && isOnItsWay(request.window) && !isStuck()) return;
@@ -208,7 +208,7 @@ try {
     complaints_.settle("start");
 } catch (const std::system_error& failure) {
     waiting_.clear(); // they would meet the same
-    complaints_.raise("start", std::string("cannot start ") + failure.what());
+    complaints_.raise("start", std::string("Cannot start ") + failure.what() + ".");
 }
 
 void WindowsProgram::tell(const WindowRequest& request)
@@ -259,15 +259,16 @@ void WindowsProgram::serveNext()
 void WindowsProgram::refused(const WindowRequest& request, const sd_bus_error& error)
 {
     const std::string why = error.message ? error.message : error.name;
-    complaints_.raise("refused " + request.window,
-                      "no window \"" + request.window + "\": " + std::string(utf8Prefix(why, longestReason)));
+    complaints_.raise("refused " + request.window, "Cannot open the window \"" + request.window +
+                                                       "\": " + std::string(utf8Prefix(why, maximumReason)));
 }
 
-/// Once the program before is gone; one that hangs is helped.
+/// Once the previous program has ended; one that hangs is killed.
 void WindowsProgram::startAnew()
 {
     if (owner_->exists()) {
-        log_.warning(category, program_.filename().string() + " does not answer" + (child_ ? ": ended" : ""));
+        log_.warning(category,
+                     program_.filename().string() + " does not answer" + (child_ ? "; killed it." : "."));
         if (!child_) return waiting_.clear();
         child_->kill();
     }
@@ -292,12 +293,12 @@ void WindowsProgram::ended(const siginfo_t& end)
     const auto name = program_.filename().string();
     if (!hasAppeared)
         complaints_.raise("before " + window,
-                          name + " " + fate(end) + " before it showed the window \"" + window + '"');
+                          name + " " + fate(end) + " before it showed the window \"" + window + "\".");
     else if (end.si_code != CLD_EXITED || end.si_status != 0)
-        complaints_.raise("end", name + " " + fate(end));
+        complaints_.raise("end", name + " " + fate(end) + ".");
     else
         complaints_.settle("end");
-    if (told_) return; // its answer comes yet, and says that nobody is there
+    if (told_) return; // an error that the name has no owner follows
     if (const auto next = takeNext()) start(*next);
 }
 

@@ -21,7 +21,7 @@
 
 namespace velmora {
 
-/// A window that somebody asked for.
+/// A request to open a window.
 struct WindowRequest {
     std::string window;              ///< of wire::windows
     bool isToggle = false;           ///< closes the window where it is open
