@@ -47,8 +47,8 @@ protected:
         if (isSound)
             place = value->template value<T>();
         else
-            complaints_.raise(name, std::string(name) + " came with a value that it cannot have; the one "
-                                                        "before stays");
+            complaints_.raise(name, "Ignored an invalid value of " + std::string(name) +
+                                        "; the previous one stays.");
     }
 
 private:
