@@ -123,7 +123,7 @@ TEST_F(Flood, OfACallerWhoNeverReadsFillsNoMemory)
         most = std::max(most, unsent);
         return seen >= calls;
     }));
-    EXPECT_EQ(most, 2 * dbus::mostUnsent + 1);
+    EXPECT_EQ(most, 2 * dbus::maximumUnsent + 1);
 
     caller = std::async(std::launch::async, [&] { // reads, at last
         while (call(client.get(), "org.freedesktop.DBus.Peer", "Ping", true) == -ETIMEDOUT) {

@@ -27,7 +27,7 @@ public:
     int get() const noexcept { return descriptor_; }
     explicit operator bool() const noexcept { return descriptor_ >= 0; }
 
-    /// Hands the descriptor to somebody else, who closes it.
+    /// Releases the descriptor to the caller, who closes it.
     [[nodiscard]] int release() noexcept { return std::exchange(descriptor_, -1); }
 
     /// Closes now. Returns 0 or the errno that close gave: a late failure to write shows there.

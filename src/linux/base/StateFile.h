@@ -29,7 +29,7 @@ public:
     /// Whether `bytes` are safely on the disk. A failure leaves the old contents; one log line a cause.
     bool write(std::string_view bytes);
 
-    /// Gives the file another name, beside its own, and says why: nothing that somebody may miss is deleted.
+    /// Renames the file to a new name beside its own and logs why, so that no data of the user is deleted.
     void setAside(std::string_view why);
 
 private:

@@ -39,8 +39,8 @@ int shedCall(sd_bus_message* message, void*, sd_bus_error* error)
     std::uint64_t unsent = 0;
     if (sd_bus_message_is_method_call(message, nullptr, nullptr) <= 0) return 0;
     sd_bus_get_n_queued_write(sd_bus_message_get_bus(message), &unsent);
-    if (unsent <= mostUnsent) return 0;
-    if (unsent > 2 * mostUnsent) return 1; // taken for answered
+    if (unsent <= maximumUnsent) return 0;
+    if (unsent > 2 * maximumUnsent) return 1; // taken for answered
     return sd_bus_error_set(error, SD_BUS_ERROR_LIMITS_EXCEEDED, "asked too often");
 }
 

@@ -10,16 +10,16 @@
 
 namespace velmora {
 
-/// Follows which connection owns a name on the bus. Any peer may send us any signal, and sd-bus takes it for
-/// a match whatever sender the rule names: who trusts a signal asks here whether it came from the owner.
+/// Follows which connection owns a name on the bus. Any peer may send any signal directly, and sd-bus matches
+/// it whatever sender the rule names: check here whether a signal came from the owner before trusting it.
 ///
 /// Never blocks; until the bus has answered, the name counts as not owned. Loop's thread only.
 class NameOwner {
 public:
     /// `appeared` is called when the name gains an owner that it did not have in the beginning, `gone` when
-    /// it turns out to have none, in the beginning too; either may destroy this. The bus answers who owns the
-    /// name now before it serves a match that is made afterwards. Throws std::system_error where the
-    /// connection is gone.
+    /// it has none, in the beginning, too; either may destroy this. The bus answers the question for the
+    /// present owner before it handles a later match. Throws std::system_error where the connection is
+    /// gone.
     NameOwner(sd_bus* bus, const std::string& name, std::function<void()> appeared = {},
               std::function<void()> gone = {});
     NameOwner(const NameOwner&) = delete;

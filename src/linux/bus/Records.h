@@ -7,11 +7,12 @@
 #include "wire/KeyedArchive.h"
 #include "wire/VelmoraProtocol.h"
 
-/// The wire's records as D-Bus values. All throw std::system_error where the message is broken or memory is
-/// out.
+/// The wire's records as D-Bus values. All throw std::system_error where the message is broken or memory
+/// runs out.
 namespace velmora::dbus {
 
-/// Appends `archive` as an `a{sv}`. Text that is not UTF-8 is cleaned: the bus would hang up on it.
+/// Appends `archive` as an `a{sv}`. Text that is not UTF-8 is cleaned: the bus would close the connection on
+/// it.
 void append(sd_bus_message* message, const KeyedArchive& archive);
 /// Appends one value as its own type, without a variant around it.
 void append(sd_bus_message* message, const KeyedArchive::Value& value);
