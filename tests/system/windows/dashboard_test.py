@@ -75,8 +75,8 @@ class DashboardTest(WindowTest):
         self.await_charger(64, 75)
         for role, name, start, end in [("check box", "Storage mode", 39, 50), ("check box", "Storage mode", 64, 75),
                                        ("check box", "Auto-Protect", 95, 100), ("check box", "Auto-Protect", 64, 75),
-                                       ("push button", "Quick Charge to 100%", 99, 100),
-                                       ("push button", "Stop Quick Charge", 64, 75)]:
+                                       ("button", "Quick Charge to 100%", 99, 100),
+                                       ("button", "Stop Quick Charge", 64, 75)]:
             self.press(role, name)
             self.await_charger(start, end)
         until(lambda: self.widget("slider", "Charge limit").get_description() == "In force: the charger stops at 75%.",
@@ -110,10 +110,10 @@ class DashboardTest(WindowTest):
             self.assertEqual(sorted(set(counts), reverse=True), counts)
             xdotool("key", "Right", "Right")
             until(lambda: int(told().split(" samples")[0]) == max(counts), "the arrow keys go back to all")
-            self.press("push button", "Export CSV")
+            self.press("button", "Export CSV")
             table = self.saved(".csv").read_text().splitlines()
             self.assertEqual(len(table) - 1, max(counts))
-            self.press("push button", "Export PNG")
+            self.press("button", "Export PNG")
             self.assertEqual(self.saved(".png").read_bytes()[:4], b"\x89PNG")
             self.click(*middle(self.widget("chart", chart)))
             until(lambda: "% health" in told(), "the sample under the pointer is read out")

@@ -29,7 +29,7 @@ class InstallTest(WindowTest):
 
     def test_granted_it_shows_the_dashboard_and_asks_never_again(self):
         self.start_fresh("--prompt", 1)
-        self.press("push button", BUTTON)
+        self.press("button", BUTTON)
         self.widget("progress bar", "Installing background services...")
         self.await_dashboard()
         self.await_charger(78, 80)
@@ -43,9 +43,9 @@ class InstallTest(WindowTest):
     def test_cancelled_it_can_be_tried_again(self):
         self.start_fresh("--prompt", 1, "--cancel")
         for _ in range(2):
-            self.press("push button", BUTTON)
+            self.press("button", BUTTON)
             self.widget("progress bar", "Installing background services...")
-        self.widget("push button", BUTTON)
+        self.widget("button", BUTTON)
         self.assertEqual(self.battery("charge_control_end_threshold"), "100")
 
 

@@ -21,7 +21,7 @@ class PanelTest(WindowTest):
         icon = self.icon()
         self.assertTrue(x <= icon[0] <= x + width <= 1280 and icon[1] < y < icon[1] + 64, "it opens at the icon")
         for limit in [90, 80] * 10:
-            self.press("push button", "Settings")
+            self.press("button", "Settings")
             self.press("menu item", f"Limit to {limit}%")
             self.await_charger(limit - 2, limit)
             until(lambda: self.widget("check box", "Auto-Protect").get_description() == f"Limit to {limit}% charge",
@@ -32,8 +32,8 @@ class PanelTest(WindowTest):
         self.start_all()
         self.open_panel()
         self.await_charger(78, 80)
-        for role, name, start, end in [("push button", "Quick Charge to 100%", 99, 100),
-                                       ("push button", "Stop Quick Charge", 78, 80),
+        for role, name, start, end in [("button", "Quick Charge to 100%", 99, 100),
+                                       ("button", "Stop Quick Charge", 78, 80),
                                        ("check box", "Auto-Protect", 95, 100),
                                        ("check box", "Auto-Protect", 78, 80)]:
             self.press(role, name)
@@ -72,7 +72,7 @@ class PanelTest(WindowTest):
     def test_the_power_button_ends_all(self):
         self.start_all()
         self.open_panel()
-        self.press("push button", "Quit Velmora")
+        self.press("button", "Quit Velmora")
         self.assertEqual(self.velmora.wait(), 0)
         until(lambda: not self.windows_program(), "the windows are gone")
 

@@ -260,9 +260,14 @@ def children(widget):
     return filter(None, map(widget.get_child_at_index, range(widget.get_child_count())))
 
 
+def role_of(widget):
+    """In the words of at-spi 2.53; before, a button was a push button."""
+    return widget.get_role_name().removeprefix("push ")
+
+
 def seek(root, role, name):
     """The first widget with that role, and a name that begins so, which is shown."""
-    if root.get_role_name() == role and root.get_name().startswith(name):
+    if role_of(root) == role and root.get_name().startswith(name):
         return root if has("SHOWING", root) else None
     return next(filter(None, (seek(child, role, name) for child in children(root))), None)
 

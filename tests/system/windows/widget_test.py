@@ -21,7 +21,7 @@ class WidgetTest(WindowTest):
         self.assertEqual(self.start("velmora", *option).wait(), 0)
 
     def place(self):
-        return rectangle(self.widget("push button", "Battery, "))
+        return rectangle(self.widget("button", "Battery, "))
 
     def set(self, size, **properties):
         for name, value in properties.items():
