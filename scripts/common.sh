@@ -8,9 +8,14 @@ run_packages=(dbus systemd fuse3 qml6-module-qtqml qml6-module-qtqml-models qml6
 screen_packages=(xvfb xauth) # where there is no display
 picture_packages=(imagemagick xdotool) # for a picture of it with the panel that a click opens
 tray_programs=(cbatticon fdpowermon lxqt-powermanagement xfce4-power-manager) # what Velmora is measured beside
-test_packages=(libgtest-dev libgmock-dev clang-format xvfb xauth xdotool at-spi2-core gir1.2-atspi-2.0 python3-gi
+test_packages=(libgtest-dev libgmock-dev python3 xvfb xauth xdotool at-spi2-core gir1.2-atspi-2.0 python3-gi
     openbox tint2 systemd polkitd)
-all_packages=(clang clang-tidy libclang-rt-14-dev)
+case $(. /etc/os-release && echo "${VERSION_ID-}") in
+    12) clang=14 test_packages+=(clang-format-14) ;; # the one version that the format is checked with
+    *) clang=19 ;;
+esac
+clang_packages=(clang "libclang-rt-$clang-dev")
+all_packages=("${clang_packages[@]}" clang-tidy)
 
 # need PACKAGE... : installs those that are missing, and calls apt only if there are any.
 need() {

@@ -151,7 +151,7 @@ int runApplication(Command command)
     platform.loop().stopOn({SIGTERM, SIGINT});
     SessionBus session(platform.loop(), platform.log());
     if (platform.loop().isOver()) return 0;
-    if (session.role() == SessionBus::Role::secondary) return session.forward(command) ? 0 : 1;
+    if (session.role() == SessionBus::Role::secondary) return session.forward(actionOf(command)) ? 0 : 1;
     if (command != Command::run && !session.handle()) return 1; // the log says why
     if (command == Command::quit) return 0;                     // no instance is running
     App app(platform);

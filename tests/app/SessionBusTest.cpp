@@ -56,7 +56,7 @@ TEST_F(SessionTest, ASecondProgramHandsItsErrandToTheFirst)
             RecordingLog log;
             SessionBus session(itsLoop, log);
             EXPECT_EQ(session.role(), SessionBus::Role::secondary);
-            EXPECT_TRUE(session.forward(command));
+            EXPECT_TRUE(session.forward(actionOf(command)));
             ++done;
         }
     });

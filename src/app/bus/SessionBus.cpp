@@ -74,9 +74,8 @@ int SessionBus::named(sd_bus_message* reply)
     return 0;
 }
 
-bool SessionBus::forward(Command command)
+bool SessionBus::forward(const char* action)
 {
-    const char* action = actionOf(command);
     sd_bus_message* made = nullptr;
     if (sd_bus_message_new_method_call(bus_.get(), &made, wire::face::serviceName, wire::face::objectPath,
                                        applicationInterface, action ? "ActivateAction" : "Activate") < 0)
@@ -87,7 +86,7 @@ bool SessionBus::forward(Command command)
     dbus::check(
         sd_bus_message_append(made, "a{sv}", token.empty() ? 0 : 1, "activation-token", "s", token.c_str()),
         "append");
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     const int answered = sd_bus_call(bus_.get(), made, patience, &error, nullptr);
     if (answered < 0)
         log_.error(category, std::string("The running instance of Velmora does not answer: ") +

@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include "Options.h"
 #include "base/EventLoop.h"
 #include "bus/DBus.h"
 #include "platform/Log.h"
@@ -36,9 +35,9 @@ public:
     /// Called when the bus closes the connection: the session is over.
     std::function<void()> onLost;
 
-    /// Has the program that owns the name run the command, and waits a few seconds for its word. Whether it
-    /// did.
-    bool forward(Command command);
+    /// Has the program that owns the name take the action, a null one by opening its panel, and waits a few
+    /// seconds for its word. Whether it did.
+    bool forward(const char* action);
 
 private:
     void connect(EventLoop& loop);

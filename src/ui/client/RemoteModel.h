@@ -3,8 +3,8 @@
 
 #pragma once
 
+#include "client/QtLog.h"
 #include "platform/Complaints.h"
-#include "program/QtLog.h"
 #include "texts/DashboardTexts.h"
 #include "texts/WidgetTexts.h"
 #include "wire/VelmoraProtocol.h"

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "program/QtLog.h"
+#include "client/QtLog.h"
 
 #include <QObject>
 #include <QVariantMap>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "client/RemoteModel.h"
-#include "program/QtLog.h"
+#include "client/QtLog.h"
 
 #include <QElapsedTimer>
 #include <QImage>

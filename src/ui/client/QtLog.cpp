@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "program/QtLog.h"
+#include "client/QtLog.h"
 
 #include <QByteArray>
 #include <QLoggingCategory>
