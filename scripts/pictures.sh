@@ -1,0 +1,70 @@
+# Pictures of all windows of the Velmora that runs, in both looks. Sourced by ./run, after stage.sh.
+
+manager=(app.velmora.Velmora /app/velmora/InstallationManager app.velmora.InstallationManager)
+model=(app.velmora.Velmora /app/velmora/Velmora app.velmora.Model)
+is_installed() { [ "$(busctl --user get-property "${manager[@]}" isInstallationCompleted)" = 'b true' ]; }
+heard_of_the_battery() { [ "$(busctl --user get-property "${model[@]}" percentage)" != 'd 50' ]; }
+heard_of_the_past() {
+    busctl --user call "${model[@]}" fetchHistory && [[ $(busctl --user get-property "${model[@]}" history) != 'aa{sv} 0'* ]]
+}
+shows() { xdotool search --onlyvisible --name "^$1\$"; }
+
+# take_picture NAME WINDOW [PAGE] : in both looks.
+take_picture() {
+    local look pid takers=()
+    for look in light dark; do
+        VELMORA_APPEARANCE=$look QT_QPA_PLATFORM=offscreen timeout 20 build/bin/velmora-ui \
+            --picture "$pictures/$1-$look.png" --window "$2" ${3:+--page "$3"} &
+        takers+=($!)
+    done
+    for pid in "${takers[@]}"; do wait "$pid" || echo "A picture is missing: $1." >&2; done
+}
+
+# In the dashboard, whose one button is reached by the tab key; on a desktop that is not ours over the bus.
+let_it_install() {
+    if $has_desktop; then
+        busctl --user call "${manager[@]}" install
+    else
+        build/bin/velmora --dashboard
+        within 10 shows "Velmora Dashboard" && xdotool windowmove "$(shows "Velmora Dashboard")" 24 64
+        xdotool windowfocus --sync "$(shows "Velmora Dashboard")" key Tab key space
+    fi
+    within 10 is_installed || echo "The daemon has not been installed." >&2
+}
+
+take_pictures() {
+    local page
+    mkdir -p "$pictures"
+    within 10 is_owned app.velmora.Velmora || { echo "velmora did not come up." >&2; finish 1; }
+    take_picture installation dashboard
+    let_it_install
+    within 5 heard_of_the_battery || true # 50 % may be what it shows
+    ! grep -qs '"h"' "$scene/state/history.json" || within 5 heard_of_the_past || true
+    take_picture panel panel
+    for page in Overview Health Thermal Ecosystem Settings Notifications; do
+        take_picture "dashboard-${page,,}" dashboard $page
+    done
+    take_picture widget-small widget-small
+    take_picture widget-medium widget-medium
+    $has_desktop || take_desktop
+    echo "Pictures of all windows: $pictures"
+}
+
+# show_widget SIZE TITLE X Y : where the model says that it was left.
+show_widget() {
+    busctl --user set-property app.velmora.Velmora "/app/velmora/widgets/$1" app.velmora.Widget place ai 2 "$3" "$4"
+    build/bin/velmora --widget "$1"
+    within 10 shows "$2" || echo "The $1 widget has not been shown." >&2
+}
+
+# All of the display: beside the dashboard the widgets, and the panel as a click on the icon opens it.
+take_desktop() {
+    local spot
+    show_widget small "Velmora Small Widget" 932 500
+    show_widget medium "Velmora Medium Widget" 932 676
+    within 5 [ -s "$scene/icon" ] || return 0
+    IFS=, read -ra spot <"$scene/icon"
+    xdotool mousemove "${spot[@]}" click 1
+    within 10 shows Velmora && sleep 1 # it opens with an animation
+    import -silent -window root "$pictures/desktop.png"
+}
