@@ -3,6 +3,7 @@
 
 #include "bus/SessionBus.h"
 
+#include "Options.h"
 #include "RecordingLog.h"
 #include "SessionTest.h"
 #include "bus/ApplicationObject.h"
