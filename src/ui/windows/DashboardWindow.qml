@@ -19,8 +19,6 @@ Window {
     title: qsTr("Velmora Dashboard")
     width: 900
     height: 600
-    minimumWidth: least.width
-    minimumHeight: least.height
     color: Theme.colors.controlBackground
     onLeastChanged: fit()
     onViewChanged: load()
@@ -33,8 +31,11 @@ Window {
         sheet.load();
     }
 
-    /// A visible window only grows: the user or the window manager may have made it larger.
+    /// A visible window only grows: the user or the window manager may have made it larger. The smallest size comes first,
+    /// since from Qt 6.8 on no window is made smaller than that.
     function fit(): void {
+        minimumWidth = least.width;
+        minimumHeight = least.height;
         if (visible && visibility !== Window.Windowed)
             return;
         width = Math.max(visible ? width : 0, least.width);
