@@ -60,7 +60,7 @@ SysfsText DeviceAttributes::read(std::string_view name)
 
 SysfsText DeviceAttributes::open(const char* name, Known* attribute)
 {
-    FileDescriptor file(openAttribute(directory_.get(), name));
+    auto file = openAttribute(directory_.get(), name);
     if (!file) return {.error = errno, .text = {}};
     auto text = readAttribute(file.get());
     if (attribute && open_ < maximumOpen) {

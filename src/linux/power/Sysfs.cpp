@@ -3,8 +3,6 @@
 
 #include "power/Sysfs.h"
 
-#include "base/FileDescriptor.h"
-
 #include <array>
 #include <cerrno>
 #include <charconv>
@@ -32,16 +30,15 @@ Sysfs Sysfs::ofEnvironment()
     return Sysfs(root && *root ? root : "/sys");
 }
 
-int openAttribute(int folder, const char* name)
+FileDescriptor openAttribute(int folder, const char* name)
 {
     // Without O_NONBLOCK a pipe in the place of an attribute would hold us until somebody writes to it.
-    const int file = openat(folder, name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (file < 0) return file;
+    FileDescriptor file(openat(folder, name, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat what {};
-    if (fstat(file, &what) == 0 && S_ISREG(what.st_mode)) return file;
-    close(file);
+    if (!file || (fstat(file.get(), &what) == 0 && S_ISREG(what.st_mode))) return file;
+    file = FileDescriptor();
     errno = EINVAL;
-    return -1;
+    return file;
 }
 
 /// The kernel gives an attribute in one piece, a file system in user space may not; both end it with a

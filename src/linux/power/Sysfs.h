@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "base/FileDescriptor.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <optional>
@@ -37,9 +39,9 @@ private:
     std::filesystem::path root_;
 };
 
-/// Opens the attribute `name` of the open folder. -1 with errno where that fails; never waits for a writer,
-/// and what is not a regular file gives EINVAL.
-int openAttribute(int folder, const char* name);
+/// Opens the attribute `name` of the open folder. None, and errno, where that fails; never waits for a
+/// writer, and what is not a regular file gives EINVAL.
+FileDescriptor openAttribute(int folder, const char* name);
 
 /// Reads the open attribute from its beginning, once. What is longer than a page, which no attribute is,
 /// gives EFBIG.
