@@ -235,26 +235,5 @@ TEST_F(Program, DrawsAPictureOfTheApplicationsValues)
     EXPECT_TRUE(differences(reduced(reduced(finer)), reduced(some)).empty());
 }
 
-TEST_F(Program, BeginsWithTheViewThatTheInstallationCallsFor)
-{
-    using namespace wire::face::installation;
-    const TemporaryFolder folder;
-    const auto file = QString::fromStdString(folder.path() / "dashboard.png");
-    const auto draw = [&] {
-        start(first, "--picture " + file + " --window dashboard");
-        EXPECT_EQ(end(first), 0);
-        return QImage(file);
-    };
-    const auto dashboard = draw(); // of an application that knows of no installation
-    EXPECT_EQ(dashboard.size(), QSize(900, 600));
-    application.bus.registerVirtualObject(objectPath, &application);
-    application.beside[interface] = {{"isInstallationCompleted", false}};
-    EXPECT_EQ(draw().size(), QSize(600, 450));
-    application.beside[interface] = {{"isInstallationCompleted", true}};
-    EXPECT_EQ(draw(), dashboard);
-    EXPECT_TRUE(application.calls.isEmpty())
-        << "nobody sees it: " << application.calls.join(' ').toStdString();
-}
-
 } // namespace
 } // namespace velmora
