@@ -5,6 +5,7 @@
 
 #include "ManualClock.h"
 #include "RecordingLog.h"
+#include "platform/Complaints.h"
 
 #include <gtest/gtest.h>
 
@@ -31,6 +32,19 @@ TEST(LogBudget, EndsWithTheTruthHoweverManyWereLeftOut)
     EXPECT_EQ(log.count(), 4U);
     EXPECT_EQ(log.count("70 %"), 1U);
     EXPECT_EQ(loop->pendingTimers(), 0U);
+}
+
+TEST(Complaints, SayOnceThatThereAreTooMany)
+{
+    RecordingLog log;
+    Complaints complaints(log, "test", 2);
+    for (const auto* cause : {"one", "two", "three", "four", "one"}) complaints.raise(cause, cause);
+    EXPECT_EQ(log.count(), 3U);
+    EXPECT_EQ(log.count("further ones are not logged"), 1U);
+    complaints.settle("two");
+    EXPECT_TRUE(complaints.raise("four", "four"));
+    EXPECT_FALSE(complaints.raise("five", "five"));
+    EXPECT_EQ(log.count("further ones are not logged"), 2U);
 }
 
 } // namespace
