@@ -36,7 +36,9 @@ struct Input {
 
     std::string text()
     {
-        constexpr std::array keys{"percentage", "isCharging", "powerSource", "timeToEmpty", "timestamp"};
+        constexpr std::array keys{"percentage",       "isCharging",      "powerSource",
+                                  "timeToEmpty",      "timestamp",       "customChargeLimit",
+                                  "customHysteresis", "lowBatteryLimit", "notifyOnHeat"};
         const auto choice = take<std::uint8_t>();
         if (choice < keys.size()) return keys[choice];
         std::string raw(choice > 250 ? 5'000 : choice, take<char>());
@@ -85,10 +87,15 @@ void fillRecord(sd_bus_message* message, Input& input)
     sd_bus_message_close_container(message);
 }
 
-KeyedArchive sealedAndRead(const dbus::Message& message)
+void seal(const dbus::Message& message)
 {
     dbus::check(sd_bus_message_seal(message.get(), 1, 0), "seal");
     dbus::check(sd_bus_message_rewind(message.get(), true), "rewind");
+}
+
+KeyedArchive sealedAndRead(const dbus::Message& message)
+{
+    seal(message);
     return dbus::readArchive(message.get());
 }
 
@@ -109,6 +116,25 @@ void requireSurvival(const Record& record)
     if (!(sealedAndRead(message) == record.archived())) std::abort();
 }
 
+/// Settings that come by their names: those that pass the checks are within range and survive the wire.
+void requireSaneSettings(const KeyedArchive& archive)
+{
+    ChargingSettings settings;
+    for (const auto& [name, value] : archive.values())
+        if (const auto* setting = findSetting(name)) setting->assign(settings, value);
+    if (problemWith(settings)) return;
+    settings = clamped(settings);
+    for (const auto& setting : allSettings) {
+        const auto value = setting.of(settings);
+        const auto* number = std::get_if<double>(&value);
+        if (number && !(*number >= setting.lowest && *number <= setting.highest)) std::abort();
+    }
+    const auto message = newMessage();
+    dbus::append(message.get(), settings);
+    seal(message);
+    if (!(dbus::readSettings(message.get()) == settings)) std::abort();
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
@@ -120,5 +146,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     if (!isBounded(archive)) std::abort();
     requireSurvival(HSBatteryState(archive));
     requireSurvival(HSHistorySnapshot(archive, Date{}));
+    requireSaneSettings(archive);
     return 0;
 }
