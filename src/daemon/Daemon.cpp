@@ -20,8 +20,8 @@ constexpr auto category = "Daemon";
 /// start a battery without any is looked at now and then.
 constexpr auto controlPatience = 10min;
 /// How often a charger is asked what it holds before it is told what to hold. Some never tell before that.
-constexpr int mostReadAttempts = 3;
-constexpr std::size_t mostToggles = 32;
+constexpr int maximumReadAttempts = 3;
+constexpr std::size_t maximumToggles = 32;
 
 } // namespace
 
@@ -43,7 +43,6 @@ Daemon::Daemon(const Ports& ports, Outbound outbound)
       pacer_(ports.loop, ports.clock, [this](const HSBatteryState& state) { outbound_.push(state); })
 {
     settings_.isTemporaryOverride = quickCharge_.state() != QuickCharge::State::off;
-    ports_.history.load();
 }
 
 void Daemon::meetBus(const std::string& busId)
@@ -117,7 +116,7 @@ void Daemon::adoptExistingLimit()
 {
     const auto held = keeper_.inForce();
     if (hasAdoptedLimit_ || keeper_.control() == ChargeControl::none) return;
-    if (!held && ++readAttempts_ < mostReadAttempts) return schedule_.lookAgainSoon();
+    if (!held && ++readAttempts_ < maximumReadAttempts) return schedule_.lookAgainSoon();
     hasAdoptedLimit_ = true;
     // Somebody limited this charger before this daemon came: that is the owner's wish. A value below what can
     // be asked for is a controller's nonsense after a reset.
@@ -138,10 +137,17 @@ void Daemon::observeQuickCharge()
     }
 }
 
+/// It is read at first use, which is after the first answer to a client: a thousand samples take a while.
+HistoryStore& Daemon::history()
+{
+    if (!std::exchange(isHistoryLoaded_, true)) ports_.history.load();
+    return ports_.history;
+}
+
 void Daemon::recordSample()
 {
     if (!battery_ || isUnreadable_) return;
-    const auto& samples = ports_.history.samples();
+    const auto& samples = history().samples();
     // A driver that does not tell the design capacity tells of no wear.
     const double health = battery_->health.value_or(samples.empty() ? 100 : samples.back().health);
     const auto thermal = ThermalMonitorService::thermalState(thermalLevel_);
@@ -236,7 +242,7 @@ HSBatteryState Daemon::batteryState()
 
 const std::vector<HSHistorySnapshot>& Daemon::analyticsHistory()
 {
-    return ports_.history.samples();
+    return history().samples();
 }
 
 ChargerReport Daemon::charger()
@@ -306,7 +312,7 @@ void Daemon::toggleCharging(const Caller& caller, ToggleReply reply)
                           std::to_string(caller.uid) + "): only root may.");
         return reply(std::nullopt);
     }
-    if (toggles_.size() >= mostToggles) return reply(isChargingAllowed());
+    if (toggles_.size() >= maximumToggles) return reply(isChargingAllowed());
     if (manual_.state != ManualCharging::State::asSet) {
         manual_ = {};
     } else if (isChargingAllowed()) {

@@ -48,7 +48,7 @@ public:
         uid_t ownUser = 0; ///< may change settings, as root may
     };
 
-    /// Loads what was remembered.
+    /// Loads the settings; the history is read after the first answer.
     Daemon(const Ports& ports, Outbound outbound);
 
     /// Names the bus that clients will call on. If it is the one of the last run, what they said then still
@@ -80,6 +80,7 @@ private:
     void noticePlug(bool hadExternalPower);
     void adoptExistingLimit();
     void observeQuickCharge();
+    HistoryStore& history();
     void recordSample();
     void saveHistory();
 
@@ -113,6 +114,7 @@ private:
     QuickCharge quickCharge_;
     ManualCharging manual_{};
     bool hasAdoptedLimit_ = false;
+    bool isHistoryLoaded_ = false;
     CallerMemory callers_;
 
     std::optional<MachineBattery> battery_; ///< absent on a machine without one, and before the first look

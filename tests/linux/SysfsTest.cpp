@@ -55,6 +55,35 @@ TEST(DeviceAttributes, ReadsAttributesAndNothingElse)
     }
 }
 
+TEST(DeviceAttributes, RemembersWhereFilesStay)
+{
+    using Memory = DeviceAttributes::Memory;
+    SysfsTree tree;
+    RecordingLog log;
+    Complaints complaints(log, "test");
+    tree.supply("BAT0", {{"type", "Battery"}, {"capacity", "100"}});
+    for (const auto memory : {Memory::always, Memory::onSysfs}) {
+        const bool remembers = memory == Memory::always;
+        SCOPED_TRACE(remembers);
+        DeviceAttributes battery(tree.folder.path(), "class/power_supply/BAT0", complaints, memory);
+        EXPECT_EQ(battery.fixedText("type"), "Battery");
+        EXPECT_EQ(battery.integer("capacity"), 100);
+        for (const auto* absent : {"cycle_count", "charge_control_end_threshold", "charge_behaviour"})
+            EXPECT_EQ(battery.text(absent), std::nullopt);
+        tree.supply("BAT0", {{"type", "UPS"}, {"capacity", "9"}, {"cycle_count", "7"}});
+        tree.supply("BAT0", {{"charge_control_end_threshold", "80"}, {"charge_behaviour", "[auto]"}});
+        EXPECT_EQ(battery.integer("capacity"), 9) << "shorter than what stood there";
+        EXPECT_EQ(battery.integer("charge_control_end_threshold"), 80) << "came late";
+        EXPECT_EQ(battery.text("charge_behaviour"), "[auto]");
+        EXPECT_EQ(battery.text("cycle_count").has_value(), !remembers);
+        EXPECT_EQ(battery.fixedText("type"), remembers ? "Battery" : "UPS");
+        battery.forget();
+        EXPECT_EQ(battery.integer("cycle_count"), 7);
+        std::filesystem::remove_all(tree.folder.path() / "class/power_supply/BAT0");
+        tree.supply("BAT0", {{"type", "Battery"}, {"capacity", "100"}});
+    }
+}
+
 TEST(Sysfs, TakesAnIntegerWholeOrNotAtAll)
 {
     EXPECT_EQ(parseInteger("-5833"), -5833);

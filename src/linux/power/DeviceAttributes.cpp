@@ -26,12 +26,12 @@ bool comesLate(std::string_view name)
 } // namespace
 
 DeviceAttributes::DeviceAttributes(const std::filesystem::path& root, std::filesystem::path folder,
-                                   Complaints& complaints)
+                                   Complaints& complaints, Memory memory)
     : folder_(std::move(folder)),
       complaints_(complaints),
       directory_(::open((root / folder_).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
       error_(directory_ ? 0 : errno),
-      remembers_(directory_ && isOnSysfs(directory_.get()))
+      remembers_(directory_ && (memory == Memory::always || isOnSysfs(directory_.get())))
 {
 }
 

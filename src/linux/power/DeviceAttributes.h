@@ -29,8 +29,12 @@ namespace velmora {
 /// One thread at a time.
 class DeviceAttributes {
 public:
-    /// Opens `folder`, which is relative to `root`. `complaints` must outlive the object.
-    DeviceAttributes(const std::filesystem::path& root, std::filesystem::path folder, Complaints& complaints);
+    enum class Memory : std::uint8_t { onSysfs, always };
+
+    /// Opens `folder`, which is relative to `root`. `complaints` must outlive the object. `memory`: on which
+    /// file systems the object remembers; "always" is for trees whose files stay, as the kernel's do.
+    DeviceAttributes(const std::filesystem::path& root, std::filesystem::path folder, Complaints& complaints,
+                     Memory memory = Memory::onSysfs);
 
     /// Reads the attribute, without complaint.
     SysfsText read(std::string_view name);
