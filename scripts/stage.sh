@@ -64,7 +64,7 @@ XML
     await "The $1 bus" "$scene/complaints"
 }
 
-# A display with a tray, and a session bus, for nobody else.
+# A private display with a tray, and a private session bus.
 start_desktop() {
     export DBUS_SESSION_BUS_ADDRESS=unix:path=$scene/session XAUTHORITY=$scene/Xauthority XDG_RUNTIME_DIR=$scene
     unset WAYLAND_DISPLAY
