@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "client/RemoteModel.h"
 #include "client/QtLog.h"
+#include "client/RemoteModel.h"
 
 #include <QElapsedTimer>
 #include <QImage>
