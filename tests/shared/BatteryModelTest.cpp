@@ -134,19 +134,22 @@ TEST_F(BatteryModelTest, TakesACloudStateWithinBoundsAndRecordsIt)
     EXPECT_TRUE(model.isStorageModeEnabled.get());
 }
 
-TEST(BatteryModelStore, TheFirstRecordOfARunKeepsTheSavedHistory)
+TEST(BatteryModelStore, TheFirstRecordOfARunMeetsTheSavedHistory)
 {
-    FakePlatform platform;
-    const std::vector saved{HSHistorySnapshot(ManualClock::start, 50, 94, "Fair", false)};
-    platform.folder.write("support/Velmora/history.json", encodeHistory(saved));
-    BatteryModel model(nullptr, nullptr);
-    model.isSimulationModeEnabled.set(false); // without a client there is nobody to ask
-    model.toggleTemporaryOverride();
-    BatteryModelIntake::take(model, {.percentage = 90}); // before the loaded list has arrived
-    platform.queue("app.velmora.analytics")->run();
-    EXPECT_EQ(decodeHistory(platform.folder.read("support/Velmora/history.json")), saved);
-    platform.settle();
-    EXPECT_EQ(AnalyticsStore::shared().getHistory().size(), 2U);
+    for (const bool isLoaded : {true, false}) { // when the record comes
+        FakePlatform platform;
+        const std::vector saved{HSHistorySnapshot(ManualClock::start, 50, 94, "Nominal", false)};
+        platform.folder.write("support/Velmora/history.json", encodeHistory(saved));
+        BatteryModel model(nullptr, nullptr);
+        model.isSimulationModeEnabled.set(false); // without a client there is nobody to ask
+        model.toggleTemporaryOverride();
+        if (isLoaded) platform.settle();
+        BatteryModelIntake::take(model, {.percentage = 52}); // tells nothing new
+        platform.queue("app.velmora.analytics")->run();
+        EXPECT_EQ(decodeHistory(platform.folder.read("support/Velmora/history.json")), saved);
+        platform.settle();
+        EXPECT_EQ(AnalyticsStore::shared().getHistory().size(), isLoaded ? 1U : 2U);
+    }
 }
 
 TEST_F(BatteryModelTest, DerivesTheMinutesToTheLimit)
