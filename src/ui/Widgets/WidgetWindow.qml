@@ -18,14 +18,23 @@ Window {
 
     readonly property real magnification: Math.max(1, Theme.fontScale)
 
-    width: Math.round(plainWidth * magnification)
-    height: Math.round(160 * magnification)
-    minimumWidth: width
-    maximumWidth: width
-    minimumHeight: height
-    maximumHeight: height
+    readonly property size only: Qt.size(Math.round(plainWidth * magnification), Math.round(160 * magnification))
+
+    onOnlyChanged: fit()
+    Component.onCompleted: fit()
     flags: Qt.Window | Qt.FramelessWindowHint | (settings.isPinned ? Qt.WindowStaysOnTopHint : 0)
     color: Appearance.translucent ? "transparent" : ground.color
+
+    /// Its limits make way first: from Qt 6.8 on they hold while the size changes.
+    function fit(): void {
+        minimumWidth = minimumHeight = 0;
+        maximumHeight = only.height;
+        maximumWidth = only.width;
+        height = only.height;
+        width = only.width;
+        minimumHeight = only.height;
+        minimumWidth = only.width;
+    }
 
     WidgetFrame {
         id: frame
