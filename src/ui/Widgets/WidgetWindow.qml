@@ -17,13 +17,12 @@ Window {
     default property alias content: content.data
 
     readonly property real magnification: Math.max(1, Theme.fontScale)
-
     readonly property size only: Qt.size(Math.round(plainWidth * magnification), Math.round(160 * magnification))
 
-    onOnlyChanged: fit()
-    Component.onCompleted: fit()
     flags: Qt.Window | Qt.FramelessWindowHint | (settings.isPinned ? Qt.WindowStaysOnTopHint : 0)
     color: Appearance.translucent ? "transparent" : ground.color
+    onOnlyChanged: fit()
+    Component.onCompleted: fit()
 
     /// Its limits make way first: from Qt 6.8 on they hold while the size changes.
     function fit(): void {
