@@ -19,6 +19,8 @@ Window {
     readonly property real magnification: Math.max(1, Theme.fontScale)
     readonly property size only: Qt.size(Math.round(plainWidth * magnification), Math.round(160 * magnification))
 
+    width: only.width
+    height: only.height
     flags: Qt.Window | Qt.FramelessWindowHint | (settings.isPinned ? Qt.WindowStaysOnTopHint : 0)
     color: Appearance.translucent ? "transparent" : ground.color
     onOnlyChanged: fit()
