@@ -135,7 +135,7 @@ TEST_F(DaemonObjectTest, BoundsWhatItKeepsForACallerItDoesNotKnowYet)
     EXPECT_EQ(service.settings.size(), Callers::maximumWaiting);
     EXPECT_EQ(service.settings.front().customChargeLimit, 8);
     EXPECT_EQ(service.settings.back().customChargeLimit, sent - 1);
-    EXPECT_EQ(log.count("dropped a message of " + caller.name()), 1U);
+    EXPECT_EQ(log.count("Dropped a message of " + caller.name()), 1U);
 }
 
 TEST_F(DaemonObjectTest, DropsTheMessageOfOneWhoLeftBeforeItWasKnown)
@@ -145,7 +145,7 @@ TEST_F(DaemonObjectTest, DropsTheMessageOfOneWhoLeftBeforeItWasKnown)
     caller.send({.customChargeLimit = 70});
     caller.sync();
     caller.hangUp();
-    ASSERT_TRUE(eventually([&] { return log.count("left before") == 1; }));
+    ASSERT_TRUE(eventually([&] { return log.count("disconnected before") == 1; }));
     Peer next(loop);
     next.send({.customChargeLimit = 75});
     ASSERT_TRUE(eventually([&] { return !service.deeds.empty(); }));

@@ -79,15 +79,15 @@ void Callers::forget(Known& caller)
 {
     const auto gone = callers_.extract(caller.busName); // slots and all, at the end of this function
     for (const auto& [call, task] : gone.mapped().waiting)
-        refuse(call.get(), SD_BUS_ERROR_ACCESS_DENIED, "it left before the bus could tell whose it was");
+        refuse(call.get(), SD_BUS_ERROR_ACCESS_DENIED, "sender disconnected before it was identified");
     if (gone.mapped().uid) left_(gone.key());
 }
 
 void Callers::refuse(sd_bus_message* call, const char* error, const char* reason)
 {
     const char* sender = sd_bus_message_get_sender(call);
-    complaints_.raise(reason, std::string("dropped a message of ") + (sender ? sender : "nobody") + ": " +
-                                  reason + "; the next ones are not logged");
+    complaints_.raise(reason, std::string("Dropped a message of ") + (sender ? sender : "an unknown sender") +
+                                  ": " + reason + "; further ones are not logged.");
     sd_bus_reply_method_errorf(call, error, "%s", reason);
 }
 
