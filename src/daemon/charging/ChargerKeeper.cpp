@@ -77,15 +77,15 @@ void ChargerKeeper::wrote(Attempt attempt)
 
 void ChargerKeeper::settle(const Attempt& attempt)
 {
-    ports_.hardware.async([ports = ports_, attempt = Attempt(attempt), done = lifetime_.guard([this](const Attempt& settled) {
-        attempted(settled);
-    })]() mutable {
-        auto before = std::move(attempt.outcome.changes);
-        attempt.outcome = ports.actuator.settle();
-        before.insert(before.end(), attempt.outcome.changes.begin(), attempt.outcome.changes.end());
-        attempt.outcome.changes = std::move(before);
-        ports.loop.post([done, attempt = std::move(attempt)] { done(attempt); });
-    });
+    ports_.hardware.async(
+        [ports = ports_, attempt = Attempt(attempt),
+         done = lifetime_.guard([this](const Attempt& settled) { attempted(settled); })]() mutable {
+            auto before = std::move(attempt.outcome.changes);
+            attempt.outcome = ports.actuator.settle();
+            before.insert(before.end(), attempt.outcome.changes.begin(), attempt.outcome.changes.end());
+            attempt.outcome.changes = std::move(before);
+            ports.loop.post([done, attempt = std::move(attempt)] { done(attempt); });
+        });
 }
 
 bool ChargerKeeper::mayWrite(const Thresholds& wanted)
