@@ -66,6 +66,38 @@ TEST_F(DaemonObjectTest, KeepsWhoAsksForTheStateUntilThereIsOne)
     EXPECT_EQ(answers.back(), 42);
 }
 
+TEST_F(DaemonObjectTest, AnswersWithWhatALookShows)
+{
+    const auto daemon = startDaemon();
+    service.report.endThreshold = 80;
+    service.looks = [this] { ++service.report.endThreshold; };
+    Peer peer(loop);
+    std::vector<std::int64_t> answers;
+    const auto ask = [&](const char* member, const char* name, sd_bus_message_handler_t answered) {
+        const auto call = peer.call(wire::objectPath, "org.freedesktop.DBus.Properties", member);
+        sd_bus_message_append(call.get(), "s", ChargerReport::interface);
+        if (name) sd_bus_message_append(call.get(), "s", name);
+        const auto before = answers.size();
+        sd_bus_call_async(peer.bus(), nullptr, call.get(), answered, &answers, 0);
+        return eventually([&] { return answers.size() > before; }) ? answers.back() : 0;
+    };
+    const auto one = [](sd_bus_message* reply, void* to, sd_bus_error*) {
+        std::int64_t value = -1;
+        sd_bus_message_read(reply, "v", "x", &value);
+        static_cast<std::vector<std::int64_t>*>(to)->push_back(value);
+        return 0;
+    };
+    const auto all = [](sd_bus_message* reply, void* to, sd_bus_error*) {
+        const auto report = dbus::readArchive(reply);
+        const auto* value = report.find("EndThreshold");
+        static_cast<std::vector<std::int64_t>*>(to)->push_back(value ? std::get<std::int64_t>(*value) : -1);
+        return 0;
+    };
+    EXPECT_EQ(ask("Get", "EndThreshold", one), 81) << "a property is a question too";
+    EXPECT_EQ(ask("GetAll", nullptr, all), 82);
+    EXPECT_EQ(ask("Get", "NoSuchThing", one), -1);
+}
+
 TEST_F(DaemonObjectTest, BelievesLogindAloneThatTheMachineWokeUp)
 {
     const auto daemon = startDaemon();

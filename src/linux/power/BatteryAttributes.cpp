@@ -3,6 +3,8 @@
 
 #include "power/BatteryAttributes.h"
 
+#include "base/Saturate.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -19,6 +21,11 @@ constexpr double maximumOverFull = 1.1;
 constexpr double threeCells = 11.1;  // V
 constexpr double noise = 0.1;        // W
 constexpr double maximumPower = 500; // W
+
+std::string whole(double value)
+{
+    return std::to_string(truncated(std::round(value)));
+}
 
 std::optional<double> number(DeviceAttributes& battery, const std::string& name)
 {
@@ -40,7 +47,8 @@ SupplyStatus readStatus(DeviceAttributes& battery)
     for (const auto& [word, status] : words) {
         if (*text == word) return status;
     }
-    battery.complain("status", "is no status: '" + text->substr(0, 40) + '\'');
+    battery.complain("status",
+                     "is '" + text->substr(0, 40) + "', which is no known status; taking it for Unknown");
     return SupplyStatus::unknown;
 }
 
@@ -87,7 +95,7 @@ struct Family {
 void believeContent(DeviceAttributes& battery, const std::string& name, std::optional<double>& content)
 {
     if (!content || (*content >= minimumContent && *content <= maximumContent)) return;
-    battery.complain(name, "is not believed: no battery holds that");
+    battery.complain(name, "is " + whole(*content) + " Wh or Ah, which no battery holds; leaving it out");
     content.reset();
 }
 
@@ -105,7 +113,8 @@ Family readFamily(DeviceAttributes& battery, const std::string& prefix)
     believeContent(battery, prefix + "_full", family.full);
     believeContent(battery, prefix + "_full_design", family.design);
     if (family.now && (*family.now < 0 || *family.now > maximumContent * maximumOverFull)) {
-        battery.complain(prefix + "_now", "is not believed: no battery holds that");
+        battery.complain(prefix + "_now",
+                         "is " + whole(*family.now) + " Wh or Ah, which no battery holds; leaving it out");
         family.now.reset();
     }
     return family;
@@ -126,7 +135,7 @@ std::optional<double> readCapacity(DeviceAttributes& battery)
     const auto capacity = number(battery, "capacity");
     if (!capacity) return std::nullopt;
     if (*capacity >= 0 && *capacity <= 100 * maximumOverFull) return std::min(*capacity, 100.0);
-    battery.complain("capacity", "is not believed: no battery is that full");
+    battery.complain("capacity", "is " + whole(*capacity) + " %, more than any battery has; leaving it out");
     return std::nullopt;
 }
 
@@ -136,12 +145,14 @@ void reconcile(DeviceAttributes& battery, BatteryReading& reading, std::optional
     const double full = *reading.energyFull;
     auto& now = reading.energyNow;
     if (now && (*now > full * maximumOverFull || (*now == 0 && capacity > 1))) {
-        battery.complain("energy_now or charge_now", "is not believed: the rest contradicts it");
+        battery.complain("energy_now or charge_now",
+                         "is " + whole(*now) + " Wh against " + whole(full) + " when full; using capacity");
         now.reset();
     }
     if (now) now = std::min(*now, full);
     if (now && capacity == 0.0 && *now > full * 0.05) {
-        battery.complain("capacity", "is not believed: the battery is not empty");
+        battery.complain("capacity",
+                         "is 0 % with " + whole(*now) + " Wh left; using energy_now or charge_now");
         capacity.reset();
     }
     if (now && capacity && std::abs(*now / full * 100 - *capacity) > 10) {
@@ -203,7 +214,9 @@ void readPower(DeviceAttributes& battery, const Family& family, const Voltages& 
     if (!flow.rate) flow = readFlow(battery, family, voltages, "avg");
     if (!flow.rate) return;
     if (std::abs(*flow.rate) >= maximumPower || std::abs(flow.power.value_or(0)) >= maximumPower) {
-        return battery.complain("power_now or current_now", "is not believed: no laptop takes that much");
+        return battery.complain("power_now or current_now",
+                                "gives " + whole(*flow.rate) +
+                                    " W, more than any laptop takes; leaving it out");
     }
     const bool isNoise = std::abs(flow.power.value_or(*flow.rate)) < noise;
     const auto settled = [&](double watts) { return isNoise ? 0 : withSign(watts, reading.status); };

@@ -79,7 +79,8 @@ void DeviceAttributes::close(Known& attribute)
 std::optional<std::string> DeviceAttributes::checked(std::string_view name, const SysfsText& read) const
 {
     if (read.error == 0) return trimmed(read.text);
-    if (!read.isAbsent()) complain(name, "cannot be read: " + std::generic_category().message(read.error));
+    if (!read.isAbsent())
+        complain(name, "cannot be read: " + std::generic_category().message(read.error) + "; leaving it out");
     return std::nullopt;
 }
 
@@ -88,7 +89,8 @@ std::optional<std::int64_t> DeviceAttributes::parsed(std::string_view name,
 {
     if (!value) return std::nullopt;
     const auto number = parseInteger(*value);
-    if (!number) complain(name, "is no whole number: '" + value->substr(0, 40) + '\'');
+    if (!number)
+        complain(name, "is '" + value->substr(0, 40) + "', which is no whole number; leaving it out");
     return number;
 }
 
@@ -117,7 +119,7 @@ std::optional<std::string> DeviceAttributes::fixedText(std::string_view name)
 void DeviceAttributes::complain(std::string_view name, const std::string& what) const
 {
     const auto attribute = (folder_ / name).string();
-    complaints_.get().raise(attribute, attribute + ' ' + what);
+    complaints_.get().raise(attribute, attribute + ' ' + what + '.');
 }
 
 void DeviceAttributes::forget()

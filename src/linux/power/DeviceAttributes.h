@@ -46,7 +46,8 @@ public:
     /// Of what stays as long as the device is there, its type say: read once.
     std::optional<std::string> fixedText(std::string_view name);
 
-    /// One complaint about the attribute; `what` ends the sentence that begins with its name.
+    /// One complaint about the attribute; `what`, without a full stop, ends the sentence that begins with its
+    /// name: what is wrong, the value, and what is done instead.
     void complain(std::string_view name, const std::string& what) const;
 
     /// The device may have changed: what was absent is looked for again.
