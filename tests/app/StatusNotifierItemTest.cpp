@@ -99,7 +99,7 @@ TEST_F(StatusNotifierItemTest, IsShownWhileAHostIsThere)
     bus.stop();
     EXPECT_TRUE(eventually([&] { return !icon.isShown(); }));
     EXPECT_THAT(events, ElementsAre());
-    EXPECT_EQ(log.count("no tray"), 1);
+    EXPECT_EQ(log.count("No tray"), 1);
 }
 
 TEST_F(StatusNotifierItemTest, StaysCalmWithAWatcherThatDoesNot)

@@ -68,7 +68,7 @@ TEST_F(XEmbedIconTest, LivesInWhicheverTrayIsThere)
     std::vector<ScreenPoint> clicks;
     icon.onActivate = [&](auto at) { clicks.push_back(at.value()); };
     const auto isShown = [&] { return icon.isShown(); };
-    EXPECT_TRUE(eventually([&] { return log.count("no tray") == 1; }));
+    EXPECT_TRUE(eventually([&] { return log.count("No tray") == 1; }));
 
     tray = std::make_unique<XTray>(0xffffff, false);
     ASSERT_TRUE(eventually(isShown));
@@ -96,7 +96,7 @@ TEST_F(XEmbedIconTest, ComesBackWithTheXServer)
     ASSERT_TRUE(eventually(isShown));
     tray.reset();
     server->terminate();
-    ASSERT_TRUE(eventually([&] { return log.count("no tray") == 1; })) << "it was not there when looked for";
+    ASSERT_TRUE(eventually([&] { return log.count("No tray") == 1; })) << "it was not there when looked for";
     startServer(std::getenv("DISPLAY"));
     tray = std::make_unique<XTray>(0, false);
     EXPECT_TRUE(eventually(isShown));
