@@ -25,7 +25,10 @@ GallerySection {
         }
     }
     Repeater {
-        model: ["batteryGreen", "batteryWarning", "batteryDanger", "accent", "orange", "blue", "green", "primary", "secondary", "separator"]
+        model: [
+            "batteryGreen", "batteryWarning", "batteryDanger", "accent", "orange", "blue", "green", "primary",
+            "secondary", "separator"
+        ]
         delegate: GalleryCell {
             id: colorCell
 

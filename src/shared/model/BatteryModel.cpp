@@ -63,7 +63,6 @@ void BatteryModel::startHardwareMonitoring()
 void BatteryModel::startCloudSyncTimer() {}
 
 // -- Settings
-// ------------------------------------------------------------------------------------------------------
 
 void BatteryModel::setupDebouncedSettingsSync()
 {
@@ -111,7 +110,6 @@ void BatteryModel::toggleAppleRecommendedMode()
 }
 
 // -- Intake
-// --------------------------------------------------------------------------------------------------------
 
 template <typename Value>
 std::function<void(Value)> BatteryModel::onMainThread(std::function<void(const Value&)> apply) const
@@ -183,7 +181,6 @@ void BatteryModel::recalculateTimeToLimit()
 void BatteryModel::checkNotificationTriggers(double, ChargingState, const std::string&) {}
 
 // -- Simulation
-// ----------------------------------------------------------------------------------------------------
 
 void BatteryModel::handleModeChange()
 {

@@ -17,7 +17,13 @@ Item {
     property real pulseAlpha: 1
     property real shownPercentage: percentage
 
-    readonly property color boltColor: isCharging ? Theme.colors.batteryGreen : percentage < 20 ? Theme.colors.batteryDanger : isLimitReached ? Theme.colors.accent : Theme.colors.primary
+    readonly property color boltColor: {
+        if (isCharging)
+            return Theme.colors.batteryGreen;
+        if (percentage < 20)
+            return Theme.colors.batteryDanger;
+        return isLimitReached ? Theme.colors.accent : Theme.colors.primary;
+    }
 
     implicitWidth: 72 * magnification
     implicitHeight: implicitWidth

@@ -22,7 +22,7 @@ PressButton {
 
     background: Rectangle {
         radius: choice.ringRadius
-        color: choice.selected ? Theme.faded(Theme.colors.accent, Theme.dark ? 0.32 : 0.16) : choice.down ? Theme.colors.pressed : choice.hovered ? Theme.colors.hover : "transparent"
+        color: Theme.rowColor(choice.selected, choice.down, choice.hovered)
     }
     contentItem: DeviceRow {
         name: choice.modelData.name

@@ -60,7 +60,8 @@ DashboardPage {
             Layout.alignment: Qt.AlignHCenter
             Layout.preferredWidth: 420
             Layout.maximumWidth: page.width - 2 * page.padding
-            text: qsTr("No machines yet. Each of your machines that shares its battery's state appears here after the next synchronisation.")
+            text: qsTr("No machines yet. Each of your machines that shares its battery's state appears "
+                       + "here after the next synchronisation.")
             wrapMode: Text.Wrap
             horizontalAlignment: Text.AlignHCenter
             color: Theme.colors.secondary

@@ -13,7 +13,11 @@ PodBackground {
     required property string message
     required property string severity
 
-    readonly property color tint: Theme.color(severity === "optimal" ? "batteryGreen" : severity === "warning" ? "batteryWarning" : "batteryDanger")
+    readonly property color tint: {
+        if (severity === "optimal")
+            return Theme.colors.batteryGreen;
+        return severity === "warning" ? Theme.colors.batteryWarning : Theme.colors.batteryDanger;
+    }
 
     implicitHeight: row.implicitHeight + 24
     Accessible.role: Accessible.StaticText

@@ -24,7 +24,7 @@ ChoiceButton {
 
     background: Rectangle {
         radius: link.ringRadius
-        color: link.selected ? Theme.faded(Theme.colors.accent, Theme.dark ? 0.32 : 0.16) : link.down ? Theme.colors.pressed : link.hovered ? Theme.colors.hover : "transparent"
+        color: Theme.rowColor(link.selected, link.down, link.hovered)
     }
     contentItem: RowLayout {
         spacing: 10

@@ -61,7 +61,11 @@ DashboardPage {
             objectName: "limit"
             Layout.fillWidth: true
             title: qsTr("Charge limit")
-            caption: page.battery.customChargeLimit < from ? qsTr("It is at %1% now, below what can be chosen here.").arg(Math.round(page.battery.customChargeLimit)) : page.battery.limitEffect
+            caption: {
+                if (current >= from)
+                    return page.battery.limitEffect;
+                return qsTr("It is at %1% now, below what can be chosen here.").arg(Math.round(current));
+            }
             current: page.battery.customChargeLimit
             from: 50
             to: 100

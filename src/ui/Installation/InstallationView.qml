@@ -47,7 +47,8 @@ FocusScope {
         Label {
             objectName: "body"
             Layout.fillWidth: true
-            text: qsTr("To manage your MacBook's hardware charging limits, Velmora needs to install a background helper tool. This requires your permission.")
+            text: qsTr("To manage your MacBook's hardware charging limits, Velmora needs to install a "
+                       + "background helper tool. This requires your permission.")
             font: Theme.font(16, Font.Normal)
             color: Theme.colors.secondary
             horizontalAlignment: Text.AlignHCenter

@@ -63,7 +63,8 @@ T.Dialog {
             Label {
                 objectName: "body"
                 Layout.fillWidth: true
-                text: qsTr("macOS 26.4 now includes a basic 80–100% charge limit built in. Here's what Velmora does that Apple can't.")
+                text: qsTr("macOS 26.4 now includes a basic 80–100% charge limit built in. "
+                           + "Here's what Velmora does that Apple can't.")
                 font: Theme.font(13, Font.Normal)
                 color: Theme.colors.secondary
                 horizontalAlignment: Text.AlignHCenter

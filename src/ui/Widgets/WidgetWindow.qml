@@ -64,7 +64,8 @@ Window {
         Keys.onEnterPressed: Requests.openDashboard()
         Keys.onSpacePressed: Requests.openDashboard()
         Keys.onPressed: event => {
-            event.accepted = event.key === Qt.Key_Menu || (event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier);
+            const isShiftF10 = event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier;
+            event.accepted = event.key === Qt.Key_Menu || isShiftF10;
             if (event.accepted)
                 menu.openAt(0);
         }

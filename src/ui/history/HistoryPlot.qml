@@ -33,7 +33,12 @@ PodBackground {
         wornInk: Theme.colors.batteryDanger
         gridInk: Theme.faded(Theme.colors.primary, 0.1)
         textInk: Theme.colors.secondary
-        bandInks: [Theme.faded(Theme.colors.blue, 0.16), Theme.faded(Theme.colors.green, 0.5), Theme.faded(Theme.colors.batteryWarning, 0.6), Theme.faded(Theme.colors.batteryDanger, 0.6)]
+        bandInks: [
+            Theme.faded(Theme.colors.blue, 0.16),
+            Theme.faded(Theme.colors.green, 0.5),
+            Theme.faded(Theme.colors.batteryWarning, 0.6),
+            Theme.faded(Theme.colors.batteryDanger, 0.6)
+        ]
         font: Theme.font(10, Font.Normal)
         Accessible.role: Accessible.Chart
         Accessible.name: pod.name
@@ -91,6 +96,9 @@ PodBackground {
     /// Saves the plot to a new file; `done` is called with the message for the user.
     function savePicture(done: var): void {
         const file = pod.trends.pictureFile(pod.name);
-        pod.grabToImage(result => done(result.saveToFile(file) ? qsTr("Saved as %1").arg(file) : qsTr("Cannot write %1").arg(file)));
+        pod.grabToImage(result => {
+            const isSaved = result.saveToFile(file);
+            done((isSaved ? qsTr("Saved as %1") : qsTr("Cannot write %1")).arg(file));
+        });
     }
 }

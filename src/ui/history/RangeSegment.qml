@@ -27,7 +27,11 @@ ChoiceButton {
 
     background: Rectangle {
         radius: segment.ringRadius
-        color: segment.selected ? (Theme.dark ? Theme.grey(1, 0.18) : "white") : segment.hovered ? Theme.colors.hover : "transparent"
+        color: {
+            if (segment.selected)
+                return Theme.dark ? Theme.grey(1, 0.18) : "white";
+            return segment.hovered ? Theme.colors.hover : "transparent";
+        }
         border.width: segment.selected ? 1 : 0
         border.color: Theme.colors.edge
     }

@@ -37,6 +37,13 @@ QtObject {
         return Qt.rgba(color.r, color.g, color.b, color.a * opacity);
     }
 
+    /// The background of something that can be selected in a list.
+    function rowColor(selected: bool, down: bool, hovered: bool): color {
+        if (selected)
+            return faded(colors.accent, dark ? 0.32 : 0.16);
+        return down ? colors.pressed : hovered ? colors.hover : "transparent";
+    }
+
     function font(points: real, weight: int): font {
         return typography.fontOf(points, weight);
     }

@@ -12,7 +12,11 @@ Window {
     required property RemoteModel battery
     property string selectedTab: "Overview"
 
-    readonly property string view: !InstallationManager.isKnown ? "" : InstallationManager.isInstallationCompleted ? "DashboardView" : "InstallationView"
+    readonly property string view: {
+        if (!InstallationManager.isKnown)
+            return "";
+        return InstallationManager.isInstallationCompleted ? "DashboardView" : "InstallationView";
+    }
     readonly property size least: view === "InstallationView" ? Qt.size(600, 450) : Qt.size(900, 600)
     readonly property bool showsNotice: VersionNotice.showMacOS264Banner
 

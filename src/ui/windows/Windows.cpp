@@ -25,8 +25,7 @@ constexpr auto inactiveProperty = "_q_showWithoutActivating";
 struct Windows::Kind {
     const char* name;
     const char* file;
-    bool
-        isPanel; ///< belongs to the tray icon: opens beside it, and closes when something else gets the focus
+    bool isPanel; ///< belongs to the tray icon: opens beside it, and closes when it loses the focus
 };
 
 const Windows::Kind* Windows::kind(const QString& name)
