@@ -33,7 +33,10 @@ Shell::Shell(LinuxPlatform& platform, App& app, SessionBus& session, std::filesy
     // The session has ended, and its programs with it. The daemon goes on protecting.
     session.onLost = [this] { loop_.stop(); };
     wireTray();
-    app_.onDaemonPresence = [this] { showStateSoon(); };
+    app_.onDaemonPresence = [this] {
+        if (installation_) installation_->derivedChanged();
+        showStateSoon();
+    };
     app_.onChargerChange = [this] {
         if (charger_) charger_->derivedChanged();
         showStateSoon();
@@ -52,8 +55,9 @@ void Shell::serve(sd_bus* bus)
     };
     serve(charger_, wire::face::charger::face, exports::ChargerSource([this] { return app_.charger(); }));
     // Now rather than at its first use: otherwise a window could open with the wrong one of its two views.
-    serve(installation_, wire::face::installation::face,
-          Platform::current().singleton<InstallationManager>());
+    exports::serve(installation_.emplace(loop_, bus, wire::face::installation::face),
+                   Platform::current().singleton<InstallationManager>(),
+                   [this] { return !app_.isDaemonMissing(); });
     serve(noticeObject_, wire::face::notice::face, notice_);
     serve(smallWidgetObject_, wire::face::widget::small, smallWidget_);
     serve(mediumWidgetObject_, wire::face::widget::medium, mediumWidget_);

@@ -122,6 +122,9 @@ TEST_F(Dashboard, SidebarIsMovedWithinItsBoundsAndHidden)
 
 TEST_F(Dashboard, SwitchesAskForWhatTheySay)
 {
+    open("Settings");
+    EXPECT_TRUE(property("limiterText", "text").startsWith("The background service is not running"));
+    model.charger().apply(charger);
     const struct {
         const char *page, *name, *expected;
     } cases[] = {
@@ -136,18 +139,36 @@ TEST_F(Dashboard, SwitchesAskForWhatTheySay)
     }
     EXPECT_FALSE(item("lowBatteryLimit")->isEnabled()) << "nothing is told of it";
     open("Settings");
-    EXPECT_TRUE(property("limiterText", "text").startsWith("The background service is not running"));
-    model.applyCharger(charger);
     EXPECT_EQ(property("limiterText", "text"), "On battery: charging will stop at 55%, storage mode is on.");
     EXPECT_EQ(property("limit/caption", "text"), "In force: 55%, since this laptop does not support 50%.");
     open("Health");
     EXPECT_EQ(property("cycles", "value"), "7");
 }
 
+TEST_F(Dashboard, ControlsOfTheLimiterAreUsableWhereTheyHaveAnEffect)
+{
+    open("Settings");
+    const std::tuple<const char*, QVariant, const char*> cases[] = {
+        {"IsKnown", false, ""},
+        {"HasBattery", false, ""},
+        {"Control", "none", ""},
+        {"Control", "end threshold", "autoProtect limit storage quickCharge"},
+        {"Control", "thresholds", "autoProtect limit hysteresis storage quickCharge"},
+    };
+    for (const auto& [property, value, expected] : cases) {
+        model.charger().apply(charger);
+        model.charger().apply({{property, value}});
+        QStringList usable;
+        for (const auto* name : {"autoProtect", "limit", "hysteresis", "storage", "quickCharge"})
+            if (item(name)->isEnabled()) usable << name;
+        EXPECT_EQ(usable.join(' '), expected) << property;
+    }
+}
+
 TEST_F(Dashboard, SliderAsksWhenItIsLetGo)
 {
     open("Settings");
-    model.applyCharger(charger);
+    model.charger().apply(charger);
     drag(place("limit/slider", 0.61), place("limit/slider", 0.99));
     EXPECT_EQ(property("limit/value", "text"), "100%");
     EXPECT_EQ(property("hysteresis/caption", "text"), "With Auto-Protect charging begins again below 98%.");
@@ -174,7 +195,7 @@ TEST_F(Dashboard, SliderAsksWhenItIsLetGo)
 
 TEST_F(Dashboard, PlotReadsOutUnderThePointerAndByKeys)
 {
-    model.applyCharger(charger);
+    model.charger().apply(charger);
     open("Health");
     EXPECT_EQ(property("empty", "visible"), "true");
     EXPECT_TRUE(property("empty", "text").startsWith("No samples yet. The first comes"));

@@ -108,7 +108,7 @@ protected:
     Pictures() : Views(GetParam(), [] { return today; })
     {
         model.apply(laptop());
-        model.applyCharger(charger());
+        model.charger().apply(charger());
     }
 
     void open(const QString& name)

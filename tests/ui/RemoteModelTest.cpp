@@ -3,7 +3,7 @@
 
 #include "client/RemoteModel.h"
 #include "FakeApplication.h"
-#include "client/ModelLink.h"
+#include "client/ApplicationLink.h"
 
 #include <QMetaProperty>
 #include <QSignalSpy>
@@ -82,8 +82,8 @@ TEST_F(Linked, TakesAllValuesAndThenEachBatchAtOnce)
     application.properties = {
         {"percentage", 79.6}, {"chargingState", "Charging"}, {"history", historyLosing(1)}};
     application.news = {{"isLimitReached", true}};
-    ModelLink link(application.other, model);
-    ASSERT_TRUE(QSignalSpy(&link, &ModelLink::fed).wait());
+    ApplicationLink link(application.other, model);
+    ASSERT_TRUE(QSignalSpy(&link, &ApplicationLink::ready).wait());
     EXPECT_FALSE(model.isLimitReached()) << "that was before";
     EXPECT_EQ(model.percentage(), 79.6);
     EXPECT_EQ(model.chargingState(), "Charging");
@@ -117,7 +117,7 @@ TEST_F(Linked, TakesAllValuesAndThenEachBatchAtOnce)
 
 TEST_F(Linked, CarriesWishesInTheTypesOfTheWire)
 {
-    ModelLink link(application.other, model);
+    ApplicationLink link(application.other, model);
     model.set("customChargeLimit", 90); // QML's whole numbers are integers
     model.set("isAppleRecommendedModeEnabled", false);
     model.set("percentage", 3.0);
@@ -133,15 +133,15 @@ TEST_F(Linked, CarriesWishesInTheTypesOfTheWire)
 
 TEST_F(Linked, IsOverWithTheApplication)
 {
-    ModelLink link(application.other, model);
-    ASSERT_TRUE(QSignalSpy(&link, &ModelLink::fed).wait());
-    QSignalSpy gone(&link, &ModelLink::gone);
+    ApplicationLink link(application.other, model);
+    ASSERT_TRUE(QSignalSpy(&link, &ApplicationLink::ready).wait());
+    QSignalSpy gone(&link, &ApplicationLink::gone);
     application.leave();
     EXPECT_TRUE(gone.wait());
 
-    ModelLink late(application.other, model);
-    EXPECT_TRUE(QSignalSpy(&late, &ModelLink::gone).wait());
-    EXPECT_FALSE(late.isFed());
+    ApplicationLink late(application.other, model);
+    EXPECT_TRUE(QSignalSpy(&late, &ApplicationLink::gone).wait());
+    EXPECT_FALSE(late.isReady());
 }
 
 } // namespace

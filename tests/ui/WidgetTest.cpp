@@ -4,7 +4,7 @@
 #include "Views.h"
 #include "Widgets/WidgetPlacing.h"
 #include "client/RemoteInstallation.h"
-#include "client/RemoteWidget.h"
+#include "client/Widgets.h"
 #include "program/Requests.h"
 
 #include <QCursor>
@@ -75,7 +75,7 @@ struct WidgetTest : Views {
 TEST_F(WidgetTest, ShowWhatTheModelHoldsAndSayItInOneBreath)
 {
     model.apply({{"percentage", 72.5}, {"chargingState", "Charging"}, {"thermalState", "Serious"}});
-    model.applyCharger({{"IsKnown", true}, {"HasBattery", true}, {"Health", 91.2}});
+    model.charger().apply({{"IsKnown", true}, {"HasBattery", true}, {"Health", 91.2}});
     open("SmallWidgetWindow");
     EXPECT_EQ(text("percentage") + " " + text("state"), "72% Charging");
     EXPECT_EQ(spoken(), "Battery, 72%, Charging");

@@ -17,8 +17,9 @@ KeyedArchive::Value valueOf(const std::optional<ChargerReport>& report, std::str
 
 } // namespace
 
-void serve(ExportedObject& object, InstallationManager& manager)
+void serve(ExportedObject& object, InstallationManager& manager, std::function<bool()> isDaemonPresent)
 {
+    object.derive("isDaemonPresent", std::move(isDaemonPresent));
     object.bind("isInstallationCompleted", manager.isInstallationCompleted);
     object.bind("isInstalling", manager.isInstalling);
     object.bind("installationProgress", manager.installationProgress);

@@ -16,7 +16,9 @@
 /// both must have the same lifetime. Throws std::system_error where the bus refuses the object.
 namespace velmora::exports {
 
-void serve(ExportedObject& object, InstallationManager& manager);
+/// `isDaemonPresent`: somebody serves the battery. That it may be otherwise, `derivedChanged` tells the
+/// object.
+void serve(ExportedObject& object, InstallationManager& manager, std::function<bool()> isDaemonPresent);
 void serve(ExportedObject& object, VersionNotice& notice);
 void serve(ExportedObject& object, WidgetSettings& widget);
 

@@ -110,6 +110,7 @@ inline constexpr auto interface = "app.velmora.InstallationManager";
 
 inline constexpr std::array properties{
     Property{"isInstallationCompleted", "b"},
+    Property{"isDaemonPresent", "b"}, ///< somebody serves the battery, whatever the service manager says
     Property{"isInstalling", "b"},
     Property{"installationProgress", "d"}, ///< 0 to 1
     Property{"installationError", "as"},

@@ -75,7 +75,6 @@ DashboardPage {
             objectName: "lowBatteryLimit"
             Layout.fillWidth: true
             enabled: page.battery.notifyOnLowBattery
-            opacity: enabled ? 1 : 0.5
             title: qsTr("Low-battery threshold")
             current: page.battery.lowBatteryLimit
             from: 5

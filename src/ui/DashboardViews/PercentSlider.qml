@@ -18,6 +18,7 @@ Column { // a layout would keep the place that it had for a caption of more line
     property real from: 0
     property real to: 100
     readonly property real shown: slider.value
+    readonly property real fading: enabled ? 1 : 0.5 ///< not of the caption: it says why there is nothing to choose
 
     signal chosen(real value)
 
@@ -39,6 +40,7 @@ Column { // a layout would keep the place that it had for a caption of more line
     }
     RowLayout {
         width: parent.width
+        opacity: setting.fading
         spacing: 8
 
         Label {
@@ -70,6 +72,7 @@ Column { // a layout would keep the place that it had for a caption of more line
         objectName: "slider"
         width: parent.width
         implicitHeight: 24
+        opacity: setting.fading
         from: setting.from
         to: setting.to
         stepSize: 1
@@ -110,7 +113,6 @@ Column { // a layout would keep the place that it had for a caption of more line
                 height: parent.height
                 radius: 2
                 color: Theme.colors.accent
-                opacity: slider.enabled ? 1 : 0.4
             }
         }
         handle: Rectangle {

@@ -47,6 +47,7 @@ DashboardPage {
         ToggleRow {
             objectName: "autoProtect"
             Layout.fillWidth: true
+            enabled: page.battery.hasLimiter
             title: qsTr("Auto-Protect")
             subtitle: qsTr("Charging stops at the limit.")
             isOn: page.battery.isAppleRecommendedModeEnabled
@@ -60,6 +61,7 @@ DashboardPage {
 
             objectName: "limit"
             Layout.fillWidth: true
+            enabled: page.battery.hasLimiter
             title: qsTr("Charge limit")
             caption: {
                 if (current >= from)
@@ -74,6 +76,7 @@ DashboardPage {
         PercentSlider {
             objectName: "hysteresis"
             Layout.fillWidth: true
+            enabled: page.battery.hasHysteresis
             title: qsTr("Hysteresis")
             caption: {
                 page.battery.limitEffect; // evaluated so that the next value follows its changes
@@ -91,6 +94,7 @@ DashboardPage {
         ToggleRow {
             objectName: "storage"
             Layout.fillWidth: true
+            enabled: page.battery.hasLimiter
             title: qsTr("Storage mode")
             subtitle: qsTr("Holds the battery at 50%, for weeks without use. It goes before the limit.")
             isOn: page.storage
@@ -99,6 +103,7 @@ DashboardPage {
     }
     ProminentButton {
         objectName: "quickCharge"
+        enabled: page.battery.hasLimiter
         Layout.preferredWidth: Math.max(260, implicitWidth)
         text: Texts.quickChargeTitle(page.battery.isTemporaryOverrideEnabled)
         symbol: Texts.quickChargeSymbol(page.battery.isTemporaryOverrideEnabled)

@@ -62,7 +62,7 @@ void WidgetFrame::watch(QScreen* screen)
 
 void WidgetFrame::takeSettings()
 {
-    if (!settings_->isKnown()) return;
+    if (!settings_->isFed()) return;
     const bool isMeantElsewhere = settings_->place().value_or(restPosition_) != restPosition_;
     if (isPlaced_ && (!isMeantElsewhere || resting_.isActive())) return;
     place();

@@ -3,32 +3,27 @@
 
 #include "client/RemoteInstallation.h"
 
-#include "wire/ModelFace.h"
-
 #include <algorithm>
 
 namespace velmora {
 
-void RemoteInstallation::apply(const QVariantMap& values)
+namespace wiring = wire::face::installation;
+
+RemoteInstallation::RemoteInstallation(QObject* parent) : RemoteObject(wiring::face, parent) {}
+
+double RemoteInstallation::installationProgress() const
 {
-    take(values, "isInstallationCompleted", isCompleted_);
-    take(values, "isInstalling", isInstalling_);
-    take(values, "installationProgress", progress_);
-    progress_ = std::clamp(progress_, 0.0, 1.0);
-    isKnown_ = true;
-    Q_EMIT changed();
+    return std::clamp(value("installationProgress").toDouble(), 0.0, 1.0);
 }
 
 void RemoteInstallation::giveUp()
 {
-    isCompleted_ = true;
-    isKnown_ = true;
-    Q_EMIT changed();
+    apply({{QStringLiteral("isInstallationCompleted"), true}});
 }
 
 void RemoteInstallation::install()
 {
-    if (!isInstalling_) Q_EMIT operationWanted(QString::fromLatin1(wire::face::installation::install));
+    if (!isInstalling()) Q_EMIT operationWanted(QString::fromLatin1(wiring::install));
 }
 
 } // namespace velmora

@@ -4,29 +4,58 @@
 #pragma once
 
 #include "client/QtLog.h"
+#include "client/WireValue.h"
 
 #include <QObject>
 #include <QVariantMap>
 #include <QtQml/qqmlregistration.h>
-#include <cmath>
-#include <type_traits>
+#include <vector>
 
 #include "platform/Complaints.h"
+#include "wire/ModelFace.h"
+
+/// A property of a mirror, under the name that the wire's table `table` of its class has for it. Qt wants
+/// each one declared; that name and type are the table's is checked when this is compiled.
+#define VELMORA_MIRRORED(type, name)                                                                         \
+    Q_PROPERTY(type name READ name NOTIFY changed)                                                           \
+public:                                                                                                      \
+    type name() const                                                                                        \
+    {                                                                                                        \
+        constexpr auto row = wired::rowOf<type>(table, #name);                                               \
+        static_assert(row < table.size(), "the wire has no such property of this type");                     \
+        return value(row).value<type>();                                                                     \
+    }
 
 namespace velmora {
 
-/// One of the small objects of the resident application's face as the views see it, under its own names and
-/// read only. Whoever has a link to the application feeds it by `apply` and carries its two requests.
+/// One object of the resident application as the views see it: the properties that the wire's table declares,
+/// under their own names and read only. A link to the application feeds it by `apply` and carries its two
+/// requests; until then it shows what it began with. A mirror names this base in full: the type registration
+/// of Qt 6.4 does not find it otherwise.
 class RemoteObject : public QObject {
     Q_OBJECT
     QML_ANONYMOUS
 public:
-    using QObject::QObject;
+    using Face = wire::face::Face;
 
-    /// Takes values from outside, then says `changed` once.
-    virtual void apply(const QVariantMap& values) = 0;
+    explicit RemoteObject(const Face& face, QObject* parent = nullptr);
+
+    const Face& face() const { return face_; }
+
+    /// Takes values from outside, then says `changed` once. A value of another type than the table has, or
+    /// that is not finite, is refused with a line in the log and the one before stays; names that the table
+    /// does not have are passed over.
+    void apply(const QVariantMap& values);
     /// The application has no such object.
     virtual void giveUp() {}
+    /// The application has told.
+    bool isFed() const { return isFed_; }
+
+    /// Asks the application to change a property; what then changes comes back from it.
+    Q_INVOKABLE void set(const QString& property, const QVariant& value)
+    {
+        Q_EMIT setWanted(property, value);
+    }
 
 Q_SIGNALS:
     void changed();
@@ -34,24 +63,23 @@ Q_SIGNALS:
     void operationWanted(const QString& operation);
 
 protected:
-    /// The value of that name, if there is one: of another type, or not finite, it is a line in the log and
-    /// the one before stays.
-    template <typename T>
-    void take(const QVariantMap& values, const char* name, T& place)
-    {
-        const auto value = values.constFind(QLatin1String(name));
-        if (value == values.constEnd()) return;
-        bool isSound = value->metaType() == QMetaType::fromType<T>();
-        if constexpr (std::is_floating_point_v<T>)
-            isSound = isSound && std::isfinite(value->template value<T>());
-        if (isSound)
-            place = value->template value<T>();
-        else
-            complaints_.raise(name, "Ignored an invalid value of " + std::string(name) +
-                                        "; the previous one stays.");
-    }
+    /// The value of a row of the table; invalid before the first.
+    const QVariant& value(std::size_t row) const { return values_[row]; }
+    QVariant value(const char* name) const { return values_[rowOf(name)]; }
+    /// Shows this from now on, until another one is told.
+    void keep(const char* name, const QVariant& value) { values_[rowOf(name)] = value; }
+
+    /// A sound value has come; a mirror that shows something else instead takes it here.
+    virtual void take(std::size_t row, const QVariant& value) { values_[row] = value; }
+    /// All values of a batch have been taken.
+    virtual void taken() {}
 
 private:
+    std::size_t rowOf(const char* name) const;
+
+    Face face_;
+    std::vector<QVariant> values_; ///< in the order of the table
+    bool isFed_ = false;
     QtLog log_;
     Complaints complaints_{log_, "RemoteObject"};
 };

@@ -3,33 +3,25 @@
 
 #include "client/RemoteVersionNotice.h"
 
-#include "wire/ModelFace.h"
-
 namespace velmora {
 
-namespace wired = wire::face::notice;
-
-void RemoteVersionNotice::apply(const QVariantMap& values)
-{
-    take(values, wired::showMacOS264Banner, isShown_);
-    Q_EMIT changed();
-}
+namespace wiring = wire::face::notice;
 
 void RemoteVersionNotice::appeared()
 {
-    Q_EMIT operationWanted(QString::fromLatin1(wired::appeared));
+    Q_EMIT operationWanted(QString::fromLatin1(wiring::appeared));
 }
 
 void RemoteVersionNotice::dismissed()
 {
-    Q_EMIT operationWanted(QString::fromLatin1(wired::dismissed));
+    Q_EMIT operationWanted(QString::fromLatin1(wiring::dismissed));
 }
 
 void RemoteVersionNotice::closed()
 {
-    isShown_ = false;
+    keep(wiring::showMacOS264Banner, false);
     Q_EMIT changed();
-    Q_EMIT setWanted(QString::fromLatin1(wired::showMacOS264Banner), false);
+    Q_EMIT setWanted(QString::fromLatin1(wiring::showMacOS264Banner), false);
 }
 
 } // namespace velmora

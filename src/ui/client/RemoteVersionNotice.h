@@ -8,15 +8,16 @@
 namespace velmora {
 
 /// The notice over the dashboard: wire::face::notice, as far as views show it.
-class RemoteVersionNotice : public RemoteObject {
+class RemoteVersionNotice : public velmora::RemoteObject {
     Q_OBJECT
     QML_NAMED_ELEMENT(VersionNotice)
     QML_SINGLETON
-    Q_PROPERTY(bool showMacOS264Banner READ showMacOS264Banner NOTIFY changed)
+    static constexpr const auto& table = wire::face::notice::properties;
+    VELMORA_MIRRORED(bool, showMacOS264Banner)
 public:
-    using RemoteObject::RemoteObject;
-
-    void apply(const QVariantMap& values) override;
+    explicit RemoteVersionNotice(QObject* parent = nullptr) : RemoteObject(wire::face::notice::face, parent)
+    {
+    }
 
     /// The main window has appeared.
     Q_INVOKABLE void appeared();
@@ -25,11 +26,6 @@ public:
     /// The notice is gone from the window, however it went. Here that holds at once, so that no news on its
     /// way brings it back.
     Q_INVOKABLE void closed();
-
-    bool showMacOS264Banner() const { return isShown_; }
-
-private:
-    bool isShown_ = false;
 };
 
 } // namespace velmora

@@ -12,6 +12,7 @@ PressButton {
     property string symbol
     property color tint: Theme.colors.accent
 
+    opacity: enabled ? 1 : 0.5
     padding: 8
     topPadding: Theme.room(9)
     bottomPadding: Theme.room(9)

@@ -20,6 +20,7 @@ T.CheckBox {
 
     signal flipped(bool on)
 
+    opacity: enabled ? 1 : 0.5
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
     font: Theme.typography.bodyFont

@@ -3,11 +3,10 @@
 
 #include "program/Program.h"
 
-#include "client/ModelLink.h"
-#include "client/ObjectLink.h"
+#include "client/ApplicationLink.h"
 #include "client/RemoteInstallation.h"
 #include "client/RemoteVersionNotice.h"
-#include "client/RemoteWidget.h"
+#include "client/Widgets.h"
 #include "desktop/Appearance.h"
 #include "desktop/Display.h"
 #include "program/CoreTranslator.h"
@@ -87,19 +86,16 @@ void awaitSent(const QDBusConnection& bus)
 class Program {
 public:
     Program(const QDBusConnection& bus, TerminationSignals& signals_)
-        : bus_(bus),
-          link_(bus, model_),
-          installation_(bus, face::installation::face, *singleton<RemoteInstallation>("InstallationManager")),
-          notice_(bus, face::notice::face, *singleton<RemoteVersionNotice>("VersionNotice")),
-          smallWidget_(bus, face::widget::small, *singleton<Widgets>("Widgets")->small()),
-          mediumWidget_(bus, face::widget::medium, *singleton<Widgets>("Widgets")->medium()),
-          windows_(engine_, model_),
-          service_(windows_)
+        : bus_(bus), link_(bus, model_), windows_(engine_, model_), service_(windows_)
     {
         engine_.addImportPath(QStringLiteral("qrc:/qt/qml"));
+        link_.add(*singleton<RemoteInstallation>("InstallationManager"));
+        link_.add(*singleton<RemoteVersionNotice>("VersionNotice"));
+        link_.add(*singleton<Widgets>("Widgets")->small());
+        link_.add(*singleton<Widgets>("Widgets")->medium());
         QObject::connect(&signals_, &TerminationSignals::received, &windows_,
                          [] { QCoreApplication::exit(0); });
-        QObject::connect(&link_, &ModelLink::gone, &windows_, [this] {
+        QObject::connect(&link_, &ApplicationLink::gone, &windows_, [this] {
             QCoreApplication::exit(link_.hasMet() ? 0 : fail(QStringLiteral("velmora is not running")));
         });
         signals_.listen();
@@ -122,8 +118,8 @@ public:
     int draw(const CommandLine& wish)
     {
         singleton<Appearance>("Appearance")->setOpaque();
-        singleton<RemoteVersionNotice>("VersionNotice")
-            ->disconnect(&notice_); // nobody sees the window appear
+        auto* notice = singleton<RemoteVersionNotice>("VersionNotice");
+        notice->disconnect(SIGNAL(operationWanted(QString))); // nobody sees the window appear
         whenReady([this, wish] {
             windows_.picture(wish.window, wish.page, [wish](const QImage& image) {
                 const bool isSaved = image.save(wish.picture, "PNG");
@@ -159,7 +155,7 @@ private:
             link_.activate(
                 QString::fromLatin1(size == "small" ? face::smallWidgetAction : face::mediumWidgetAction));
         });
-        QObject::connect(&requests, &Requests::quitWanted, &link_, &ModelLink::quit);
+        QObject::connect(&requests, &Requests::quitWanted, &link_, &ApplicationLink::quit);
     }
 
     /// Once the application's values and the desktop's wishes are known.
@@ -167,24 +163,16 @@ private:
     {
         auto* appearance = singleton<Appearance>("Appearance");
         const auto check = [this, appearance, command] {
-            if (link_.isFed() && installation_.isSettled() && smallWidget_.isSettled() &&
-                mediumWidget_.isSettled() && appearance->isSettled())
-                command();
+            if (link_.isReady() && appearance->isSettled()) command();
         };
-        QObject::connect(&link_, &ModelLink::fed, &windows_, check);
-        for (const auto* link : {&installation_, &smallWidget_, &mediumWidget_})
-            QObject::connect(link, &ObjectLink::settled, &windows_, check);
+        QObject::connect(&link_, &ApplicationLink::ready, &windows_, check);
         QObject::connect(appearance, &Appearance::settled, &windows_, check);
     }
 
     QDBusConnection bus_;
     RemoteModel model_;
-    ModelLink link_;
+    ApplicationLink link_;
     QQmlEngine engine_;
-    ObjectLink installation_;
-    ObjectLink notice_;
-    ObjectLink smallWidget_;
-    ObjectLink mediumWidget_;
     Windows windows_;
     WindowsService service_;
 };

@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "client/RemoteObject.h"
+
+#include <algorithm>
+
+namespace velmora {
+
+RemoteObject::RemoteObject(const Face& face, QObject* parent)
+    : QObject(parent), face_(face), values_(face.properties.size())
+{
+}
+
+void RemoteObject::apply(const QVariantMap& values)
+{
+    for (std::size_t row = 0; row < face_.properties.size(); ++row) {
+        const auto& property = face_.properties[row];
+        const auto value = values.constFind(QLatin1String(property.name));
+        if (value == values.constEnd()) continue;
+        if (const auto sound = wired::received(property.type, *value))
+            take(row, *sound);
+        else
+            complaints_.raise(property.name, "Ignored an invalid value of " + std::string(property.name) +
+                                                 "; still showing the one before.");
+    }
+    isFed_ = true;
+    taken();
+    Q_EMIT changed();
+}
+
+std::size_t RemoteObject::rowOf(const char* name) const
+{
+    const auto found =
+        std::ranges::find(face_.properties, std::string_view(name), &wire::face::Property::name);
+    return static_cast<std::size_t>(found - face_.properties.begin());
+}
+
+} // namespace velmora
