@@ -62,8 +62,10 @@ TEST_F(MainWindow, ShowsTheRightViewAtOnceAndNeitherBeforeThatIsKnown)
     show(false);
     EXPECT_EQ(view(), "InstallationView");
     EXPECT_EQ(window->size(), QSize(600, 450));
-    window->resize(1000, 500); // by a person, or a window manager that tiles
-    installation->apply({{"isInstallationCompleted", true}});
+    window->resize(1000, 500);                        // by a person, or a window manager that tiles
+    installation->apply({{"isDaemonPresent", true}}); // with a service manager that knows nothing of it
+    EXPECT_EQ(view(), "DashboardView");
+    installation->apply({{"isInstallationCompleted", true}, {"isDaemonPresent", false}});
     EXPECT_EQ(view(), "DashboardView");
     EXPECT_EQ(window->size(), QSize(1000, 600));
     auto* dashboard = content();

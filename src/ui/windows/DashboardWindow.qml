@@ -15,7 +15,9 @@ Window {
     readonly property string view: {
         if (!InstallationManager.isKnown)
             return "";
-        return InstallationManager.isInstallationCompleted ? "DashboardView" : "InstallationView";
+        // A daemon that serves is enough, whatever the service manager says.
+        const isServed = InstallationManager.isInstallationCompleted || InstallationManager.isDaemonPresent;
+        return isServed ? "DashboardView" : "InstallationView";
     }
     readonly property size least: view === "InstallationView" ? Qt.size(600, 450) : Qt.size(900, 600)
     readonly property bool showsNotice: VersionNotice.showMacOS264Banner
