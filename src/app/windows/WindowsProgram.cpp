@@ -7,19 +7,8 @@
 #include "wire/ModelFace.h"
 
 #include <algorithm>
-#include <csignal>
-#include <cstdlib>
-#include <spawn.h>
-#include <sys/epoll.h>
-#include <sys/wait.h>
 #include <system_error>
-#include <unistd.h>
 #include <utility>
-#include <vector>
-
-extern "C" { // which glibc 2.36 forgot to say itself
-#include <sys/pidfd.h>
-}
 
 namespace velmora {
 
@@ -30,119 +19,7 @@ constexpr std::size_t maximumReason = 200;                 // bytes of another p
 constexpr std::uint64_t answerPatience = 2'000'000;        // microseconds
 constexpr std::chrono::milliseconds startPatience{10'000}; // a cold disk takes a second or two
 
-/// Arguments and environment as posix_spawn takes them; the strings must outlive the result.
-std::vector<char*> pointers(std::vector<std::string>& texts)
-{
-    std::vector<char*> result;
-    result.reserve(texts.size() + 1);
-    for (auto& text : texts) result.push_back(text.data());
-    result.push_back(nullptr);
-    return result;
-}
-
-std::vector<std::string> argumentsFor(const std::filesystem::path& program, const WindowRequest& request)
-{
-    const auto* option = request.isToggle ? "--toggle" : request.takesFocus ? "--show" : "--show-inactive";
-    std::vector<std::string> arguments{program, option, request.window};
-    if (request.at) {
-        arguments.emplace_back("--at");
-        arguments.push_back(std::to_string(request.at->x) + "," + std::to_string(request.at->y));
-    }
-    return arguments;
-}
-
-std::vector<std::string> environmentWith(const std::string& token)
-{
-    constexpr std::string_view variable = "XDG_ACTIVATION_TOKEN=";
-    std::vector<std::string> environment;
-    for (char** one = environ; one && *one; ++one) {
-        if (!std::string_view(*one).starts_with(variable)) environment.emplace_back(*one);
-    }
-    if (!token.empty()) environment.push_back(std::string(variable) + token);
-    return environment;
-}
-
-/// The loop takes its signals from a descriptor and has them blocked; a child must not inherit that.
-class SpawnAttributes {
-public:
-    SpawnAttributes()
-    {
-        sigset_t none;
-        sigemptyset(&none);
-        posix_spawnattr_init(&attributes_);
-        posix_spawnattr_setsigmask(&attributes_, &none);
-        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK);
-    }
-    ~SpawnAttributes() { posix_spawnattr_destroy(&attributes_); }
-    SpawnAttributes(const SpawnAttributes&) = delete;
-    SpawnAttributes& operator=(const SpawnAttributes&) = delete;
-
-    const posix_spawnattr_t* get() const { return &attributes_; }
-
-private:
-    posix_spawnattr_t attributes_{};
-};
-
-pid_t spawn(const std::filesystem::path& program, const WindowRequest& request)
-{
-    auto arguments = argumentsFor(program, request);
-    auto environment = environmentWith(request.token);
-    pid_t id = -1;
-    dbus::check(-posix_spawn(&id, program.c_str(), nullptr, SpawnAttributes().get(),
-                             pointers(arguments).data(), pointers(environment).data()),
-                program.c_str());
-    return id;
-}
-
-std::string fate(const siginfo_t& end)
-{
-    const auto number = std::to_string(end.si_status);
-    return end.si_code == CLD_EXITED ? "ended with status " + number : "was ended by signal " + number;
-}
-
 } // namespace
-
-/// A process that was started, until its end has been seen.
-struct WindowsProgram::Child {
-    WindowsProgram& owner;
-    std::chrono::milliseconds started;
-    pid_t id;
-    std::string window; ///< that it was started for
-    int descriptor = -1;
-    bool hasAppeared = false; ///< it owned the windows' name at some time
-    sd_event_source* source = nullptr;
-
-    Child(WindowsProgram& itsOwner, pid_t itsId, std::string itsWindow)
-        : owner(itsOwner),
-          started(itsOwner.clock_.sinceBoot()),
-          id(itsId),
-          window(std::move(itsWindow)),
-          descriptor(pidfd_open(itsId, 0))
-    {
-        dbus::check(descriptor < 0 ? -errno : 0, "pidfd_open");
-        dbus::check(sd_event_add_io(owner.loop_.handle(), &source, descriptor, EPOLLIN, onEnd, this),
-                    "sd_event_add_io");
-    }
-    ~Child()
-    {
-        sd_event_source_disable_unref(source);
-        if (descriptor >= 0) close(descriptor);
-    }
-    Child(const Child&) = delete;
-    Child& operator=(const Child&) = delete;
-
-    void kill() const { pidfd_send_signal(descriptor, SIGKILL, nullptr, 0); }
-
-    static int onEnd(sd_event_source*, int, std::uint32_t, void* self) noexcept
-    {
-        const auto* child = static_cast<Child*>(self);
-        siginfo_t end{};
-        if (waitid(P_PID, static_cast<id_t>(child->id), &end, WEXITED | WNOHANG) == 0 && end.si_pid == 0)
-            return 0;
-        child->owner.ended(end); // the child goes here
-        return 0;
-    }
-};
 
 WindowsProgram::WindowsProgram(EventLoop& loop, sd_bus* bus, const Clock& clock, Log& log,
                                std::filesystem::path program)
@@ -158,7 +35,7 @@ WindowsProgram::WindowsProgram(EventLoop& loop, sd_bus* bus, const Clock& clock,
 
 WindowsProgram::~WindowsProgram()
 {
-    if (child_) child_->kill(); // it would end by itself, unless it hangs
+    if (run_) run_->process->kill(); // it would end by itself, unless it hangs
 }
 
 void WindowsProgram::request(WindowRequest request)
@@ -166,10 +43,10 @@ void WindowsProgram::request(WindowRequest request)
     if (!bus_) return log_.warning(category, "Cannot open a window without a session bus.");
     if (told_) return wait(std::move(request));
     if (owner_->exists()) return tell(request);
-    if (!child_) return start(request);
+    if (!run_) return start(request);
     if (isStuck()) {
         log_.warning(category, program_.filename().string() + " did not start in time; killed it.");
-        child_->kill();
+        run_->process->kill();
     }
     wait(std::move(request));
 }
@@ -184,8 +61,7 @@ void WindowsProgram::wait(WindowRequest request)
 
 bool WindowsProgram::isOnItsWay(const std::string& window) const
 {
-    return (child_ && !child_->hasAppeared && child_->window == window) ||
-           (told_ && told_->window == window) ||
+    return (run_ && !run_->hasAppeared && run_->window == window) || (told_ && told_->window == window) ||
            std::ranges::find(waiting_, window, &WindowRequest::window) != waiting_.end();
 }
 
@@ -199,12 +75,15 @@ std::optional<WindowRequest> WindowsProgram::takeNext()
 
 bool WindowsProgram::isStuck() const
 {
-    return child_ && !owner_->exists() && clock_.sinceBoot() - child_->started > startPatience;
+    return run_ && !owner_->exists() && clock_.sinceBoot() - run_->started > startPatience;
 }
 
 void WindowsProgram::start(const WindowRequest& request)
 try {
-    child_ = std::make_unique<Child>(*this, spawn(program_, request), request.window);
+    const auto ended = [this](const WindowsProcess::End& end) { this->ended(end); };
+    run_ = Run{.window = request.window,
+               .started = clock_.sinceBoot(),
+               .process = std::make_unique<WindowsProcess>(loop_, program_, request, ended)};
     complaints_.settle("start");
 } catch (const std::system_error& failure) {
     waiting_.clear(); // they would meet the same
@@ -240,7 +119,7 @@ int WindowsProgram::answered(sd_bus_message* reply)
     const bool isHungOrGone =
         error && sd_bus_error_has_names(error, SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER,
                                         SD_BUS_ERROR_NO_REPLY);
-    const bool isAboutToGo = error && child_ && sd_bus_error_has_name(error, SD_BUS_ERROR_UNKNOWN_OBJECT);
+    const bool isAboutToGo = error && run_ && sd_bus_error_has_name(error, SD_BUS_ERROR_UNKNOWN_OBJECT);
     if ((isHungOrGone || isAboutToGo) && !isOnItsWay(told->window)) waiting_.push_front(*told);
     if (isHungOrGone) {
         startAnew();
@@ -268,34 +147,33 @@ void WindowsProgram::startAnew()
 {
     if (owner_->exists()) {
         log_.warning(category,
-                     program_.filename().string() + " does not answer" + (child_ ? "; killed it." : "."));
-        if (!child_) return waiting_.clear();
-        child_->kill();
+                     program_.filename().string() + " does not answer" + (run_ ? "; killed it." : "."));
+        if (!run_) return waiting_.clear();
+        run_->process->kill();
     }
-    if (child_) return;
+    if (run_) return;
     if (const auto next = takeNext()) start(*next);
 }
 
 void WindowsProgram::appeared()
 {
-    if (child_) {
-        child_->hasAppeared = true;
-        complaints_.settle("before " + child_->window);
+    if (run_) {
+        run_->hasAppeared = true;
+        complaints_.settle("before " + run_->window);
     }
     serveNext();
 }
 
-void WindowsProgram::ended(const siginfo_t& end)
+void WindowsProgram::ended(const WindowsProcess::End& end)
 {
-    const bool hasAppeared = child_->hasAppeared || owner_->exists();
-    const auto window = child_->window;
-    child_.reset();
-    const auto name = program_.filename().string();
+    const bool hasAppeared = run_->hasAppeared || owner_->exists();
+    const auto window = run_->window;
+    run_.reset();
+    const auto program = program_.filename().string() + " " + end.fate;
     if (!hasAppeared)
-        complaints_.raise("before " + window,
-                          name + " " + fate(end) + " before it showed the window \"" + window + "\".");
-    else if (end.si_code != CLD_EXITED || end.si_status != 0)
-        complaints_.raise("end", name + " " + fate(end) + ".");
+        complaints_.raise("before " + window, program + " before it showed the window \"" + window + "\".");
+    else if (!end.isClean)
+        complaints_.raise("end", program + ".");
     else
         complaints_.settle("end");
     if (told_) return; // an error that the name has no owner follows

@@ -9,26 +9,16 @@
 #include "platform/Clock.h"
 #include "platform/Complaints.h"
 #include "platform/Log.h"
-#include "tray/ScreenPoint.h"
+#include "windows/WindowsProcess.h"
 
-#include <csignal>
+#include <chrono>
 #include <deque>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
-#include <sys/types.h>
 
 namespace velmora {
-
-/// A request to open a window.
-struct WindowRequest {
-    std::string window;              ///< of wire::windows
-    bool isToggle = false;           ///< closes the window where it is open
-    std::optional<ScreenPoint> at{}; ///< of the click; nothing where that is not known
-    std::string token{};             ///< the desktop's leave to take the focus; may be empty
-    bool takesFocus = true;          ///< otherwise a window that is open stays as it is
-};
 
 /// velmora-ui as seen from the resident program: started when a window is asked for, told of further ones
 /// while it runs, and never waited for. It ends with this. One that does not answer is ended and started anew
@@ -45,7 +35,13 @@ public:
     void request(WindowRequest request);
 
 private:
-    struct Child;
+    /// The process that this started, while it lives.
+    struct Run {
+        std::string window; ///< that it was started for
+        std::chrono::milliseconds started;
+        std::unique_ptr<WindowsProcess> process;
+        bool hasAppeared = false; ///< it owned the windows' name at some time
+    };
 
     void start(const WindowRequest& request);
     void tell(const WindowRequest& request);
@@ -57,7 +53,7 @@ private:
     bool isOnItsWay(const std::string& window) const;
     void refused(const WindowRequest& request, const sd_bus_error& error);
     void appeared();
-    void ended(const siginfo_t& end);
+    void ended(const WindowsProcess::End& end);
     bool isStuck() const;
 
     EventLoop& loop_;
@@ -66,8 +62,8 @@ private:
     Log& log_;
     Complaints complaints_; ///< of what each click would meet again
     std::filesystem::path program_;
-    std::optional<NameOwner> owner_;    ///< of the windows' name
-    std::unique_ptr<Child> child_;      ///< the one that this started, while it lives
+    std::optional<NameOwner> owner_; ///< of the windows' name
+    std::optional<Run> run_;
     std::optional<WindowRequest> told_; ///< not answered yet
     std::deque<WindowRequest> waiting_; ///< one a window, until a program can be told
     dbus::Slot call_;
