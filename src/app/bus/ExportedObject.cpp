@@ -4,6 +4,7 @@
 #include "bus/ExportedObject.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace velmora {
 
@@ -65,7 +66,11 @@ sd_bus_vtable ExportedObject::entry(const Property& property)
 void ExportedObject::fillTable()
 {
     table_ = {SD_BUS_VTABLE_START(0)};
-    for (const auto& property : face_.properties) {
+    for (std::size_t index = 0; index < rows_.size(); ++index) {
+        const auto& property = face_.properties[index];
+        const Row& row = rows_[index];
+        if (!row.read || (property.access != Access::read && !row.write))
+            throw std::logic_error(std::string(property.name) + " of " + face_.interface + " is not bound");
         table_.push_back(property.news == News::value
                              ? entry<SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE>(property)
                              : entry<SD_BUS_VTABLE_PROPERTY_EMITS_INVALIDATION>(property));

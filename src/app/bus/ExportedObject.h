@@ -44,7 +44,8 @@ public:
     /// Called after a property was written that the table calls a setting.
     std::function<void()> onSetting;
 
-    /// Throws std::system_error where the bus takes no objects.
+    /// Throws std::system_error where the bus takes no objects, std::logic_error where a property of the
+    /// table is not bound.
     void serve();
 
 private:

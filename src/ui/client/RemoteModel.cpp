@@ -12,18 +12,17 @@
 #include <QLocale>
 #include <algorithm>
 #include <utility>
+#include <variant>
 
 namespace velmora {
 
 namespace {
 
-/// As a model begins; what is not named begins with nothing.
-const QVariantMap initialValues{
-    {"percentage", 50.0},         {"chargingState", "Idle"},   {"isAppleRecommendedModeEnabled", true},
-    {"thermalState", "Nominal"},  {"powerSource", "Battery"},  {"timeToFull", qint64{-1}},
-    {"timeToEmpty", qint64{-1}},  {"timeToLimit", qint64{-1}}, {"customChargeLimit", 80.0},
-    {"customHysteresis", 2.0},    {"notifyOnLimit", true},     {"notifyOnHeat", true},
-    {"notifyOnLowBattery", true}, {"lowBatteryLimit", 20.0},   {"notifyOnPowerChange", true},
+/// As a model begins, settings aside; what is not named begins with nothing.
+const std::pair<const char*, QVariant> initialValues[] = {
+    {"percentage", 50.0},        {"chargingState", "Idle"},    {"thermalState", "Nominal"},
+    {"powerSource", "Battery"},  {"timeToFull", qint64{-1}},   {"timeToEmpty", qint64{-1}},
+    {"timeToLimit", qint64{-1}}, {"notifyOnLowBattery", true},
 };
 
 SharedBatteryState device(const KeyedArchive& archive)
@@ -50,8 +49,10 @@ QVariantMap fleetRow(const SharedBatteryState& device)
 RemoteModel::RemoteModel(std::function<Date()> now, QObject* parent)
     : RemoteObject(wire::face::model, parent), now_(std::move(now)), degradation_(degradationOf(history_))
 {
-    for (auto value = initialValues.begin(); value != initialValues.end(); ++value)
-        keep(value.key().toLatin1().constData(), *value);
+    for (const auto& [name, value] : initialValues) keep(name, value);
+    for (const auto& setting : allSettings)
+        keep(setting.modelProperty,
+             std::visit([](auto field) { return QVariant(ChargingSettings{}.*field); }, setting.field));
     connect(&charger_, &RemoteObject::changed, this, &RemoteObject::changed);
 }
 
