@@ -80,8 +80,8 @@ void ObjectLink::set(const QString& property, const QVariant& value)
 {
     const auto written = encoded(mirror_.face(), property, value);
     if (!written)
-        return log_.warning(category,
-                            "A view wrote to " + property.toStdString() + ", which it cannot: not sent.");
+        return log_.warning(category, "Refused to write " + property.toStdString() +
+                                          ": it is read-only, or the value is invalid.");
     call(properties, QStringLiteral("Set"),
          {interface_, property, QVariant::fromValue(QDBusVariant(*written))});
 }
@@ -95,7 +95,8 @@ void ObjectLink::call(const QString& interface, const QString& method, const QVa
 {
     send(interface, method, arguments, [this, method](const QDBusMessage& reply) {
         if (reply.type() == QDBusMessage::ErrorMessage)
-            log_.warning(category, (method + " failed: " + reply.errorMessage()).toStdString());
+            log_.warning(category,
+                         (method + " failed: " + reply.errorMessage() + QLatin1Char('.')).toStdString());
     });
 }
 

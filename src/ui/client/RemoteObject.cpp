@@ -22,7 +22,7 @@ void RemoteObject::apply(const QVariantMap& values)
             take(row, *sound);
         else
             complaints_.raise(property.name, "Ignored an invalid value of " + std::string(property.name) +
-                                                 "; still showing the one before.");
+                                                 "; the previous one stays.");
     }
     isFed_ = true;
     taken();

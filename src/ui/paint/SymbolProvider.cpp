@@ -7,9 +7,7 @@
 
 #include <QLinearGradient>
 #include <QPainter>
-#include <QQmlEngine>
 #include <QSvgRenderer>
-
 #include <algorithm>
 #include <ranges>
 
@@ -88,19 +86,6 @@ QImage SymbolProvider::requestImage(const QString& id, QSize* size, const QSize&
     }
     if (size) *size = image.size();
     return image;
-}
-
-Symbols::Symbols(QQmlEngine& engine)
-{
-    engine.addImageProvider(QStringLiteral("symbol"), new SymbolProvider);
-}
-
-QUrl Symbols::url(const QString& name, const QColor& from, const QColor& to) const
-{
-    const auto argb = [](const QColor& one) { return one.name(QColor::HexArgb).mid(1); };
-    auto path = QStringLiteral("image://symbol/%1/%2").arg(name, argb(from));
-    if (to != from) path += QLatin1Char('/') + argb(to);
-    return QUrl(path);
 }
 
 } // namespace velmora

@@ -4,13 +4,7 @@
 #pragma once
 
 #include <QColor>
-#include <QObject>
 #include <QQuickImageProvider>
-#include <QUrl>
-#include <QtQml/qqmlregistration.h>
-
-class QQmlEngine;
-class QJSEngine;
 
 namespace velmora {
 
@@ -26,18 +20,6 @@ public:
     /// The larger side of `requested` counts; without one it is 16. What is unknown gives a transparent image
     /// and one log line.
     QImage requestImage(const QString& id, QSize* size, const QSize& requested) override;
-};
-
-/// Where `SymbolImage` gets its pictures. Its first use in an engine brings the provider along.
-class Symbols : public QObject {
-    Q_OBJECT
-    QML_ELEMENT
-    QML_SINGLETON
-public:
-    explicit Symbols(QQmlEngine& engine);
-    static Symbols* create(QQmlEngine* engine, QJSEngine*) { return new Symbols(*engine); }
-
-    Q_INVOKABLE QUrl url(const QString& name, const QColor& from, const QColor& to) const;
 };
 
 } // namespace velmora

@@ -15,7 +15,7 @@ PodBackground {
 
     implicitHeight: column.implicitHeight + 2 * column.anchors.topMargin
     onAutoProtectChanged: if (complete)
-        HapticFeedback.alignment()
+        Requests.tapAlignment()
     Component.onCompleted: complete = true
 
     ColumnLayout {

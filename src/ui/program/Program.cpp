@@ -10,6 +10,7 @@
 #include "desktop/Appearance.h"
 #include "desktop/Display.h"
 #include "program/CoreTranslator.h"
+#include "program/NoHaptics.h"
 #include "program/Requests.h"
 #include "program/TerminationSignals.h"
 #include "program/WindowsService.h"
@@ -156,6 +157,8 @@ private:
                 QString::fromLatin1(size == "small" ? face::smallWidgetAction : face::mediumWidgetAction));
         });
         QObject::connect(&requests, &Requests::quitWanted, &link_, &ApplicationLink::quit);
+        QObject::connect(&requests, &Requests::alignmentTapWanted, &link_,
+                         [this] { haptics_.perform(Haptics::Pattern::alignment); });
     }
 
     /// Once the application's values and the desktop's wishes are known.
@@ -170,6 +173,7 @@ private:
     }
 
     QDBusConnection bus_;
+    NoHaptics haptics_;
     RemoteModel model_;
     ApplicationLink link_;
     QQmlEngine engine_;

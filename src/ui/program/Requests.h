@@ -21,11 +21,14 @@ public:
     Q_INVOKABLE void openWidget(const QString& size) { Q_EMIT widgetWanted(size); }
     /// Ends the whole application at once.
     Q_INVOKABLE void quit() { Q_EMIT quitWanted(); }
+    /// A tap for the finger: something has snapped into place.
+    Q_INVOKABLE void tapAlignment() { Q_EMIT alignmentTapWanted(); }
 
 Q_SIGNALS:
     void dashboardWanted();
     void widgetWanted(const QString& size);
     void quitWanted();
+    void alignmentTapWanted();
 };
 
 } // namespace velmora
