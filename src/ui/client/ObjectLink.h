@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "client/RemoteObject.h"
 #include "client/QtLog.h"
+#include "client/RemoteObject.h"
 
 #include <QDBusConnection>
 #include <functional>
