@@ -4,8 +4,7 @@
 #include "App.h"
 
 #include "battery/BatteryHardwareService.h"
-
-#include <utility>
+#include "platform/Platform.h"
 
 namespace velmora {
 
@@ -20,28 +19,24 @@ App::App(LinuxPlatform& platform)
         if (onDaemonPresence) onDaemonPresence();
     };
     client_->onChargerChange = [this] {
-        followQuickCharge();
         if (onChargerChange) onChargerChange();
     };
-    // A late report of a quick charge that was stopped by hand must not end the next one.
-    stopping_ = model_.isTemporaryOverrideEnabled.observe([this](bool isWanted) {
-        if (!isWanted) isQuickCharging_ = false;
-    });
+    client_->onSettingsChange = [this] {
+        if (const auto held = client_->settings()) model_.followSettings(*held);
+    };
+    rememberLowBatteryNotice();
 }
 
-/// The daemon ends a quick charge once the battery is full, or unplugged for long. It keeps the request as
-/// spent until that is taken back, and tells the model nothing of it.
-void App::followQuickCharge()
+/// The one notice that the daemon never learns of. What is kept is that it is off, since it is on where
+/// nothing was ever kept.
+void App::rememberLowBatteryNotice()
 {
-    const auto report = charger();
-    if (!report || !report->hasBattery) return; // a daemon that has not looked yet
-    const bool isHeldBack =
-        report->mode == ChargerReport::Mode::paused || report->mode == ChargerReport::Mode::resumed;
-    if (isHeldBack) return; // by the charging toggle; it may go on
-    const bool was = std::exchange(isQuickCharging_, report->mode == ChargerReport::Mode::quickCharge);
-    if (!was || isQuickCharging_ || !model_.isTemporaryOverrideEnabled.get()) return;
-    model_.isTemporaryOverrideEnabled.set(false);
-    model_.syncSettingsToDaemon();
+    const auto preferences = Platform::current().preferences;
+    if (preferences->boolean(preference_key::isLowBatteryNoticeOff)) model_.notifyOnLowBattery.set(false);
+    lowBatteryNotice_ = model_.notifyOnLowBattery.observe([preferences](bool isOn) {
+        if (preferences->boolean(preference_key::isLowBatteryNoticeOff) == isOn)
+            preferences->set(preference_key::isLowBatteryNoticeOff, !isOn);
+    });
 }
 
 } // namespace velmora

@@ -13,8 +13,9 @@
 
 namespace velmora {
 
-/// The one model of this run and the services that feed it, created in the order of their dependencies. Main
-/// thread only.
+/// The one model of this run and the services that feed it, created in the order of their dependencies. The
+/// model's settings follow those that the daemon holds, and one preference that it does not. Main thread
+/// only.
 class App {
 public:
     explicit App(LinuxPlatform& platform);
@@ -39,12 +40,11 @@ public:
     std::function<void()> onChargerChange;
 
 private:
-    void followQuickCharge();
+    void rememberLowBatteryNotice();
 
     std::shared_ptr<XPCClient> client_;
     BatteryModel model_;
-    bool isQuickCharging_ = false; ///< as the daemon says
-    Subscription stopping_;
+    Subscription lowBatteryNotice_;
 };
 
 } // namespace velmora

@@ -21,6 +21,9 @@ constexpr auto category = "Daemon";
 constexpr auto controlPatience = 10min;
 /// How often a charger is asked what it holds before it is told what to hold. Some never tell before that.
 constexpr int maximumReadAttempts = 3;
+/// By then the charger has followed what was written, and has been looked at.
+constexpr auto effectTime = 2s;
+/// Clients that wait to hear what the charger made of their wish.
 constexpr std::size_t maximumToggles = 32;
 
 } // namespace
@@ -29,11 +32,10 @@ Daemon::Daemon(const Ports& ports, Outbound outbound)
     : ports_(ports),
       outbound_(std::move(outbound)),
       complaints_(ports.log, category),
-      refusals_(ports.loop, ports.log, ports.clock, category),
       changes_(ports.loop, ports.log, ports.clock, category, LogBudget::manyAtOnce),
       saved_(ports.settings.load()),
-      settings_(saved_.settings),
       quickCharge_(saved_.quickCharge),
+      intake_(intakePorts(), quickCharge_, saved_.settings, saved_.users),
       manual_(saved_.manual),
       hasAdoptedLimit_(saved_.hasAdoptedLimit),
       schedule_({ports.loop, ports.clock, ports.hardware, ports.reader, ports.actuator},
@@ -42,14 +44,12 @@ Daemon::Daemon(const Ports& ports, Outbound outbound)
               [this](bool changed) { acted(changed); }),
       pacer_(ports.loop, ports.clock, [this](const HSBatteryState& state) { outbound_.push(state); })
 {
-    settings_.isTemporaryOverride = quickCharge_.state() != QuickCharge::State::off;
 }
 
 void Daemon::meetBus(const std::string& busId)
 {
     busId_ = busId;
-    if (saved_.busId != busId_) return;
-    for (const auto& [caller, settings] : saved_.callers) callers_.of(caller).accepted = settings;
+    if (saved_.busId == busId_) intake_.restore(saved_.callers);
 }
 
 void Daemon::start(std::function<void()> ready)
@@ -121,7 +121,7 @@ void Daemon::adoptExistingLimit()
     // Somebody limited this charger before this daemon came: that is the owner's wish. A value below what can
     // be asked for is a controller's nonsense after a reset.
     if (held && held->end >= 20 && held->end < 100) {
-        settings_.customChargeLimit = held->end;
+        intake_.adoptLimit(held->end);
         ports_.log.info(category, "The charger already stops at " + std::to_string(held->end) +
                                       " %: that becomes the limit.");
     }
@@ -133,6 +133,7 @@ void Daemon::observeQuickCharge()
     if (!battery_ || isUnreadable_) return;
     if (const auto ended = quickCharge_.observe(reading_, ports_.clock.sinceBoot())) {
         ports_.log.info(category, "Quick charge ends: " + std::string(*ended) + ".");
+        intake_.announce();
         save();
     }
 }
@@ -166,7 +167,8 @@ bool Daemon::hold()
 {
     const bool isLimitUnknown = !hasAdoptedLimit_ && keeper_.control() != ChargeControl::none;
     if (isLimitUnknown) return false; // what it holds may be its owner's wish
-    return keeper_.hold(decideCharging(settings_, quickCharge_.isActive(), manual_, keeper_.control()));
+    return keeper_.hold(
+        decideCharging(intake_.machine(), quickCharge_.isActive(), manual_, keeper_.control()));
 }
 
 void Daemon::acted(bool changed)
@@ -227,17 +229,22 @@ void Daemon::planNextLook()
 
 HSBatteryState Daemon::batteryState()
 {
+    return batteryState(intake_.machine());
+}
+
+HSBatteryState Daemon::batteryState(const ChargingSettings& settings) const
+{
     const auto thermal =
         std::string(ThermalMonitorService::rawValue(ThermalMonitorService::thermalState(thermalLevel_)));
     return {reading_.percentage,
             reading_.isCharging,
             reading_.hasExternalPower ? "AC" : "Battery",
             thermal,
-            settings_.customChargeLimit,
-            settings_.customHysteresis,
+            settings.customChargeLimit,
+            settings.customHysteresis,
             minutes_.toFull,
             minutes_.toEmpty,
-            settings_.isStorageModeEnabled};
+            settings.isStorageModeEnabled};
 }
 
 const std::vector<HSHistorySnapshot>& Daemon::analyticsHistory()
@@ -258,76 +265,84 @@ ChargerReport Daemon::charger()
 
 void Daemon::callerLeft(const std::string& busName)
 {
-    callers_.forget(busName);
+    intake_.forget(busName);
 }
 
-bool Daemon::mayChange(const Caller& caller) const
+SettingsIntake::Ports Daemon::intakePorts()
 {
-    return caller.uid == 0 || caller.uid == ports_.ownUser;
+    return {.loop = ports_.loop,
+            .log = ports_.log,
+            .clock = ports_.clock,
+            .authorise = [this](const Caller& caller,
+                                auto decided) { decided(caller.uid == 0 || caller.uid == ports_.ownUser); },
+            .changed = [this](const auto& caller, const auto& before) { settingsChanged(caller, before); },
+            .refused = [this](const Caller& caller) { outbound_.pushTo(caller.busName, batteryState()); },
+            .save = [this] { save(); },
+            .announce = [this](const auto& settings) { outbound_.settingsChanged(settings); },
+            .announceTo = [this](const auto& to,
+                                 const auto& settings) { outbound_.settingsChangedFor(to, settings); }};
 }
 
-void Daemon::updateSettings(const Caller& caller, const ChargingSettings& settings)
+void Daemon::settingsChanged(const Caller& caller, const ChargingSettings& before)
 {
-    auto& last = callers_.of(caller.busName);
-    if (last.accepted == settings || last.refused == settings) return;
-    if (const auto problem = problemWith(settings)) return refuse(caller, settings, *problem);
-    const ChargingSettings next = clamped(merged(settings_, last.accepted, settings));
-    if (next != settings_) {
-        if (!mayChange(caller)) return refuse(caller, settings, "only root may change settings");
-        last = {settings, std::nullopt};
-        accept(caller, next);
-    } else {
-        last = {settings, std::nullopt};
-    }
-}
-
-void Daemon::refuse(const Caller& caller, const ChargingSettings& settings, const std::string& why)
-{
-    callers_.of(caller.busName).refused = settings;
-    refusals_.warning("Refused settings from " + caller.busName + " (user " + std::to_string(caller.uid) +
-                      "): " + why + ".");
-    outbound_.pushTo(caller.busName, batteryState());
-}
-
-void Daemon::accept(const Caller& caller, const ChargingSettings& next)
-{
-    settings_ = next;
-    quickCharge_.ask(next.isTemporaryOverride);
     manual_ = {};
     hasAdoptedLimit_ = true;
-    changes_.info("New settings from " + caller.busName + " (user " + std::to_string(caller.uid) + ").");
     // A push with the settings before may be on its way: its receiver would take them for news and send them
     // back half a second later, while the next regular push may be two seconds off.
-    outbound_.pushTo(caller.busName, batteryState());
+    if (batteryState() != batteryState(before))
+        outbound_.pushTo(caller.busName, batteryState());
+    else
+        tellOnceItShows(caller.busName);
     tellState(); // or the push that is due while the charger is written to would still carry them
     save();
     planNextLook();
     if (!hold()) tell();
 }
 
-void Daemon::toggleCharging(const Caller& caller, ToggleReply reply)
+/// A client shows what it asked for at once. What it hears before the charger has followed would only
+/// flicker, and where the charger does not follow at all no push would say so.
+void Daemon::tellOnceItShows(const std::string& busName)
 {
-    if (!mayChange(caller)) {
-        refusals_.warning("Refused to toggle charging for " + caller.busName + " (user " +
-                          std::to_string(caller.uid) + "): only root may.");
-        return reply(std::nullopt);
-    }
-    if (toggles_.size() >= maximumToggles) return reply(isChargingAllowed());
-    if (manual_.state != ManualCharging::State::asSet) {
-        manual_ = {};
-    } else if (isChargingAllowed()) {
-        manual_ = {ManualCharging::State::paused,
-                   static_cast<int>(std::clamp(reading_.lowestLevel(), 0.0, 100.0))};
-    } else {
-        manual_ = {ManualCharging::State::resumed, 0};
-    }
-    toggles_.push_back(std::move(reply));
-    if (!hold()) acted(false);
+    if (unshown_.size() < maximumToggles && std::ranges::count(unshown_, busName) == 0)
+        unshown_.push_back(busName);
+    effect_ = ports_.loop.after(effectTime, lifetime_.guard([this] {
+        for (const auto& one : std::exchange(unshown_, {})) outbound_.pushTo(one, batteryState());
+    }));
+}
+
+ManualCharging Daemon::afterCommand(ChargingCommand command) const
+{
+    using State = ManualCharging::State;
+    const auto level = static_cast<int>(std::clamp(reading_.lowestLevel(), 0.0, 100.0));
+    const ManualCharging paused{State::paused, level};
+    const bool isPaused = manual_.state == State::paused;
+    if (command == ChargingCommand::pause) return isPaused ? manual_ : paused;
+    if (command == ChargingCommand::resume) return isPaused ? ManualCharging{} : manual_;
+    if (manual_.state != State::asSet) return {};
+    return isChargingAllowed() ? paused : ManualCharging{State::resumed, 0};
+}
+
+void Daemon::controlCharging(const Caller& caller, ChargingCommand command, ChargingReply reply)
+{
+    intake_.authorise(caller, "pause or resume charging", [this, command, reply](bool isAllowed) {
+        if (!isAllowed) return reply(std::nullopt);
+        const auto next = afterCommand(command);
+        if (next == manual_ || toggles_.size() >= maximumToggles) return reply(isChargingAllowed());
+        manual_ = next;
+        toggles_.push_back(reply);
+        if (!hold()) acted(false);
+    });
 }
 
 DaemonState Daemon::remembered() const
 {
-    return {settings_, quickCharge_.state(), hasAdoptedLimit_, manual_, busId_, callers_.accepted()};
+    return {.settings = intake_.machine(),
+            .users = intake_.users().entries(),
+            .quickCharge = quickCharge_.state(),
+            .hasAdoptedLimit = hasAdoptedLimit_,
+            .manual = manual_,
+            .busId = busId_,
+            .callers = intake_.messages()};
 }
 
 /// A full disk may have room again.

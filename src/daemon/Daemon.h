@@ -4,10 +4,10 @@
 #pragma once
 
 #include "LookSchedule.h"
+#include "SettingsIntake.h"
 #include "base/Lifetime.h"
 #include "charging/ChargerKeeper.h"
 #include "charging/QuickCharge.h"
-#include "link/CallerMemory.h"
 #include "link/DaemonService.h"
 #include "link/PushPacer.h"
 #include "platform/LogBudget.h"
@@ -23,8 +23,8 @@
 
 namespace velmora {
 
-/// The daemon: takes settings from its clients, looks at the battery, holds the charger to what follows from
-/// both, remembers, and tells. Main thread only; what may take long is done on two workers, one for /sys and
+/// The daemon: looks at the battery, holds the charger to what follows from that and from the settings,
+/// remembers, and tells. Main thread only; what may take long is done on two workers, one for /sys and
 /// one for the state directory.
 class Daemon final : public DaemonService {
 public:
@@ -33,6 +33,8 @@ public:
         std::function<void(const HSBatteryState&)> push;
         std::function<void(const std::string& busName, const HSBatteryState&)> pushTo;
         std::function<void(const ChargerReport&)> chargerChanged;
+        std::function<void(const KeyedArchive& settings)> settingsChanged;
+        std::function<void(const std::string& busName, const KeyedArchive& settings)> settingsChangedFor;
     };
 
     struct Ports {
@@ -70,8 +72,16 @@ public:
     HSBatteryState batteryState() override;
     const std::vector<HSHistorySnapshot>& analyticsHistory() override;
     ChargerReport charger() override;
-    void updateSettings(const Caller& caller, const ChargingSettings& settings) override;
-    void toggleCharging(const Caller& caller, ToggleReply reply) override;
+    ChargingSettings settings(const Caller& caller) override { return intake_.tell(caller); }
+    void changeSettings(const Caller& caller, const SettingsChange& change, SettingsReply reply) override
+    {
+        intake_.change(caller, change, std::move(reply));
+    }
+    void updateSettings(const Caller& caller, const ChargingSettings& settings) override
+    {
+        intake_.take(caller, settings);
+    }
+    void controlCharging(const Caller& caller, ChargingCommand command, ChargingReply reply) override;
     void callerLeft(const std::string& busName) override;
 
 private:
@@ -84,9 +94,11 @@ private:
     void recordSample();
     void saveHistory();
 
-    bool mayChange(const Caller& caller) const;
-    void refuse(const Caller& caller, const ChargingSettings& settings, const std::string& why);
-    void accept(const Caller& caller, const ChargingSettings& next);
+    SettingsIntake::Ports intakePorts();
+    void settingsChanged(const Caller& caller, const ChargingSettings& before);
+    HSBatteryState batteryState(const ChargingSettings& settings) const;
+    void tellOnceItShows(const std::string& busName);
+    ManualCharging afterCommand(ChargingCommand command) const;
     void isNowReady();
 
     bool hold();
@@ -106,16 +118,14 @@ private:
     Outbound outbound_;
     std::string busId_;
     Complaints complaints_;
-    LogBudget refusals_;
     LogBudget changes_;
 
     DaemonState saved_;
-    ChargingSettings settings_; ///< in force; the override flag is set while quick charge is active or spent
     QuickCharge quickCharge_;
+    SettingsIntake intake_;
     ManualCharging manual_{};
     bool hasAdoptedLimit_ = false;
     bool isHistoryLoaded_ = false;
-    CallerMemory callers_;
 
     std::optional<MachineBattery> battery_; ///< absent on a machine without one, and before the first look
     ChargeReading reading_{};
@@ -126,9 +136,11 @@ private:
     LookSchedule schedule_;
     ChargerKeeper keeper_;
     PushPacer pacer_;
-    std::vector<ToggleReply> toggles_; ///< waiting for the charger
+    std::vector<ChargingReply> toggles_; ///< waiting for the charger
     std::function<void()> ready_;
     MainLoop::Timer readyTimer_;
+    std::vector<std::string> unshown_; ///< who changed what the charger does and has not been told of it yet
+    MainLoop::Timer effect_;
     std::chrono::milliseconds started_{};
     int readAttempts_ = 0;      ///< looks at a charger that did not tell what it holds
     bool isUnreadable_ = false; ///< there is a battery, but the last look could not read it

@@ -85,6 +85,12 @@ Program::Program()
                },
                [this](const auto& report) {
                    if (object_) object_->chargerChanged(report);
+               },
+               [this](const auto& settings) {
+                   if (object_) object_->settingsChanged(settings);
+               },
+               [this](const auto& busName, const auto& settings) {
+                   if (object_) object_->settingsChangedFor(busName, settings);
                }})
 {
     loop_.stopOn({SIGTERM, SIGINT});

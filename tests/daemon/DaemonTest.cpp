@@ -81,7 +81,8 @@ protected:
             Daemon::Ports{*loop, clock, log, hardware, *reader, *actuator, files, *settings, *history, 500},
             Daemon::Outbound{[this](const auto& state) { pushes.push_back(state); },
                              [this](const auto& to, const auto& state) { told.emplace_back(to, state); },
-                             [](const auto&) {}});
+                             [](const auto&) {}, [this](const auto& news) { announced.push_back(news); },
+                             [this](const auto& to, const auto&) { corrected.push_back(to); }});
         daemon->meetBus("bus");
         daemon->start([this] { ++ready; });
         settle();
@@ -95,12 +96,24 @@ protected:
         settle();
     }
 
-    std::optional<bool> toggle(uid_t user = 0)
+    std::optional<bool> toggle(uid_t user = 0, ChargingCommand command = ChargingCommand::toggle)
     {
         std::optional<bool> answer;
-        daemon->toggleCharging({":1.9", user}, [&](auto allowed) { answer = allowed; });
+        daemon->controlCharging({":1.9", user}, command, [&](auto allowed) { answer = allowed; });
         settle();
         return answer;
+    }
+
+    /// Changes those in which `values` differs from the defaults; the reason of a refusal, empty for none.
+    std::string change(const ChargingSettings& values, uid_t user = 0, const std::string& caller = ":1.8")
+    {
+        std::string reason;
+        const SettingsChange wish{values, differing({}, values)};
+        daemon->changeSettings({caller, user}, wish, [&](const auto& outcome) {
+            if (const auto* refusal = std::get_if<Refusal>(&outcome)) reason = refusal->reason;
+        });
+        settle();
+        return reason;
     }
 
     int start() const { return std::stoi(folder.read(startFile)); }
@@ -118,6 +131,8 @@ protected:
     std::optional<PowerSnapshotReader> reader;
     std::vector<HSBatteryState> pushes;
     std::vector<std::pair<std::string, HSBatteryState>> told;
+    std::vector<KeyedArchive> announced; ///< settings, to all
+    std::vector<std::string> corrected;  ///< who alone was told settings
     int ready = 0;
     std::optional<Daemon> daemon; // last: the others outlive it
 };
@@ -183,6 +198,84 @@ TEST_F(DaemonTest, AMessageThatChangesNothingEndsThere)
     EXPECT_TRUE(told.empty());
     EXPECT_EQ(std::filesystem::last_write_time(folder.path() / "settings.json"), written);
     EXPECT_EQ(std::filesystem::last_write_time(folder.path() / endFile), touched);
+}
+
+// Notices are a matter between a user and the daemon.
+TEST_F(DaemonTest, EachUserHasNoticesOfTheirOwnAndAsksNobodyForThem)
+{
+    const ChargingSettings quiet{.notifyOnHeat = false, .lowBatteryLimit = 300};
+    daemon->settings({":1.1", 1000});
+    daemon->settings({":1.2", 1000});
+    loop->advance(10s);
+    log.clear();
+    pushes.clear();
+    send(":1.1", quiet, 1000);
+    EXPECT_EQ(corrected, (std::vector<std::string>{":1.2"})) << "the same user's other session";
+    EXPECT_TRUE(announced.empty() && pushes.empty() && told.empty());
+    EXPECT_EQ(log.count(), 0U);
+    boot();
+    const ChargingSettings kept{.notifyOnHeat = false, .lowBatteryLimit = 100};
+    EXPECT_EQ(daemon->settings({":1.3", 1000}), kept);
+    EXPECT_EQ(daemon->settings({":1.4", 1001}), ChargingSettings{});
+    send(":1.3", {.customChargeLimit = 60, .notifyOnCycle = true}, 1000);
+    EXPECT_TRUE(daemon->settings({":1.3", 1000}).notifyOnCycle) << "needs no rights that the limit needs";
+    EXPECT_EQ(daemon->settings({":1.3", 1000}).customChargeLimit, 80);
+}
+
+// A client that begins repeats what it was told. Somebody else may have changed that meanwhile.
+TEST_F(DaemonTest, WhatAClientWasToldIsNotItsWish)
+{
+    change({.isAppleRecommendedMode = false, .isTemporaryOverride = true});
+    auto held = daemon->settings({":1.1", 0});
+    EXPECT_TRUE(held.isTemporaryOverride);
+    EXPECT_FALSE(held.isAppleRecommendedMode);
+    change({.customChargeLimit = 70});
+    corrected.clear();
+    send(":1.1", held);
+    EXPECT_EQ(daemon->batteryState().customChargeLimit, 70);
+    held.customHysteresis = 5;
+    send(":1.1", held);
+    EXPECT_EQ(daemon->batteryState().customChargeLimit, 70) << "its own change leaves that of the other";
+    EXPECT_EQ(daemon->batteryState().customHysteresis, 5);
+    EXPECT_EQ(corrected, std::vector<std::string>{":1.1"}) << "and it hears what it does not know";
+}
+
+TEST_F(DaemonTest, SingleSettingsAreChangedAllOrNoneAndAnnounced)
+{
+    announced.clear();
+    EXPECT_EQ(change({.customChargeLimit = 70, .notifyOnHeat = false}), "");
+    EXPECT_EQ(end(), 70);
+    KeyedArchive news;
+    news.encode("customChargeLimit", 70.0);
+    EXPECT_EQ(announced, std::vector{news});
+    EXPECT_EQ(change({.customChargeLimit = 19, .customHysteresis = 5}),
+              "customChargeLimit 19 is not within 20 to 100");
+    EXPECT_EQ(change({.customHysteresis = std::nan("")}), "customHysteresis nan is not within 0 to 20");
+    EXPECT_EQ(change({.isStorageModeEnabled = true, .notifyOnCycle = true}, 1000),
+              "not authorised to change isStorageModeEnabled true");
+    EXPECT_FALSE(daemon->settings({":1.8", 1000}).notifyOnCycle) << "none";
+    EXPECT_EQ(daemon->settings({":1.8", 0}),
+              (ChargingSettings{.customChargeLimit = 70, .notifyOnHeat = false}));
+
+    change({.isTemporaryOverride = true});
+    battery(100, "Full");
+    EXPECT_EQ(end(), 70);
+    EXPECT_EQ(announced.back().values().front().first, "isTemporaryOverride") << "its end is announced";
+    EXPECT_FALSE(daemon->settings({":1.8", 0}).isTemporaryOverride);
+    change({.isTemporaryOverride = true});
+    EXPECT_EQ(end(), 100) << "who asks in so many words means a new one";
+}
+
+// Shown at once by who asked for it, a quick charge would flicker with what was so before the charger
+// followed.
+TEST_F(DaemonTest, WhoAsksForAQuickChargeHearsOfTheBatteryOnceTheChargerHasFollowed)
+{
+    send(":1.1", {.isTemporaryOverride = true});
+    EXPECT_TRUE(told.empty());
+    battery(60, "Not charging"); // which follows late, or never
+    loop->advance(3s);
+    ASSERT_EQ(told.size(), 1U);
+    EXPECT_FALSE(told.back().second.isCharging);
 }
 
 // Rule two: without it quick charge never ends, since a client says "true" with every message.
@@ -277,6 +370,9 @@ TEST_F(DaemonTest, ARefusedMessageChangesNothingAndItsSenderAloneHearsTheTruth)
     send(":1.3", {.isAppleRecommendedMode = false}, 1000);
     send(":1.3", {.isAppleRecommendedMode = false}, 1000);
     EXPECT_EQ(told.size(), 6U) << "said once";
+    corrected.clear();
+    send(":1.3", {.isAppleRecommendedMode = false}, 1000);
+    EXPECT_EQ(corrected, std::vector<std::string>{":1.3"}) << "but its switches go back each time";
     for (int i = 0; i < 1000; ++i) send(":1.1", {.customChargeLimit = i / 100.0});
     EXPECT_LT(log.count(), 20U) << "a client cannot fill the log";
     send(":1.1", {.customChargeLimit = 70, .lowBatteryLimit = 400}, 500);
@@ -326,6 +422,14 @@ TEST_F(DaemonTest, TheTogglePausesUntilTheNextPlugOrSetting)
     EXPECT_EQ(toggle(), true) << "held at the limit it is resumed";
     EXPECT_EQ(end(), 100);
     EXPECT_EQ(toggle(1000), std::nullopt) << "not for everybody";
+
+    toggle();
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(toggle(0, ChargingCommand::resume), false) << "no pause to end";
+    battery(82, "Charging");
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(toggle(0, ChargingCommand::pause), false);
+    EXPECT_EQ(end(), 82);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(toggle(0, ChargingCommand::resume), true);
+    EXPECT_EQ(end(), 85);
 
     send(":1.1", {.isTemporaryOverride = true, .customChargeLimit = 85});
     battery(88, "Charging");
@@ -488,7 +592,7 @@ TEST_F(DaemonTest, AFirmwareThatDoesNotAnswerHoldsUpNobody)
     EXPECT_EQ(daemon->batteryState().customChargeLimit, 70);
     EXPECT_NE(folder.read("settings.json").find("70"), std::string::npos) << "and remembered";
     std::optional<bool> answer;
-    daemon->toggleCharging({":1.9", 0}, [&](auto allowed) { answer = allowed; });
+    daemon->controlCharging({":1.9", 0}, ChargingCommand::toggle, [&](auto allowed) { answer = allowed; });
     hardware.inlineWork = true;
     while (hardware.run() || loop->runPosted()) {
     }

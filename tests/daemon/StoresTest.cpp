@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace velmora {
 namespace {
@@ -45,8 +46,8 @@ TEST_F(StoresTest, WhatWasSavedComesBack)
     EXPECT_EQ(log.count("set aside"), 1U);
 
     DaemonState state;
-    state.settings = {.isTemporaryOverride = true, .customChargeLimit = 72.5, .customHysteresis = 0.1};
-    state.settings.notifyOnCycle = true;
+    state.settings = {.isStorageModeEnabled = true, .customChargeLimit = 72.5, .customHysteresis = 0.1};
+    state.users = {{1000, {.notifyOnCycle = true}}, {7, {.lowBatteryLimit = 5}}};
     state.quickCharge = QuickCharge::State::spent;
     state.hasAdoptedLimit = true;
     state.busId = "0123";
@@ -60,6 +61,7 @@ TEST_F(StoresTest, WhatCannotBeIsSetAsideAndTheGoodPartTaken)
 {
     DaemonState good;
     good.settings.customChargeLimit = 66;
+    good.users = {{1000, {.notifyOnLimit = false}}};
     const std::string bytes = encodeState(good);
     const auto with = [&](const std::string& from, const std::string& to) {
         std::string changed = bytes;
@@ -74,11 +76,12 @@ TEST_F(StoresTest, WhatCannotBeIsSetAsideAndTheGoodPartTaken)
         {"empty", "", 80},
         {"torn", bytes.substr(0, bytes.size() / 2), 80},
         {"another program's", "[1, 2, 3]", 80},
-        {"of a later version", with("\"version\": 1", "\"version\": 2"), 80},
+        {"of a later version", with("\"version\": 2", "\"version\": 3"), 80},
         {"not text", std::string("\xff\xfe\0\x01", 4), 80},
         {"deep", std::string(100'000, '['), 80},
         {"a limit too large for a double", with("66.0", "1e999"), 80},
-        {"a flag of another type", with("\"notifyOnHeat\": true", "\"notifyOnHeat\": 1"), 66},
+        {"a flag of another type", with("\"isStorageModeEnabled\": false", "\"isStorageModeEnabled\": 1"),
+         66},
         {"an unknown state", with("\"quickCharge\": \"off\"", "\"quickCharge\": \"on\""), 66},
     };
     std::size_t aside = 0;
@@ -91,6 +94,40 @@ TEST_F(StoresTest, WhatCannotBeIsSetAsideAndTheGoodPartTaken)
         EXPECT_FALSE(std::filesystem::exists(folder.path() / "settings.json"));
         EXPECT_EQ(filesInFolder(), ++aside) << "none of the others is lost";
     }
+}
+
+TEST_F(StoresTest, AFileOfTheVersionBeforeLosesNothing)
+{
+    folder.write("settings.json", R"({"version": 1, "settings": {"isAppleRecommendedMode": false,
+        "isTemporaryOverride": true, "isStorageModeEnabled": false, "customChargeLimit": 66,
+        "customHysteresis": 4, "notifyOnLimit": false, "notifyOnHeat": true, "notifyOnCycle": true,
+        "notifyOnPowerChange": true, "lowBatteryLimit": 15}, "quickCharge": "spent", "hasAdoptedLimit": true,
+        "charging": "paused", "pausedAt": 61, "busId": "b", "callers": {":1.7": {"customChargeLimit": 66}}})");
+    const auto state = load();
+    EXPECT_EQ(
+        state.settings,
+        (ChargingSettings{.isAppleRecommendedMode = false, .customChargeLimit = 66, .customHysteresis = 4}));
+    const ChargingSettings own{.notifyOnLimit = false, .notifyOnCycle = true, .lowBatteryLimit = 15};
+    EXPECT_EQ(state.users, (UserSettings::Entries{{geteuid(), own}}));
+    EXPECT_EQ(state.quickCharge, QuickCharge::State::spent);
+    EXPECT_EQ(state.manual, (ManualCharging{ManualCharging::State::paused, 61}));
+    EXPECT_EQ(state.callers.size(), 1U);
+    EXPECT_EQ(log.count(), 0U);
+}
+
+TEST_F(StoresTest, KeepsTheSettingsOfSoManyUsersAndThenForgetsTheLongestUnused)
+{
+    UserSettings users;
+    const ChargingSettings own{.notifyOnHeat = false};
+    constexpr uid_t most = UserSettings::maximumUsers;
+    for (uid_t user = 0; user < most; ++user) users.set(user, own);
+    users.set(1, {});
+    EXPECT_EQ(users.entries().size(), most - 1) << "who has the defaults takes no room";
+    users.of(0);
+    for (uid_t user = most; user < most + 2; ++user) users.set(user, own);
+    EXPECT_EQ(users.of(0), own);
+    EXPECT_EQ(users.of(2), ChargingSettings{});
+    EXPECT_EQ(users.entries().size(), most);
 }
 
 TEST_F(StoresTest, AFailedWriteKeepsTheOldFileAndSaysSoOnce)

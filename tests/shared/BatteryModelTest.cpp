@@ -194,6 +194,32 @@ TEST_F(BatteryModelTest, SettingsAreSentOnceHalfASecondAfterTheLastChange)
     EXPECT_EQ(loop.pendingTimers(), 0U);
 }
 
+TEST_F(BatteryModelTest, FollowsWhatIsHeldAndRepeatsItOnceItIsQuiet)
+{
+    ChargingSettings held{.isAppleRecommendedMode = false,
+                          .isTemporaryOverride = true,
+                          .isStorageModeEnabled = true,
+                          .customChargeLimit = 70,
+                          .customHysteresis = 5,
+                          .notifyOnLimit = false,
+                          .notifyOnHeat = false,
+                          .notifyOnCycle = true,
+                          .notifyOnPowerChange = false,
+                          .lowBatteryLimit = 10};
+    model.followSettings(held);
+    EXPECT_FALSE(model.isAppleRecommendedModeEnabled.get() || model.notifyOnPowerChange.get());
+    EXPECT_EQ(model.lowBatteryLimit.get(), 10);
+    EXPECT_TRUE(daemon->sent.empty());
+    loop.advance(500ms);
+    EXPECT_EQ(daemon->sent, std::vector{held});
+    model.followSettings(held); // its own change, announced
+    EXPECT_EQ(loop.pendingTimers(), 0U);
+    held.isTemporaryOverride = false; // it can be asked for anew at once
+    model.followSettings(held);
+    EXPECT_EQ(daemon->sent.size(), 2U);
+    EXPECT_EQ(daemon->sent.back(), held);
+}
+
 TEST_F(BatteryModelTest, EachSettingIsSentByItself)
 {
     const std::function<void(ChargingSettings&)> changes[] = {

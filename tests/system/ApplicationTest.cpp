@@ -71,9 +71,16 @@ protected:
         with([percent](auto& one) { one.setLevel(percent); });
         ASSERT_TRUE(becomes(78, 80));
         for (const auto& [name, value] : environment()) setenv(name.c_str(), value.c_str(), 1);
+        logIn();
+        ASSERT_TRUE(eventually([&] { return std::abs(model().percentage.get() - percent) < 1; }));
+    }
+
+    void logIn()
+    {
+        app.reset();
+        platform.reset();
         platform.emplace("velmora");
         app.emplace(*platform);
-        ASSERT_TRUE(eventually([&] { return std::abs(model().percentage.get() - percent) < 1; }));
     }
 
     void serve() override
@@ -84,12 +91,11 @@ protected:
 
     BatteryModel& model() { return app->model(); }
 
-    /// A switch that no push takes back, told to the daemon with all the rest and remembered there.
+    /// A switch told to the daemon with all the rest and remembered there where it is not as usual.
     bool tellsHeatNotice(bool wanted)
     {
         model().notifyOnHeat.set(wanted);
-        const std::string line = std::string(R"("notifyOnHeat": )") + (wanted ? "true" : "false");
-        return eventually([&] { return isStored(line); });
+        return eventually([&] { return isStored(R"("notifyOnHeat": false)") != wanted; });
     }
 
     /// Among the settings that are in force.
@@ -128,7 +134,31 @@ TEST_F(ApplicationTest, QuickChargeEndsByItselfAndStaysEndedThroughARestart)
     EXPECT_EQ(end(), 80) << "nor after a crash";
 }
 
-TEST_F(ApplicationTest, ApplicationsOfAnotherOpinionTakeNothingBack)
+TEST_F(ApplicationTest, ChoicesOutliveALogIn)
+{
+    Eavesdropper ear(loop, bus.address());
+    beginAt(60);
+    ASSERT_TRUE(eventually([&] { return ear.said[80].size() == 1; })) << "it knows what is held";
+    model().toggleAppleRecommendedMode();
+    model().toggleTemporaryOverride();
+    model().notifyOnLowBattery.set(false);
+    ASSERT_TRUE(becomes(99, 100));
+    ASSERT_TRUE(tellsHeatNotice(false));
+    ear.said.clear();
+    logIn();
+    ASSERT_TRUE(model().notifyOnHeat.get() && !model().isTemporaryOverrideEnabled.get());
+    ASSERT_TRUE(eventually([&] { return !model().notifyOnHeat.get(); }));
+    EXPECT_TRUE(model().isTemporaryOverrideEnabled.get());
+    EXPECT_FALSE(model().isAppleRecommendedModeEnabled.get());
+    EXPECT_FALSE(model().notifyOnLowBattery.get());
+    const Process other(VELMORA_BIN "/velmora", environment(), folder.path() / "other");
+    ASSERT_TRUE(eventually([&] { return ear.said[80].size() == 2; })) << "both have told all";
+    EXPECT_EQ(peer.number("EndThreshold"), 100) << "and quick charge goes on";
+    EXPECT_TRUE(model().isTemporaryOverrideEnabled.get());
+    EXPECT_EQ(peer.state()->customChargeLimit, 80);
+}
+
+TEST_F(ApplicationTest, ApplicationsFollowAChangeByAnybodyAndTakeNothingBack)
 {
     Eavesdropper ear(loop, bus.address());
     beginAt(80);
@@ -139,9 +169,9 @@ TEST_F(ApplicationTest, ApplicationsOfAnotherOpinionTakeNothingBack)
     ASSERT_TRUE(peer.set({}) && haveSaid(80, 3)) << "both applications and the peer";
     ASSERT_TRUE(peer.state() && peer.set({})) << "and the daemon, who asked the bus about them, knows";
 
-    // Both applications go on believing that Auto-Protect is on, and say so with every echo.
     peer.send({.isAppleRecommendedMode = false});
     ASSERT_TRUE(becomes(95, 100));
+    ASSERT_TRUE(eventually([&] { return !model().isAppleRecommendedModeEnabled.get(); }));
     for (const double limit : {70, 75}) {
         SCOPED_TRACE(limit);
         model().customChargeLimit.set(limit);

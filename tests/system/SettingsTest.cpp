@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "SystemTest.h"
+#include "wire/ChargerInterface.h"
 
 #include <functional>
 #include <sys/wait.h>
@@ -59,13 +60,17 @@ TEST_F(SettingsTest, TheDaemonDescribesItselfWithEveryNameTypeAndSelector)
     const auto xml = peer.introspection();
     const auto expectNamed = [&](const wire::Message& message) {
         EXPECT_NE(xml.find("\"" + message.member() + "\""), xml.npos) << message.selector << xml;
-        EXPECT_NE(xml.find(std::string("app.velmora.Selector\" value=\"") + message.selector), xml.npos);
+        const std::string selector = message.selector;
+        EXPECT_EQ(xml.find("app.velmora.Selector\" value=\"" + selector) != xml.npos,
+                  selector.ends_with(':'));
         for (const auto& arguments : {message.arguments, message.reply})
             for (const auto& [name, type] : arguments)
                 EXPECT_NE(xml.find(std::string("<arg name=\"") + name + "\" type=\"" + type), xml.npos)
                     << name;
     };
     for (const auto* message : wire::daemon_protocol::messages) expectNamed(*message);
+    for (const auto* message : wire::charger::messages) expectNamed(*message);
+    expectNamed(wire::charger::settingsChanged);
     expectNamed(wire::client_protocol::batteryStateDidChange);
     for (const auto* property : {"EndThreshold\" type=\"x", "Batteries\" type=\"s", "Health\" type=\"d"})
         EXPECT_NE(xml.find(std::string("<property name=\"") + property), xml.npos) << property << xml;

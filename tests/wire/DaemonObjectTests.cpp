@@ -37,6 +37,50 @@ TEST_F(DaemonObjectTest, AnnouncesWhatChangedAboutTheChargerAndNothingElse)
     EXPECT_EQ(news, std::vector{expected});
 }
 
+TEST_F(DaemonObjectTest, NamesWhatIsWrongWithAChangeAndPassesOnWhatIsNamed)
+{
+    const auto daemon = startDaemon();
+    Peer peer(loop);
+    std::string reason;
+    const auto answer = [](sd_bus_message* reply, void* to, sd_bus_error*) {
+        const auto* error = sd_bus_message_get_error(reply);
+        *static_cast<std::string*>(to) = error ? error->message : "done";
+        return 0;
+    };
+    const auto attempt = [&](const auto& append) {
+        const auto call = peer.call(wire::objectPath, wire::charger::interface, "SetSettings");
+        append(call.get());
+        reason.clear();
+        sd_bus_call_async(peer.bus(), nullptr, call.get(), answer, &reason, 0);
+        EXPECT_TRUE(eventually([&] { return !reason.empty(); }));
+        return reason;
+    };
+    const auto entries = [&](const KeyedArchive& archive) {
+        return attempt([&](auto* call) { dbus::append(call, archive); });
+    };
+    KeyedArchive changes;
+    changes.encode("customChargeLimit", 70.0);
+    EXPECT_EQ(entries(changes), "not for you");
+    ASSERT_EQ(service.received.size(), 1U);
+    EXPECT_EQ(
+        service.received.front(),
+        (ChargingSettings{.isAppleRecommendedMode = false, .customChargeLimit = 70, .lowBatteryLimit = 15}));
+    changes.encode("customChargeLimit", 71.0);
+    EXPECT_EQ(entries(changes), "customChargeLimit is given twice");
+    KeyedArchive many;
+    for (int i = 0; i < 10'000; ++i) many.encode("no" + std::to_string(i), true);
+    EXPECT_EQ(entries(many), "there is no setting \"no0\"");
+    KeyedArchive flag;
+    flag.encode("notifyOnHeat", 1.0);
+    EXPECT_EQ(entries(flag), "notifyOnHeat is of type \"d\" instead of \"b\"");
+    EXPECT_EQ(attempt([](auto* call) {
+                  sd_bus_message_append(call, "a{sv}", 1, "customHysteresis", "a{sv}", 1, "x", "u", 1);
+              }),
+              "customHysteresis is of type \"a{sv}\" instead of \"d\"");
+    EXPECT_EQ(service.received.size(), 1U);
+    EXPECT_EQ(log.count(), 0U);
+}
+
 TEST_F(DaemonObjectTest, SaysWhyItCannotHaveTheName)
 {
     const auto daemon = startDaemon();
@@ -163,10 +207,10 @@ TEST_F(DaemonObjectTest, BoundsWhatItKeepsForACallerItDoesNotKnowYet)
     constexpr int sent = static_cast<int>(Callers::maximumWaiting) + 8;
     for (int limit = 0; limit < sent; ++limit) caller.send({.customChargeLimit = 1.0 * limit});
     caller.sync(); // all of it now waits in front of the daemon, and the bus has not been asked who it is
-    ASSERT_TRUE(eventually([&] { return !service.settings.empty(); }));
-    EXPECT_EQ(service.settings.size(), Callers::maximumWaiting);
-    EXPECT_EQ(service.settings.front().customChargeLimit, 8);
-    EXPECT_EQ(service.settings.back().customChargeLimit, sent - 1);
+    ASSERT_TRUE(eventually([&] { return !service.received.empty(); }));
+    EXPECT_EQ(service.received.size(), Callers::maximumWaiting);
+    EXPECT_EQ(service.received.front().customChargeLimit, 8);
+    EXPECT_EQ(service.received.back().customChargeLimit, sent - 1);
     EXPECT_EQ(log.count("Dropped a message of " + caller.name()), 1U);
 }
 

@@ -20,7 +20,8 @@ struct RecordingService final : DaemonService {
                                            {Date{700'000'900.1}, 51, 97.5, "Serious", false}};
     ChargerReport report{.hasBattery = true, .batteries = "BAT0", .endThreshold = 80};
     std::vector<std::string> deeds; ///< "70 by 0" for a limit, "toggle by 0"
-    std::vector<ChargingSettings> settings;
+    ChargingSettings held{.isAppleRecommendedMode = false, .lowBatteryLimit = 15};
+    std::vector<ChargingSettings> received;
     std::vector<std::string> callers, left;
 
     std::function<void()> looks = [] {}; ///< what a look makes of the above
@@ -35,10 +36,16 @@ struct RecordingService final : DaemonService {
     ChargerReport charger() override { return report; }
     void updateSettings(const Caller& caller, const ChargingSettings& wanted) override
     {
-        settings.push_back(wanted);
+        received.push_back(wanted);
         note(std::to_string(static_cast<int>(wanted.customChargeLimit)), caller);
     }
-    void toggleCharging(const Caller& caller, ToggleReply reply) override
+    ChargingSettings settings(const Caller&) override { return held; }
+    void changeSettings(const Caller& caller, const SettingsChange& change, SettingsReply reply) override
+    {
+        updateSettings(caller, combined(held, change.values, change.fields));
+        reply(Refusal{Refusal::Kind::denied, "not for you"});
+    }
+    void controlCharging(const Caller& caller, ChargingCommand, ChargingReply reply) override
     {
         note("toggle", caller);
         reply(true);

@@ -47,8 +47,37 @@ TEST_F(XPCClientTest, GoesOnWithADaemonThatGoesAndComesBack)
         ASSERT_TRUE(eventually([&] { return pushed.size() == static_cast<std::size_t>(time); }));
     }
     EXPECT_EQ(early, 0);
-    EXPECT_TRUE(service.settings.empty());
+    EXPECT_TRUE(service.received.empty());
     EXPECT_EQ(log.count(), 0U); // a missing daemon is no news
+}
+
+TEST_F(XPCClientTest, SendsNothingBeforeItKnowsWhatIsHeldAndFollowsIt)
+{
+    const auto client = makeClient();
+    std::vector<ChargingSettings> followed;
+    client->onSettingsChange = [&] { followed.push_back(client->settings().value()); };
+    for (std::size_t life = 1; life <= 2; ++life) {
+        followed.clear();
+        const auto daemon = startDaemon();
+        ASSERT_TRUE(eventually([&] {
+            if (followed.empty()) client->updateSettings({.customChargeLimit = 33});
+            return !followed.empty();
+        }));
+        EXPECT_EQ(followed.front(), service.held);
+        client->updateSettings({.customChargeLimit = 70});
+        ASSERT_TRUE(eventually([&] { return service.received.size() == life; }));
+        EXPECT_EQ(service.received.back().customChargeLimit, 70);
+        KeyedArchive news;
+        news.encode("customChargeLimit", 65.0);
+        news.encode("customHysteresis", 1e9); // cannot be
+        daemon->settingsChanged(news);
+        daemon->settingsChangedFor(service.callers.back(), news);
+        ASSERT_TRUE(eventually([&] { return followed.size() == 3; }));
+        auto expected = service.held;
+        expected.customChargeLimit = 65;
+        EXPECT_EQ(followed.back(), expected);
+    }
+    EXPECT_TRUE(eventually([&] { return !client->settings(); })) << "there is nobody to ask";
 }
 
 TEST_F(XPCClientTest, ADaemonThatDiesInACallAnswersNothing)
@@ -176,7 +205,7 @@ TEST_F(XPCClientTest, AnAnswerThatIsNoRecordIsNoneWithOneLogLineACause)
         client->fetchCurrentState([](const auto&) { FAIL(); });
         client->fetchHistory([](const auto&) { FAIL(); });
     }
-    EXPECT_TRUE(eventually([&] { return asked == 7 && log.count() == 3; }));
+    EXPECT_TRUE(eventually([&] { return asked == 8 && log.count() == 4; }));
     liar.hangUp();
     const auto daemon = startDaemon();
     settle(*client);
@@ -232,6 +261,7 @@ TEST_F(XPCClientTest, APushOfAnybodyElseIsDropped)
 {
     const auto daemon = startDaemon();
     const auto client = makeClient();
+    ASSERT_TRUE(eventually([&] { return client->settings().has_value(); }));
     client->updateSettings({});
     settle(*client);
     ASSERT_TRUE(eventually([&] { return !service.callers.empty(); }));

@@ -66,19 +66,18 @@ void XPCClient::followDaemon()
 {
     const auto appeared = [this] {
         const auto handler = onDaemonAppeared;
-        charger_->fetch();
+        forgetRecords();
+        chargerRecord_->fetch();
+        settingsRecord_->fetch();
         setDaemonMissing(false);
         if (handler) handler();
     };
     const auto gone = [this] {
-        charger_->forget();
+        forgetRecords();
         setDaemonMissing(true);
     };
     daemon_.emplace(bus_.get(), wire::serviceName, appeared, gone);
-    charger_.emplace(bus_.get(), *daemon_, complaints_);
-    charger_->onChange = [this] {
-        if (const auto handler = onChargerChange) handler();
-    };
+    followRecords();
     matches_.push_back(dbus::match(bus_.get(),
                                    {.sender = wire::serviceName,
                                     .path = wire::objectPath,
@@ -87,9 +86,48 @@ void XPCClient::followDaemon()
                                    dbus::serve<XPCClient, &XPCClient::statePushed>, this));
 }
 
-std::optional<ChargerReport> XPCClient::charger() const
+void XPCClient::followRecords()
 {
-    return charger_ ? charger_->report() : std::nullopt;
+    constexpr RecordFollower::Source chargerSource{.name = "the charger's properties",
+                                                   .interface = "org.freedesktop.DBus.Properties",
+                                                   .method = "GetAll",
+                                                   .signal = "PropertiesChanged",
+                                                   .of = wire::charger::interface};
+    constexpr RecordFollower::Source settingsSource{.name = "the settings",
+                                                    .interface = wire::charger::interface,
+                                                    .method = wire::charger::getSettings.selector,
+                                                    .signal = wire::charger::settingsChanged.selector};
+    chargerRecord_.emplace(loop_, bus_.get(), *daemon_, complaints_, chargerSource);
+    chargerRecord_->onChange = [this](const KeyedArchive&) { takeCharger(); };
+    settingsRecord_.emplace(loop_, bus_.get(), *daemon_, complaints_, settingsSource);
+    settingsRecord_->onChange = [this](const KeyedArchive& news) { takeSettings(news); };
+}
+
+void XPCClient::takeCharger()
+{
+    auto report = ChargerReport::unarchived(*chargerRecord_->record());
+    if (charger_ == report) return;
+    charger_ = std::move(report);
+    if (const auto handler = onChargerChange) handler();
+}
+
+void XPCClient::forgetRecords()
+{
+    charger_.reset();
+    settings_.reset();
+    if (chargerRecord_) chargerRecord_->forget();
+    if (settingsRecord_) settingsRecord_->forget();
+}
+
+/// A change of one setting says nothing of another that was just sent and is not answered yet.
+void XPCClient::takeSettings(const KeyedArchive& news)
+{
+    const auto told = unarchivedSettings(news);
+    SettingsMask fields;
+    for (std::size_t i = 0; i < allSettings.size(); ++i)
+        fields[i] = news.find(allSettings[i].name) != nullptr;
+    settings_ = settings_ ? combined(*settings_, told, fields) : told;
+    if (const auto handler = onSettingsChange) handler();
 }
 
 void XPCClient::setDaemonMissing(bool isMissing)
@@ -188,7 +226,8 @@ void XPCClient::readOn(const std::weak_ptr<HistoryReading>& weak)
 
 void XPCClient::updateSettings(const ChargingSettings& settings)
 {
-    if (!bus_) return;
+    if (!settings_) return;
+    settings_ = settings;
     attempt("send the settings", [&] {
         const auto call = newCall(wire::daemon_protocol::updateSettings);
         dbus::check(sd_bus_message_set_expect_reply(call.get(), false), "one way");
@@ -209,7 +248,7 @@ int XPCClient::disconnected(sd_bus_message*)
 {
     log_.warning("XPCClient",
                  "the system bus hung up: the daemon is out of reach until Velmora starts again");
-    if (charger_) charger_->forget();
+    forgetRecords();
     setDaemonMissing(true);
     return 0;
 }

@@ -6,10 +6,10 @@
 #include "base/EventLoop.h"
 #include "bus/DBus.h"
 #include "bus/NameOwner.h"
-#include "link/ChargerClient.h"
+#include "link/RecordFollower.h"
 #include "platform/Clock.h"
 #include "platform/Complaints.h"
-#include "wire/VelmoraProtocol.h"
+#include "wire/ChargerInterface.h"
 
 #include <functional>
 #include <list>
@@ -20,6 +20,9 @@
 namespace velmora {
 
 /// The application's end of the wire: app.velmora.daemon on the system bus.
+///
+/// Sends no settings before it knows those that the daemon holds: what a client has just begun with is
+/// nobody's wish, and would end what another one asked for.
 ///
 /// Never blocks and never fails loudly. Without a bus or a daemon a call is lost; its completion is dropped.
 /// A daemon that comes back is reached again, no call starts one. What the daemon says is not trusted further
@@ -44,13 +47,21 @@ public:
     bool isDaemonMissing() const { return isDaemonMissing_; }
 
     /// What the daemon last told of the charger; nothing where there is none, or it has not told yet.
-    std::optional<ChargerReport> charger() const;
+    const std::optional<ChargerReport>& charger() const { return charger_; }
     /// Called when the daemon has told something new; that it is gone, `onDaemonPresence` tells.
     std::function<void()> onChargerChange;
+
+    /// The settings as the daemon last told each of them, or as they were sent since; nothing before it has
+    /// told them.
+    const std::optional<ChargingSettings>& settings() const { return settings_; }
+    /// Called when the daemon has told them: for the first time, after a change by anybody, and where it did
+    /// not follow what it was sent.
+    std::function<void()> onSettingsChange;
 
     void fetchCurrentState(StateHandler completion) override;
     /// A long history is read over several turns of the loop.
     void fetchHistory(HistoryHandler completion) override;
+    /// Lost while `settings` are not known.
     void updateSettings(const ChargingSettings& settings) override;
 
 private:
@@ -60,6 +71,10 @@ private:
 
     void connect(const EventLoop& loop);
     void followDaemon();
+    void followRecords();
+    void takeCharger();
+    void takeSettings(const KeyedArchive& news);
+    void forgetRecords();
     void setDaemonMissing(bool isMissing);
     dbus::Message newCall(const wire::Message& message) const;
     void send(dbus::Message call, ReplyHandler handler);
@@ -78,7 +93,10 @@ private:
     Complaints complaints_;
     dbus::Bus bus_;                   ///< null: there was no bus
     std::optional<NameOwner> daemon_; ///< the only one whose pushes count
-    std::optional<ChargerClient> charger_;
+    std::optional<RecordFollower> chargerRecord_;
+    std::optional<RecordFollower> settingsRecord_;
+    std::optional<ChargerReport> charger_;
+    std::optional<ChargingSettings> settings_;
     bool isDaemonMissing_ = false;
     std::list<dbus::Slot> matches_;
     std::list<PendingCall> calls_;

@@ -34,11 +34,13 @@ std::vector<std::pair<std::string, ChargingSettings>> CallerMemory::accepted() c
     return result;
 }
 
-ChargingSettings merged(const ChargingSettings& current, const std::optional<ChargingSettings>& last,
-                        const ChargingSettings& message)
+std::vector<std::string> CallerMemory::connectionsOf(uid_t user) const
 {
-    if (!last) return message;
-    return combined(current, message, differing(*last, message));
+    std::vector<std::string> result;
+    for (const auto& [caller, last] : callers_) {
+        if (last.user == user) result.push_back(caller);
+    }
+    return result;
 }
 
 } // namespace velmora

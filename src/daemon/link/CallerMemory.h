@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <sys/types.h>
 #include <utility>
 #include <vector>
 
@@ -15,10 +16,12 @@ namespace velmora {
 
 /// What each client said last. A client sends all its settings whenever anything changes, a pushed state
 /// included, and never reads some of them back: only the fields in which a message differs from that client's
-/// last one are its wish. Without this two clients would flip each other's settings for ever.
+/// last one are its wish. Without this two clients would flip each other's settings for ever. What a client
+/// was told counts as said by it.
 class CallerMemory {
 public:
     struct LastMessages {
+        std::optional<uid_t> user{}; ///< not known of one remembered from another run
         std::optional<ChargingSettings> accepted{};
         std::optional<ChargingSettings> refused{};
     };
@@ -27,6 +30,8 @@ public:
     LastMessages& of(std::string_view caller);
     void forget(std::string_view caller);
 
+    std::vector<std::string> connectionsOf(uid_t user) const;
+
     /// The last accepted message of each, oldest caller first: what has to outlive a restart of the daemon,
     /// since the clients and their names on the bus do.
     std::vector<std::pair<std::string, ChargingSettings>> accepted() const;
@@ -34,10 +39,5 @@ public:
 private:
     std::vector<std::pair<std::string, LastMessages>> callers_; // a handful; oldest first
 };
-
-/// `current`, with the fields in which `message` differs from `last` taken from `message`; all of them where
-/// there is no last message.
-ChargingSettings merged(const ChargingSettings& current, const std::optional<ChargingSettings>& last,
-                        const ChargingSettings& message);
 
 } // namespace velmora

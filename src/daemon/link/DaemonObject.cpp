@@ -65,7 +65,7 @@ DaemonObject::DaemonObject(const EventLoop& loop, DaemonService& service, Log& l
       complaints_(log, "DaemonObject"),
       announced_(service.charger().archived()),
       methods_(methodTable()),
-      properties_(chargerTable()),
+      charger_(chargerTable()),
       bus_(dbus::openSystemBus(loop)),
       callers_(bus_.get(), log, [this](const std::string& name) { service_.callerLeft(name); })
 {
@@ -90,7 +90,7 @@ try {
 void DaemonObject::takeUp()
 {
     serveInterface(wire::daemon_protocol::interface, methods_);
-    serveInterface(ChargerReport::interface, properties_);
+    serveInterface(wire::charger::interface, charger_);
     // Beside the tables, which cannot carry our annotations.
     dbus::check(sd_bus_add_object(bus_.get(), out(slots_.emplace_back()), wire::objectPath,
                                   served<&DaemonObject::introspect>, this),
@@ -120,29 +120,41 @@ const char* DaemonObject::keep(std::string text)
     return texts_.emplace_back(std::move(text)).c_str();
 }
 
+void DaemonObject::addMethod(std::vector<sd_bus_vtable>& table, const wire::Message& message,
+                             sd_bus_message_handler_t handler)
+{
+    table.push_back(SD_BUS_METHOD(keep(message.member()), keep(wire::Message::signature(message.arguments)),
+                                  keep(wire::Message::signature(message.reply)), handler,
+                                  SD_BUS_VTABLE_UNPRIVILEGED));
+}
+
 std::vector<sd_bus_vtable> DaemonObject::methodTable()
 {
-    const std::pair<const wire::Message&, sd_bus_message_handler_t> handlers[] = {
-        {wire::daemon_protocol::getBatteryState, served<&DaemonObject::getBatteryState>},
-        {wire::daemon_protocol::getAnalyticsHistory, served<&DaemonObject::getAnalyticsHistory>},
-        {wire::daemon_protocol::updateSettings, served<&DaemonObject::updateSettings>},
-        {wire::daemon_protocol::toggleCharging, served<&DaemonObject::toggleCharging>},
-    };
+    namespace protocol = wire::daemon_protocol;
     std::vector table{tableStart()};
-    for (const auto& [message, handler] : handlers)
-        table.push_back(SD_BUS_METHOD(
-            keep(message.member()), keep(wire::Message::signature(message.arguments)),
-            keep(wire::Message::signature(message.reply)), handler, SD_BUS_VTABLE_UNPRIVILEGED));
+    addMethod(table, protocol::getBatteryState, served<&DaemonObject::getBatteryState>);
+    addMethod(table, protocol::getAnalyticsHistory, served<&DaemonObject::getAnalyticsHistory>);
+    addMethod(table, protocol::updateSettings, served<&DaemonObject::updateSettings>);
+    addMethod(table, protocol::toggleCharging,
+              served<&DaemonObject::controlCharging<ChargingCommand::toggle>>);
     table.push_back(tableEnd());
     return table;
 }
 
 std::vector<sd_bus_vtable> DaemonObject::chargerTable()
 {
+    namespace charger = wire::charger;
     std::vector table{tableStart()};
-    for (const auto& [name, value] : announced_.values())
-        table.push_back(SD_BUS_PROPERTY(keep(name), keep({dbus::typeOf(value)}), chargerProperty, 0,
+    addMethod(table, charger::getSettings, served<&DaemonObject::getSettings>);
+    addMethod(table, charger::setSettings, served<&DaemonObject::setSettings>);
+    addMethod(table, charger::pauseCharging, served<&DaemonObject::controlCharging<ChargingCommand::pause>>);
+    addMethod(table, charger::resumeCharging,
+              served<&DaemonObject::controlCharging<ChargingCommand::resume>>);
+    for (const auto& property : chargerProperties)
+        table.push_back(SD_BUS_PROPERTY(property.name, property.type(), chargerProperty, 0,
                                         SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE));
+    table.push_back(SD_BUS_SIGNAL(keep(charger::settingsChanged.member()),
+                                  keep(wire::Message::signature(charger::settingsChanged.arguments)), 0));
     table.push_back(tableEnd());
     return table;
 }
@@ -219,7 +231,8 @@ int DaemonObject::updateSettings(sd_bus_message* call)
     return 1;
 }
 
-int DaemonObject::toggleCharging(sd_bus_message* call)
+template <ChargingCommand command>
+int DaemonObject::controlCharging(sd_bus_message* call)
 {
     const auto reply = [kept = dbus::keep(call)](std::optional<bool> isAllowed) {
         if (isAllowed)
@@ -227,7 +240,46 @@ int DaemonObject::toggleCharging(sd_bus_message* call)
         else
             sd_bus_reply_method_errorf(kept.get(), SD_BUS_ERROR_ACCESS_DENIED, "not authorised to do this");
     };
-    callers_.identify(call, [this, reply](const Caller& caller) { service_.toggleCharging(caller, reply); });
+    callers_.identify(
+        call, [this, reply](const Caller& caller) { service_.controlCharging(caller, command, reply); });
+    return 1;
+}
+
+int DaemonObject::getSettings(sd_bus_message* call)
+{
+    callers_.identify(call, [this, kept = dbus::keep(call)](const Caller& caller) {
+        attempt("answer with the settings", [&] { answerSettings(kept.get(), service_.settings(caller)); });
+    });
+    return 1;
+}
+
+void DaemonObject::answerSettings(sd_bus_message* call, const ChargingSettings& settings)
+{
+    const auto reply = dbus::replyTo(call);
+    dbus::append(reply.get(), archived(settings));
+    dbus::send(reply);
+}
+
+int DaemonObject::setSettings(sd_bus_message* call)
+{
+    const auto read = readSettingsChange(call);
+    const auto* change = std::get_if<SettingsChange>(&read);
+    if (!change)
+        return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_INVALID_ARGS, "%s",
+                                          std::get<std::string>(read).c_str());
+    const auto reply = [this, kept = dbus::keep(call)](const auto& outcome) {
+        const auto* refusal = std::get_if<Refusal>(&outcome);
+        if (!refusal)
+            return attempt("answer with the settings",
+                           [&] { answerSettings(kept.get(), std::get<ChargingSettings>(outcome)); });
+        const bool isDenied = refusal->kind == Refusal::Kind::denied;
+        sd_bus_reply_method_errorf(kept.get(),
+                                   isDenied ? SD_BUS_ERROR_ACCESS_DENIED : SD_BUS_ERROR_INVALID_ARGS, "%s",
+                                   refusal->reason.c_str());
+    };
+    callers_.identify(call, [this, wish = *change, reply](const Caller& caller) {
+        service_.changeSettings(caller, wish, reply);
+    });
     return 1;
 }
 
@@ -270,7 +322,7 @@ int DaemonObject::introspect(sd_bus_message* call)
 {
     if (sd_bus_message_is_method_call(call, "org.freedesktop.DBus.Introspectable", "Introspect") <= 0)
         return 0;
-    return sd_bus_reply_method_return(call, "s", daemonIntrospection(announced_).c_str());
+    return sd_bus_reply_method_return(call, "s", daemonIntrospection().c_str());
 }
 
 int DaemonObject::chargerProperty(sd_bus*, const char*, const char*, const char* property,
@@ -336,6 +388,27 @@ void DaemonObject::pushTo(const std::string& busName, const HSBatteryState& stat
         const auto push = stateSignal(state);
         dbus::check(sd_bus_message_set_destination(push.get(), busName.c_str()), "address");
         dbus::send(push);
+    });
+}
+
+dbus::Message DaemonObject::settingsSignal(const KeyedArchive& settings) const
+{
+    auto news = signal(wire::charger::interface, wire::charger::settingsChanged.member().c_str());
+    dbus::append(news.get(), settings);
+    return news;
+}
+
+void DaemonObject::settingsChanged(const KeyedArchive& settings)
+{
+    attempt("announce settings", [&] { dbus::send(settingsSignal(settings)); });
+}
+
+void DaemonObject::settingsChangedFor(const std::string& busName, const KeyedArchive& settings)
+{
+    attempt("announce settings to one client", [&] {
+        const auto news = settingsSignal(settings);
+        dbus::check(sd_bus_message_set_destination(news.get(), busName.c_str()), "address");
+        dbus::send(news);
     });
 }
 

@@ -9,7 +9,7 @@
 #include "link/Callers.h"
 #include "link/DaemonService.h"
 #include "platform/Complaints.h"
-#include "wire/ChargerReport.h"
+#include "wire/ChargerInterface.h"
 
 #include <functional>
 #include <list>
@@ -22,7 +22,7 @@ namespace velmora {
 
 /// The daemon's end of the wire: serves a DaemonService on the system bus, with the names, types and order
 /// that wire:: declares, and pushes state to the clients. Beside those interfaces stands
-/// app.velmora.Charger, read-only properties.
+/// app.velmora.Charger: read-only properties, the settings as they are held, changes of single ones.
 ///
 /// Never waits for the bus. Main thread only. Callers who may not do something are the service's business;
 /// what the bus itself cannot tell about a caller is refused here (see Callers), and so are those who ask for
@@ -53,6 +53,10 @@ public:
     /// Announces the properties in which `report` differs from the last one.
     void chargerChanged(const ChargerReport& report);
 
+    /// Tells every client, or one connection alone, that these settings have changed.
+    void settingsChanged(const KeyedArchive& settings);
+    void settingsChangedFor(const std::string& busName, const KeyedArchive& settings);
+
     /// Tells this bus from every other one, before and after; names of connections mean something on it
     /// alone. To be asked for once the name is owned: before, it would wait for the bus.
     std::string busId() const;
@@ -72,6 +76,8 @@ private:
     int nameAnswered(sd_bus_message* reply);
     void takeUp();
     void serveInterface(const char* interface, const std::vector<sd_bus_vtable>& table);
+    void addMethod(std::vector<sd_bus_vtable>& table, const wire::Message& message,
+                   sd_bus_message_handler_t handler);
     std::vector<sd_bus_vtable> methodTable();
     std::vector<sd_bus_vtable> chargerTable();
     const char* keep(std::string text);
@@ -79,9 +85,13 @@ private:
     int getBatteryState(sd_bus_message* call);
     int getAnalyticsHistory(sd_bus_message* call);
     int updateSettings(sd_bus_message* call);
-    int toggleCharging(sd_bus_message* call);
+    template <ChargingCommand command>
+    int controlCharging(sd_bus_message* call);
+    int getSettings(sd_bus_message* call);
+    int setSettings(sd_bus_message* call);
     int answerState(sd_bus_message* call);
     void answerHistory(sd_bus_message* call, uid_t user);
+    void answerSettings(sd_bus_message* call, const ChargingSettings& settings);
     int introspect(sd_bus_message* call);
     int chargerAsked(sd_bus_message* call);
     void answerCharger(sd_bus_message* call, const std::string& name);
@@ -92,6 +102,7 @@ private:
 
     dbus::Message signal(const char* interface, const char* member) const;
     dbus::Message stateSignal(const HSBatteryState& state) const;
+    dbus::Message settingsSignal(const KeyedArchive& settings) const;
     template <typename Action>
     void attempt(const char* action, Action&& act);
 
@@ -101,7 +112,7 @@ private:
     KeyedArchive announced_;       ///< the charger's properties as clients know them
     std::list<std::string> texts_; ///< the tables point at these, and sd-bus at the tables
     std::vector<sd_bus_vtable> methods_;
-    std::vector<sd_bus_vtable> properties_;
+    std::vector<sd_bus_vtable> charger_;
     dbus::Bus bus_;
     Callers callers_;
     std::optional<NameOwner> login_; ///< the only one whose word on sleep counts

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "link/SettingsChange.h"
 #include "wire/ChargerReport.h"
 #include "wire/VelmoraProtocol.h"
 
@@ -10,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <sys/types.h>
+#include <variant>
 #include <vector>
 
 namespace velmora {
@@ -20,10 +22,25 @@ struct Caller {
     uid_t uid;
 };
 
+/// Why a change of settings was refused.
+struct Refusal {
+    enum class Kind : std::uint8_t { invalid, denied };
+
+    Kind kind;
+    std::string reason; ///< a phrase for the caller
+};
+
+enum class ChargingCommand : std::uint8_t {
+    toggle, ///< stops charging where it is allowed, else allows it
+    pause,
+    resume, ///< ends a pause, and nothing else
+};
+
 /// What the daemon does behind the wire. Main thread only; nothing here blocks.
 class DaemonService {
 public:
-    using ToggleReply = std::function<void(std::optional<bool>)>;
+    using ChargingReply = std::function<void(std::optional<bool>)>;
+    using SettingsReply = std::function<void(const std::variant<ChargingSettings, Refusal>&)>;
 
     virtual ~DaemonService() = default;
 
@@ -35,12 +52,19 @@ public:
     virtual const std::vector<HSHistorySnapshot>& analyticsHistory() = 0;
     virtual ChargerReport charger() = 0;
 
+    /// All settings as they are held for the caller's user.
+    virtual ChargingSettings settings(const Caller& caller) = 0;
+
+    /// Calls `reply` once, now or later, with all settings as they are then held. The values' ranges are not
+    /// checked yet.
+    virtual void changeSettings(const Caller& caller, const SettingsChange& change, SettingsReply reply) = 0;
+
     /// Values are as the caller sent them: nothing is checked yet.
     virtual void updateSettings(const Caller& caller, const ChargingSettings& settings) = 0;
 
     /// Calls `reply` once, now or later, with whether charging is allowed afterwards; with nothing where the
     /// caller may not do this.
-    virtual void toggleCharging(const Caller& caller, ToggleReply reply) = 0;
+    virtual void controlCharging(const Caller& caller, ChargingCommand command, ChargingReply reply) = 0;
 
     /// The connection has left the bus; its name will not come again.
     virtual void callerLeft(const std::string& busName) = 0;

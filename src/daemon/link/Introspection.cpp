@@ -3,9 +3,7 @@
 
 #include "link/Introspection.h"
 
-#include "bus/Records.h"
-#include "wire/ChargerReport.h"
-#include "wire/VelmoraProtocol.h"
+#include "wire/ChargerInterface.h"
 
 namespace velmora {
 
@@ -72,27 +70,41 @@ std::string arguments(std::span<const wire::Argument> list, const std::string& d
     return xml;
 }
 
+/// A plain name, as those of app.velmora.Charger, is no selector.
+std::string selector(const wire::Message& message)
+{
+    const std::string name = message.selector;
+    return name.ends_with(':') ? annotation("app.velmora.Selector", name) : "";
+}
+
 std::string method(const wire::Message& message)
 {
     std::string xml = "  <method" + attribute("name", message.member()) + ">\n";
     xml += arguments(message.arguments, attribute("direction", "in"));
     xml += arguments(message.reply, attribute("direction", "out"));
-    xml += annotation("app.velmora.Selector", message.selector);
+    xml += selector(message);
     if (message.reply.empty()) xml += annotation("org.freedesktop.DBus.Method.NoReply", "true");
     return xml + "  </method>\n";
+}
+
+std::string methods(std::span<const wire::Message* const> messages)
+{
+    std::string xml;
+    for (const auto* message : messages) xml += method(*message);
+    return xml;
 }
 
 std::string signal(const wire::Message& message)
 {
     return "  <signal" + attribute("name", message.member()) + ">\n" + arguments(message.arguments, "") +
-           annotation("app.velmora.Selector", message.selector) + "  </signal>\n";
+           selector(message) + "  </signal>\n";
 }
 
-std::string properties(const KeyedArchive& archive)
+std::string properties()
 {
     std::string xml;
-    for (const auto& [name, value] : archive.values())
-        xml += "  <property" + attribute("name", name) + attribute("type", {dbus::typeOf(value)}) +
+    for (const auto& property : chargerProperties)
+        xml += "  <property" + attribute("name", property.name) + attribute("type", property.type()) +
                attribute("access", "read") + ">\n" +
                annotation("org.freedesktop.DBus.Property.EmitsChangedSignal", "true") + "  </property>\n";
     return xml;
@@ -100,15 +112,14 @@ std::string properties(const KeyedArchive& archive)
 
 } // namespace
 
-std::string daemonIntrospection(const KeyedArchive& charger)
+std::string daemonIntrospection()
 {
     using namespace wire;
-    std::string methods;
-    for (const auto* message : daemon_protocol::messages) methods += method(*message);
+    const auto chargerMembers = methods(charger::messages) + signal(charger::settingsChanged) + properties();
     return std::string(documentType) + "<node>\n" + standardInterfaces +
-           interface(daemon_protocol::interface, methods) +
+           interface(daemon_protocol::interface, methods(daemon_protocol::messages)) +
            interface(client_protocol::interface, signal(client_protocol::batteryStateDidChange)) +
-           interface(ChargerReport::interface, properties(charger)) + "</node>\n";
+           interface(charger::interface, chargerMembers) + "</node>\n";
 }
 
 } // namespace velmora

@@ -3,15 +3,13 @@
 
 #pragma once
 
-#include "wire/KeyedArchive.h"
-
 #include <string>
 
 namespace velmora {
 
 /// The daemon's object described in the XML of D-Bus introspection, from the same tables that serve it: names
-/// and directions of all arguments, and each message's full selector as annotation `app.velmora.Selector`.
-/// `charger` shows which properties app.velmora.Charger has.
-std::string daemonIntrospection(const KeyedArchive& charger);
+/// and directions of all arguments, and each message's full selector as annotation `app.velmora.Selector`,
+/// where it has one.
+std::string daemonIntrospection();
 
 } // namespace velmora

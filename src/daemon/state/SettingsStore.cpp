@@ -4,7 +4,9 @@
 #include "state/SettingsStore.h"
 
 #include <algorithm>
+#include <charconv>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 namespace velmora {
 
@@ -25,10 +27,11 @@ std::optional<KeyedArchive::Value> valueOf(const Json& json)
     return std::nullopt;
 }
 
-Json encoded(const ChargingSettings& settings)
+Json encoded(const ChargingSettings& settings, SettingsMask fields = SettingsMask().set())
 {
     Json object = Json::object();
-    for (const auto& setting : allSettings) object[setting.name] = jsonOf(setting.of(settings));
+    const auto archive = archived(settings, fields);
+    for (const auto& [name, value] : archive.values()) object[name] = jsonOf(value);
     return object;
 }
 
@@ -37,16 +40,17 @@ void note(std::string& wrong, const std::string& what)
     wrong += (wrong.empty() ? "" : ", ") + what;
 }
 
-/// Adds to `wrong` what is not as it should be; that setting has its default then.
+/// A setting that is not there has its default. One that is not as it should be has it too, and `wrong` says
+/// so.
 ChargingSettings decodedSettings(const Json& object, std::string& wrong)
 {
     ChargingSettings settings;
+    if (!object.is_object()) note(wrong, "there are no settings");
     for (const auto& setting : allSettings) {
-        const auto value = object.is_object() && object.contains(setting.name)
-                               ? valueOf(object.at(setting.name))
-                               : std::nullopt;
+        if (!object.is_object() || !object.contains(setting.name)) continue;
+        const auto value = valueOf(object.at(setting.name));
         if (!value || !setting.assign(settings, *value))
-            note(wrong, std::string(setting.name) + " is missing or of another type");
+            note(wrong, std::string(setting.name) + " is of another type");
         if (const auto problem = setting.problemIn(settings)) {
             note(wrong, *problem);
             setting.assign(settings, setting.of({}));
@@ -55,14 +59,70 @@ ChargingSettings decodedSettings(const Json& object, std::string& wrong)
     return clamped(settings);
 }
 
+/// The members of an object of settings, by name; those that are not good are left out.
+std::vector<std::pair<std::string, ChargingSettings>> decodedMembers(const Json& object)
+{
+    std::vector<std::pair<std::string, ChargingSettings>> members;
+    if (!object.is_object()) return members;
+    for (const auto& [name, settings] : object.items()) {
+        std::string wrong;
+        const auto decoded = decodedSettings(settings, wrong);
+        if (wrong.empty()) members.emplace_back(name, decoded);
+    }
+    return members;
+}
+
+UserSettings::Entries decodedUsers(const Json& object)
+{
+    UserSettings::Entries users;
+    for (const auto& [name, settings] : decodedMembers(object)) {
+        uid_t user = 0;
+        const auto* end = name.data() + name.size();
+        const auto [rest, error] = std::from_chars(name.data(), end, user);
+        if (error == std::errc{} && rest == end) users.emplace_back(user, settings);
+    }
+    return UserSettings(std::move(users)).entries();
+}
+
+std::string textAt(const Json& document, const char* key)
+{
+    const Json value = document.value(key, Json());
+    return value.is_string() ? value.get<std::string>() : std::string();
+}
+
+ManualCharging decodedManual(const Json& document)
+{
+    ManualCharging manual;
+    manual.state =
+        manualStateFromRawValue(textAt(document, "charging")).value_or(ManualCharging::State::asSet);
+    const Json pausedAt = document.value("pausedAt", Json());
+    if (pausedAt.is_number_unsigned())
+        manual.pausedAt = static_cast<int>(std::min<std::uint64_t>(pausedAt.get<std::uint64_t>(), 100));
+    return manual;
+}
+
+constexpr int currentVersion = 2;
+
+SettingsMask storedOfMachine()
+{
+    auto fields = settingsOf(Setting::Owner::machine);
+    for (std::size_t i = 0; i < allSettings.size(); ++i)
+        if (allSettings[i].isOneOff) fields[i] = false;
+    return fields;
+}
+
 } // namespace
 
 std::string encodeState(const DaemonState& state)
 {
+    Json users = Json::object();
+    for (const auto& [user, settings] : state.users)
+        users[std::to_string(user)] = encoded(settings, settingsOf(Setting::Owner::user));
     Json callers = Json::object();
     for (const auto& [name, settings] : state.callers) callers[name] = encoded(settings);
-    const Json document = {{"version", 1},
-                           {"settings", encoded(state.settings)},
+    const Json document = {{"version", currentVersion},
+                           {"settings", encoded(state.settings, storedOfMachine())},
+                           {"users", std::move(users)},
                            {"quickCharge", rawValue(state.quickCharge)},
                            {"hasAdoptedLimit", state.hasAdoptedLimit},
                            {"charging", rawValue(state.manual.state)},
@@ -72,36 +132,27 @@ std::string encodeState(const DaemonState& state)
     return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-std::pair<DaemonState, std::string> decodeState(std::string_view bytes)
+std::pair<DaemonState, std::string> decodeState(std::string_view bytes, uid_t owner)
 {
     DaemonState state;
     const Json document = Json::parse(bytes, nullptr, /*allow_exceptions=*/false);
-    if (!document.is_object() || document.value("version", Json()) != 1) {
+    const Json version = document.is_object() ? document.value("version", Json()) : Json();
+    if (version != 1 && version != currentVersion) {
         return {state, "it is not a settings file of this version"};
     }
     std::string wrong;
-    state.settings = decodedSettings(document.value("settings", Json()), wrong);
-    const auto text = [&](const char* key) {
-        const Json value = document.value(key, Json());
-        return value.is_string() ? value.get<std::string>() : std::string();
-    };
-    const auto quickCharge = quickChargeStateFromRawValue(text("quickCharge"));
+    const auto settings = decodedSettings(document.value("settings", Json()), wrong);
+    state.settings = combined({}, settings, storedOfMachine());
+    state.users = version == 1 ? UserSettings({{owner, settings}}).entries()
+                               : decodedUsers(document.value("users", Json()));
+    const auto quickCharge = quickChargeStateFromRawValue(textAt(document, "quickCharge"));
     if (!quickCharge) note(wrong, "quickCharge is none of its states");
     state.quickCharge = quickCharge.value_or(QuickCharge::State::off);
+    state.settings.isTemporaryOverride = state.quickCharge == QuickCharge::State::active;
     state.hasAdoptedLimit = document.value("hasAdoptedLimit", Json()) == true;
-    state.manual.state = manualStateFromRawValue(text("charging")).value_or(ManualCharging::State::asSet);
-    const Json pausedAt = document.value("pausedAt", Json());
-    if (pausedAt.is_number_unsigned()) {
-        state.manual.pausedAt = static_cast<int>(std::min<std::uint64_t>(pausedAt.get<std::uint64_t>(), 100));
-    }
-    state.busId = text("busId");
-    if (const Json callers = document.value("callers", Json()); callers.is_object()) {
-        for (const auto& [name, settings] : callers.items()) {
-            std::string broken;
-            auto decoded = decodedSettings(settings, broken);
-            if (broken.empty()) state.callers.emplace_back(name, decoded);
-        }
-    }
+    state.manual = decodedManual(document);
+    state.busId = textAt(document, "busId");
+    state.callers = decodedMembers(document.value("callers", Json()));
     return {state, wrong};
 }
 
@@ -109,7 +160,7 @@ DaemonState SettingsStore::load()
 {
     const auto bytes = file_.read();
     if (!bytes) return {};
-    auto [state, wrong] = decodeState(*bytes);
+    auto [state, wrong] = decodeState(*bytes, geteuid());
     if (!wrong.empty()) file_.setAside(wrong);
     return state;
 }

@@ -6,6 +6,7 @@
 #include "base/StateFile.h"
 #include "charging/QuickCharge.h"
 #include "state/LatestValue.h"
+#include "state/UserSettings.h"
 #include "wire/VelmoraProtocol.h"
 
 #include <atomic>
@@ -19,7 +20,8 @@ namespace velmora {
 
 /// What the daemon keeps over restarts, the history aside.
 struct DaemonState {
-    ChargingSettings settings{};
+    ChargingSettings settings{}; ///< the machine's
+    UserSettings::Entries users{};
     QuickCharge::State quickCharge = QuickCharge::State::off;
     /// The charger's own limit was looked at once, or a client has set one since.
     bool hasAdoptedLimit = false;
@@ -64,6 +66,8 @@ private:
 
 /// The file's form, and back; the second of the pair says what was wrong, empty for nothing.
 std::string encodeState(const DaemonState& state);
-std::pair<DaemonState, std::string> decodeState(std::string_view bytes);
+/// A file of the version before, in which all settings were the machine's, is read too: its notice switches
+/// and low-battery limit become those of `owner`, the only user but root who could have set them.
+std::pair<DaemonState, std::string> decodeState(std::string_view bytes, uid_t owner);
 
 } // namespace velmora

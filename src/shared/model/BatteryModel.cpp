@@ -9,6 +9,8 @@
 #include "platform/Platform.h"
 
 #include <algorithm>
+#include <array>
+#include <variant>
 
 namespace velmora {
 
@@ -25,6 +27,26 @@ void flip(Observable<bool>& flag)
 {
     flag.set(!flag.get());
 }
+
+/// A property of the model that shows a setting which the daemon holds.
+struct HeldProperty {
+    std::variant<Observable<bool> BatteryModel::*, Observable<double> BatteryModel::*> member;
+    bool isSentAtOnce = false; ///< by the operation that flips it, and so not half a second later
+};
+
+/// In the order of the settings' table.
+constexpr std::array<HeldProperty, allSettings.size()> heldProperties{{
+    {&BatteryModel::isAppleRecommendedModeEnabled, true},
+    {&BatteryModel::isTemporaryOverrideEnabled, true},
+    {&BatteryModel::isStorageModeEnabled},
+    {&BatteryModel::customChargeLimit},
+    {&BatteryModel::customHysteresis},
+    {&BatteryModel::notifyOnLimit},
+    {&BatteryModel::notifyOnHeat},
+    {&BatteryModel::notifyOnCycle},
+    {&BatteryModel::notifyOnPowerChange},
+    {&BatteryModel::lowBatteryLimit},
+}};
 
 } // namespace
 
@@ -66,28 +88,39 @@ void BatteryModel::startCloudSyncTimer() {}
 
 void BatteryModel::setupDebouncedSettingsSync()
 {
-    const auto watch = [this](auto&... settings) {
-        (cancellables_.push_back(settings.observe([this](const auto&) { settingsSync_.poke(); })), ...);
+    const auto watch = [this](auto& setting) {
+        cancellables_.push_back(setting.observe([this](const auto&) { settingsSync_.poke(); }));
     };
-    watch(customChargeLimit, customHysteresis, isStorageModeEnabled, notifyOnLimit, notifyOnHeat,
-          notifyOnCycle, notifyOnLowBattery, lowBatteryLimit, notifyOnPowerChange);
+    for (const auto& [property, isSentAtOnce] : heldProperties)
+        if (!isSentAtOnce) std::visit([&](auto member) { watch(this->*member); }, property);
+    watch(notifyOnLowBattery);
+}
+
+void BatteryModel::followSettings(const ChargingSettings& held)
+{
+    const bool hasOverrideEnded = isTemporaryOverrideEnabled.get() && !held.isTemporaryOverride;
+    bool hasChanged = false;
+    for (std::size_t i = 0; i < allSettings.size(); ++i) {
+        const auto follow = [&]<typename T>(Observable<T> BatteryModel::*member) {
+            const T value = std::get<T>(allSettings[i].of(held));
+            if ((this->*member).get() == value) return;
+            (this->*member).set(value);
+            hasChanged = true;
+        };
+        std::visit(follow, heldProperties[i].member);
+    }
+    if (hasOverrideEnded) return syncSettingsToDaemon();
+    if (hasChanged) settingsSync_.poke();
 }
 
 void BatteryModel::syncSettingsToDaemon()
 {
     if (!daemonClient_) return;
-    daemonClient_->updateSettings({
-        .isAppleRecommendedMode = isAppleRecommendedModeEnabled.get(),
-        .isTemporaryOverride = isTemporaryOverrideEnabled.get(),
-        .isStorageModeEnabled = isStorageModeEnabled.get(),
-        .customChargeLimit = customChargeLimit.get(),
-        .customHysteresis = customHysteresis.get(),
-        .notifyOnLimit = notifyOnLimit.get(),
-        .notifyOnHeat = notifyOnHeat.get(),
-        .notifyOnCycle = notifyOnCycle.get(),
-        .notifyOnPowerChange = notifyOnPowerChange.get(),
-        .lowBatteryLimit = lowBatteryLimit.get(),
-    });
+    ChargingSettings settings;
+    for (std::size_t i = 0; i < allSettings.size(); ++i)
+        std::visit([&](auto member) { allSettings[i].assign(settings, (this->*member).get()); },
+                   heldProperties[i].member);
+    daemonClient_->updateSettings(settings);
 }
 
 void BatteryModel::toggleCharging()

@@ -25,7 +25,8 @@ namespace velmora {
 ///
 /// The charger is the daemon's: the model sends it all settings whenever one changes, and takes readings,
 /// limit, hysteresis and storage mode back from what the daemon reports. The model keeps nothing itself: the
-/// recommended mode, the override and the notification switches begin each run with the values below.
+/// recommended mode, the override and the notification switches begin each run with the values below, until
+/// the application has them follow what the daemon holds.
 ///
 /// Main thread only. What the daemon answers may arrive on any thread; it reaches the model through the main
 /// loop.
@@ -84,6 +85,11 @@ public:
     /// Begins the simulation tick, the first step one interval from now. Steps are taken while the simulation
     /// mode is on.
     void startSimulation();
+
+    /// Takes over settings from who holds them. What differs is assigned, and all settings are sent in turn
+    /// once things are quiet: at once where a quick charge has ended, for only a request that was taken back
+    /// can be made anew.
+    void followSettings(const ChargingSettings& held);
 
     /// Sends all settings now. A change of one sends them by itself, half a second after the last.
     void syncSettingsToDaemon();

@@ -28,6 +28,7 @@ public:
 /// The keys in use, beside those of WidgetSettings.
 namespace preference_key {
 inline constexpr std::string_view daemonInstalled = "Velmora_DaemonInstalled";
+inline constexpr std::string_view isLowBatteryNoticeOff = "isLowBatteryNoticeOff";
 inline constexpr std::string_view hasSeenVersionNotice = "hasSeenMacOS264Banner";
 } // namespace preference_key
 

@@ -58,11 +58,22 @@ bool Setting::isEqual(const ChargingSettings& one, const ChargingSettings& other
     return std::visit([&](auto member) { return one.*member == other.*member; }, field);
 }
 
+std::string Setting::textIn(const ChargingSettings& settings) const
+{
+    const auto text = [](auto value) {
+        if constexpr (std::is_same_v<decltype(value), bool>)
+            return std::string(value ? "true" : "false");
+        else
+            return numberText(value);
+    };
+    return std::string(name) + " " + std::visit([&](auto member) { return text(settings.*member); }, field);
+}
+
 std::optional<std::string> Setting::problemIn(const ChargingSettings& settings) const
 {
     if (!isNumber()) return std::nullopt;
     const double value = settings.*std::get<1>(field);
-    const auto named = std::string(name) + " " + numberText(value);
+    const auto named = textIn(settings);
     if (range == Range::clamped)
         return std::isfinite(value) ? std::nullopt : std::optional(named + " is not a finite number");
     const bool isWithin = value >= lowest && value <= highest; // NaN, which compares with nothing, is not
@@ -103,6 +114,17 @@ KeyedArchive archived(const ChargingSettings& settings, SettingsMask mask)
     for (std::size_t i = 0; i < allSettings.size(); ++i)
         if (mask[i]) archive.encode(allSettings[i].name, allSettings[i].of(settings));
     return archive;
+}
+
+ChargingSettings unarchivedSettings(const KeyedArchive& archive)
+{
+    ChargingSettings settings;
+    for (const auto& setting : allSettings) {
+        const auto* value = archive.find(setting.name);
+        if (value) setting.assign(settings, *value);
+        if (setting.problemIn(settings)) setting.assign(settings, setting.of({}));
+    }
+    return clamped(settings);
 }
 
 std::optional<std::string> problemWith(const ChargingSettings& settings)

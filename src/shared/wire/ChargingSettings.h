@@ -63,6 +63,8 @@ struct Setting {
     bool assign(ChargingSettings& settings, const KeyedArchive::Value& value) const;
     bool isEqual(const ChargingSettings& one, const ChargingSettings& other) const;
 
+    /// Name and value for a person, "customChargeLimit 70".
+    std::string textIn(const ChargingSettings& settings) const;
     /// Why the setting cannot have the value that it has in `settings`; nothing for a good one.
     std::optional<std::string> problemIn(const ChargingSettings& settings) const;
 };
@@ -105,6 +107,10 @@ ChargingSettings combined(ChargingSettings base, const ChargingSettings& news, S
 
 /// The settings of `mask` under their names, in the table's order.
 KeyedArchive archived(const ChargingSettings& settings, SettingsMask mask = SettingsMask().set());
+
+/// Of an archive that somebody else made: a setting that is missing, of another type or cannot have its value
+/// has its default.
+ChargingSettings unarchivedSettings(const KeyedArchive& archive);
 
 /// What is wrong with the first setting that cannot have its value; nothing for good ones.
 std::optional<std::string> problemWith(const ChargingSettings& settings);
