@@ -22,7 +22,7 @@ App::App(LinuxPlatform& platform)
         if (onChargerChange) onChargerChange();
     };
     client_->onSettingsChange = [this] {
-        if (const auto held = client_->settings()) model_.followSettings(*held);
+        if (const auto held = client_->settings()) model_.followSettings(*held, client_->toldLast());
     };
     rememberLowBatteryNotice();
 }

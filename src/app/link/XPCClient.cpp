@@ -127,6 +127,7 @@ void XPCClient::takeSettings(const KeyedArchive& news)
     for (std::size_t i = 0; i < allSettings.size(); ++i)
         fields[i] = news.find(allSettings[i].name) != nullptr;
     settings_ = settings_ ? combined(*settings_, told, fields) : told;
+    toldLast_ = fields;
     if (const auto handler = onSettingsChange) handler();
 }
 

@@ -54,6 +54,8 @@ public:
     /// The settings as the daemon last told each of them, or as they were sent since; nothing before it has
     /// told them.
     const std::optional<ChargingSettings>& settings() const { return settings_; }
+    /// Those that it told last.
+    SettingsMask toldLast() const { return toldLast_; }
     /// Called when the daemon has told them: for the first time, after a change by anybody, and where it did
     /// not follow what it was sent.
     std::function<void()> onSettingsChange;
@@ -97,6 +99,7 @@ private:
     std::optional<RecordFollower> settingsRecord_;
     std::optional<ChargerReport> charger_;
     std::optional<ChargingSettings> settings_;
+    SettingsMask toldLast_;
     bool isDaemonMissing_ = false;
     std::list<dbus::Slot> matches_;
     std::list<PendingCall> calls_;

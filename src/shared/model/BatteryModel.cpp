@@ -96,20 +96,20 @@ void BatteryModel::setupDebouncedSettingsSync()
     watch(notifyOnLowBattery);
 }
 
-void BatteryModel::followSettings(const ChargingSettings& held)
+void BatteryModel::followSettings(const ChargingSettings& held, SettingsMask told)
 {
-    const bool hasOverrideEnded = isTemporaryOverrideEnabled.get() && !held.isTemporaryOverride;
+    const bool wasOverridden = isTemporaryOverrideEnabled.get();
     bool hasChanged = false;
     for (std::size_t i = 0; i < allSettings.size(); ++i) {
         const auto follow = [&]<typename T>(Observable<T> BatteryModel::*member) {
             const T value = std::get<T>(allSettings[i].of(held));
-            if ((this->*member).get() == value) return;
+            if (!told[i] || (this->*member).get() == value) return;
             (this->*member).set(value);
             hasChanged = true;
         };
         std::visit(follow, heldProperties[i].member);
     }
-    if (hasOverrideEnded) return syncSettingsToDaemon();
+    if (wasOverridden && !isTemporaryOverrideEnabled.get()) return syncSettingsToDaemon();
     if (hasChanged) settingsSync_.poke();
 }
 

@@ -86,10 +86,10 @@ public:
     /// mode is on.
     void startSimulation();
 
-    /// Takes over settings from who holds them. What differs is assigned, and all settings are sent in turn
-    /// once things are quiet: at once where a quick charge has ended, for only a request that was taken back
-    /// can be made anew.
-    void followSettings(const ChargingSettings& held);
+    /// Takes over the settings of `told` from who holds them. What differs is assigned, and all settings are
+    /// sent in turn once things are quiet: at once where a quick charge has ended, for only a request that
+    /// was taken back can be made anew.
+    void followSettings(const ChargingSettings& held, SettingsMask told = SettingsMask().set());
 
     /// Sends all settings now. A change of one sends them by itself, half a second after the last.
     void syncSettingsToDaemon();
