@@ -91,11 +91,21 @@ protected:
 
     BatteryModel& model() { return app->model(); }
 
+    /// Presses until it is so: a daemon that has just begun first tells the application what it holds.
+    template <typename T, typename Condition>
+    bool press(Observable<T>& setting, T wanted, Condition condition)
+    {
+        return eventually([&] {
+            if (setting.get() != wanted) setting.set(wanted);
+            return condition();
+        });
+    }
+
     /// A switch told to the daemon with all the rest and remembered there where it is not as usual.
     bool tellsHeatNotice(bool wanted)
     {
-        model().notifyOnHeat.set(wanted);
-        return eventually([&] { return isStored(R"("notifyOnHeat": false)") != wanted; });
+        return press(model().notifyOnHeat, wanted,
+                     [&] { return isStored(R"("notifyOnHeat": false)") != wanted; });
     }
 
     /// Among the settings that are in force.
@@ -172,10 +182,9 @@ TEST_F(ApplicationTest, ApplicationsFollowAChangeByAnybodyAndTakeNothingBack)
     peer.send({.isAppleRecommendedMode = false});
     ASSERT_TRUE(becomes(95, 100));
     ASSERT_TRUE(eventually([&] { return !model().isAppleRecommendedModeEnabled.get(); }));
-    for (const double limit : {70, 75}) {
+    for (const double limit : {70.0, 75.0}) {
         SCOPED_TRACE(limit);
-        model().customChargeLimit.set(limit);
-        EXPECT_TRUE(haveSaid(limit, 2));
+        EXPECT_TRUE(press(model().customChargeLimit, limit, [&] { return ear.said[limit].size() == 2; }));
         EXPECT_EQ(peer.state()->customChargeLimit, limit);
         stopDaemon();
         EXPECT_TRUE(isStored(R"("isAppleRecommendedMode": false)"));
