@@ -77,7 +77,7 @@ TEST_F(SystemdServiceManagerTest, EachCourseHasItsCodeAndAsksOnce)
         {"missing", {.course = Course::missing}, 3, 1, "does not exist"},
         {"damaged", {.course = Course::damaged}, 3, 1, "bad unit file setting"},
         {"masked", {.course = Course::masked}, 2, 1, "is masked"},
-        {"not to be enabled", {.course = Course::withoutInstall}, 2, 1, "not one that can be enabled"},
+        {"not to be enabled", {.course = Course::withoutInstall}, 2, 1, "cannot be enabled"},
         {"job failed", {.course = Course::failing}, 2, 1, "ended as \"failed\""},
     };
     for (const auto& [what, options, wanted, prompts, said] : cases) {

@@ -75,7 +75,7 @@ TEST_P(CapturedMachinesTest, IsServedAndLeftWell)
     stopDaemon();
 
     const auto settings = nlohmann::json::parse(folder.read(state() / "settings.json"), nullptr, false);
-    EXPECT_EQ(settings.value("version", 0), 1);
+    EXPECT_EQ(settings.value("version", 0), 2);
     EXPECT_EQ(decodeHistory(folder.read(state() / "history.json")).value_or(std::vector<HSHistorySnapshot>{}),
               *history);
 }

@@ -27,7 +27,7 @@ protected:
         const auto text = folder.read(state() / "settings.json");
         if (text.empty()) return std::filesystem::exists(state() / "settings.json") ? -1 : 0;
         const auto document = nlohmann::json::parse(text, nullptr, false);
-        if (document.is_discarded() || document.value("version", 0) != 1) return -1;
+        if (document.is_discarded() || document.value("version", 0) != 2) return -1;
         const auto limit = document["settings"]["customChargeLimit"].get<double>();
         return limit == 80 && sent < messageOf(80) ? 0 : messageOf(limit);
     }

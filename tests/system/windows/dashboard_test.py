@@ -49,8 +49,9 @@ class DashboardTest(WindowTest):
         self.click(x + 9 + round(part * (width - 18)), y + height // 2)
 
     def setting(self, name):
-        """As the daemon has written it."""
-        return json.loads((Path(os.environ["STATE_DIRECTORY"]) / "settings.json").read_text())["settings"][name]
+        """As the daemon has written it for this user; nothing while that is the default."""
+        state = json.loads((Path(os.environ["STATE_DIRECTORY"]) / "settings.json").read_text())
+        return state["users"].get(str(os.getuid()), {}).get(name)
 
     def test_every_page_by_its_link_and_every_control_by_its_name(self):
         self.open_dashboard("Overview")
