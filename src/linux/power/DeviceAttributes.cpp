@@ -51,10 +51,11 @@ SysfsText DeviceAttributes::read(std::string_view name)
     if (attribute.file) {
         auto again = readAttribute(attribute.file.get());
         if (again.error != ENODEV) return again;
-        close(attribute); // its driver was unloaded; there may be another by now
+        close(attribute); // its driver was unloaded; it may be back by now, or at any later look
+        attribute.comesBack = true;
     }
     auto text = open(terminated.c_str(), &attribute);
-    attribute.isAbsent = text.isAbsent() && !comesLate(name);
+    attribute.isAbsent = text.isAbsent() && !attribute.comesBack && !comesLate(name);
     return text;
 }
 

@@ -58,6 +58,7 @@ private:
     struct Known {
         FileDescriptor file; ///< open, to be read again
         bool isAbsent = false;
+        bool comesBack = false; ///< its driver was unloaded once
         bool isFixed = false;
         std::optional<std::string> fixed; ///< what was read, where that stays
     };
