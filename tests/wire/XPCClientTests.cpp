@@ -130,7 +130,7 @@ TEST_F(XPCClientTest, NeitherABusThatEndsNorOneThatIsNotThereIsMoreThanALogLine)
     use(*client);
     daemon->push(at(1));
     daemon->push(at(2));
-    EXPECT_EQ(log.count("could not push"), 1U);
+    EXPECT_EQ(log.count("Could not push"), 1U);
 
     log.clear();
     const auto alone = makeClient();
@@ -208,8 +208,8 @@ TEST_F(XPCClientTest, AnAnswerThatIsNoRecordIsNoneWithOneLogLineACause)
     liar.hangUp();
     const auto daemon = startDaemon();
     settle(*client);
-    EXPECT_EQ(log.count("ignored a state"), 1U);
-    EXPECT_EQ(log.count("ignored a history"), 1U);
+    EXPECT_EQ(log.count("Ignored a state"), 1U);
+    EXPECT_EQ(log.count("Ignored a history"), 1U);
     EXPECT_EQ(log.count("charger's properties"), 1U);
 }
 

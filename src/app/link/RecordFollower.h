@@ -22,7 +22,7 @@ class RecordFollower {
 public:
     /// Where the record comes from, all on the daemon's object.
     struct Source {
-        const char* name; ///< for the log, as in "could not read the charger's properties"
+        const char* name; ///< for the log, as in "Could not read the charger's properties"
         const char* interface;
         const char* method;       ///< answers with the whole record
         const char* signal;       ///< carries the values that have changed

@@ -161,7 +161,7 @@ try {
     act();
     complaints_.settle(action);
 } catch (const std::system_error& failure) {
-    complaints_.raise(action, "could not " + action + ": " + failure.what());
+    complaints_.raise(action, "Could not " + action + ": " + failure.what() + ".");
 }
 
 bool XPCClient::isWellFormed(sd_bus_message* message, const char* what, const char* signature)
@@ -171,8 +171,8 @@ bool XPCClient::isWellFormed(sd_bus_message* message, const char* what, const ch
         return true;
     }
     const char* actual = sd_bus_message_get_signature(message, true);
-    complaints_.raise(what, std::string("ignored ") + what + " of the daemon: its type is \"" +
-                                (actual ? actual : "") + "\" instead of \"" + signature + "\"");
+    complaints_.raise(what, std::string("Ignored ") + what + " of the daemon: its type is \"" +
+                                (actual ? actual : "") + "\" instead of \"" + signature + "\".");
     return false;
 }
 
@@ -248,7 +248,7 @@ int XPCClient::statePushed(sd_bus_message* signal)
 int XPCClient::disconnected(sd_bus_message*)
 {
     log_.warning("XPCClient",
-                 "the system bus hung up: the daemon is out of reach until Velmora starts again");
+                 "The system bus hung up: the daemon is out of reach until Velmora starts again.");
     forgetRecords();
     setDaemonMissing(true);
     return 0;

@@ -164,7 +164,7 @@ void DaemonObject::attempt(const char* action, Action&& act)
 try {
     act();
 } catch (const std::system_error& failure) {
-    complaints_.raise(action, std::string("could not ") + action + ": " + failure.what());
+    complaints_.raise(action, std::string("Could not ") + action + ": " + failure.what() + ".");
 }
 
 void DaemonObject::serve()
@@ -356,7 +356,7 @@ int DaemonObject::sleepChanged(sd_bus_message* signal)
 
 int DaemonObject::disconnected(sd_bus_message*)
 {
-    log_.error("DaemonObject", "the system bus hung up: no client can reach this daemon any more");
+    log_.error("DaemonObject", "The system bus hung up: no client can reach this daemon any more.");
     if (const auto handler = onBusLost) handler();
     return 0;
 }
