@@ -23,6 +23,8 @@ constexpr auto controlPatience = 10min;
 constexpr int maximumReadAttempts = 3;
 /// By then the charger has followed what was written, and has been looked at.
 constexpr auto effectTime = 2s;
+/// For how long a change of a user's own settings is in memory alone.
+constexpr auto saveDelay = 2s;
 /// Clients that wait to hear what the charger made of their wish.
 constexpr std::size_t maximumToggles = 32;
 
@@ -175,7 +177,9 @@ void Daemon::acted(bool changed)
 {
     const bool isPausing = !toggles_.empty() && manual_.state == ManualCharging::State::paused;
     if (isPausing && isChargingAllowed()) {
-        changes_.info("This charger cannot be paused at " + std::to_string(manual_.pausedAt) + " %.");
+        changes_.info(keeper_.control() == ChargeControl::none
+                          ? "Charging cannot be paused: this charger takes no limit."
+                          : "This charger cannot be paused at " + std::to_string(manual_.pausedAt) + " %.");
         manual_ = {};
         if (hold()) return;
     }
@@ -224,7 +228,10 @@ void Daemon::planNextLook()
     Pace pace = thermalLevel_ > 0 ? Pace::warm : Pace::resting;
     if (seeksControl() || isWorthWatching()) pace = Pace::moving;
     if (keeper_.chargers().empty()) pace = Pace::none; // a battery that comes announces itself
-    schedule_.plan(pace, quickCharge_.due());
+    // Nothing ends quick charge while the battery cannot be read: once its time is past, each look would ask
+    // for the next at once.
+    const bool isReadable = battery_ && !isUnreadable_;
+    schedule_.plan(pace, isReadable ? quickCharge_.due() : std::nullopt);
 }
 
 HSBatteryState Daemon::batteryState()
@@ -277,7 +284,7 @@ SettingsIntake::Ports Daemon::intakePorts()
                                 auto decided) { decided(caller.uid == 0 || caller.uid == ports_.ownUser); },
             .changed = [this](const auto& caller, const auto& before) { settingsChanged(caller, before); },
             .refused = [this](const Caller& caller) { outbound_.pushTo(caller.busName, batteryState()); },
-            .save = [this] { save(); },
+            .save = [this] { saveSoon(); },
             .announce = [this](const auto& settings) { outbound_.settingsChanged(settings); },
             .announceTo = [this](const auto& to,
                                  const auto& settings) { outbound_.settingsChangedFor(to, settings); }};
@@ -327,10 +334,12 @@ void Daemon::controlCharging(const Caller& caller, ChargingCommand command, Char
     intake_.authorise(caller, "pause or resume charging", [this, command, reply](bool isAllowed) {
         if (!isAllowed) return reply(std::nullopt);
         const auto next = afterCommand(command);
-        if (next == manual_ || toggles_.size() >= maximumToggles) return reply(isChargingAllowed());
+        const bool isOnItsWay = next == manual_ && !toggles_.empty();
+        if ((next == manual_ && !isOnItsWay) || toggles_.size() >= maximumToggles)
+            return reply(isChargingAllowed());
         manual_ = next;
         toggles_.push_back(reply);
-        if (!hold()) acted(false);
+        if (!isOnItsWay && !hold()) acted(false);
     });
 }
 
@@ -349,6 +358,16 @@ DaemonState Daemon::remembered() const
 void Daemon::retrySaving()
 {
     if (ports_.settings.hasFailed() || ports_.history.hasFailed()) save();
+}
+
+/// Anybody may change their own settings at any pace: the disk need not follow each change.
+void Daemon::saveSoon()
+{
+    if (saving_) return;
+    saving_ = ports_.loop.after(saveDelay, lifetime_.guard([this] {
+        const auto spent = std::exchange(saving_, nullptr);
+        save();
+    }));
 }
 
 void Daemon::save()

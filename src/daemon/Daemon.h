@@ -100,6 +100,7 @@ private:
     void tellOnceItShows(const std::string& busName);
     ManualCharging afterCommand(ChargingCommand command) const;
     void isNowReady();
+    void saveSoon();
 
     bool hold();
     void acted(bool changed);
@@ -141,6 +142,7 @@ private:
     MainLoop::Timer readyTimer_;
     std::vector<std::string> unshown_; ///< who changed what the charger does and has not been told of it yet
     MainLoop::Timer effect_;
+    MainLoop::Timer saving_;
     std::chrono::milliseconds started_{};
     int readAttempts_ = 0;      ///< looks at a charger that did not tell what it holds
     bool isUnreadable_ = false; ///< there is a battery, but the last look could not read it

@@ -102,6 +102,9 @@ void SettingsIntake::take(const Caller& caller, const ChargingSettings& message)
     }
     const auto wish = wishOf(caller, message);
     takeOwn(caller, wish);
+    // Of a message that is refused for the rest, this much was taken all the same.
+    if (auto& accepted = callers_.of(caller.busName).accepted)
+        accepted = combined(*accepted, message, usersOwn());
     const auto decided = [this, caller, message, wish](bool isAllowed) {
         if (!isAllowed) return refuse(caller, message);
         callers_.of(caller.busName) = {caller.uid, message, std::nullopt};

@@ -213,13 +213,16 @@ TEST_F(DaemonTest, EachUserHasNoticesOfTheirOwnAndAsksNobodyForThem)
     EXPECT_EQ(corrected, (std::vector<std::string>{":1.2"})) << "the same user's other session";
     EXPECT_TRUE(announced.empty() && pushes.empty() && told.empty());
     EXPECT_EQ(log.count(), 0U);
+    loop->advance(2s);
     boot();
     const ChargingSettings kept{.notifyOnHeat = false, .lowBatteryLimit = 100};
     EXPECT_EQ(daemon->settings({":1.3", 1000}), kept);
     EXPECT_EQ(daemon->settings({":1.4", 1001}), ChargingSettings{});
     send(":1.3", {.customChargeLimit = 60, .notifyOnCycle = true}, 1000);
-    EXPECT_TRUE(daemon->settings({":1.3", 1000}).notifyOnCycle) << "needs no rights that the limit needs";
-    EXPECT_EQ(daemon->settings({":1.3", 1000}).customChargeLimit, 80);
+    EXPECT_TRUE(daemon->settings({":1.5", 1000}).notifyOnCycle) << "needs no rights that the limit needs";
+    EXPECT_EQ(daemon->settings({":1.5", 1000}).customChargeLimit, 80);
+    send(":1.3", kept, 1000);
+    EXPECT_FALSE(daemon->settings({":1.5", 1000}).notifyOnCycle) << "taken back after the refusal";
 }
 
 // A client that begins repeats what it was told. Somebody else may have changed that meanwhile.
@@ -426,7 +429,17 @@ TEST_F(DaemonTest, TheTogglePausesUntilTheNextPlugOrSetting)
     toggle();
     for (int i = 0; i < 2; ++i) EXPECT_EQ(toggle(0, ChargingCommand::resume), false) << "no pause to end";
     battery(82, "Charging");
-    for (int i = 0; i < 2; ++i) EXPECT_EQ(toggle(0, ChargingCommand::pause), false);
+    hardware.inlineWork = false;
+    std::vector<bool> answers;
+    for (int i = 0; i < 2; ++i)
+        daemon->controlCharging({":1.9", 0}, ChargingCommand::pause,
+                                [&](auto allowed) { answers.push_back(allowed.value_or(true)); });
+    EXPECT_TRUE(answers.empty()) << "the second too waits for the charger";
+    hardware.inlineWork = true;
+    while (hardware.run() || loop->runPosted()) {
+    }
+    EXPECT_EQ(answers, std::vector(2, false));
+    EXPECT_EQ(toggle(0, ChargingCommand::pause), false);
     EXPECT_EQ(end(), 82);
     for (int i = 0; i < 2; ++i) EXPECT_EQ(toggle(0, ChargingCommand::resume), true);
     EXPECT_EQ(end(), 85);
@@ -463,6 +476,17 @@ TEST_F(DaemonTest, AMomentInWhichNothingCanBeReadIsNoNewsAndIsWaitedOut)
     supply("BAT0", {{"capacity", ""}});
     look();
     EXPECT_EQ(end(), 70) << "nor is it a plug";
+
+    change({.isTemporaryOverride = true});
+    battery(70, "Discharging", false);
+    supply("BAT0", {{"capacity", ""}});
+    hardware.inlineWork = false;
+    loop->advance(2min); // past the time at which quick charge ends
+    for (int turn = 0; turn < 3; ++turn) {
+        hardware.run();
+        settle();
+    }
+    EXPECT_FALSE(hardware.run()) << "nor a reason for one look after another";
 }
 
 TEST_F(DaemonTest, ThresholdsThatComeLateAreFoundAndABatteryThatIsPutInIsNoRepair)
