@@ -13,6 +13,8 @@ void keepHeapSmall()
     // holes in the heap.
     mallopt(M_MMAP_THRESHOLD, 32 * 1024);
     mallopt(M_TRIM_THRESHOLD, 128 * 1024);
+    // Two workers that sleep most of the time need no heap of their own each.
+    mallopt(M_ARENA_MAX, 1);
 }
 
 } // namespace velmora
