@@ -15,10 +15,7 @@ namespace {
 
 constexpr double fullLevel = 99; // percent; many a battery stops there
 
-std::string percent(double value)
-{
-    return panel::percentageText(value);
-}
+constexpr auto percent = panel::percentageText;
 
 /// What holds the charger.
 enum class Rule : std::uint8_t { none, autoProtect, storage, quickCharge, resumed, paused };

@@ -77,7 +77,7 @@ DashboardPage {
             enabled: page.battery.notifyOnLowBattery
             title: qsTr("Low-battery threshold")
             current: page.battery.lowBatteryLimit
-            from: 5
+            from: 5 // both narrower than what the daemon takes: a notice outside would be of no use
             to: 50
             onChosen: value => page.battery.set("lowBatteryLimit", value)
         }

@@ -69,8 +69,8 @@ DashboardPage {
                 return qsTr("It is at %1% now, below what can be chosen here.").arg(Math.round(current));
             }
             current: page.battery.customChargeLimit
-            from: 50
-            to: 100
+            from: 50 // narrower than what the daemon takes: a lower limit is set by a script
+            to: page.battery.highest("customChargeLimit")
             onChosen: value => page.battery.set("customChargeLimit", value)
         }
         PercentSlider {
@@ -84,8 +84,8 @@ DashboardPage {
             }
             unit: qsTr(" points")
             current: page.battery.customHysteresis
-            from: 0
-            to: 20
+            from: page.battery.lowest("customHysteresis")
+            to: page.battery.highest("customHysteresis")
             onChosen: value => page.battery.set("customHysteresis", value)
         }
         SeparatorLine {
@@ -123,7 +123,7 @@ DashboardPage {
             settings: Widgets.small
             size: "small"
             atLogIn: qsTr("Small widget at log-in")
-                show: qsTr("Show small widget")
+            show: qsTr("Show small widget")
             subtitle: qsTr("The ring, the percentage and what the battery does.")
         }
         SeparatorLine {
@@ -134,7 +134,7 @@ DashboardPage {
             settings: Widgets.medium
             size: "medium"
             atLogIn: qsTr("Medium widget at log-in")
-                show: qsTr("Show medium widget")
+            show: qsTr("Show medium widget")
             subtitle: qsTr("Besides how long it lasts, its health, and how warm the machine is.")
         }
     }

@@ -105,9 +105,10 @@ Window {
                     menu.popup(mouse.x, mouse.y);
             }
             onPositionChanged: mouse => {
+                const distance = Math.hypot(mouse.x - dragOffset.x, mouse.y - dragOffset.y);
                 if (isDragging) {
                     frame.drag();
-                } else if (pressedButtons & Qt.LeftButton && Math.hypot(mouse.x - dragOffset.x, mouse.y - dragOffset.y) >= 4) {
+                } else if (pressedButtons & Qt.LeftButton && distance >= 4) {
                     isDragging = true; // once a press: the window manager may move it from here
                     frame.beginDrag();
                 }

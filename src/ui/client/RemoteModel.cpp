@@ -4,6 +4,7 @@
 #include "client/RemoteModel.h"
 
 #include "base/Saturate.h"
+#include "client/QtText.h"
 #include "history/PredictionEngine.h"
 #include "texts/PanelTexts.h"
 #include "wire/ModelFace.h"
@@ -38,10 +39,10 @@ SharedBatteryState device(const KeyedArchive& archive)
 
 QVariantMap fleetRow(const SharedBatteryState& device)
 {
-    return {{"id", QString::fromStdString(device.id())},
-            {"name", QString::fromStdString(dashboard::deviceName(device)).simplified()},
-            {"status", QString::fromStdString(dashboard::deviceStatus(device))},
-            {"battery", QString::fromStdString(panel::percentageText(device.percentage))}};
+    return {{"id", text(device.id())},
+            {"name", text(dashboard::deviceName(device)).simplified()},
+            {"status", text(dashboard::deviceStatus(device))},
+            {"battery", text(panel::percentageText(device.percentage))}};
 }
 
 } // namespace
@@ -115,12 +116,12 @@ dashboard::Situation RemoteModel::situation() const
 
 QString RemoteModel::said(std::string (*words)(const dashboard::Situation&)) const
 {
-    return QString::fromStdString(words(situation()));
+    return text(words(situation()));
 }
 
 QString RemoteModel::startEffect(double limit, double hysteresis) const
 {
-    return QString::fromStdString(dashboard::startEffect(situation(), limit, hysteresis));
+    return text(dashboard::startEffect(situation(), limit, hysteresis));
 }
 
 bool RemoteModel::hasLimiter() const
@@ -144,17 +145,14 @@ QString RemoteModel::accessibleSummary() const
 {
     using Thermal = ThermalMonitorService;
     const auto thermal = Thermal::thermalStateFromRawValue(thermalState().toStdString());
-    return QString::fromStdString(
-        widget::accessibleSummary(situation(), thermal.value_or(Thermal::ThermalState::nominal)));
+    return text(widget::accessibleSummary(situation(), thermal.value_or(Thermal::ThermalState::nominal)));
 }
 
 RemoteModel::Degradation RemoteModel::degradationOf(const std::vector<HSHistorySnapshot>& history)
 {
     const auto rate = PredictionEngine::degradationRatePerMonth(history);
     const auto color = panel::name(panel::degradationColor(rate));
-    return {QString::fromStdString(panel::degradationText(rate)),
-            QString::fromStdString(panel::degradationAccessibleName(rate)),
-            QString::fromUtf8(color.data(), static_cast<qsizetype>(color.size()))};
+    return {text(panel::degradationText(rate)), text(panel::degradationAccessibleName(rate)), text(color)};
 }
 
 } // namespace velmora

@@ -29,11 +29,16 @@ void RemoteObject::apply(const QVariantMap& values)
     Q_EMIT changed();
 }
 
-std::size_t RemoteObject::rowOf(const char* name) const
+std::size_t RemoteObject::rowOf(std::string_view name) const
 {
-    const auto found =
-        std::ranges::find(face_.properties, std::string_view(name), &wire::face::Property::name);
+    const auto found = std::ranges::find(face_.properties, name, &wire::face::Property::name);
     return static_cast<std::size_t>(found - face_.properties.begin());
+}
+
+wire::face::Property RemoteObject::declared(const QString& property) const
+{
+    const auto row = rowOf(property.toStdString());
+    return row < face_.properties.size() ? face_.properties[row] : wire::face::Property{};
 }
 
 } // namespace velmora

@@ -56,6 +56,9 @@ public:
     {
         Q_EMIT setWanted(property, value);
     }
+    /// What the table allows for a setting's number; 0 for any other.
+    Q_INVOKABLE double lowest(const QString& property) const { return declared(property).lowest; }
+    Q_INVOKABLE double highest(const QString& property) const { return declared(property).highest; }
 
 Q_SIGNALS:
     void changed();
@@ -75,7 +78,8 @@ protected:
     virtual void taken() {}
 
 private:
-    std::size_t rowOf(const char* name) const;
+    std::size_t rowOf(std::string_view name) const;
+    wire::face::Property declared(const QString& property) const;
 
     Face face_;
     std::vector<QVariant> values_; ///< in the order of the table

@@ -3,6 +3,7 @@
 
 #include "client/Texts.h"
 
+#include "client/QtText.h"
 #include "texts/DashboardTexts.h"
 
 #include <QVariantMap>
@@ -11,14 +12,9 @@ namespace velmora {
 
 namespace {
 
-QString text(std::string_view utf8)
-{
-    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
-}
-
 QString text(panel::ThemeColor color)
 {
-    return text(panel::name(color));
+    return velmora::text(panel::name(color));
 }
 
 ChargingState charging(const QString& raw)

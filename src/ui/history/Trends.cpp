@@ -5,6 +5,7 @@
 
 #include "base/Saturate.h"
 #include "base/Translation.h"
+#include "client/QtText.h"
 #include "texts/PanelTexts.h"
 
 #include <QDateTime>
@@ -22,11 +23,6 @@ namespace {
 
 constexpr std::chrono::minutes refreshInterval{5};
 
-QString text(std::string_view utf8)
-{
-    return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
-}
-
 QDateTime local(Date date)
 {
     return QDateTime::fromSecsSinceEpoch(truncated(date.unixSeconds()));
@@ -42,6 +38,12 @@ QString newFile(QStandardPaths::StandardLocation place, const QString& name, con
     for (int number = 2; QFile::exists(path); ++number)
         path = folder.filePath(QStringLiteral("%1 (%2)%3").arg(stem).arg(number).arg(ending));
     return path;
+}
+
+QString heatText(const HSHistorySnapshot& sample)
+{
+    const auto state = ThermalMonitorService::thermalStateFromRawValue(sample.thermalState);
+    return text(panel::thermalText(state.value_or(ThermalMonitorService::ThermalState::nominal)));
 }
 
 QString severityName(PredictionEngine::InsightSeverity severity)
@@ -151,7 +153,7 @@ QString Trends::summary() const
 
 QString Trends::rate() const
 {
-    return QString::fromStdString(trends::rateText(PredictionEngine::degradationRatePerMonth(samples_)));
+    return text(trends::rateText(PredictionEngine::degradationRatePerMonth(samples_)));
 }
 
 QVariantList Trends::shares() const
@@ -160,8 +162,7 @@ QVariantList Trends::shares() const
     const auto shares = trends::shares(bands_);
     for (std::size_t i = 0; i < shares.size(); ++i) {
         const auto state = static_cast<trends::ThermalState>(i);
-        const auto share =
-            bands_.empty() ? QStringLiteral("–") : QString::fromStdString(trends::shareText(shares[i]));
+        const auto share = bands_.empty() ? QStringLiteral("–") : text(trends::shareText(shares[i]));
         list.append(QVariantMap{{"name", text(panel::thermalText(state))},
                                 {"color", text(panel::name(panel::thermalColor(state)))},
                                 {"share", share}});
@@ -172,8 +173,8 @@ QVariantList Trends::shares() const
 QString Trends::readOut(const HSHistorySnapshot& sample) const
 {
     return tr("%1: %2 health, %3 charged, %4")
-        .arg(momentText(sample.timestamp), QString::fromStdString(trends::healthText({sample})),
-             QString::fromStdString(panel::percentageText(sample.percentage)), text(sample.thermalState));
+        .arg(momentText(sample.timestamp), text(trends::healthText({sample})),
+             text(panel::percentageText(sample.percentage)), heatText(sample));
 }
 
 QString Trends::saveCsv() const

@@ -37,8 +37,8 @@ Window {
         sheet.load();
     }
 
-    /// A visible window only grows: the user or the window manager may have made it larger. The smallest size comes first,
-    /// since from Qt 6.8 on no window is made smaller than that.
+    /// A visible window only grows: the user or the window manager may have made it larger. The smallest size
+    /// comes first, since from Qt 6.8 on no window is made smaller than that.
     function fit(): void {
         minimumWidth = least.width;
         minimumHeight = least.height;
