@@ -125,7 +125,7 @@ void Daemon::adoptExistingLimit()
     if (held && held->end >= 20 && held->end < 100) {
         intake_.adoptLimit(held->end);
         ports_.log.info(category, "The charger already stops at " + std::to_string(held->end) +
-                                      " %: that becomes the limit.");
+                                      "%: that becomes the limit.");
     }
     save();
 }
@@ -179,7 +179,7 @@ void Daemon::acted(bool changed)
     if (isPausing && isChargingAllowed()) {
         changes_.info(keeper_.control() == ChargeControl::none
                           ? "Charging cannot be paused: this charger takes no limit."
-                          : "This charger cannot be paused at " + std::to_string(manual_.pausedAt) + " %.");
+                          : "This charger cannot be paused at " + std::to_string(manual_.pausedAt) + "%.");
         manual_ = {};
         if (hold()) return;
     }

@@ -22,14 +22,14 @@ constexpr auto customType = "Custom";
 
 std::string sentence(const std::string& battery, const Thresholds& thresholds)
 {
-    std::string text = battery + ": charging stops at " + std::to_string(thresholds.end) + " %";
-    if (thresholds.start) text += " and starts below " + std::to_string(*thresholds.start) + " %";
+    std::string text = battery + ": charging stops at " + std::to_string(thresholds.end) + "%";
+    if (thresholds.start) text += " and starts below " + std::to_string(*thresholds.start) + "%";
     return text;
 }
 
 std::string brief(const Thresholds& thresholds)
 {
-    const std::string end = std::to_string(thresholds.end) + " %";
+    const std::string end = std::to_string(thresholds.end) + "%";
     return thresholds.start ? std::to_string(*thresholds.start) + " to " + end : end;
 }
 

@@ -135,7 +135,7 @@ std::optional<double> readCapacity(DeviceAttributes& battery)
     const auto capacity = number(battery, "capacity");
     if (!capacity) return std::nullopt;
     if (*capacity >= 0 && *capacity <= 100 * maximumOverFull) return std::min(*capacity, 100.0);
-    battery.complain("capacity", "is " + whole(*capacity) + " %, more than any battery has; leaving it out");
+    battery.complain("capacity", "is " + whole(*capacity) + "%, more than any battery has; leaving it out");
     return std::nullopt;
 }
 
@@ -152,7 +152,7 @@ void reconcile(DeviceAttributes& battery, BatteryReading& reading, std::optional
     if (now) now = std::min(*now, full);
     if (now && capacity == 0.0 && *now > full * 0.05) {
         battery.complain("capacity",
-                         "is 0 % with " + whole(*now) + " Wh left; using energy_now or charge_now");
+                         "is 0% with " + whole(*now) + " Wh left; using energy_now or charge_now");
         capacity.reset();
     }
     if (now && capacity && std::abs(*now / full * 100 - *capacity) > 10) {

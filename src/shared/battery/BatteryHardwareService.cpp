@@ -51,7 +51,7 @@ double percentage(const PowerSourceDescription& battery, Complaints* complaints)
     }
     if (complaints) {
         complaints->raise(cause, "The battery's capacity reads " + std::to_string(current) + " of " +
-                                     std::to_string(full) + ", which is no level; taking 0 %.");
+                                     std::to_string(full) + ", which is no level; taking 0%.");
     }
     return 0;
 }
