@@ -23,7 +23,8 @@ constexpr auto customType = "Custom";
 std::string sentence(const std::string& battery, const Thresholds& thresholds)
 {
     std::string text = battery + ": charging stops at " + std::to_string(thresholds.end) + "%";
-    if (thresholds.start) text += " and starts below " + std::to_string(*thresholds.start) + "%";
+    if (thresholds.start.value_or(0) > 0)
+        text += " and starts below " + std::to_string(*thresholds.start) + "%";
     return text;
 }
 
