@@ -96,7 +96,7 @@ DashboardPage {
             Layout.fillWidth: true
             enabled: page.battery.hasLimiter
             title: qsTr("Storage mode")
-            subtitle: qsTr("Holds the battery at 50%, for weeks without use. It goes before the limit.")
+            subtitle: qsTr("Holds the battery at 50% for weeks without use, whatever the limit is.")
             isOn: page.storage
             onFlipped: on => page.battery.set("isStorageModeEnabled", on)
         }
@@ -135,7 +135,7 @@ DashboardPage {
             size: "medium"
             atLogIn: qsTr("Medium widget at log-in")
             show: qsTr("Show medium widget")
-            subtitle: qsTr("Besides how long it lasts, its health, and how warm the machine is.")
+            subtitle: qsTr("The same, and how long the battery lasts, its health, and how warm the machine is.")
         }
     }
     Item {
