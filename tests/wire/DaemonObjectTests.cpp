@@ -110,6 +110,32 @@ TEST_F(DaemonObjectTest, KeepsWhoAsksForTheStateUntilThereIsOne)
     EXPECT_EQ(answers.back(), 42);
 }
 
+TEST_F(DaemonObjectTest, SaysNothingOfTheChargerBeforeItHasBeenSeen)
+{
+    service.report.hasBattery = false;
+    DaemonObject daemon(loop, service, log);
+    EXPECT_EQ(outcome(daemon), "owned");
+    Peer peer(loop);
+    std::vector<int> answers, pings;
+    const auto noted = [](sd_bus_message* reply, void* to, sd_bus_error*) {
+        int value = -1;
+        sd_bus_message_read(reply, "v", "b", &value);
+        static_cast<std::vector<int>*>(to)->push_back(value);
+        return 0;
+    };
+    const auto question = peer.call(wire::objectPath, "org.freedesktop.DBus.Properties", "Get");
+    sd_bus_message_append(question.get(), "ss", ChargerReport::interface, "HasBattery");
+    sd_bus_call_async(peer.bus(), nullptr, question.get(), noted, &answers, 0);
+    const auto ping = peer.call(wire::objectPath, "org.freedesktop.DBus.Peer", "Ping");
+    sd_bus_call_async(peer.bus(), nullptr, ping.get(), noted, &pings, 0);
+    ASSERT_TRUE(eventually([&] { return !pings.empty(); }));
+    EXPECT_TRUE(answers.empty()) << "nothing was seen yet, and so no lack of a battery either";
+    service.report.hasBattery = true;
+    daemon.serve();
+    ASSERT_TRUE(eventually([&] { return !answers.empty(); }));
+    EXPECT_EQ(answers.front(), 1);
+}
+
 TEST_F(DaemonObjectTest, AnswersWithWhatALookShows)
 {
     const auto daemon = startDaemon();

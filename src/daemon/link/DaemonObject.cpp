@@ -170,21 +170,25 @@ try {
 void DaemonObject::serve()
 {
     isServing_ = true;
-    for (const auto& call : std::exchange(waiting_, {}))
-        attempt("answer with the state", [&] { answerState(call.get()); });
+    for (const auto& answer : std::exchange(waiting_, {})) answer();
+}
+
+int DaemonObject::answerFresh(std::function<void()> answer)
+{
+    if (isServing_)
+        service_.ask(std::move(answer));
+    else if (waiting_.size() < maximumWaiting)
+        waiting_.push_back(std::move(answer));
+    else
+        answer();
+    return 1;
 }
 
 int DaemonObject::getBatteryState(sd_bus_message* call)
 {
-    if (isServing_) {
-        service_.ask([this, kept = dbus::keep(call)] {
-            attempt("answer with the state", [&] { answerState(kept.get()); });
-        });
-        return 1;
-    }
-    if (waiting_.size() >= maximumWaiting) return answerState(call);
-    waiting_.push_back(dbus::keep(call));
-    return 1;
+    return answerFresh([this, kept = dbus::keep(call)] {
+        attempt("answer with the state", [&] { answerState(kept.get()); });
+    });
 }
 
 int DaemonObject::answerState(sd_bus_message* call)
@@ -295,11 +299,10 @@ int DaemonObject::chargerAsked(sd_bus_message* call)
     const bool isOurs = read >= 0 && std::string_view(interface) == ChargerReport::interface &&
                         (!isOne || announced_.find(name));
     dbus::check(sd_bus_message_rewind(call, true), "read a call again");
-    if (!isOurs || !isServing_) return 0;
-    service_.ask([this, kept = dbus::keep(call), name = std::string(name)] {
+    if (!isOurs) return 0;
+    return answerFresh([this, kept = dbus::keep(call), name = std::string(name)] {
         attempt("answer with the charger", [&] { answerCharger(kept.get(), name); });
     });
-    return 1;
 }
 
 void DaemonObject::answerCharger(sd_bus_message* call, const std::string& name)

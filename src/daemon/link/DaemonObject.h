@@ -29,7 +29,7 @@ namespace velmora {
 /// the history more often than anybody needs (see CallBudget).
 class DaemonObject {
 public:
-    /// Calls for the state that are kept before `serve`; those past it are answered at once.
+    /// Calls for the state or the charger that are kept before `serve`; those past it are answered at once.
     static constexpr std::size_t maximumWaiting = 64;
     /// Messages that the bus has not taken yet; with more, nobody is given a history.
     static constexpr std::uint64_t maximumUnsent = 256;
@@ -105,6 +105,8 @@ private:
     dbus::Message settingsSignal(const KeyedArchive& settings) const;
     template <typename Action>
     void attempt(const char* action, Action&& act);
+    /// Calls `answer` once there is something worth telling.
+    int answerFresh(std::function<void()> answer);
 
     DaemonService& service_;
     Log& log_;
@@ -118,7 +120,7 @@ private:
     std::optional<NameOwner> login_; ///< the only one whose word on sleep counts
     CallBudget histories_;
     bool isServing_ = false;
-    std::vector<std::shared_ptr<sd_bus_message>> waiting_; ///< for the state
+    std::vector<std::function<void()>> waiting_; ///< answers, until `serve`
     std::vector<dbus::Slot> slots_;
 };
 
