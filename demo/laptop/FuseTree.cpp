@@ -197,7 +197,7 @@ FuseTree::~FuseTree()
     const std::uint64_t one = 1;
     [[maybe_unused]] const auto written = ::write(ending_.get(), &one, sizeof one);
     for (auto& server : servers_) server.join();
-    if (!servers_.empty()) fuse_unmount(fuse_); // whoever still waits for an answer gets an error
+    if (!servers_.empty()) fuse_unmount(fuse_); // a program that waits for an answer gets an error
     if (fuse_) fuse_destroy(fuse_);
 }
 

@@ -38,7 +38,7 @@ public:
         std::optional<std::chrono::milliseconds> thinking = std::chrono::milliseconds{0};
     };
 
-    /// Throws std::system_error where the name is not to be had. All must outlive this.
+    /// Throws std::system_error where another program owns the name. Loop and bus must outlive this.
     StandInManager(EventLoop& loop, sd_bus* bus, Options options);
     StandInManager(const StandInManager&) = delete;
     StandInManager& operator=(const StandInManager&) = delete;

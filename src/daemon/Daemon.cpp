@@ -26,7 +26,7 @@ constexpr auto effectTime = 2s;
 /// For how long a change of a user's own settings is in memory alone.
 constexpr auto saveDelay = 2s;
 /// Clients that wait to hear what the charger made of their wish.
-constexpr std::size_t maximumToggles = 32;
+constexpr std::size_t maximumWaiting = 32;
 
 } // namespace
 
@@ -87,7 +87,7 @@ void Daemon::seen(const Look& look)
     adoptExistingLimit();
     observeQuickCharge();
     planNextLook();
-    isNowReady(); // before the first push, which is for whoever was waiting
+    isNowReady(); // before the first push: clients that wait for the first look then get their answers
     if (!hold()) tell();
     retrySaving();
     recordSample(); // what is for the file can wait for what is for people
@@ -175,7 +175,7 @@ bool Daemon::hold()
 
 void Daemon::acted(bool changed)
 {
-    const bool isPausing = !toggles_.empty() && manual_.state == ManualCharging::State::paused;
+    const bool isPausing = !commands_.empty() && manual_.state == ManualCharging::State::paused;
     if (isPausing && isChargingAllowed()) {
         changes_.info(keeper_.control() == ChargeControl::none
                           ? "Charging cannot be paused: this charger takes no limit."
@@ -183,15 +183,15 @@ void Daemon::acted(bool changed)
         manual_ = {};
         if (hold()) return;
     }
-    answerToggles();
+    answerCommands();
     tell();
     save();
     if (changed) schedule_.lookAgainSoon();
 }
 
-void Daemon::answerToggles()
+void Daemon::answerCommands()
 {
-    for (const auto& reply : std::exchange(toggles_, {})) reply(isChargingAllowed());
+    for (const auto& reply : std::exchange(commands_, {})) reply(isChargingAllowed());
 }
 
 bool Daemon::isChargingAllowed() const
@@ -310,7 +310,7 @@ void Daemon::settingsChanged(const Caller& caller, const ChargingSettings& befor
 /// flicker, and where the charger does not follow at all no push would say so.
 void Daemon::tellOnceItShows(const std::string& busName)
 {
-    if (unshown_.size() < maximumToggles && std::ranges::count(unshown_, busName) == 0)
+    if (unshown_.size() < maximumWaiting && std::ranges::count(unshown_, busName) == 0)
         unshown_.push_back(busName);
     effect_ = ports_.loop.after(effectTime, lifetime_.guard([this] {
         for (const auto& one : std::exchange(unshown_, {})) outbound_.pushTo(one, batteryState());
@@ -334,11 +334,11 @@ void Daemon::controlCharging(const Caller& caller, ChargingCommand command, Char
     intake_.authorise(caller, "pause or resume charging", [this, command, reply](bool isAllowed) {
         if (!isAllowed) return reply(std::nullopt);
         const auto next = afterCommand(command);
-        const bool isOnItsWay = next == manual_ && !toggles_.empty();
-        if ((next == manual_ && !isOnItsWay) || toggles_.size() >= maximumToggles)
+        const bool isOnItsWay = next == manual_ && !commands_.empty();
+        if ((next == manual_ && !isOnItsWay) || commands_.size() >= maximumWaiting)
             return reply(isChargingAllowed());
         manual_ = next;
-        toggles_.push_back(reply);
+        commands_.push_back(reply);
         if (!isOnItsWay && !hold()) acted(false);
     });
 }

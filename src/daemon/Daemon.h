@@ -105,7 +105,7 @@ private:
     bool hold();
     void acted(bool changed);
     void retrySaving();
-    void answerToggles();
+    void answerCommands();
     bool isChargingAllowed() const;
     void tell();
     void tellState();
@@ -137,7 +137,7 @@ private:
     LookSchedule schedule_;
     ChargerKeeper keeper_;
     PushPacer pacer_;
-    std::vector<ChargingReply> toggles_; ///< waiting for the charger
+    std::vector<ChargingReply> commands_; ///< waiting for the charger
     std::function<void()> ready_;
     MainLoop::Timer readyTimer_;
     std::vector<std::string> unshown_; ///< who changed what the charger does and has not been told of it yet

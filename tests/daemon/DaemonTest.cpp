@@ -390,7 +390,7 @@ TEST_F(DaemonTest, RepairsWhatWasResetAndLeavesAQuarrelAlone)
         battery(60 + i, "Charging");
     }
     EXPECT_EQ(end(), 100);
-    EXPECT_EQ(log.count("setting it again"), RepairBudget::maximumAnHour);
+    EXPECT_EQ(log.count("setting it again"), ChargerKeeper::maximumRepairs);
     EXPECT_EQ(log.count("keeps losing what is set"), 1U);
     loop->advance(1h + 1min);
     EXPECT_EQ(end(), 80) << "an hour later it is worth another try";
@@ -503,7 +503,7 @@ TEST_F(DaemonTest, ThresholdsThatComeLateAreFoundAndABatteryThatIsPutInIsNoRepai
     hold(0, 100);
     loop->advance(2min);
     EXPECT_EQ(end(), 80) << "no event announces a driver";
-    for (std::size_t swap = 0; swap < 2 * RepairBudget::maximumAnHour; ++swap) {
+    for (std::size_t swap = 0; swap < 2 * ChargerKeeper::maximumRepairs; ++swap) {
         remove();
         battery(70, "Charging");
         hold(0, 100);

@@ -38,8 +38,8 @@ public:
 
     /// Nothing while there is no daemon, or before it has answered.
     const std::optional<KeyedArchive>& record() const { return record_; }
-    /// Called with what the daemon has told, the whole record or the values that have changed; may destroy
-    /// the follower.
+    /// Called when the record has changed: `news` is the whole record at first, later the changed values.
+    /// The handler may destroy the follower.
     std::function<void(const KeyedArchive& news)> onChange;
 
     /// Asks a daemon that may have appeared. What was known of the one before counts no more.

@@ -48,7 +48,7 @@ public:
 
     /// What the daemon last told of the charger; nothing where there is none, or it has not told yet.
     const std::optional<ChargerReport>& charger() const { return charger_; }
-    /// Called when the daemon has told something new; that it is gone, `onDaemonPresence` tells.
+    /// Called when the report has changed. Not called when the daemon goes: `onDaemonPresence` is.
     std::function<void()> onChargerChange;
 
     /// The settings as the daemon last told each of them, or as they were sent since; nothing before it has
@@ -56,8 +56,8 @@ public:
     const std::optional<ChargingSettings>& settings() const { return settings_; }
     /// Those that it told last.
     SettingsMask toldLast() const { return toldLast_; }
-    /// Called when the daemon has told them: for the first time, after a change by anybody, and where it did
-    /// not follow what it was sent.
+    /// Called when the daemon sends settings: first, after each change by any client, and after it has
+    /// refused what this client sent.
     std::function<void()> onSettingsChange;
 
     void fetchCurrentState(StateHandler completion) override;

@@ -104,22 +104,24 @@ bool ChargerKeeper::mayWrite(const Thresholds& wanted)
     return false;
 }
 
+bool ChargerKeeper::deviates(const Thresholds& wanted) const
+{
+    return std::ranges::any_of(chargers_, [&](const auto& one) { return one.deviates(wanted); });
+}
+
 /// Whether the driver of a charger that deviates from `wanted` may listen by now.
 bool ChargerKeeper::isRetryDue(const Thresholds& wanted)
 {
     const auto now = ports_.clock.sinceBoot();
-    const bool deviates =
-        std::ranges::any_of(chargers_, [&](const auto& one) { return one.deviates(wanted); });
-    return deviates && retryAt_ && now >= *retryAt_ && repairs_.spend(now);
+    return deviates(wanted) && retryAt_ && now >= *retryAt_ && repairs_.spend(now);
 }
 
 void ChargerKeeper::planRetry(const Thresholds& wanted)
 {
-    const bool deviates =
-        std::ranges::any_of(chargers_, [&](const auto& one) { return one.deviates(wanted); });
-    if (!deviates || attempted_ != wanted) retryDelay_ = firstRetry;
+    const bool isDeviating = deviates(wanted);
+    if (!isDeviating || attempted_ != wanted) retryDelay_ = firstRetry;
     retryAt_.reset();
-    if (!deviates) return;
+    if (!isDeviating) return;
     retryAt_ = ports_.clock.sinceBoot() + retryDelay_;
     retryDelay_ = std::min(retryDelay_ * 2, maximumRetry);
 }

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "base/Lifetime.h"
+#include "base/TokenBucket.h"
 #include "charging/ChargeActuator.h"
-#include "charging/RepairBudget.h"
 #include "platform/Clock.h"
 #include "platform/LogBudget.h"
 #include "platform/MainLoop.h"
@@ -33,6 +33,10 @@ public:
         WorkQueue& hardware; ///< the worker that alone calls the actuator
         ChargeActuator& actuator;
     };
+
+    /// In a row, then one each quarter of an hour: enough for resets by firmware and drivers, too few to
+    /// fight with another program.
+    static constexpr std::size_t maximumRepairs = 4;
 
     /// `acted` is called after each attempt to change the charger, with whether it changed.
     ChargerKeeper(const Ports& ports, std::function<void(bool changed)> acted);
@@ -66,6 +70,7 @@ private:
 
     bool isNewcomer(const BatteryCharger& charger) const;
     bool mayWrite(const Thresholds& wanted);
+    bool deviates(const Thresholds& wanted) const;
     bool isRetryDue(const Thresholds& wanted);
     void begin(const Thresholds& wanted, const std::string& reason, bool afresh);
     void wrote(Attempt attempt);
@@ -83,7 +88,7 @@ private:
     bool isActing_ = false;
     bool isAfresh_ = true;
     bool hasGivenUp_ = false; ///< the log has said so
-    RepairBudget repairs_;
+    TokenBucket repairs_{maximumRepairs, std::chrono::minutes{15}};
     MainLoop::Timer settling_;
     std::optional<std::chrono::milliseconds> retryAt_; ///< since boot; absent while no driver deviates
     std::chrono::milliseconds retryDelay_;             ///< to the retry after the next attempt
