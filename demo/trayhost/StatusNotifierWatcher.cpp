@@ -79,11 +79,11 @@ int StatusNotifierWatcher::nameLost(sd_bus_message* signal)
     const char* lost = nullptr;
     dbus::check(sd_bus_message_rewind(signal, true), "read a name");
     dbus::check(sd_bus_message_read(signal, "s", &lost), "read a name");
-    const auto gone = std::ranges::stable_partition(
-        items_, [&](const ItemAddress& item) { return item.connection != lost; });
-    if (gone.empty()) return 0;
-    for (const auto& item : gone) announce("StatusNotifierItemUnregistered", item);
-    items_.erase(gone.begin(), gone.end());
+    const auto gone = std::stable_partition(items_.begin(), items_.end(),
+                                            [&](const ItemAddress& item) { return item.connection != lost; });
+    if (gone == items_.end()) return 0;
+    for (auto item = gone; item != items_.end(); ++item) announce("StatusNotifierItemUnregistered", *item);
+    items_.erase(gone, items_.end());
     if (onChanged) onChanged();
     return 0;
 }
