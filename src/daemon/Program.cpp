@@ -78,19 +78,19 @@ Program::Program()
                .history = history_,
                .ownUser = geteuid()},
               {[this](const auto& state) {
-                   if (object_) object_->push(state);
+                   if (object_) object_->protocol().push(state);
                },
                [this](const auto& busName, const auto& state) {
-                   if (object_) object_->pushTo(busName, state);
+                   if (object_) object_->protocol().push(state, busName);
                },
                [this](const auto& report) {
-                   if (object_) object_->chargerChanged(report);
+                   if (object_) object_->charger().changed(report);
                },
                [this](const auto& settings) {
-                   if (object_) object_->settingsChanged(settings);
+                   if (object_) object_->charger().settingsChanged(settings);
                },
                [this](const auto& busName, const auto& settings) {
-                   if (object_) object_->settingsChangedFor(busName, settings);
+                   if (object_) object_->charger().settingsChanged(settings, busName);
                }})
 {
     loop_.stopOn({SIGTERM, SIGINT});

@@ -26,10 +26,10 @@ TEST_F(DaemonObjectTest, AnnouncesWhatChangedAboutTheChargerAndNothingElse)
     };
     const auto slot = dbus::match(listener.bus(), {.member = "PropertiesChanged"}, heard, &news);
     listener.sync();
-    daemon->chargerChanged(service.report);
+    daemon->charger().changed(service.report);
     service.report.endThreshold = 60;
     service.report.lastAction = "wrote \xff 60"; // the bus would hang up on this byte
-    daemon->chargerChanged(service.report);
+    daemon->charger().changed(service.report);
     ASSERT_TRUE(eventually([&] { return !news.empty(); }));
     KeyedArchive expected;
     expected.encode("EndThreshold", std::int64_t{60});
@@ -100,7 +100,7 @@ TEST_F(DaemonObjectTest, KeepsWhoAsksForTheStateUntilThereIsOne)
     const auto client = std::make_unique<XPCClient>(loop, clock, log);
     std::vector<double> answers;
     const auto noted = [&](const HSBatteryState& state) { answers.push_back(state.percentage); };
-    constexpr auto kept = DaemonObject::maximumWaiting;
+    constexpr auto kept = Clients::maximumWaiting;
     for (std::size_t call = 0; call <= kept; ++call) client->fetchCurrentState(noted);
     ASSERT_TRUE(eventually([&] { return !answers.empty(); }));
     EXPECT_EQ(answers.size(), 1U) << "one more than is kept is told what there is";

@@ -43,7 +43,7 @@ TEST_F(XPCClientTest, GoesOnWithADaemonThatGoesAndComesBack)
         const auto daemon = startDaemon();
         ASSERT_TRUE(eventually([&] { return appeared == time; }));
         settle(*client);
-        daemon->push(at(time));
+        daemon->protocol().push(at(time));
         ASSERT_TRUE(eventually([&] { return pushed.size() == static_cast<std::size_t>(time); }));
     }
     EXPECT_EQ(early, 0);
@@ -70,8 +70,8 @@ TEST_F(XPCClientTest, SendsNothingBeforeItKnowsWhatIsHeldAndFollowsIt)
         KeyedArchive news;
         news.encode("customChargeLimit", 65.0);
         news.encode("customHysteresis", 1e9); // cannot be
-        daemon->settingsChanged(news);
-        daemon->settingsChangedFor(service.callers.back(), news);
+        daemon->charger().settingsChanged(news);
+        daemon->charger().settingsChanged(news, service.callers.back());
         ASSERT_TRUE(eventually([&] { return followed.size() == 3; }));
         EXPECT_EQ(followed.back(), (ChargingSettings{.customChargeLimit = 65}))
             << "the others as it sent them";
@@ -108,7 +108,7 @@ TEST_F(XPCClientTest, MayBeDestroyedByWhatItCalls)
     byHistory->fetchHistory([&](auto) { drop(byHistory); });
     unanswered->fetchHistory([&](auto) { answers += 100; });
     unanswered.reset();
-    daemon->push(at(1));
+    daemon->protocol().push(at(1));
     EXPECT_TRUE(eventually([&] { return answers == 4; }));
     EXPECT_FALSE(byState || byHistory || byPush || byCharger);
 }
@@ -128,8 +128,8 @@ TEST_F(XPCClientTest, NeitherABusThatEndsNorOneThatIsNotThereIsMoreThanALogLine)
     bus.stop();
     ASSERT_TRUE(eventually([&] { return isBusLost && log.count("until Velmora starts again") == 1; }));
     use(*client);
-    daemon->push(at(1));
-    daemon->push(at(2));
+    daemon->protocol().push(at(1));
+    daemon->protocol().push(at(2));
     EXPECT_EQ(log.count("Could not push"), 1U);
 
     log.clear();
@@ -224,9 +224,9 @@ TEST_F(XPCClientTest, FollowsWhatTheDaemonTellsOfTheCharger)
         service.report.mode = "quick charge";
         service.report.endThreshold = 100 - life;
         service.report.lastActionDate = Date{7e8};
-        daemon->chargerChanged(service.report);
+        daemon->charger().changed(service.report);
         ASSERT_TRUE(eventually([&] { return client->charger() == service.report; }));
-        daemon->chargerChanged(service.report);
+        daemon->charger().changed(service.report);
         settle(*client);
         EXPECT_EQ(changes, 2 * life) << "told, changed";
         service.report.mode = "off";
@@ -283,7 +283,7 @@ TEST_F(XPCClientTest, APushOfAnybodyElseIsDropped)
         sd_bus_message_append(signal, "sa{sv}as", ChargerReport::interface, 1, "Mode", "s", "paused", 0);
     });
     spoofer.sync();
-    daemon->push(at(1));
+    daemon->protocol().push(at(1));
     ASSERT_TRUE(eventually([&] { return !pushed.empty(); }));
     EXPECT_EQ(pushed, States{at(1)});
     EXPECT_EQ(appeared, 0);
