@@ -43,6 +43,7 @@ public:
     int run();
 
 private:
+    Daemon::Outbound outbound();
     void meetBus();
     void begin();
     void giveUp(const std::string& why);
@@ -77,23 +78,25 @@ Program::Program()
                .settings = settings_,
                .history = history_,
                .ownUser = geteuid()},
-              {[this](const auto& state) {
-                   if (object_) object_->protocol().push(state);
-               },
-               [this](const auto& busName, const auto& state) {
-                   if (object_) object_->protocol().push(state, busName);
-               },
-               [this](const auto& report) {
-                   if (object_) object_->charger().changed(report);
-               },
-               [this](const auto& settings) {
-                   if (object_) object_->charger().settingsChanged(settings);
-               },
-               [this](const auto& busName, const auto& settings) {
-                   if (object_) object_->charger().settingsChanged(settings, busName);
-               }})
+              outbound())
 {
     loop_.stopOn({SIGTERM, SIGINT});
+}
+
+/// Nothing is told before `begin`, and from then on there is an object.
+Daemon::Outbound Program::outbound()
+{
+    return {
+        .push = [this](const auto& state) { object_->protocol().push(state); },
+        .pushTo = [this](const auto& busName,
+                         const auto& state) { object_->protocol().push(state, busName); },
+        .chargerChanged = [this](const auto& report) { object_->charger().changed(report); },
+        .settingsChanged = [this](const auto& settings) { object_->charger().settingsChanged(settings); },
+        .settingsChangedFor =
+            [this](const auto& busName, const auto& settings) {
+                object_->charger().settingsChanged(settings, busName);
+            },
+    };
 }
 
 int Program::run()

@@ -79,10 +79,12 @@ protected:
         reader.emplace(Sysfs(folder.path()), clock, log);
         daemon.emplace(
             Daemon::Ports{*loop, clock, log, hardware, *reader, *actuator, files, *settings, *history, 500},
-            Daemon::Outbound{[this](const auto& state) { pushes.push_back(state); },
-                             [this](const auto& to, const auto& state) { told.emplace_back(to, state); },
-                             [](const auto&) {}, [this](const auto& news) { announced.push_back(news); },
-                             [this](const auto& to, const auto&) { corrected.push_back(to); }});
+            Daemon::Outbound{
+                .push = [this](const auto& state) { pushes.push_back(state); },
+                .pushTo = [this](const auto& to, const auto& state) { told.emplace_back(to, state); },
+                .chargerChanged = [](const auto&) {},
+                .settingsChanged = [this](const auto& news) { announced.push_back(news); },
+                .settingsChangedFor = [this](const auto& to, const auto&) { corrected.push_back(to); }});
         daemon->meetBus("bus");
         daemon->start([this] { ++ready; });
         settle();
