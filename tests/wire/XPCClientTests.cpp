@@ -64,9 +64,15 @@ TEST_F(XPCClientTest, SendsNothingBeforeItKnowsWhatIsHeldAndFollowsIt)
             return !followed.empty();
         }));
         EXPECT_EQ(followed.front(), service.held);
-        client->updateSettings({.customChargeLimit = 70});
-        ASSERT_TRUE(eventually([&] { return service.received.size() == life; }));
-        EXPECT_EQ(service.received.back().customChargeLimit, 70);
+        const auto sent = [&](double limit) {
+            service.received.clear();
+            client->updateSettings({.customChargeLimit = limit});
+            settle(*client);
+            settle(*client); // behind the answer who sent it
+            return service.received.size() == 1 && service.received.back().customChargeLimit == limit;
+        };
+        EXPECT_TRUE(sent(70));
+        EXPECT_FALSE(sent(70)) << "the daemon has it";
         KeyedArchive news;
         news.encode("customChargeLimit", 65.0);
         news.encode("customHysteresis", 1e9); // cannot be
@@ -75,6 +81,7 @@ TEST_F(XPCClientTest, SendsNothingBeforeItKnowsWhatIsHeldAndFollowsIt)
         ASSERT_TRUE(eventually([&] { return followed.size() == 3; }));
         EXPECT_EQ(followed.back(), (ChargingSettings{.customChargeLimit = 65}))
             << "the others as it sent them";
+        EXPECT_TRUE(sent(70)) << "refused, or changed by somebody else";
     }
     EXPECT_TRUE(eventually([&] { return !client->settings(); })) << "there is nobody to ask";
 }

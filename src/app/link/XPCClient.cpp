@@ -115,6 +115,7 @@ void XPCClient::forgetRecords()
 {
     charger_.reset();
     settings_.reset();
+    sentLast_.reset();
     if (chargerRecord_) chargerRecord_->forget();
     if (settingsRecord_) settingsRecord_->forget();
 }
@@ -126,6 +127,7 @@ void XPCClient::takeSettings(const KeyedArchive& news)
     SettingsMask fields;
     for (std::size_t i = 0; i < allSettings.size(); ++i)
         fields[i] = news.find(allSettings[i].name) != nullptr;
+    if (sentLast_ && (differing(*sentLast_, told) & fields).any()) sentLast_.reset();
     settings_ = settings_ ? combined(*settings_, told, fields) : told;
     toldLast_ = fields;
     if (const auto handler = onSettingsChange) handler();
@@ -229,6 +231,8 @@ void XPCClient::updateSettings(const ChargingSettings& settings)
 {
     if (!settings_) return;
     settings_ = settings;
+    if (sentLast_ == settings) return;
+    sentLast_ = settings;
     attempt("send the settings", [&] {
         const auto call = newCall(wire::daemon_protocol::updateSettings);
         dbus::check(sd_bus_message_set_expect_reply(call.get(), false), "one way");

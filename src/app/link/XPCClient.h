@@ -63,7 +63,8 @@ public:
     void fetchCurrentState(StateHandler completion) override;
     /// A long history is read over several turns of the loop.
     void fetchHistory(HistoryHandler completion) override;
-    /// Lost while `settings` are not known.
+    /// Lost while `settings` are not known. Not sent where they repeat the last message: the model sends all
+    /// of them after each push, which would wake the daemon for nothing.
     void updateSettings(const ChargingSettings& settings) override;
 
 private:
@@ -100,6 +101,8 @@ private:
     std::optional<ChargerReport> charger_;
     std::optional<ChargingSettings> settings_;
     SettingsMask toldLast_;
+    /// The last message to this daemon; nothing once it has contradicted that, and so may have refused it.
+    std::optional<ChargingSettings> sentLast_;
     bool isDaemonMissing_ = false;
     std::list<dbus::Slot> matches_;
     std::list<PendingCall> calls_;
