@@ -121,12 +121,13 @@ TEST_F(XEmbedIconTest, IsDrawnForTheBarItIsIn)
             ASSERT_TRUE(eventually([&] { return icon.isShown(); }));
             const auto picture = drawBattery(80, isCharging, XTray::side, bar);
             const std::uint32_t bits = offersTransparency ? 0xffffffff : 0xffffff;
+            const std::uint32_t empty = offersTransparency ? 0 : ground;
             EXPECT_TRUE(eventually([&] {
                 const auto pixels = tray->pixels();
                 for (std::size_t i = 0; i < pixels.size(); ++i) {
                     const auto alpha = picture.pixels[i] >> 24U;
                     if (alpha == 255 && (pixels[i] & bits) != (picture.pixels[i] & bits)) return false;
-                    if (alpha == 0 && (pixels[i] & bits) != (offersTransparency ? 0 : ground)) return false;
+                    if (alpha == 0 && (pixels[i] & bits) != empty) return false;
                 }
                 return !pixels.empty();
             }));

@@ -149,7 +149,7 @@ TEST_F(AnalyticsStoreTest, LoadingComesFirstAndReplacesAll)
 
 TEST_F(AnalyticsStoreTest, AnUnreadableFileIsAnEmptyHistoryAndIsOverwritten)
 {
-    for (const std::uintmax_t size : {3, 100'000'000}) { // torn, and absurdly long
+    for (const std::uintmax_t size : {3U, 100'000'000U}) { // torn, and absurdly long
         SCOPED_TRACE(size);
         platform.folder.write(file, "[]");
         std::filesystem::resize_file(platform.folder.path() / file, size);

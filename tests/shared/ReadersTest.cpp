@@ -123,7 +123,7 @@ TEST(ThermalMonitorService, DeliversEverySignalToItsOneSubscriber)
     });
     platform.thermalLevel->become(3);
     platform.thermalLevel->become(1);
-    using enum ThermalState;
+    using enum ThermalMonitorService::ThermalState;
     EXPECT_EQ(first, (std::vector{nominal, serious, serious}));
     EXPECT_EQ(second, (std::vector{serious, critical}));
 }

@@ -148,6 +148,7 @@ std::optional<Fit> fit(const Samples& usable)
     }
     const double slope = products / spread;
     std::vector<double> residuals;
+    residuals.reserve(means.size());
     for (const auto& one : means)
         residuals.push_back(one.health - middle.health - slope * (one.time - middle.time));
     return Fit{slope * 30, slopeUncertainty(residuals, spread) * 30,
