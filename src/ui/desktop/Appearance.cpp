@@ -77,7 +77,7 @@ void Appearance::setOpaque()
     Q_EMIT changed();
 }
 
-void Appearance::ask(QDBusConnection bus, const QString& space, const QString& key)
+void Appearance::ask(const QDBusConnection& bus, const QString& space, const QString& key)
 {
     auto call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
     call.setArguments({space, key});
@@ -107,7 +107,7 @@ void Appearance::take(const QString& space, const QString& key, const QVariant& 
     } else {
         return;
     }
-    Q_EMIT changed();
+    Q_EMIT changed(); // NOLINT(readability-misleading-indentation): the linter does not see Q_EMIT
 }
 
 } // namespace velmora

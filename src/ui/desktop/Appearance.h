@@ -50,7 +50,7 @@ private Q_SLOTS:
     void settingChanged(const QString& space, const QString& key, const QDBusVariant& value);
 
 private:
-    void ask(QDBusConnection bus, const QString& space, const QString& key);
+    void ask(const QDBusConnection& bus, const QString& space, const QString& key);
     void take(const QString& space, const QString& key, const QVariant& value);
 
     std::optional<bool> preference_; ///< dark, light; nothing where the palette decides
