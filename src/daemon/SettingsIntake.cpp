@@ -122,7 +122,7 @@ void SettingsIntake::change(const Caller& caller, SettingsChange wish, DaemonSer
     if (auto problem = problemWith(wish.values)) return reply(Refusal{Refusal::Kind::invalid, *problem});
     wish.values = clamped(wish.values);
     const auto what = "change " + listed(wish.values, machineChanges(wish));
-    const auto decided = [this, caller, wish, reply, what](bool isAllowed) {
+    const auto decided = [this, caller, wish, reply = std::move(reply), what](bool isAllowed) {
         if (!isAllowed) return reply(Refusal{Refusal::Kind::denied, "not authorised to " + what});
         auto& last = callers_.of(caller.busName);
         last.user = caller.uid;
@@ -135,7 +135,7 @@ void SettingsIntake::change(const Caller& caller, SettingsChange wish, DaemonSer
     authorise(caller, what, decided);
 }
 
-void SettingsIntake::authorise(const Caller& caller, const std::string& what, Decided decided)
+void SettingsIntake::authorise(const Caller& caller, const std::string& what, const Decided& decided)
 {
     ports_.authorise(caller, lifetime_.guard([this, caller, what, decided](bool isAllowed) {
         if (!isAllowed) refusals_.warning("Did not let " + nameOf(caller) + " " + what + ": only root may.");

@@ -58,7 +58,7 @@ public:
     void change(const Caller& caller, SettingsChange wish, DaemonService::SettingsReply reply);
 
     /// Asks for the right to do what `what` says; a denial is logged.
-    void authorise(const Caller& caller, const std::string& what, Decided decided);
+    void authorise(const Caller& caller, const std::string& what, const Decided& decided);
 
     /// The limit that the charger had before this daemon.
     void adoptLimit(double percent);

@@ -82,6 +82,7 @@ const DriverFamily& ChargeActuator::familyOf(const std::string& name, const Char
 std::vector<BatteryCharger> ChargeActuator::inspect(const std::vector<BatteryReading>& batteries)
 {
     std::vector<BatteryCharger> result;
+    result.reserve(batteries.size());
     for (const auto& battery : batteries) result.push_back(inspect(battery.name, battery.charge));
     return result;
 }
