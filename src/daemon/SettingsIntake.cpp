@@ -39,11 +39,11 @@ std::string nameOf(const Caller& caller)
 } // namespace
 
 SettingsIntake::SettingsIntake(Ports ports, QuickCharge& quickCharge, const ChargingSettings& machine,
-                               UserSettings::Entries users)
+                               const UserSettings::Entries& users)
     : ports_(std::move(ports)),
       quickCharge_(quickCharge),
       machine_(combined(machine, {}, usersOwn() | overrideAlone())),
-      users_(std::move(users)),
+      users_(users),
       announced_(this->machine()),
       refusals_(ports_.loop, ports_.log, ports_.clock, category),
       changes_(ports_.loop, ports_.log, ports_.clock, category, LogBudget::manyAtOnce)

@@ -41,7 +41,7 @@ public:
 
     /// `quickCharge` holds the override; it must outlive this.
     SettingsIntake(Ports ports, QuickCharge& quickCharge, const ChargingSettings& machine,
-                   UserSettings::Entries users);
+                   const UserSettings::Entries& users);
 
     /// The charger's settings; the override is set while quick charge is active.
     ChargingSettings machine() const;

@@ -81,7 +81,7 @@ UserSettings::Entries decodedUsers(const Json& object)
         const auto [rest, error] = std::from_chars(name.data(), end, user);
         if (error == std::errc{} && rest == end) users.emplace_back(user, settings);
     }
-    return UserSettings(std::move(users)).entries();
+    return UserSettings(users).entries();
 }
 
 std::string textAt(const Json& document, const char* key)

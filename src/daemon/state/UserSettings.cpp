@@ -7,7 +7,7 @@
 
 namespace velmora {
 
-UserSettings::UserSettings(Entries entries)
+UserSettings::UserSettings(const Entries& entries)
 {
     for (const auto& [user, settings] : entries) set(user, settings);
 }

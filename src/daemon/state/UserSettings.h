@@ -20,7 +20,7 @@ public:
     /// Longest unused first. Of each entry only the settings of Setting::Owner::user mean anything.
     using Entries = std::vector<std::pair<uid_t, ChargingSettings>>;
 
-    explicit UserSettings(Entries entries = {});
+    explicit UserSettings(const Entries& entries = {});
 
     /// Counts as a use.
     ChargingSettings of(uid_t user);
