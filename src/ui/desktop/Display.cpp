@@ -3,6 +3,7 @@
 
 #include "desktop/Display.h"
 
+#include "base/Descriptor.h"
 #include "base/Handle.h"
 
 #include <QDir>
@@ -30,10 +31,8 @@ bool isListening(const QByteArray& path)
     address.sun_family = AF_UNIX;
     if (path.size() >= qsizetype{sizeof address.sun_path}) return false;
     std::ranges::copy(path, address.sun_path);
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const bool answers = connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    close(socket);
-    return answers;
+    const Descriptor<::close> socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    return connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
 bool doesWaylandAnswer()

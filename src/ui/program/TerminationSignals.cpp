@@ -3,10 +3,8 @@
 
 #include "program/TerminationSignals.h"
 
-#include <QSocketNotifier>
 #include <csignal>
 #include <sys/signalfd.h>
-#include <unistd.h>
 
 namespace velmora {
 
@@ -17,19 +15,14 @@ TerminationSignals::TerminationSignals()
     sigaddset(&both, SIGTERM);
     sigaddset(&both, SIGINT);
     pthread_sigmask(SIG_BLOCK, &both, nullptr);
-    descriptor_ = signalfd(-1, &both, SFD_CLOEXEC | SFD_NONBLOCK);
-}
-
-TerminationSignals::~TerminationSignals()
-{
-    close(descriptor_);
+    descriptor_ = Descriptor<::close>(signalfd(-1, &both, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 
 void TerminationSignals::listen()
 {
-    auto* notifier = new QSocketNotifier(descriptor_, QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this, [this, notifier] {
-        notifier->setEnabled(false); // once is enough
+    notifier_ = std::make_unique<QSocketNotifier>(descriptor_.get(), QSocketNotifier::Read);
+    connect(notifier_.get(), &QSocketNotifier::activated, this, [this] {
+        notifier_->setEnabled(false); // once is enough
         Q_EMIT received();
     });
 }

@@ -3,7 +3,12 @@
 
 #pragma once
 
+#include "base/Descriptor.h"
+
 #include <QObject>
+#include <QSocketNotifier>
+#include <memory>
+#include <unistd.h>
 
 namespace velmora {
 
@@ -13,7 +18,6 @@ class TerminationSignals : public QObject {
     Q_OBJECT
 public:
     TerminationSignals();
-    ~TerminationSignals() override;
 
     /// Begins to emit `received`; needs the application.
     void listen();
@@ -22,7 +26,8 @@ Q_SIGNALS:
     void received();
 
 private:
-    int descriptor_;
+    Descriptor<::close> descriptor_;
+    std::unique_ptr<QSocketNotifier> notifier_; ///< goes before its descriptor
 };
 
 } // namespace velmora
