@@ -15,9 +15,6 @@ namespace {
 /// Both kinds of tray have been tried by then.
 constexpr auto trayPatience = 2 * TrayIcon::usualPatience + std::chrono::seconds{1};
 
-constexpr std::chrono::minutes askingInterval{1};
-constexpr std::chrono::seconds askingSlack{5};
-
 } // namespace
 
 Shell::Shell(LinuxPlatform& platform, App& app, SessionBus& session, std::filesystem::path windows)
@@ -28,7 +25,8 @@ Shell::Shell(LinuxPlatform& platform, App& app, SessionBus& session, std::filesy
 {
     if (sd_bus* bus = session.handle()) {
         serve(bus);
-        followWindows(bus);
+        // Heat and level move while the firmware holds the charge, and the daemon says so only when asked.
+        windowsFollower_.emplace(loop_, bus, [this] { app_.askDaemon(); });
     }
     // The session has ended, and its programs with it. The daemon goes on protecting.
     session.onLost = [this] { loop_.stop(); };
@@ -65,17 +63,6 @@ void Shell::serve(sd_bus* bus)
     application_->onActivate = [this](const std::string& token) { startedAgain(token); };
     application_->onWindow = [this](const char* window, const std::string& token) { open(window, token); };
     application_->onQuit = [this] { loop_.stop(); };
-}
-
-/// Heat and level move while the firmware holds the charge, and the daemon says so only when it is asked.
-void Shell::followWindows(sd_bus* bus)
-{
-    const auto opened = [this] {
-        app_.askDaemon();
-        asking_ = loop_.every(
-            askingInterval, [this] { app_.askDaemon(); }, askingSlack);
-    };
-    windowsOwner_.emplace(bus, wire::windows::serviceName, opened, [this] { asking_.reset(); });
 }
 
 void Shell::wireTray()

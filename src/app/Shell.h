@@ -8,9 +8,9 @@
 #include "bus/ApplicationObject.h"
 #include "bus/Exports.h"
 #include "bus/ModelObject.h"
-#include "bus/NameOwner.h"
 #include "bus/SessionBus.h"
 #include "tray/TrayIcon.h"
+#include "windows/WindowsFollower.h"
 #include "windows/WindowsProgram.h"
 
 #include <filesystem>
@@ -36,7 +36,6 @@ public:
 private:
     void serve(sd_bus* bus);
     void wireTray();
-    void followWindows(sd_bus* bus);
     void open(const char* window, std::string token);
     void togglePanel(std::optional<ScreenPoint> at);
     void startedAgain(const std::string& token);
@@ -57,8 +56,7 @@ private:
     std::optional<ExportedObject> mediumWidgetObject_;
     std::optional<ApplicationObject> application_;
     WindowsProgram windows_;
-    std::optional<NameOwner> windowsOwner_; ///< their program, which ends with the last of them
-    MainLoop::Timer asking_;                ///< while a window is open
+    std::optional<WindowsFollower> windowsFollower_;
     TrayIcon tray_;
     bool hasNoTray_ = false;
     MainLoop::Timer reopening_; ///< started again before it was known whether there is a tray

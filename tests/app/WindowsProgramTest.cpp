@@ -3,8 +3,10 @@
 
 #include "windows/WindowsProgram.h"
 
+#include "ManualLoop.h"
 #include "SessionTest.h"
 #include "base/SystemClock.h"
+#include "windows/WindowsFollower.h"
 
 #include <csignal>
 #include <fstream>
@@ -12,6 +14,9 @@
 #include <sys/wait.h>
 
 namespace velmora {
+
+using namespace std::chrono_literals;
+
 namespace {
 
 /// Asked for windows, with a program in their place that notes how it was started and then does as told.
@@ -127,6 +132,28 @@ TEST_F(WindowsProgramTest, OneThatEndsOrCannotBeStartedIsNamedAndTriedAgainAtThe
     WindowsProgram missing(loop, application.get(), clock, log, folder.path() / "nothing");
     for (int click = 0; click < 3; ++click) missing.request({.window = "panel"});
     EXPECT_EQ(log.count("Cannot start"), 1U);
+}
+
+TEST_F(WindowsProgramTest, AsksForNewsWhileAWindowIsOpen)
+{
+    ManualLoop time;
+    int asked = 0;
+    const WindowsFollower follower(time, application.get(), [&] { ++asked; });
+    own(application.get(), "app.velmora.Later"); // the bus has been asked about the windows by now
+    const auto asksIn = [&](std::chrono::minutes passing) {
+        const int before = asked;
+        time.advance(passing);
+        return asked - before;
+    };
+    EXPECT_EQ(asksIn(1h), 0);
+    for (int run = 1; run <= 2; ++run) {
+        asked = 0;
+        own(stranger.get(), wire::windows::serviceName);
+        ASSERT_TRUE(eventually([&] { return asked == 1; })) << "for the window that opens";
+        EXPECT_EQ(asksIn(5min), 5);
+        sd_bus_release_name(stranger.get(), wire::windows::serviceName);
+        EXPECT_TRUE(eventually([&] { return asksIn(1min) == 0; })) << "nobody looks any more";
+    }
 }
 
 } // namespace
