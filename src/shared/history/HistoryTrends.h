@@ -27,8 +27,7 @@ using ThermalState = ThermalMonitorService::ThermalState;
 Samples usable(History history, Date now);
 
 enum class Range : std::uint8_t { day, week, month, all };
-inline constexpr std::array<std::string_view, 4> rangeNames{trMark("Day"), trMark("Week"), trMark("Month"),
-                                                            trMark("All")};
+inline constexpr std::array rangeNames{trMark("Day"), trMark("Week"), trMark("Month"), trMark("All")};
 
 /// A stretch of time that ends now, and the usable samples in it. It lasts an hour at least.
 struct Window {

@@ -8,7 +8,7 @@ import Velmora
 Rectangle {
     id: picker
 
-    required property var choices ///< texts
+    required property var choices ///< texts in the reader's language
     required property string current
 
     signal chosen(string choice)

@@ -15,7 +15,7 @@ ChoiceButton {
     signal stepped(int by)
 
     objectName: "range" + modelData
-    text: qsTr(modelData)
+    text: modelData
     padding: 5
     leftPadding: 12
     rightPadding: 12

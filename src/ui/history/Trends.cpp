@@ -91,21 +91,21 @@ void Trends::refresh()
 
 QString Trends::range() const
 {
-    return text(trends::rangeNames[static_cast<std::size_t>(range_)]);
+    return ranges().at(static_cast<qsizetype>(range_));
 }
 
 void Trends::setRange(const QString& name)
 {
-    const auto found = std::ranges::find(trends::rangeNames, name.toStdString());
-    if (found == trends::rangeNames.end()) return;
-    range_ = static_cast<trends::Range>(found - trends::rangeNames.begin());
+    const auto found = ranges().indexOf(name);
+    if (found < 0) return;
+    range_ = static_cast<trends::Range>(found);
     workOutRange();
 }
 
 QStringList Trends::ranges() const
 {
     QStringList names;
-    for (const auto name : trends::rangeNames) names << text(name);
+    for (const auto* name : trends::rangeNames) names << text(velmora::tr(name));
     return names;
 }
 

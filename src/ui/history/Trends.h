@@ -22,9 +22,9 @@ class Trends : public QObject {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(velmora::RemoteModel* battery READ battery WRITE setBattery NOTIFY changed)
-    Q_PROPERTY(QString range READ range WRITE setRange NOTIFY changed) ///< one of trends::rangeNames
-    Q_PROPERTY(QStringList ranges READ ranges CONSTANT)
-    Q_PROPERTY(bool empty READ isEmpty NOTIFY changed)          ///< nothing in this range
+    Q_PROPERTY(QString range READ range WRITE setRange NOTIFY changed) ///< one of `ranges`
+    Q_PROPERTY(QStringList ranges READ ranges CONSTANT)                ///< in the reader's language
+    Q_PROPERTY(bool empty READ isEmpty NOTIFY changed)                 ///< nothing in this range
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY changed) ///< says what is there, or when it comes
     Q_PROPERTY(QString summary READ summary NOTIFY changed)     ///< how many samples of which time
     Q_PROPERTY(QString health READ health NOTIFY changed)

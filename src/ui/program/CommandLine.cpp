@@ -3,6 +3,7 @@
 
 #include "program/CommandLine.h"
 
+#include "base/Translation.h"
 #include "program/WindowsService.h"
 
 #include <map>
@@ -22,15 +23,15 @@ std::optional<QPoint> parsePlace(const QString& text)
 }
 
 /// The options and the value of each.
-std::variant<std::map<QString, QString>, QString> pairs(const QStringList& arguments)
+std::variant<std::map<QString, QString>, std::string> pairs(const QStringList& arguments)
 {
     static const QStringList known{"--show",    "--show-inactive", "--toggle", "--at",
                                    "--picture", "--window",        "--page"};
     std::map<QString, QString> options;
     for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
-        if (!known.contains(*argument)) return "Unknown argument " + *argument + ".";
+        if (!known.contains(*argument)) return tr("Unknown argument %1.", argument->toStdString());
         const auto& option = *argument;
-        if (++argument == arguments.end()) return option + " needs a value.";
+        if (++argument == arguments.end()) return tr("%1 needs a value.", option.toStdString());
         options[option] = *argument;
     }
     return options;
@@ -38,22 +39,23 @@ std::variant<std::map<QString, QString>, QString> pairs(const QStringList& argum
 
 } // namespace
 
-const char* CommandLine::usage()
+std::string CommandLine::usage()
 {
-    return "usage: velmora-ui --show WINDOW\n"
-           "       velmora-ui --show-inactive WINDOW    the focus stays where it is\n"
-           "       velmora-ui --toggle WINDOW [--at X,Y]    as a click on the tray icon there\n"
-           "       velmora-ui --picture FILE --window WINDOW [--page PAGE]    the window as a PNG\n"
-           "Windows are \"panel\", \"dashboard\", \"widget-small\" and \"widget-medium\". The pages of the "
-           "dashboard\nare Overview, Health, Thermal, Ecosystem, Settings and Notifications. velmora must be "
-           "running;\nit starts this program when a window is requested.\n";
+    return tr(
+        "usage: velmora-ui --show WINDOW\n"
+        "       velmora-ui --show-inactive WINDOW    the focus stays where it is\n"
+        "       velmora-ui --toggle WINDOW [--at X,Y]    as a click on the tray icon there\n"
+        "       velmora-ui --picture FILE --window WINDOW [--page PAGE]    the window as a PNG\n"
+        "Windows are \"panel\", \"dashboard\", \"widget-small\" and \"widget-medium\". The pages of the "
+        "dashboard\nare Overview, Health, Thermal, Ecosystem, Settings and Notifications. velmora must be "
+        "running;\nit starts this program when a window is requested.\n");
 }
 
-std::variant<CommandLine, QString> CommandLine::parse(const QStringList& arguments)
+std::variant<CommandLine, std::string> CommandLine::parse(const QStringList& arguments)
 {
     if (arguments == QStringList{"--help"}) return CommandLine{};
     auto read = pairs(arguments);
-    if (const auto* wrong = std::get_if<QString>(&read)) return *wrong;
+    if (const auto* wrong = std::get_if<std::string>(&read)) return *wrong;
     auto& options = std::get<0>(read);
     const auto has = [&](auto... names) {
         return options.size() == sizeof...(names) && (options.contains(names) && ...);
@@ -64,9 +66,9 @@ std::variant<CommandLine, QString> CommandLine::parse(const QStringList& argumen
     if (has("--picture", "--window") || has("--picture", "--window", "--page"))
         return CommandLine{Command::picture, options["--window"], std::nullopt, options["--picture"],
                            options["--page"]};
-    if (!has("--toggle", "--at")) return QStringLiteral("Options cannot be combined.");
+    if (!has("--toggle", "--at")) return tr("These options cannot be combined.");
     const auto place = parsePlace(options["--at"]);
-    if (!place) return QStringLiteral("--at needs two numbers: X,Y.");
+    if (!place) return tr("--at needs two numbers: X,Y.");
     return CommandLine{Command::toggle, options["--toggle"], WindowsService::place(place->x(), place->y())};
 }
 

@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 #include <optional>
+#include <string>
 #include <variant>
 
 namespace velmora {
@@ -21,10 +22,10 @@ struct CommandLine {
     QString picture{};             ///< file
     QString page{};                ///< of the window in the picture; empty: its first
 
-    static const char* usage();
+    static std::string usage();
 
-    /// `arguments` are without the program's name. An error message where they are invalid.
-    static std::variant<CommandLine, QString> parse(const QStringList& arguments);
+    /// `arguments` are without the program's name. A sentence that says what is wrong where they are invalid.
+    static std::variant<CommandLine, std::string> parse(const QStringList& arguments);
 };
 
 } // namespace velmora

@@ -3,6 +3,7 @@
 
 #include "program/Program.h"
 
+#include "base/Translation.h"
 #include "client/ApplicationLink.h"
 #include "client/RemoteInstallation.h"
 #include "client/RemoteVersionNotice.h"
@@ -28,6 +29,7 @@
 #include <cstdio>
 #include <functional>
 #include <malloc.h>
+#include <string>
 
 void qml_register_types_Velmora(); // keeps the linker from leaving them out
 
@@ -45,9 +47,9 @@ constexpr int forwardPatience = 2'000; // ms
 constexpr int largeBlock = 128 * 1024;
 namespace face = wire::face;
 
-int fail(const QString& what, int status = 1)
+int fail(const std::string& what, int status = 1)
 {
-    std::fprintf(stderr, "velmora-ui: %s\n", qUtf8Printable(what));
+    std::fprintf(stderr, "velmora-ui: %s\n", what.c_str());
     return status;
 }
 
@@ -70,7 +72,7 @@ int forward(const QDBusConnection& bus, const CommandLine& wish)
     const auto place = wish.click.value_or(QPoint(-1, -1));
     call.setArguments(isToggle ? QVariantList{wish.window, place.x(), place.y()} : QVariantList{wish.window});
     const auto reply = bus.call(call, QDBus::Block, forwardPatience);
-    return reply.type() == QDBusMessage::ErrorMessage ? fail(reply.errorMessage()) : 0;
+    return reply.type() == QDBusMessage::ErrorMessage ? fail(reply.errorMessage().toStdString()) : 0;
 }
 
 /// Returns once the bus has taken what was said to it: QtDBus sends on another thread, which an exit cuts
@@ -97,7 +99,7 @@ public:
         QObject::connect(&signals_, &TerminationSignals::received, &windows_,
                          [] { QCoreApplication::exit(0); });
         QObject::connect(&link_, &ApplicationLink::gone, &windows_, [this] {
-            QCoreApplication::exit(link_.hasMet() ? 0 : fail(QStringLiteral("velmora is not running")));
+            QCoreApplication::exit(link_.hasMet() ? 0 : fail(tr("velmora is not running")));
         });
         signals_.listen();
     }
@@ -124,12 +126,12 @@ public:
         whenReady([this, wish] {
             windows_.picture(wish.window, wish.page, [wish](const QImage& image) {
                 const bool isSaved = image.save(wish.picture, "PNG");
-                QCoreApplication::exit(isSaved ? 0 : fail("cannot write " + wish.picture));
+                QCoreApplication::exit(isSaved ? 0 : fail(tr("cannot write %1", wish.picture.toStdString())));
             });
         });
         QTimer::singleShot(picturePatience, &windows_, [] {
             QCoreApplication::exit(
-                fail(QStringLiteral("no picture: velmora does not answer, or the window was not drawn")));
+                fail(tr("no picture: velmora does not answer, or the window was not drawn")));
         });
         return QGuiApplication::exec();
     }
@@ -186,11 +188,13 @@ private:
 int runWindows(int argc, char** argv)
 {
     const auto read = CommandLine::parse(QStringList(argv + std::min(argc, 1), argv + argc));
-    if (const auto* wrong = std::get_if<QString>(&read)) return fail(*wrong + "; see --help", 2);
+    if (const auto* wrong = std::get_if<std::string>(&read)) return fail(tr("%1 See --help.", *wrong), 2);
     const auto& wish = std::get<CommandLine>(read);
-    if (wish.command == CommandLine::Command::help) return std::fputs(CommandLine::usage(), stdout) < 0;
-    if (!Windows::isKnown(wish.window)) return fail("there is no window \"" + wish.window + '"');
-    if (!isDisplayThere()) return fail(QStringLiteral("there is no display"));
+    if (wish.command == CommandLine::Command::help)
+        return std::fputs(CommandLine::usage().c_str(), stdout) < 0;
+    if (!Windows::isKnown(wish.window))
+        return fail(tr("there is no window \"%1\"", wish.window.toStdString()));
+    if (!isDisplayThere()) return fail(tr("there is no display"));
 
     mallopt(M_MMAP_THRESHOLD, largeBlock);
     QtLog::setUp();
@@ -203,7 +207,7 @@ int runWindows(int argc, char** argv)
     QGuiApplication::installTranslator(&translator);
     qml_register_types_Velmora();
     const auto bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected()) return fail(QStringLiteral("there is no session bus"));
+    if (!bus.isConnected()) return fail(tr("there is no session bus"));
     Program program(bus, signals_);
     return wish.command == CommandLine::Command::picture ? program.draw(wish) : program.show(wish);
 }

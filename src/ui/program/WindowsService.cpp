@@ -47,13 +47,13 @@ void WindowsService::Toggle(const QString& window, int x, int y)
 bool WindowsService::refusesUnknown(const QString& window) const
 {
     if (Windows::isKnown(window)) return false;
-    sendErrorReply(QDBusError::InvalidArgs, "There is no window \"" + window.left(quotable) + "\".");
+    sendErrorReply(QDBusError::InvalidArgs, tr("There is no window \"%1\".").arg(window.left(quotable)));
     return true;
 }
 
 void WindowsService::answer(bool isOpen) const
 {
-    if (!isOpen) sendErrorReply(QDBusError::Failed, QStringLiteral("The window could not be made."));
+    if (!isOpen) sendErrorReply(QDBusError::Failed, tr("The window could not be made."));
 }
 
 } // namespace velmora
