@@ -244,7 +244,7 @@ TEST_F(XPCClientTest, FollowsWhatTheDaemonTellsOfTheCharger)
 
 TEST_F(XPCClientTest, AHugeHistoryLeavesTheLoopToOthers)
 {
-    constexpr std::size_t many = 100'000;
+    constexpr std::size_t many = 50'000;
     service.history.assign(many, service.history.front());
     service.history.back().percentage = 99;
     const auto daemon = startDaemon();
