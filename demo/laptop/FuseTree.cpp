@@ -104,15 +104,19 @@ struct FuseTree::Calls {
     static int open(const char* path, fuse_file_info* file)
     {
         const bool writes = (file->flags & O_ACCMODE) != O_RDONLY;
-        const bool writable = self().laptop_.with(
-            [&](const SimulatedLaptop& laptop) { return laptop.isWritable(inside(path)); });
+        const auto [known, writable] = self().laptop_.with([&](const SimulatedLaptop& laptop) {
+            return std::pair(laptop.has(inside(path)), laptop.isWritable(inside(path)));
+        });
+        if (!known) return -ENOENT; // the kernel may remember it from before the driver was loaded anew
         if (writes && !writable) return -EACCES; // root, too, is told so by sysfs
-        file->direct_io = 1;                     // each read reaches us, whatever the size and the cache say
+        file->fh = self().laptop_.probes();
+        file->direct_io = 1; // each read reaches us, whatever the size and the cache say
         return 0;
     }
 
-    static int read(const char* path, char* buffer, std::size_t size, off_t offset, fuse_file_info*)
+    static int read(const char* path, char* buffer, std::size_t size, off_t offset, fuse_file_info* file)
     {
+        if (file->fh != self().laptop_.probes()) return -ENODEV;
         const auto [bytes, error] =
             self().laptop_.with([&](const SimulatedLaptop& laptop) { return laptop.load(inside(path)); });
         if (error) return -error;

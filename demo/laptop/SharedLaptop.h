@@ -5,6 +5,8 @@
 
 #include "SimulatedLaptop.h"
 
+#include <atomic>
+#include <cstdint>
 #include <mutex>
 
 namespace velmora {
@@ -22,9 +24,20 @@ public:
         return look(laptop_);
     }
 
+    /// The drivers are loaded anew, perhaps with other files.
+    void probe(const LaptopMake& make)
+    {
+        const std::lock_guard guard(mutex_);
+        laptop_ = SimulatedLaptop(make);
+        ++probes_;
+    }
+    /// How often that was done. A file that was opened before reads ENODEV in sysfs.
+    std::uint64_t probes() const { return probes_; }
+
 private:
     std::mutex mutex_;
     SimulatedLaptop laptop_;
+    std::atomic<std::uint64_t> probes_ = 0;
 };
 
 } // namespace velmora
