@@ -68,11 +68,9 @@ TEST(BatteryPicture, TellsLevelAndChargingInItsBar)
 TEST(BatteryPicture, TakesAnyNumber)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
-    const struct {
-        double percentage;
-        int shown;
-    } cases[] = {{0, 0},  {59.4, 59}, {59.5, 60},      {100, 100},     {652, 100},
-                 {-5, 0}, {NAN, 0},   {infinity, 100}, {-infinity, 0}, {1e300, 100}};
+    const std::pair<double, int> cases[] = {{0, 0},         {59.4, 59},  {59.5, 60}, {100, 100},
+                                            {652, 100},     {-5, 0},     {NAN, 0},   {infinity, 100},
+                                            {-infinity, 0}, {1e300, 100}};
     for (const auto& [percentage, shown] : cases) EXPECT_EQ(shownPercent(percentage), shown) << percentage;
     EXPECT_EQ(drawBattery(-7, false, -1, Bar::dark), drawBattery(0, false, 8, Bar::dark));
     EXPECT_EQ(drawBattery(700, true, 30'000, Bar::dark).size, 256);

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "bus/ModelObject.h"
-
 #include "SessionTest.h"
+#include "bus/Exports.h"
 #include "bus/Records.h"
 
 #include <cmath>
@@ -15,8 +15,7 @@ namespace {
 
 constexpr auto propertiesInterface = "org.freedesktop.DBus.Properties";
 
-class ModelObjectTest : public SessionTest {
-protected:
+struct ModelObjectTest : SessionTest {
     ModelObjectTest()
     {
         matches = dbus::match(stranger.get(), {.interface = propertiesInterface},
@@ -121,6 +120,38 @@ TEST_F(ModelObjectTest, RefusesWhatMakesNoSense)
         "append");
     ask(two);
     EXPECT_EQ(lastError, SD_BUS_ERROR_INVALID_ARGS);
+}
+
+namespace wired = wire::face::widget;
+
+struct WidgetObjectTest : SessionTest {
+    WidgetObjectTest() { exports::serve(object, settings); }
+
+    template <typename... Arguments>
+    std::string set(const char* property, const char* type, Arguments... arguments)
+    {
+        const auto message = call("org.freedesktop.DBus.Properties", "Set", wired::smallPath);
+        dbus::check(sd_bus_message_append(message.get(), "ss", wired::interface, property), "append");
+        dbus::check(sd_bus_message_append(message.get(), "v", type, arguments...), "append");
+        ask(message);
+        return lastError;
+    }
+
+    FakePlatform machine;
+    WidgetSettings settings{"small"};
+    ExportedObject object{loop, application.get(), wired::small};
+};
+
+TEST_F(WidgetObjectTest, IsSetFromOutsideWithinTheDisplay)
+{
+    EXPECT_EQ(set("place", "ai", 2, -7, 32'767), "");
+    EXPECT_EQ(settings.place.get(), (WidgetPlace{-7, 32'767}));
+    EXPECT_EQ(set("place", "ai", 2, 1, 32'768), SD_BUS_ERROR_INVALID_ARGS);
+    EXPECT_EQ(set("place", "ai", 1, 1), SD_BUS_ERROR_INVALID_ARGS);
+    EXPECT_EQ(set("place", "ai", 3, 1, 2, 3), SD_BUS_ERROR_INVALID_ARGS);
+    EXPECT_EQ(settings.place.get(), (WidgetPlace{-7, 32'767}));
+    EXPECT_EQ(set("place", "ai", 0), "");
+    EXPECT_EQ(settings.place.get(), std::nullopt);
 }
 
 } // namespace

@@ -39,19 +39,13 @@ protected:
         return dbus::newCall(stranger.get(), wire::face::serviceName, path, interface, member);
     }
 
-    /// Serves until the answer is there; `lastError` is the name of the error that it is.
-    std::shared_ptr<sd_bus_message> ask(const dbus::Message& message)
+    /// The stranger's; `lastError` is the name of the error that the answer is.
+    dbus::Message ask(const dbus::Message& message)
     {
-        std::shared_ptr<sd_bus_message> answer;
-        const auto keep = [](sd_bus_message* reply, void* into, sd_bus_error*) {
-            *static_cast<std::shared_ptr<sd_bus_message>*>(into) = dbus::keep(reply);
-            return 1;
-        };
-        const auto asked = dbus::ask(stranger.get(), message, keep, &answer);
-        EXPECT_TRUE(eventually([&] { return answer != nullptr; }));
-        const auto* error = sd_bus_message_get_error(answer.get());
+        auto reply = answer(stranger.get(), message);
+        const auto* error = sd_bus_message_get_error(reply.get());
         lastError = error ? error->name : "";
-        return answer;
+        return reply;
     }
 
     PrivateBus bus;

@@ -19,8 +19,7 @@ constexpr auto itemPath = "/StatusNotifierItem", itemInterface = "org.kde.Status
 constexpr auto menuPath = "/MenuBar", menuInterface = "com.canonical.dbusmenu";
 constexpr auto properties = "org.freedesktop.DBus.Properties";
 
-class StatusNotifierItemTest : public LoopTest {
-protected:
+struct StatusNotifierItemTest : LoopTest {
     StatusNotifierItemTest()
     {
         unsetenv("DISPLAY");
@@ -49,13 +48,7 @@ protected:
         sd_bus_get_unique_name(session.get(), &item);
         const auto call = dbus::newCall(host.bus(), item, path, interface, member);
         dbus::check(sd_bus_message_append(call.get(), types, arguments...), member);
-        const auto keep = [](sd_bus_message* reply, void* kept, sd_bus_error*) {
-            static_cast<dbus::Message*>(kept)->reset(sd_bus_message_ref(reply));
-            return 0;
-        };
-        dbus::Message reply;
-        const auto asked = dbus::ask(host.bus(), call, keep, &reply);
-        EXPECT_TRUE(eventually([&] { return reply != nullptr; })) << member;
+        auto reply = answer(host.bus(), call);
         if (reply && sd_bus_message_is_method_error(reply.get(), nullptr)) reply.reset();
         return reply;
     }

@@ -20,8 +20,7 @@ using namespace std::chrono_literals;
 namespace {
 
 /// Asked for windows, with a program in their place that notes how it was started and then does as told.
-class WindowsProgramTest : public SessionTest {
-protected:
+struct WindowsProgramTest : SessionTest {
     void programDoes(const std::string& what)
     {
         const auto script = folder.path() / "velmora-ui";

@@ -5,7 +5,6 @@
 
 #include "FuseTree.h"
 #include "LaptopKinds.h"
-#include "ManualClock.h"
 #include "ManualLoop.h"
 #include "ManualQueue.h"
 #include "RecordingLog.h"
@@ -24,8 +23,10 @@ using namespace std::chrono_literals;
 constexpr auto supplies = "class/power_supply/";
 
 /// A laptop whose driver answers writes as a kernel's would: mounted, since plain files refuse nothing.
-class ChargeActuatorTest : public testing::Test {
-protected:
+struct ChargeActuatorTest : testing::Test {
+    /// A test is skipped here, before it begins, or not at all.
+    void SetUp() override { begin(laptopOfKind("thresholds").value()); }
+
     void begin(const char* kind, const ThresholdDriver* driver, const std::string& module = "")
     {
         auto make = laptopOfKind(kind).value();
@@ -121,9 +122,7 @@ ChargeThresholds best(const ThresholdDriver& driver, ChargeThresholds wanted)
 // through in one go.
 TEST_F(ChargeActuatorTest, EveryDriverIsBroughtFromWhereverItStandsToWhereverItCanBe)
 {
-    const struct {
-        const char *driver, *module, *kind;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"thinkpad", "thinkpad_acpi", "thresholds"},
         {"huawei", "huawei_wmi", "thresholds"},
         {"dell", "dell_laptop", "thresholds"},

@@ -19,14 +19,7 @@ TEST(ChargePolicy, EachModeHasItsThresholdsAndTheStrongestWins)
     const auto limited = [](double limit, double hysteresis) {
         return ChargingSettings{.customChargeLimit = limit, .customHysteresis = hysteresis};
     };
-    const struct {
-        const char* what;
-        ChargingSettings settings;
-        ManualCharging manual;
-        bool isQuickCharging;
-        ChargeMode mode;
-        Thresholds wanted;
-    } cases[] = {
+    const std::tuple<const char*, ChargingSettings, ManualCharging, bool, ChargeMode, Thresholds> cases[] = {
         {"Auto-Protect holds the limit", limited(80, 2), {}, false, autoProtect, {78, 80}},
         {"fractions go to the nearest percent", limited(79.6, 4.4), {}, false, autoProtect, {75, 80}},
         {"no hysteresis still leaves a step", limited(60, 0), {}, false, autoProtect, {59, 60}},
@@ -64,8 +57,7 @@ TEST(ChargePolicy, KnowsWhetherChargingIsAllowed)
     EXPECT_TRUE(allowed(std::nullopt, 90, false)) << "nothing to limit with";
 }
 
-class QuickChargeTest : public testing::Test {
-protected:
+struct QuickChargeTest : testing::Test {
     /// Lets `duration` pass in steps of ten seconds, with this reading; returns whether it ended.
     bool pass(std::chrono::milliseconds duration, const ChargeReading& reading)
     {
@@ -88,12 +80,7 @@ TEST_F(QuickChargeTest, EndsWhenFullOrUnplugged)
     const ChargeReading atZero{.percentage = 99, .isCharging = true, .chargingPower = 0};
     const ChargeReading slowly{.percentage = 99, .isCharging = true, .chargingPower = 2};
     const ChargeReading fullAtLimit{.percentage = 80, .isFull = true};
-    const struct {
-        const char* what;
-        ChargeReading reading;
-        std::chrono::milliseconds lasting;
-        bool ends;
-    } cases[] = {
+    const std::tuple<const char*, ChargeReading, std::chrono::milliseconds, bool> cases[] = {
         {"charging goes on for hours", charging, 3h, false},
         {"full by its own word", {.percentage = 98, .isFull = true}, 0s, true},
         {"99 without power, not yet two minutes", {.percentage = 99}, 110s, false},

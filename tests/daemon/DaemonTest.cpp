@@ -3,7 +3,6 @@
 
 #include "Daemon.h"
 
-#include "ManualClock.h"
 #include "ManualLoop.h"
 #include "ManualQueue.h"
 #include "RecordingLog.h"
@@ -21,8 +20,7 @@ constexpr auto startFile = "class/power_supply/BAT0/charge_control_start_thresho
 constexpr auto endFile = "class/power_supply/BAT0/charge_control_end_threshold";
 
 /// A daemon over a laptop with two thresholds, on virtual time.
-class DaemonTest : public testing::Test {
-protected:
+struct DaemonTest : testing::Test {
     DaemonTest()
     {
         supply("BAT0",

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "ManualClock.h"
 #include "ManualLoop.h"
 #include "RecordingLog.h"
 #include "TemporaryFolder.h"
@@ -18,8 +17,7 @@
 namespace velmora {
 namespace {
 
-class StoresTest : public testing::Test {
-protected:
+struct StoresTest : testing::Test {
     DaemonState load() { return SettingsStore(folder.path() / "settings.json", clock, log).load(); }
     bool save(const DaemonState& state)
     {
@@ -68,11 +66,7 @@ TEST_F(StoresTest, WhatCannotBeIsSetAsideAndTheGoodPartTaken)
         changed.replace(changed.find(from), from.size(), to);
         return changed;
     };
-    const struct {
-        const char* what;
-        std::string contents;
-        double limit;
-    } cases[] = {
+    const std::tuple<const char*, std::string, double> cases[] = {
         {"empty", "", 80},
         {"torn", bytes.substr(0, bytes.size() / 2), 80},
         {"another program's", "[1, 2, 3]", 80},
@@ -132,15 +126,14 @@ TEST_F(StoresTest, KeepsTheSettingsOfSoManyUsersAndThenForgetsTheLongestUnused)
 
 TEST_F(StoresTest, AFailedWriteKeepsTheOldFileAndSaysSoOnce)
 {
-    ASSERT_TRUE(save({}));
+    DaemonState before;
+    before.settings.customChargeLimit = 66;
+    ASSERT_TRUE(save(before));
     std::filesystem::create_directory(folder.path() / "settings.json.new"); // in the temporary file's place
     SettingsStore store(folder.path() / "settings.json", clock, log);
-    DaemonState changed;
-    changed.settings.customChargeLimit = 50;
-    EXPECT_FALSE(store.save(changed));
-    EXPECT_FALSE(store.save(changed));
+    for (int attempt = 0; attempt < 2; ++attempt) EXPECT_FALSE(store.save({}));
     EXPECT_EQ(log.count("Cannot write"), 1U);
-    EXPECT_EQ(load(), DaemonState{});
+    EXPECT_EQ(load(), before);
 }
 
 TEST_F(StoresTest, RefusesSettingsThatCannotBe)

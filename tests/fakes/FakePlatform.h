@@ -3,9 +3,7 @@
 
 #pragma once
 
-#include "FakeSensors.h"
-#include "FakeServices.h"
-#include "ManualClock.h"
+#include "FakePorts.h"
 #include "ManualLoop.h"
 #include "ManualQueue.h"
 #include "RecordingLog.h"

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "platform/Clock.h"
 #include "platform/MainLoop.h"
 
 #include <atomic>
@@ -40,6 +41,20 @@ private:
     std::deque<Task> posted_;
     std::multimap<std::chrono::milliseconds, std::weak_ptr<const Task>> timers_;
     std::atomic<std::chrono::milliseconds> elapsed_{std::chrono::milliseconds{0}};
+};
+
+/// Tells the time of a ManualLoop. The machine started an hour before the loop was made, at `start`.
+class ManualClock final : public Clock {
+public:
+    static constexpr Date start{757'382'400}; ///< 2025-01-01 00:00:00 UTC
+
+    explicit ManualClock(std::shared_ptr<const ManualLoop> loop) : loop_(std::move(loop)) {}
+
+    Date now() const override { return start + std::chrono::duration<double>(loop_->elapsed()).count(); }
+    std::chrono::milliseconds sinceBoot() const override { return loop_->elapsed() + std::chrono::hours{1}; }
+
+private:
+    std::shared_ptr<const ManualLoop> loop_;
 };
 
 } // namespace velmora

@@ -13,8 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 namespace fs = std::filesystem;
 
-class PowerSupplyMonitorTest : public LoopTest {
-protected:
+struct PowerSupplyMonitorTest : LoopTest {
     static constexpr auto never = 24h;
 
     SysfsTree tree{"asus-ac0"};

@@ -31,12 +31,7 @@ SysfsTree& healthy(SysfsTree& tree)
 TEST(PowerSupplyReader, ResolvesContradictionsByItsRules)
 {
     constexpr double none = -999;
-    const struct {
-        const char* what;
-        Attributes changed;
-        double percentage, energyNow, power, health;
-        unsigned complaints;
-    } cases[] = {
+    const std::tuple<const char*, Attributes, double, double, double, double, unsigned> cases[] = {
         {"nothing wrong", {}, 62, 25, -10, 80, 0},
         {"capacity a little over", {{"capacity", "104"}, {"energy_now", "41000000"}}, 100, 40, -10, 80, 0},
         {"capacity far over", {{"capacity", "652"}}, 62.5, 25, -10, 80, 1},
@@ -108,11 +103,7 @@ TEST(PowerSupplyReader, KnowsPowerFromOutside)
     const Attributes giving = {{"type", "Battery"}, {"status", "Discharging"}};
     const Attributes held = {{"type", "Battery"}, {"status", "Not charging"}};
     const Attributes wordless = {{"type", "Battery"}, {"power_now", "-5000000"}};
-    const struct {
-        const char* what;
-        std::map<std::string, Attributes> supplies;
-        bool isPowered;
-    } cases[] = {
+    const std::tuple<const char*, std::map<std::string, Attributes>, bool> cases[] = {
         {"nothing at all", {}, true},
         {"the battery's own online says nothing", {{"AC", off}, {"BAT0", charging}}, false},
         {"a charger too weak", {{"AC", on}, {"BAT0", giving}}, true},
@@ -155,10 +146,7 @@ TEST(PowerSupplyReader, TakesOnlyTheLaptopsOwnBatteries)
 
 TEST(PowerSupplyReader, KnowsAGaugesWordsForUnknown)
 {
-    const struct {
-        const char *now, *average;
-        std::optional<std::chrono::seconds> time;
-    } cases[] = {
+    const std::tuple<const char*, const char*, std::optional<std::chrono::seconds>> cases[] = {
         {"5400", "600", std::chrono::seconds(5400)},   {"0", "600", std::chrono::seconds(600)},
         {"65535", "600", std::chrono::seconds(600)},   {"3932100", "65535", {}},
         {"259200", "0", std::chrono::seconds(259200)}, {"259201", "-1", {}},

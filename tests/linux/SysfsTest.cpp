@@ -31,11 +31,7 @@ TEST(DeviceAttributes, ReadsAttributesAndNothingElse)
 
     Complaints complaints(log, "test");
     DeviceAttributes attributes(folder.path(), "", complaints);
-    const struct {
-        const char* name;
-        int error;
-        std::string text;
-    } cases[] = {
+    const std::tuple<const char*, int, std::string> cases[] = {
         {"page", 0, std::string(4096, 'x')},
         {"longer", EFBIG, ""},
         {"two", 0, "one\n"},

@@ -22,8 +22,7 @@ using Code = ServiceManager::ErrorCode;
 using Course = StandInManager::Course;
 
 /// The adapter and a manager on a bus of their own.
-class SystemdServiceManagerTest : public LoopTest {
-protected:
+struct SystemdServiceManagerTest : LoopTest {
     void begin(const StandInManager::Options& options)
     {
         end();
@@ -62,13 +61,7 @@ protected:
 
 TEST_F(SystemdServiceManagerTest, EachCourseHasItsCodeAndAsksOnce)
 {
-    const struct {
-        const char* what;
-        StandInManager::Options options;
-        int outcome;
-        int prompts;
-        const char* words;
-    } cases[] = {
+    const std::tuple<const char*, StandInManager::Options, int, int, const char*> cases[] = {
         {"granted", {}, 1, 1, ""},
         {"enabled before", {.isEnabled = true}, 12, 1, "is enabled already"},
         {"refused", {.course = Course::refused}, 4, 0, "Permission denied"},
@@ -103,15 +96,7 @@ TEST_F(SystemdServiceManagerTest, APromptMayStandLongerThanAnyCallMayTake)
     dbus::check(sd_bus_open_system(out(mute)), "open");
     const char* name = nullptr;
     dbus::check(sd_bus_get_unique_name(mute.get(), &name), "name");
-    bool hasGivenUp = false;
-    const auto giveUp = [](sd_bus_message*, void* flag, sd_bus_error*) {
-        *static_cast<bool*>(flag) = true;
-        return 0;
-    };
-    dbus::check(
-        sd_bus_call_method_async(connection.get(), nullptr, name, "/", "a.b", "C", giveUp, &hasGivenUp, ""),
-        "call");
-    ASSERT_TRUE(eventually([&] { return hasGivenUp; }));
+    ASSERT_TRUE(answer(connection.get(), dbus::newCall(connection.get(), name, "/", "a.b", "C")));
     unsetenv("SYSTEMD_BUS_TIMEOUT");
     EXPECT_FALSE(outcome);
     manager->decide();

@@ -40,8 +40,7 @@ HSBatteryState stateAt(double percentage, bool isCharging = false, double limit 
     return {percentage, isCharging, "AC", "Nominal", limit, 2, -1, -1, false};
 }
 
-class BatteryModelTest : public testing::Test {
-protected:
+struct BatteryModelTest : testing::Test {
     FakePlatform platform;
     ManualLoop& loop = *platform.loop;
     std::shared_ptr<FakeDaemonClient> daemon = std::make_shared<FakeDaemonClient>();
@@ -104,10 +103,7 @@ TEST_F(BatteryModelTest, TakesACloudStateWithinBoundsAndRecordsIt)
 {
     platform.settle();
     model.thermalState.set(ThermalState::fair);
-    const struct {
-        double sent;
-        double taken;
-    } cases[] = {{104.2, 100}, {-3, 0}, {42.5, 42.5}, {std::nan(""), 0}};
+    const std::pair<double, double> cases[] = {{104.2, 100}, {-3, 0}, {42.5, 42.5}, {std::nan(""), 0}};
     for (const auto& [sent, taken] : cases) {
         loop.advance(1h);
         BatteryModelIntake::take(model, {.percentage = sent,
@@ -156,12 +152,7 @@ TEST_F(BatteryModelTest, DerivesTheMinutesToTheLimit)
 {
     constexpr auto huge = std::numeric_limits<std::int64_t>::max();
     const double infinite = std::numeric_limits<double>::infinity();
-    const struct {
-        const char* what;
-        bool isCharging;
-        double level, limit;
-        std::int64_t toFull, toLimit;
-    } cases[] = {
+    const std::tuple<const char*, bool, double, double, std::int64_t, std::int64_t> cases[] = {
         {"a fraction is cut", true, 61, 80, 40, 19},
         {"at the limit", true, 80, 80, 30, 0},
         {"full under a limit past full", true, 100, 120, 30, 0},

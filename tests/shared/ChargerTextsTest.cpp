@@ -43,135 +43,91 @@ const auto resumed = obedient("resumed", 99, 100);
 const auto unlimited = obedient("auto-protect", 98, 100);
 const auto paused = obedient("paused", 0, 79);
 const auto* const noControl = "This laptop's charger takes no limit from software: it charges to 100%.";
-const auto* const held = "Auto-Protect is on: charging stops at 80% and begins again below 78%.";
 const auto* const stopped = "The background service is not running: the charger keeps its last settings.";
 
-TEST(ChargerTexts, TrayWidgetsPagesAndDaemonAgree)
+TEST(ChargerTexts, TrayWidgetsAndPagesAgree)
 {
-    const struct {
-        Situation now;
-        const char *tooltip, *widget, *page, *reason; ///< no reason: the one of the case before
-    } cases[] = {
+    const std::pair<Situation, std::string> cases[] = {
         {{.percentage = 80, .charger = at80},
-         "80%, plugged in, held at the limit of 80%",
-         "Limit reached",
-         "Holding at 80%: plugged in, limit reached.",
-         held},
+         "80%, plugged in, held at the limit of 80% | Limit reached | "
+         "Holding at 80%: plugged in, limit reached."},
         {{.percentage = 80, .isAutoProtectOn = false, .charger = at80}, // switched off, and refused
-         "80%, plugged in, held at the limit of 80%",
-         "Limit reached",
-         "Holding at 80%: plugged in, limit reached.",
-         nullptr},
+         "80%, plugged in, held at the limit of 80% | Limit reached | "
+         "Holding at 80%: plugged in, limit reached."},
         {{.percentage = 81, .charger = at80},
-         "81%, plugged in, above the limit of 80%",
-         "Above the limit",
-         "Not charging: the battery is above the limit of 80%.",
-         nullptr},
+         "81%, plugged in, above the limit of 80% | Above the limit | "
+         "Not charging: the battery is above the limit of 80%."},
         {{.percentage = 79, .charger = at80},
-         "79%, plugged in, charging begins again below 78%",
-         "Plugged in",
-         "Resting: plugged in, and charging begins again below 78%.",
-         nullptr},
+         "79%, plugged in, charging begins again below 78% | Plugged in | "
+         "Resting: plugged in, and charging begins again below 78%."},
         {{.percentage = 60, .charger = at80},
-         "60%, plugged in, not charging",
-         "Plugged in",
-         "Plugged in, but the battery takes no charge right now.",
-         nullptr},
+         "60%, plugged in, not charging | Plugged in | "
+         "Plugged in, but the battery takes no charge right now."},
         {{.percentage = 76.9, .isCharging = true, .timeToFull = 65, .timeToLimit = 20, .charger = at80},
-         "76%, charging, 20m to the limit of 80%",
-         "Charging: 20m to limit",
-         "Charging to 80%: Auto-Protect is on.",
-         nullptr},
+         "76%, charging, 20m to the limit of 80% | Charging: 20m to limit | "
+         "Charging to 80%: Auto-Protect is on."},
         {{.percentage = 70, .isCharging = true, .timeToLimit = 90, .limit = 90, .charger = at80}, // refused
-         "70%, charging to 80%",
-         "Charging to 80%",
-         "Charging to 80%: Auto-Protect is on.",
-         nullptr},
+         "70%, charging to 80% | Charging to 80% | Charging to 80%: Auto-Protect is on."},
         {{.percentage = 85, .isCharging = true, .timeToFull = 40, .charger = at80},
-         "85%, charging past the limit of 80%",
-         "Charging",
-         "Charging past the limit of 80%: the charger does not follow it yet.",
-         nullptr},
+         "85%, charging past the limit of 80% | Charging | "
+         "Charging past the limit of 80%: the charger does not follow it yet."},
         {{.percentage = 72, .isOnBattery = true, .timeToEmpty = 125, .charger = at80},
-         "72%, on battery, 2h 5m remaining",
-         "2h 5m remaining",
-         "On battery: charging will stop at 80%, Auto-Protect is on.",
-         nullptr},
+         "72%, on battery, 2h 5m remaining | 2h 5m remaining | "
+         "On battery: charging will stop at 80%, Auto-Protect is on."},
         {{.percentage = 79, .charger = endOnly},
-         "79%, plugged in, not charging",
-         "Plugged in",
-         "Resting: plugged in, and the firmware decides when charging begins again.",
-         "Auto-Protect is on: charging stops at 80%."},
+         "79%, plugged in, not charging | Plugged in | "
+         "Resting: plugged in, and the firmware decides when charging begins again."},
         {{.percentage = 80, .charger = uncontrolled},
-         "80%, plugged in, not charging",
-         "Plugged in",
-         noControl,
-         noControl},
+         std::string("80%, plugged in, not charging | Plugged in | ") + noControl},
         {{.percentage = 70, .isCharging = true, .timeToFull = 65, .timeToLimit = 20, .charger = uncontrolled},
-         "70%, charging, 1h 5m to full",
-         "Charging: 1h 5m to full",
-         noControl,
-         nullptr},
+         std::string("70%, charging, 1h 5m to full | Charging: 1h 5m to full | ") + noControl},
         {{.percentage = 50, .charger = storage},
-         "50%, plugged in, held at the limit of 50%",
-         "Limit reached",
-         "Holding at 50%: plugged in, limit reached.",
-         "Storage mode is on: charging stops at 50% and begins again below 48%."},
+         "50%, plugged in, held at the limit of 50% | Limit reached | "
+         "Holding at 50%: plugged in, limit reached."},
         {{.percentage = 40, .isCharging = true, .timeToFull = 65, .timeToLimit = 20, .charger = storage},
-         "40%, charging to 50%",
-         "Charging to 50%",
-         "Charging to 50%: storage mode is on.",
-         nullptr},
+         "40%, charging to 50% | Charging to 50% | Charging to 50%: storage mode is on."},
         {{.isCharging = true, .timeToFull = 12, .timeToLimit = 5, .charger = quickCharge},
-         "50%, charging, 12m to full",
-         "Charging: 12m to full",
-         "Charging to 100%: quick charge is on.",
-         "Quick charge is on: charging goes on to 100% once."},
+         "50%, charging, 12m to full | Charging: 12m to full | Charging to 100%: quick charge is on."},
         {{.percentage = 79, .charger = resumed},
-         "79%, plugged in, not charging",
-         "Plugged in",
-         "Plugged in, but the battery takes no charge right now: it was resumed by hand.",
-         "Resumed by hand, until the next plug or changed setting."},
+         "79%, plugged in, not charging | Plugged in | "
+         "Plugged in, but the battery takes no charge right now: it was resumed by hand."},
         {{.percentage = 99.5, .charger = unlimited},
-         "99%, plugged in, full",
-         "Full",
-         "Full: plugged in, no limit is set.",
-         "No limit is set: charging goes on to 100%."},
+         "99%, plugged in, full | Full | Full: plugged in, no limit is set."},
         {{.isOnBattery = true, .timeToEmpty = -2, .charger = obedient("off", 95, 100)},
-         "50%, on battery",
-         "Calculating remaining time...",
-         "On battery: charging will go on to 100%, no limit is set.",
-         nullptr},
+         "50%, on battery | Calculating remaining time... | "
+         "On battery: charging will go on to 100%, no limit is set."},
         {{.percentage = 79, .charger = paused},
-         "79%, plugged in, paused by hand",
-         "Paused",
-         "Paused at 79% by hand, until the next plug or changed setting.",
-         "Paused by hand, until the next plug or changed setting."},
+         "79%, plugged in, paused by hand | Paused | "
+         "Paused at 79% by hand, until the next plug or changed setting."},
         {{.percentage = 0, .charger = ChargerReport{}},
-         "This machine has no battery.",
-         "No battery",
-         "This machine has no battery.",
-         noControl},
+         "This machine has no battery. | No battery | This machine has no battery."},
         {{.percentage = 80, .isSimulated = true},
-         "80%, plugged in, held at the limit of 80%",
-         "Limit reached",
-         stopped,
-         nullptr},
-        {{.isCharging = true}, "50%, charging", "Background service not running", stopped, nullptr},
+         std::string("80%, plugged in, held at the limit of 80% | Limit reached | ") + stopped},
+        {{.isCharging = true}, std::string("50%, charging | Background service not running | ") + stopped},
     };
-    const char* reason = nullptr;
-    for (const auto& row : cases) {
-        SCOPED_TRACE(row.tooltip);
-        EXPECT_EQ(charger::tooltip(row.now, Thermal::nominal), row.tooltip);
-        EXPECT_EQ(widget::statusText(row.now), row.widget);
-        EXPECT_EQ(charger::limiterText(row.now), row.page);
-        if (row.reason) reason = row.reason;
-        if (row.now.charger) {
-            EXPECT_EQ(reasonOf(*row.now.charger), reason);
-        }
-    }
-    EXPECT_EQ(charger::tooltip(cases[0].now, Thermal::serious),
+    for (const auto& [now, texts] : cases)
+        EXPECT_EQ(charger::tooltip(now, Thermal::nominal) + " | " + widget::statusText(now) + " | " +
+                      charger::limiterText(now),
+                  texts);
+    EXPECT_EQ(charger::tooltip(cases[0].first, Thermal::serious),
               "80%, plugged in, held at the limit of 80%, heat: Serious");
+}
+
+TEST(ChargerTexts, TheDaemonSaysWhyItHoldsWhatItHolds)
+{
+    const std::pair<ChargerReport, const char*> cases[] = {
+        {at80, "Auto-Protect is on: charging stops at 80% and begins again below 78%."},
+        {endOnly, "Auto-Protect is on: charging stops at 80%."},
+        {uncontrolled, noControl},
+        {storage, "Storage mode is on: charging stops at 50% and begins again below 48%."},
+        {quickCharge, "Quick charge is on: charging goes on to 100% once."},
+        {resumed, "Resumed by hand, until the next plug or changed setting."},
+        {unlimited, "No limit is set: charging goes on to 100%."},
+        {obedient("off", 95, 100), "No limit is set: charging goes on to 100%."},
+        {paused, "Paused by hand, until the next plug or changed setting."},
+        {ChargerReport{}, noControl},
+    };
+    for (const auto& [report, reason] : cases) EXPECT_EQ(reasonOf(report), reason);
 }
 
 TEST(ChargerTexts, PagesSayWhatThisLaptopMakesOfTheSettings)
@@ -182,10 +138,7 @@ TEST(ChargerTexts, PagesSayWhatThisLaptopMakesOfTheSettings)
     auto silent = at80;
     silent.startThreshold = silent.endThreshold = -1;
     const auto* const notNow = "With Auto-Protect charging begins again below 78%.";
-    const struct {
-        std::optional<ChargerReport> charger;
-        const char *limit, *start;
-    } cases[] = {
+    const std::tuple<std::optional<ChargerReport>, const char*, const char*> cases[] = {
         {std::nullopt, stopped, ""},
         {ChargerReport{}, "This machine has no battery.", ""},
         {uncontrolled, noControl, ""},
@@ -206,11 +159,7 @@ TEST(ChargerTexts, PagesSayWhatThisLaptopMakesOfTheSettings)
 
 TEST(DashboardTexts, StatusLineTellsTheTimesThatAreKnown)
 {
-    const struct {
-        bool isCharging, isLimited;
-        std::int64_t toLimit, toFull, toEmpty;
-        const char* line;
-    } cases[] = {
+    const std::tuple<bool, bool, std::int64_t, std::int64_t, std::int64_t, const char*> cases[] = {
         {false, true, 30, 30, 45, "45m remaining"},
         {false, true, -1, -1, -2, "Calculating remaining time..."},
         {false, true, -1, -1, -1, "Live battery analytics and performance monitoring."},

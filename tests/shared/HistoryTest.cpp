@@ -86,11 +86,7 @@ TEST(HistoryCodec, TakesAllOrNothing)
 TEST(HistoryFilter, DropsWhatTellsNothingNew)
 {
     const auto last = sampleAt(10'000, 80);
-    const struct {
-        const char* what;
-        HSHistorySnapshot candidate;
-        bool isKept;
-    } cases[] = {
+    const std::tuple<const char*, HSHistorySnapshot, bool> cases[] = {
         {"exactly five points up", sampleAt(10'600, 85), true},
         {"exactly five points down", sampleAt(10'600, 75), true},
         {"just below five points", sampleAt(10'600, 84.999), false},
@@ -107,8 +103,7 @@ TEST(HistoryFilter, DropsWhatTellsNothingNew)
     EXPECT_TRUE(isWorthKeeping(nullptr, last));
 }
 
-class AnalyticsStoreTest : public testing::Test {
-protected:
+struct AnalyticsStoreTest : testing::Test {
     FakePlatform platform;
     ManualQueue& queue = *platform.queue("app.velmora.analytics");
     static constexpr auto file = "support/Velmora/history.json";
@@ -164,10 +159,7 @@ TEST_F(AnalyticsStoreTest, AnUnreadableFileIsAnEmptyHistoryAndIsOverwritten)
 
 TEST_F(AnalyticsStoreTest, OneGoesForEachThatComesPastAThousand)
 {
-    const struct {
-        std::size_t loaded;
-        std::size_t afterwards;
-    } cases[] = {{998, 999}, {999, 1000}, {1000, 1000}, {1200, 1200}};
+    const std::pair<std::size_t, std::size_t> cases[] = {{998, 999}, {999, 1000}, {1000, 1000}, {1200, 1200}};
     for (const auto& [loaded, afterwards] : cases) {
         SCOPED_TRACE(loaded);
         History samples;

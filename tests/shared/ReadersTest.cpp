@@ -32,11 +32,7 @@ TEST(BatteryHardwareService, ReadsADescription)
     const PowerSourceDescription mistyped{{"Current Capacity", "80"s},      {"Max Capacity", true},
                                           {"Is Charging", std::int64_t{1}}, {"Power Source State", true},
                                           {"Time to Full Charge", 45.0},    {"Time to Empty", "45"s}};
-    const struct {
-        const char* what;
-        PowerSourceDescription description;
-        SharedBatteryState expected;
-    } cases[] = {
+    const std::tuple<const char*, PowerSourceDescription, SharedBatteryState> cases[] = {
         {"all there, as integers", allThere, {80, true, "AC", 45, 0}},
         {"nothing there", {}, {0, false, "Battery", -1, -1}},
         {"all of another type", mistyped, {0, false, "Battery", -1, -1}},

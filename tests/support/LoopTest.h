@@ -4,6 +4,7 @@
 #pragma once
 
 #include "base/EventLoop.h"
+#include "bus/DBus.h"
 
 #include <chrono>
 #include <gtest/gtest.h>
@@ -27,6 +28,19 @@ protected:
             serve();
         }
         return true;
+    }
+
+    /// The answer to a call, be it an error; serves the loop until it is there.
+    dbus::Message answer(sd_bus* bus, const dbus::Message& call)
+    {
+        const auto keep = [](sd_bus_message* reply, void* kept, sd_bus_error*) {
+            static_cast<dbus::Message*>(kept)->reset(sd_bus_message_ref(reply));
+            return 1;
+        };
+        dbus::Message reply;
+        const auto asked = dbus::ask(bus, call, keep, &reply);
+        EXPECT_TRUE(eventually([&] { return reply != nullptr; })) << sd_bus_message_get_member(call.get());
+        return reply;
     }
 };
 

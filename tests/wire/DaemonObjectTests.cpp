@@ -41,19 +41,12 @@ TEST_F(DaemonObjectTest, NamesWhatIsWrongWithAChangeAndPassesOnWhatIsNamed)
 {
     const auto daemon = startDaemon();
     Peer peer(loop);
-    std::string reason;
-    const auto answer = [](sd_bus_message* reply, void* to, sd_bus_error*) {
-        const auto* error = sd_bus_message_get_error(reply);
-        *static_cast<std::string*>(to) = error ? error->message : "done";
-        return 0;
-    };
     const auto attempt = [&](const auto& append) {
         const auto call = peer.call(wire::objectPath, wire::charger::interface, "SetSettings");
         append(call.get());
-        reason.clear();
-        sd_bus_call_async(peer.bus(), nullptr, call.get(), answer, &reason, 0);
-        EXPECT_TRUE(eventually([&] { return !reason.empty(); }));
-        return reason;
+        const auto reply = answer(peer.bus(), call);
+        const auto* error = sd_bus_message_get_error(reply.get());
+        return std::string(error ? error->message : "done");
     };
     const auto entries = [&](const KeyedArchive& archive) {
         return attempt([&](auto* call) { dbus::append(call, archive); });
@@ -116,7 +109,7 @@ TEST_F(DaemonObjectTest, SaysNothingOfTheChargerBeforeItHasBeenSeen)
     DaemonObject daemon(loop, service, log);
     EXPECT_EQ(outcome(daemon), "owned");
     Peer peer(loop);
-    std::vector<int> answers, pings;
+    std::vector<int> answers;
     const auto noted = [](sd_bus_message* reply, void* to, sd_bus_error*) {
         int value = -1;
         sd_bus_message_read(reply, "v", "b", &value);
@@ -126,9 +119,7 @@ TEST_F(DaemonObjectTest, SaysNothingOfTheChargerBeforeItHasBeenSeen)
     const auto question = peer.call(wire::objectPath, "org.freedesktop.DBus.Properties", "Get");
     sd_bus_message_append(question.get(), "ss", ChargerReport::interface, "HasBattery");
     sd_bus_call_async(peer.bus(), nullptr, question.get(), noted, &answers, 0);
-    const auto ping = peer.call(wire::objectPath, "org.freedesktop.DBus.Peer", "Ping");
-    sd_bus_call_async(peer.bus(), nullptr, ping.get(), noted, &pings, 0);
-    ASSERT_TRUE(eventually([&] { return !pings.empty(); }));
+    ASSERT_TRUE(answer(peer.bus(), peer.call(wire::objectPath, "org.freedesktop.DBus.Peer", "Ping")));
     EXPECT_TRUE(answers.empty()) << "nothing was seen yet, and so no lack of a battery either";
     service.report.hasBattery = true;
     daemon.serve();
@@ -142,30 +133,22 @@ TEST_F(DaemonObjectTest, AnswersWithWhatALookShows)
     service.report.endThreshold = 80;
     service.looks = [this] { ++service.report.endThreshold; };
     Peer peer(loop);
-    std::vector<std::int64_t> answers;
-    const auto ask = [&](const char* member, const char* name, sd_bus_message_handler_t answered) {
+    const auto ask = [&](const char* member, const char* name) {
         const auto call = peer.call(wire::objectPath, "org.freedesktop.DBus.Properties", member);
         sd_bus_message_append(call.get(), "s", ChargerReport::interface);
         if (name) sd_bus_message_append(call.get(), "s", name);
-        const auto before = answers.size();
-        sd_bus_call_async(peer.bus(), nullptr, call.get(), answered, &answers, 0);
-        return eventually([&] { return answers.size() > before; }) ? answers.back() : 0;
+        return answer(peer.bus(), call);
     };
-    const auto one = [](sd_bus_message* reply, void* to, sd_bus_error*) {
+    const auto one = [&](const char* name) {
         std::int64_t value = -1;
-        sd_bus_message_read(reply, "v", "x", &value);
-        static_cast<std::vector<std::int64_t>*>(to)->push_back(value);
-        return 0;
+        sd_bus_message_read(ask("Get", name).get(), "v", "x", &value);
+        return value;
     };
-    const auto all = [](sd_bus_message* reply, void* to, sd_bus_error*) {
-        const auto report = dbus::readArchive(reply);
-        const auto* value = report.find("EndThreshold");
-        static_cast<std::vector<std::int64_t>*>(to)->push_back(value ? std::get<std::int64_t>(*value) : -1);
-        return 0;
-    };
-    EXPECT_EQ(ask("Get", "EndThreshold", one), 81) << "a property is a question too";
-    EXPECT_EQ(ask("GetAll", nullptr, all), 82);
-    EXPECT_EQ(ask("Get", "NoSuchThing", one), -1);
+    EXPECT_EQ(one("EndThreshold"), 81) << "a property is a question too";
+    const auto all = dbus::readArchive(ask("GetAll", nullptr).get());
+    ASSERT_TRUE(all.find("EndThreshold"));
+    EXPECT_EQ(*all.find("EndThreshold"), KeyedArchive::Value{std::int64_t{82}});
+    EXPECT_EQ(one("NoSuchThing"), -1);
 }
 
 TEST_F(DaemonObjectTest, BelievesLogindAloneThatTheMachineWokeUp)

@@ -1,0 +1,158 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "FakePlatform.h"
+#include "model/InstallationManager.h"
+#include "model/VersionNotice.h"
+#include "model/WidgetSettings.h"
+
+#include <gtest/gtest.h>
+
+namespace velmora {
+namespace {
+
+using Code = ServiceManager::ErrorCode;
+
+struct InstallationManagerTest : testing::Test {
+    FakePlatform machine;
+    FakeServiceManager& service = *machine.serviceManager;
+    FakePreferences& preferences = *machine.preferences;
+
+    static InstallationManager& manager() { return Platform::current().singleton<InstallationManager>(); }
+};
+
+TEST_F(InstallationManagerTest, ADaemonThatIsEnabledNeedsNoInstallation)
+{
+    service.now = ServiceManager::Status::enabled;
+    EXPECT_TRUE(manager().isInstallationCompleted.get());
+    EXPECT_EQ(preferences.assignments, 0) << "what was found is not what was chosen";
+    manager().isInstallationCompleted.set(false);
+    EXPECT_FALSE(preferences.values.at("Velmora_DaemonInstalled"));
+    EXPECT_EQ(preferences.assignments, 1);
+}
+
+TEST_F(InstallationManagerTest, EachOutcomeHasItsEnd)
+{
+    const std::tuple<const char*, std::optional<ServiceManager::Error>, bool, double,
+                     std::optional<std::string>>
+        cases[] = {
+            {"success", std::nullopt, true, 1, std::nullopt},
+            {"missing or damaged",
+             {{Code::invalidSignature, "gone"}},
+             false,
+             0,
+             "Invalid code signature. Please re-download Velmora from https://velmora.app."},
+            {"refused",
+             {{Code::authorizationDenied, "no"}},
+             false,
+             0,
+             "Authorization denied. Admin privileges are required to install the Velmora daemon."},
+            {"by somebody else", {{Code::alreadyRegistered, "is there"}}, true, 0, ""},
+            {"any other",
+             {{Code::internalFailure, "Unit is masked."}},
+             false,
+             0,
+             "Installation failed: Unit is masked."},
+        };
+    for (const auto& [what, outcome, isCompleted, progress, text] : cases) {
+        SCOPED_TRACE(what);
+        service.prompts.clear();
+        preferences.values.clear();
+        InstallationManager one;
+        one.installationError.set("of last time");
+        one.begin();
+        one.begin();
+        ASSERT_EQ(service.prompts.size(), 1U) << "one at a time";
+        EXPECT_TRUE(one.isInstalling.get());
+        EXPECT_EQ(one.installationProgress.get(), 0.1);
+        EXPECT_EQ(one.installationError.get(), std::nullopt);
+
+        service.prompts.front()(outcome);
+        EXPECT_FALSE(one.isInstalling.get());
+        EXPECT_EQ(one.installationProgress.get(), progress);
+        EXPECT_EQ(one.installationError.get(), text);
+        EXPECT_EQ(one.isInstallationCompleted.get(), isCompleted);
+        EXPECT_EQ(preferences.boolean("Velmora_DaemonInstalled"), isCompleted);
+        EXPECT_EQ(preferences.values.size(), isCompleted ? 1U : 0U) << "a failure is nothing to remember";
+
+        bool isSuccess = false;
+        one.installDaemon([&](bool success) { isSuccess = success; });
+        service.prompts.back()(outcome);
+        EXPECT_EQ(isSuccess, !outcome);
+    }
+}
+
+TEST_F(InstallationManagerTest, AnAnswerThatComesTooLateFindsNobody)
+{
+    {
+        InstallationManager one;
+        one.begin();
+    }
+    service.prompts.front()(std::nullopt);
+    EXPECT_EQ(preferences.assignments, 0);
+}
+
+TEST(VersionNotice, IsForSystemsWithALimiter)
+{
+    for (const auto& [system, isShown] : {std::pair(SystemVersion{25, 9}, false),
+                                          {{26, 3}, false},
+                                          {{26, 4}, true},
+                                          {{27, 3}, false},
+                                          {{27, 4}, true}}) {
+        FakePlatform machine;
+        machine.platform.systemVersion = system;
+        VersionNotice notice;
+        notice.appeared();
+        EXPECT_EQ(notice.showMacOS264Banner.get(), isShown) << system.major << '.' << system.minor;
+    }
+}
+
+TEST(VersionNotice, ComesBackUntilItIsAnsweredAndThenNeverAgain)
+{
+    FakePlatform machine;
+    machine.platform.systemVersion = {26, 4};
+    {
+        VersionNotice notice;
+        for (int time = 0; time < 2; ++time) {
+            notice.appeared();
+            EXPECT_TRUE(notice.showMacOS264Banner.get());
+            notice.showMacOS264Banner.set(false); // closed by other means
+        }
+        EXPECT_EQ(machine.preferences->assignments, 0);
+        notice.dismissed();
+        notice.appeared();
+        EXPECT_FALSE(notice.showMacOS264Banner.get());
+    }
+    EXPECT_EQ(machine.preferences->values,
+              (decltype(machine.preferences->values){{"hasSeenMacOS264Banner", true}}));
+    VersionNotice ofTheNextStart;
+    ofTheNextStart.appeared();
+    EXPECT_FALSE(ofTheNextStart.showMacOS264Banner.get());
+}
+
+TEST(WidgetSettings, AreAsTheyWereLeftAndBrokenPlacesAreNone)
+{
+    FakePlatform machine;
+    {
+        WidgetSettings small("small");
+        small.isPinned.set(true);
+        small.place.set(WidgetPlace{-12, 400});
+    }
+    EXPECT_TRUE(WidgetSettings("small").isPinned.get());
+    EXPECT_FALSE(WidgetSettings("small").isShownAtLogIn.get());
+    EXPECT_EQ(WidgetSettings("small").place.get(), (WidgetPlace{-12, 400}));
+    EXPECT_EQ(WidgetSettings("medium").place.get(), std::nullopt);
+    EXPECT_EQ(machine.preferences->assignments, 2) << "what was found is not written back";
+    EXPECT_EQ(machine.log->count(), 0U);
+
+    auto& text = machine.preferences->texts.begin()->second;
+    for (const auto* broken : {"12", "12,", ",", "12,a", "12,4 ", "1,2,3", "40000,1", "1,-99999999999"}) {
+        machine.log->clear();
+        text = broken;
+        EXPECT_EQ(WidgetSettings("small").place.get(), std::nullopt) << broken;
+        EXPECT_EQ(machine.log->count("small widget"), 1U) << broken;
+    }
+}
+
+} // namespace
+} // namespace velmora
