@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "App.h"
-#include "SimulatedLaptopTest.h"
+#include "FuseTree.h"
+#include "LaptopKinds.h"
+#include "SystemTest.h"
 #include "bus/Records.h"
 
 #include <cstdlib>
@@ -17,6 +19,110 @@ namespace velmora {
 namespace {
 
 using namespace std::chrono_literals;
+
+/// velmorad over a laptop whose time the test moves, and whose files answer as a kernel's would.
+struct SimulatedLaptopTest : SystemTest {
+    void SetUp() override
+    {
+        mount({});
+        if (!mounted) GTEST_SKIP() << whyNot;
+    }
+    void TearDown() override
+    {
+        SystemTest::TearDown();
+        mounted.reset();
+    }
+
+    void mount(std::chrono::milliseconds heldWrite)
+    {
+        mounted.reset();
+        std::filesystem::create_directories(tree());
+        mounted = FuseTree::mount(laptop, {.folder = tree(), .heldWrite = heldWrite}, whyNot);
+    }
+
+    /// Does something to the laptop, which announces what changed by it.
+    template <typename Deed>
+    void with(Deed deed)
+    {
+        const auto changed = laptop.with([&](SimulatedLaptop& one) {
+            deed(one);
+            return one.takeAnnouncements();
+        });
+        for (const auto& supply : changed) mounted->announce(supply);
+    }
+    void plug(bool isPlugged)
+    {
+        with([&](auto& one) { one.plug(isPlugged); });
+    }
+
+    /// Lets time pass for the laptop, at most two days, until one of its batteries is in this state.
+    bool passUntil(int percent, const std::string& status)
+    {
+        for (int minute = 0; minute < 2 * 24 * 60; ++minute) {
+            with([](auto& one) { one.advance(60); });
+            const auto battery = look().batteries.front();
+            if (battery.percent == percent && battery.status == status) return true;
+        }
+        return false;
+    }
+    void passHours(int hours)
+    {
+        for (int minute = 0; minute < hours * 60; ++minute) with([](auto& one) { one.advance(60); });
+    }
+
+    LaptopLook look()
+    {
+        return laptop.with([](const SimulatedLaptop& one) { return one.look(); });
+    }
+
+    /// The daemon has come to see it so.
+    bool shows(double percentage, bool isCharging)
+    {
+        return eventually([&] {
+            const auto now = peer.state();
+            return now && std::abs(now->percentage - percentage) < 1 && now->isCharging == isCharging;
+        });
+    }
+
+    std::string whyNot; ///< mounted
+    SharedLaptop laptop{laptopOfKind("thresholds").value()};
+    std::unique_ptr<FuseTree> mounted;
+};
+
+TEST_F(SimulatedLaptopTest, ChargesToTheLimitStaysAndResumesBelowTheStart)
+{
+    startDaemon();
+    ASSERT_TRUE(becomes(78, 80));
+    ASSERT_TRUE(passUntil(80, "Not charging"));
+    passHours(24);
+    EXPECT_EQ(look().batteries.front().percent, 80);
+    EXPECT_TRUE(shows(80, false));
+
+    plug(false);
+    ASSERT_TRUE(passUntil(79, "Discharging"));
+    EXPECT_TRUE(shows(79, false));
+    EXPECT_EQ(peer.state()->powerSource, "Battery");
+    plug(true);
+    passHours(1);
+    EXPECT_EQ(look().batteries.front().percent, 79) << "not worth charging yet";
+    plug(false);
+    ASSERT_TRUE(passUntil(76, "Discharging"));
+    plug(true);
+    EXPECT_TRUE(shows(76, true));
+    EXPECT_TRUE(passUntil(80, "Not charging"));
+    EXPECT_TRUE(shows(80, false));
+}
+
+TEST_F(SimulatedLaptopTest, FirmwareThatDoesNotAnswerKeepsNobodyWaitingAndLosesNothing)
+{
+    mount(3s);
+    startDaemon();
+    ASSERT_TRUE(peer.set({.customChargeLimit = 70}));
+    EXPECT_EQ(peer.state()->customChargeLimit, 70);
+    EXPECT_EQ(end(), 100) << "the first write is still under way";
+    stopDaemon();
+    EXPECT_NE(folder.read(state() / "settings.json").find("\"customChargeLimit\": 70"), std::string::npos);
+}
 
 /// Hears every message with settings on the bus.
 class Eavesdropper {
@@ -56,8 +162,7 @@ private:
 };
 
 /// A running application, in this process, over the same laptop.
-class ApplicationTest : public SimulatedLaptopTest {
-protected:
+struct ApplicationTest : SimulatedLaptopTest {
     void TearDown() override
     {
         app.reset();
@@ -67,7 +172,7 @@ protected:
 
     void beginAt(int percent)
     {
-        begin("thresholds");
+        startDaemon();
         with([percent](auto& one) { one.setLevel(percent); });
         ASSERT_TRUE(becomes(78, 80));
         for (const auto& [name, value] : environment()) setenv(name.c_str(), value.c_str(), 1);

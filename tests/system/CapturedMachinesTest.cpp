@@ -23,8 +23,7 @@ std::vector<std::string> machineNames()
 }
 
 /// Every laptop that was ever captured, its files laid out plainly.
-class CapturedMachinesTest : public SystemTest, public testing::WithParamInterface<std::string> {
-protected:
+struct CapturedMachinesTest : SystemTest, testing::WithParamInterface<std::string> {
     void expectSaneState()
     {
         const auto now = peer.state();

@@ -10,8 +10,7 @@
 namespace velmora {
 namespace {
 
-class SettingsTest : public SystemTest {
-protected:
+struct SettingsTest : SystemTest {
     SettingsTest()
     {
         layLaptop();
@@ -31,11 +30,7 @@ protected:
 TEST_F(SettingsTest, EveryModeArrivesInTheTreeAndSurvivesARestart)
 {
     EXPECT_TRUE(becomes(78, 80)) << "Auto-Protect is on from the start";
-    const struct {
-        const char* what;
-        ChargingSettings settings;
-        int start, end;
-    } cases[] = {
+    const std::tuple<const char*, ChargingSettings, int, int> cases[] = {
         {"a limit", {.customChargeLimit = 70, .customHysteresis = 5}, 65, 70},
         {"storage", {.isStorageModeEnabled = true, .customChargeLimit = 70}, 48, 50},
         {"quick charge", {.isTemporaryOverride = true, .customChargeLimit = 70}, 99, 100},

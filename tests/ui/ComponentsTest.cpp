@@ -35,55 +35,37 @@ TEST(Symbols, WhatIsUnknownIsTransparentAndNamedInTheLog)
 
 using Component = Views;
 
-TEST_F(Component, RingsGradientFollowsChargingThenLevelThenLimit)
+/// A ring at its limit with that level.
+struct Ring : Views {
+    QQuickItem* show(double percentage)
+    {
+        return showComponent("BatteryRing",
+                             {{"percentage", percentage},
+                              {"isCharging", false},
+                              {"isLimitReached", true},
+                              {"pulseAlpha", 0.4}},
+                             {72, 72});
+    }
+};
+
+TEST_F(Ring, FollowsTheLevelBeforeTheLimit)
 {
-    const struct {
-        double percentage;
-        bool charging;
-        bool limit;
-        const char* from;
-        double fade;
-        double opacity;
-    } cases[] = {
-        {19.9, false, true, "#ff3b30", 0.7, 1},
-        {20, false, true, "#007aff", 0.6, 1},
-    };
-    for (const auto& [percentage, charging, limit, from, fade, opacity] : cases) {
-        const auto* ring = showComponent("BatteryRing",
-                                         {{"percentage", percentage},
-                                          {"isCharging", charging},
-                                          {"isLimitReached", limit},
-                                          {"pulseAlpha", 0.4}},
-                                         {72, 72});
+    for (const auto& [level, from, fade] : {std::tuple(19.9, "#ff3b30", 0.7), {20, "#007aff", 0.6}}) {
+        const auto* ring = show(level);
         ASSERT_TRUE(ring);
-        EXPECT_EQ(ring->property("from").value<QColor>().name(), from) << percentage;
-        EXPECT_NEAR(ring->property("to").value<QColor>().alphaF(), fade, 0.01) << percentage;
-        EXPECT_EQ(ring->opacity(), opacity);
+        EXPECT_EQ(ring->property("from").value<QColor>().name(), from) << level;
+        EXPECT_NEAR(ring->property("to").value<QColor>().alphaF(), fade, 0.01) << level;
+        EXPECT_EQ(ring->opacity(), 1);
     }
 }
 
-TEST_F(Component, RingCoversItsShareFromTheTop)
+TEST_F(Ring, IsFullOrEmptyForLevelsThatCannotBe)
 {
-    const auto nan = std::numeric_limits<double>::quiet_NaN();
-    const struct {
-        double percentage;
-        bool right;
-        bool bottom;
-        bool left;
-    } cases[] = {
-        {1e300, true, true, true},
-        {-5, false, false, false},
-        {nan, false, false, false},
-    };
-    for (const auto& [percentage, right, bottom, left] : cases) {
-        ASSERT_TRUE(showComponent(
-            "BatteryRing",
-            {{"percentage", percentage}, {"isCharging", false}, {"isLimitReached", false}, {"pulseAlpha", 1}},
-            {72, 72}));
+    for (const double level : {1e300, -5.0, std::numeric_limits<double>::quiet_NaN()}) {
+        ASSERT_TRUE(show(level));
         const auto picture = window->grabWindow();
-        const auto has = [&](int x, int y) { return picture.pixelColor(x, y) != QColor(Qt::white); };
-        EXPECT_EQ((std::array{has(69, 36), has(36, 69), has(2, 36)}), (std::array{right, bottom, left}))
-            << percentage;
+        for (const QPoint place : {QPoint(69, 36), {36, 69}, {2, 36}})
+            EXPECT_EQ(picture.pixelColor(place) != QColor(Qt::white), level > 0) << level;
     }
 }
 

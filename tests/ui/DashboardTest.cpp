@@ -26,8 +26,7 @@ QVariant history(int hours)
 }
 
 /// The dashboard's window, over a model that grants whatever it is asked.
-class Dashboard : public Views {
-protected:
+struct Dashboard : Views {
     using Views::Views;
 
     void SetUp() override
@@ -125,9 +124,7 @@ TEST_F(Dashboard, SwitchesAskForWhatTheySay)
     open("Settings");
     EXPECT_TRUE(property("limiterText", "text").startsWith("The background service is not running"));
     model.charger().apply(charger);
-    const struct {
-        const char *page, *name, *expected;
-    } cases[] = {
+    const std::tuple<const char*, const char*, const char*> cases[] = {
         {"Settings", "storage", "isStorageModeEnabled=true"},
         {"Notifications", "notifyOnLowBattery", "notifyOnLowBattery=false"},
     };
@@ -242,8 +239,7 @@ TEST_F(Dashboard, FleetIsListedAndAMachineSelected)
                {"powerSource", "Battery"},
                {"timeToEmpty", qint64(125)}}})},
          {"lastCloudSyncDate", QVariant::fromValue(QList<double>{0})}});
-    EXPECT_TRUE(property("page/subtitle", "text").contains("2001") ||
-                property("page/subtitle", "text").contains("2000"));
+    EXPECT_TRUE(property("page/subtitle", "text").contains("2001"));
     EXPECT_FALSE(item("empty")->isVisible());
     const auto name = [&](const char* row) { return voice(row)->text(QAccessible::Name); };
     EXPECT_EQ(name("devicea"), "Attic: Plugged in, 72%");
@@ -254,8 +250,7 @@ TEST_F(Dashboard, FleetIsListedAndAMachineSelected)
     EXPECT_EQ(asked.join(' '), "selectedDeviceID=b selectedDeviceID=");
 }
 
-class DashboardPicture : public Dashboard, public testing::WithParamInterface<const char*> {
-protected:
+struct DashboardPicture : Dashboard, testing::WithParamInterface<const char*> {
     DashboardPicture() : Dashboard(GetParam()) {}
 };
 
@@ -285,11 +280,7 @@ TEST(TimeScale, MarksRoundLocalTimesAndNoMoreThanAskedFor)
     const auto date = [](const char* text) {
         return Date::fromUnix(double(QDateTime::fromString(text, Qt::ISODate).toSecsSinceEpoch()));
     };
-    const struct {
-        const char *from, *to;
-        int most;
-        const char* labels;
-    } cases[] = {
+    const std::tuple<const char*, const char*, int, const char*> cases[] = {
         {"2026-11-20T13:10:00", "2026-11-21T13:10:00", 5, "18:00 Sat 21 06:00 12:00"},
         {"2026-11-21T12:10:00", "2026-11-21T13:10:00", 5, "13:00"},
         {"2026-11-14T13:10:00", "2026-11-21T13:10:00", 4, "16 Nov 18 Nov 20 Nov"},

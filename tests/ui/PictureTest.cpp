@@ -103,8 +103,7 @@ TEST(PictureComparison, SeesWhatPeopleSeeAndNotHowTypeIsDrawn)
 }
 
 /// The name is the appearance.
-class Pictures : public Views, public testing::WithParamInterface<const char*> {
-protected:
+struct Pictures : Views, testing::WithParamInterface<const char*> {
     Pictures() : Views(GetParam(), [] { return today; })
     {
         model.apply(laptop());

@@ -3,8 +3,12 @@
 
 #include "client/RemoteModel.h"
 #include "FakeApplication.h"
+#include "PrivateBus.h"
 #include "client/ApplicationLink.h"
+#include "desktop/Appearance.h"
 
+#include <QDBusConnection>
+#include <QDBusMessage>
 #include <QMetaProperty>
 #include <QSignalSpy>
 #include <QTest>
@@ -142,6 +146,34 @@ TEST_F(Linked, IsOverWithTheApplication)
     ApplicationLink late(application.other, model);
     EXPECT_TRUE(QSignalSpy(&late, &ApplicationLink::gone).wait());
     EXPECT_FALSE(late.isReady());
+}
+
+TEST(Appearance, FollowsThePortalAndNobodyElse)
+{
+    const PrivateBus daemon;
+    const auto connect = [&](const char* name) {
+        return QDBusConnection::connectToBus(daemon.address().c_str(), name);
+    };
+    const auto say = [](QDBusConnection from, double scale) {
+        auto signal = QDBusMessage::createSignal("/org/freedesktop/portal/desktop",
+                                                 "org.freedesktop.portal.Settings", "SettingChanged");
+        from.send(signal << "org.gnome.desktop.interface"
+                         << "text-scaling-factor" << QVariant::fromValue(QDBusVariant(scale)));
+    };
+    Appearance appearance(nullptr, connect("window"));
+    QList<double> heard;
+    QObject::connect(&appearance, &Appearance::changed, [&] { heard << appearance.fontScale(); });
+    auto portal = connect("portal"); // starts late, as it is wanted
+    ASSERT_TRUE(portal.registerService("org.freedesktop.portal.Desktop"));
+    say(portal, 1.25);
+    say(connect("forger"), 1.4);
+    portal.unregisterService("org.freedesktop.portal.Desktop");
+    say(portal, 1.45);
+    ASSERT_TRUE(portal.registerService("org.freedesktop.portal.Desktop"));
+    say(portal, 1.5);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return heard.contains(1.5); }));
+    EXPECT_EQ(heard, (QList<double>{1.25, 1.5}));
+    for (const auto* name : {"window", "portal", "forger"}) QDBusConnection::disconnectFromBus(name);
 }
 
 } // namespace
