@@ -69,8 +69,9 @@ std::vector<Pixel> composed(const TrayPicture& picture, int size, Pixel backgrou
             const int column = x * side / size - (side - picture.width) / 2;
             const int row = y * side / size - (side - picture.height) / 2;
             const bool isInside = column >= 0 && column < picture.width && row >= 0 && row < picture.height;
-            const auto index = static_cast<std::size_t>(row * picture.width + column);
-            square.push_back(blend(isInside ? picture.pixels[index] : 0, background));
+            const int index = row * picture.width + column;
+            square.push_back(
+                blend(isInside ? picture.pixels[static_cast<std::size_t>(index)] : 0, background));
         }
     }
     return square;
