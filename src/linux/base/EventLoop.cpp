@@ -48,9 +48,14 @@ EventLoop::EventLoop()
 
 void EventLoop::post(Task task)
 {
-    const MutexLock lock(mutex_);
-    posted_.push_back(std::move(task));
-    if (posted_.size() == 1) eventfd_write(wakeUp_.get(), 1);
+    bool isFirst = false;
+    {
+        const MutexLock lock(mutex_);
+        isFirst = posted_.empty();
+        posted_.push_back(std::move(task));
+    }
+    // Written under the lock, it would wake the loop only for it to wait for the lock.
+    if (isFirst) eventfd_write(wakeUp_.get(), 1);
 }
 
 int EventLoop::onPosted(sd_event_source*, int fd, std::uint32_t, void* self) noexcept

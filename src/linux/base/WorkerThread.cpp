@@ -19,7 +19,7 @@ WorkerThread::~WorkerThread()
         const MutexLock lock(mutex_);
         ending_ = true;
     }
-    changed_.notify_all();
+    changed_.notifyAll();
     if (thread_.joinable()) thread_.join();
 }
 
@@ -30,7 +30,7 @@ void WorkerThread::async(Task task)
         tasks_.push_back(std::move(task));
         if (!thread_.joinable()) thread_ = std::thread([this] { work(); });
     }
-    changed_.notify_all();
+    changed_.notifyAll();
 }
 
 bool WorkerThread::finish(std::chrono::milliseconds patience)
@@ -38,7 +38,7 @@ bool WorkerThread::finish(std::chrono::milliseconds patience)
     const auto deadline = std::chrono::steady_clock::now() + patience;
     const MutexLock lock(mutex_);
     while (busy_ || !tasks_.empty()) {
-        if (changed_.wait_until(mutex_, deadline) == std::cv_status::timeout) return tasks_.empty() && !busy_;
+        if (!changed_.waitUntil(mutex_, deadline)) return tasks_.empty() && !busy_;
     }
     return true;
 }
@@ -58,7 +58,7 @@ void WorkerThread::work()
         task = nullptr; // what it holds goes before it counts as done
         mutex_.lock();
         busy_ = false;
-        changed_.notify_all();
+        changed_.notifyAll();
     }
 }
 

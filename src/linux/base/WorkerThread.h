@@ -7,7 +7,6 @@
 #include "platform/WorkQueue.h"
 
 #include <chrono>
-#include <condition_variable>
 #include <deque>
 #include <string>
 #include <string_view>
@@ -33,7 +32,7 @@ private:
 
     std::string name_;
     Mutex mutex_;
-    std::condition_variable_any changed_;
+    Condition changed_;
     std::deque<Task> tasks_ VELMORA_GUARDED_BY(mutex_);
     bool busy_ VELMORA_GUARDED_BY(mutex_) = false;
     bool ending_ VELMORA_GUARDED_BY(mutex_) = false;

@@ -44,8 +44,7 @@ DeviceAttributes::Known& DeviceAttributes::known(std::string_view name)
 SysfsText DeviceAttributes::read(std::string_view name)
 {
     if (!directory_) return {.error = error_, .text = {}};
-    const std::string terminated(name);
-    if (!remembers_) return open(terminated.c_str(), nullptr);
+    if (!remembers_) return open(name, nullptr);
     auto& attribute = known(name);
     if (attribute.isAbsent) return {.error = ENOENT, .text = {}};
     if (attribute.file) {
@@ -54,14 +53,14 @@ SysfsText DeviceAttributes::read(std::string_view name)
         close(attribute); // its driver was unloaded; it may be back by now, or at any later look
         attribute.comesBack = true;
     }
-    auto text = open(terminated.c_str(), &attribute);
+    auto text = open(name, &attribute);
     attribute.isAbsent = text.isAbsent() && !attribute.comesBack && !comesLate(name);
     return text;
 }
 
-SysfsText DeviceAttributes::open(const char* name, Known* attribute)
+SysfsText DeviceAttributes::open(std::string_view name, Known* attribute)
 {
-    auto file = openAttribute(directory_.get(), name);
+    auto file = openAttribute(directory_.get(), std::string(name).c_str());
     if (!file) return {.error = errno, .text = {}};
     auto text = readAttribute(file.get());
     if (attribute && open_ < maximumOpen) {

@@ -64,7 +64,7 @@ private:
     };
 
     Known& known(std::string_view name);
-    SysfsText open(const char* name, Known* attribute);
+    SysfsText open(std::string_view name, Known* attribute);
     void close(Known& attribute);
     std::optional<std::string> checked(std::string_view name, const SysfsText& read) const;
     std::optional<std::int64_t> parsed(std::string_view name, const std::optional<std::string>& value) const;

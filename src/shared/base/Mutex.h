@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <chrono>
+#include <condition_variable>
 #include <mutex>
 
 // Clang checks at compile time that what is VELMORA_GUARDED_BY a mutex is touched with it held only
@@ -24,7 +26,34 @@ public:
     void unlock() VELMORA_THREAD_ATTRIBUTE(release_capability()) { mutex_.unlock(); }
 
 private:
+    friend class Condition;
     std::mutex mutex_;
+};
+
+/// What threads that hold one Mutex wait for. Notify after unlocking it, or whoever wakes waits at once
+/// again.
+class Condition {
+public:
+    void wait(Mutex& mutex) VELMORA_REQUIRES(mutex)
+    {
+        std::unique_lock held(mutex.mutex_, std::adopt_lock);
+        changed_.wait(held);
+        held.release();
+    }
+
+    /// Whether it was notified before `deadline`.
+    bool waitUntil(Mutex& mutex, std::chrono::steady_clock::time_point deadline) VELMORA_REQUIRES(mutex)
+    {
+        std::unique_lock held(mutex.mutex_, std::adopt_lock);
+        const bool isInTime = changed_.wait_until(held, deadline) == std::cv_status::no_timeout;
+        held.release();
+        return isInTime;
+    }
+
+    void notifyAll() { changed_.notify_all(); }
+
+private:
+    std::condition_variable changed_;
 };
 
 /// Holds a mutex to the end of its scope.

@@ -25,7 +25,15 @@ bool isFinite(const HSHistorySnapshot& sample)
 void appendNumber(std::string& out, double value)
 {
     std::array<char, 32> text{};
-    out.append(text.data(), std::to_chars(text.data(), text.data() + text.size(), value).ptr);
+    const auto print = [&](auto number) {
+        out.append(text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr);
+    };
+    // Most levels are whole, and whole numbers are printed in a tenth of the time.
+    const int whole = std::abs(value) < 1e6 ? static_cast<int>(value) : 0;
+    if (whole != 0 && whole == value)
+        print(whole);
+    else
+        print(value);
 }
 
 /// Almost every text is plain, and need not go through the library a thousand times a save.
