@@ -138,8 +138,9 @@ Slot ask(sd_bus* bus, const Message& call, sd_bus_message_handler_t handler, voi
          std::uint64_t patience)
 {
     Slot slot;
-    check(sd_bus_call_async(bus, out(slot), call.get(), handler, self, patience),
-          sd_bus_message_get_member(call.get()));
+    const int result = sd_bus_call_async(bus, out(slot), call.get(), handler, self, patience);
+    // The member is read afterwards, since sending moves the fields of a message.
+    check(result, sd_bus_message_get_member(call.get()));
     return slot;
 }
 
