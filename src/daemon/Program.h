@@ -7,7 +7,7 @@ namespace velmora {
 
 /// Runs velmorad until SIGTERM or SIGINT: the daemon over this machine's files and the system bus, with what
 /// it remembers in $STATE_DIRECTORY (/var/lib/velmora without it). Returns the exit status: 0 after a signal,
-/// 1 where the bus is not to be had, denies the name, or hangs up.
+/// 1 where there is no system bus, where it refuses the service name, or when it closes the connection.
 int runDaemon();
 
 } // namespace velmora

@@ -17,9 +17,9 @@ namespace velmora {
 /// and never learn that it was fulfilled; without this it would begin anew with each of them.
 ///
 /// It ends when the battery is full, which is when its status says Full, or when at 99 % and more no power
-/// has gone in for two minutes; and when the machine has been unplugged for over a minute. A status of Full
-/// far below 100 % is what some firmware says while it holds a limit, so it too has to last two minutes
-/// before it is believed.
+/// has gone in for two minutes; and when the machine has been unplugged for over a minute. Some
+/// firmware also says Full while it holds a limit far below 100 %: there the status ends the charge only
+/// after it has lasted two minutes.
 class QuickCharge {
 public:
     enum class State : std::uint8_t { off, active, spent };

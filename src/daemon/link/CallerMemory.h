@@ -16,8 +16,8 @@ namespace velmora {
 
 /// What each client said last. A client sends all its settings whenever anything changes, a pushed state
 /// included, and never reads some of them back: only the fields in which a message differs from that client's
-/// last one are its wish. Without this two clients would flip each other's settings for ever. What a client
-/// was told counts as said by it.
+/// last one are its wish. Without this two clients would flip each other's settings for ever. When
+/// GetSettings has told a client the settings, they count as its last message.
 class CallerMemory {
 public:
     struct LastMessages {

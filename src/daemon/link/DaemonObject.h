@@ -23,9 +23,10 @@ namespace velmora {
 /// the history more often than anybody needs (see CallBudget).
 class DaemonObject {
 public:
-    /// Connects and asks for the service name, neither queueing for it nor leaving it to others; `onOwned` or
-    /// `onRefused` tells of the answer. Until then nobody is served, and whoever sees the name finds the
-    /// object. `service` and `log` must outlive the object. Throws std::system_error where there is no bus.
+    /// Connects and asks for the service name, neither queueing for it nor leaving it to others; then
+    /// `onOwned` or `onRefused` is called. The interfaces are exported once the name is owned and before any
+    /// call is served. `service` and `log` must outlive the object. Throws std::system_error where there is
+    /// no bus.
     DaemonObject(const EventLoop& loop, DaemonService& service, Log& log);
     DaemonObject(const DaemonObject&) = delete;
     DaemonObject& operator=(const DaemonObject&) = delete;
@@ -64,7 +65,7 @@ private:
     Clients clients_;
     ProtocolObject protocol_;
     ChargerObject charger_;
-    std::optional<NameOwner> login_; ///< the only one whose word on sleep counts
+    std::optional<NameOwner> login_; ///< logind: sleep signals of others are ignored
     std::vector<dbus::Slot> slots_;
 };
 

@@ -72,7 +72,8 @@ void ProtocolObject::answerHistory(sd_bus_message* call, uid_t user)
     dbus::send(reply);
 }
 
-/// One way, yet whoever waits for an answer is told that the settings have been looked at.
+/// The message needs no reply. A caller that expects one gets an empty reply once the settings were examined,
+/// whether they were taken or refused.
 int ProtocolObject::updateSettings(sd_bus_message* call)
 {
     clients_.identify(
