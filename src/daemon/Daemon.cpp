@@ -28,6 +28,14 @@ constexpr auto saveDelay = 2s;
 /// Clients that wait to hear what the charger made of their wish.
 constexpr std::size_t maximumWaiting = 32;
 
+/// A phrase for the log.
+const char* textOf(ManualCharging::State state)
+{
+    if (state == ManualCharging::State::paused) return "charging is paused";
+    return state == ManualCharging::State::resumed ? "charging is resumed"
+                                                   : "charging follows the settings again";
+}
+
 } // namespace
 
 Daemon::Daemon(const Ports& ports, Outbound outbound)
@@ -277,17 +285,29 @@ void Daemon::callerLeft(const std::string& busName)
 
 SettingsIntake::Ports Daemon::intakePorts()
 {
-    return {.loop = ports_.loop,
-            .log = ports_.log,
-            .clock = ports_.clock,
-            .authorise = [this](const Caller& caller,
-                                auto decided) { decided(caller.uid == 0 || caller.uid == ports_.ownUser); },
-            .changed = [this](const auto& caller, const auto& before) { settingsChanged(caller, before); },
-            .refused = [this](const Caller& caller) { outbound_.pushTo(caller.busName, batteryState()); },
-            .save = [this] { saveSoon(); },
-            .announce = [this](const auto& settings) { outbound_.settingsChanged(settings); },
-            .announceTo = [this](const auto& to,
-                                 const auto& settings) { outbound_.settingsChangedFor(to, settings); }};
+    return {
+        .loop = ports_.loop,
+        .log = ports_.log,
+        .clock = ports_.clock,
+        .authorise = [this](const Caller& caller, auto decided) { authorise(caller, std::move(decided)); },
+        .withdraw = [this](const std::string& busName) { outbound_.withdrawQuestion(busName); },
+        .changed = [this](const auto& caller, const auto& before) { settingsChanged(caller, before); },
+        .refused =
+            [this](const Caller& caller, Refused why) {
+                outbound_.pushTo(caller.busName, batteryState());
+                outbound_.changeRefusedFor(caller.busName, why);
+            },
+        .save = [this] { saveSoon(); },
+        .announce = [this](const auto& settings) { outbound_.settingsChanged(settings); },
+        .announceTo = [this](const auto& to,
+                             const auto& settings) { outbound_.settingsChangedFor(to, settings); }};
+}
+
+/// The daemon's own user could as well replace the daemon.
+void Daemon::authorise(const Caller& caller, std::function<void(std::optional<Refused>)> decided)
+{
+    if (caller.uid == 0 || caller.uid == ports_.ownUser) return decided(std::nullopt);
+    outbound_.authorise(caller, std::move(decided));
 }
 
 void Daemon::settingsChanged(const Caller& caller, const ChargingSettings& before)
@@ -331,16 +351,28 @@ ManualCharging Daemon::afterCommand(ChargingCommand command) const
 
 void Daemon::controlCharging(const Caller& caller, ChargingCommand command, ChargingReply reply)
 {
-    intake_.authorise(caller, "pause or resume charging", [this, command, reply](bool isAllowed) {
-        if (!isAllowed) return reply(std::nullopt);
-        const auto next = afterCommand(command);
-        const bool isOnItsWay = next == manual_ && !commands_.empty();
-        if ((next == manual_ && !isOnItsWay) || commands_.size() >= maximumWaiting)
-            return reply(isChargingAllowed());
-        manual_ = next;
+    // What changes nothing needs no right.
+    if (afterCommand(command) == manual_) return obey(caller, command, reply);
+    intake_.authorise(caller, "pause or resume charging",
+                      [this, caller, command, reply](const std::optional<Refusal>& refusal) {
+                          if (refusal) return reply(*refusal);
+                          obey(caller, command, reply);
+                      });
+}
+
+void Daemon::obey(const Caller& caller, ChargingCommand command, const ChargingReply& reply)
+{
+    const auto next = afterCommand(command);
+    const bool isChange = next != manual_;
+    const bool waits = (isChange || !commands_.empty()) && commands_.size() < maximumWaiting;
+    if (waits)
         commands_.push_back(reply);
-        if (!isOnItsWay && !hold()) acted(false);
-    });
+    else
+        reply(isChargingAllowed());
+    if (!isChange) return;
+    manual_ = next;
+    intake_.logChange(caller, textOf(manual_.state));
+    if (!hold()) acted(false);
 }
 
 DaemonState Daemon::remembered() const

@@ -35,6 +35,10 @@ public:
         std::function<void(const ChargerReport&)> chargerChanged;
         std::function<void(const KeyedArchive& settings)> settingsChanged;
         std::function<void(const std::string& busName, const KeyedArchive& settings)> settingsChangedFor;
+        std::function<void(const std::string& busName, Refused why)> changeRefusedFor;
+        /// Asks for the right of a caller that has it not by itself; see Authority.
+        std::function<void(const Caller&, std::function<void(std::optional<Refused>)>)> authorise;
+        std::function<void(const std::string& busName)> withdrawQuestion;
     };
 
     struct Ports {
@@ -47,7 +51,7 @@ public:
         WorkQueue& files; ///< the worker that alone writes through the two stores
         SettingsStore& settings;
         HistoryStore& history;
-        uid_t ownUser = 0; ///< may change settings, as root may
+        uid_t ownUser = 0; ///< may change settings, as root may: nobody is asked about these two
     };
 
     /// Loads the settings; the history is read after the first answer.
@@ -95,10 +99,12 @@ private:
     void saveHistory();
 
     SettingsIntake::Ports intakePorts();
+    void authorise(const Caller& caller, std::function<void(std::optional<Refused>)> decided);
     void settingsChanged(const Caller& caller, const ChargingSettings& before);
     HSBatteryState batteryState(const ChargingSettings& settings) const;
     void tellOnceItShows(const std::string& busName);
     ManualCharging afterCommand(ChargingCommand command) const;
+    void obey(const Caller& caller, ChargingCommand command, const ChargingReply& reply);
     void isNowReady();
     void saveSoon();
 

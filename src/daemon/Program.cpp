@@ -17,6 +17,7 @@
 #include <string>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace velmora {
 
@@ -96,6 +97,11 @@ Daemon::Outbound Program::outbound()
             [this](const auto& busName, const auto& settings) {
                 object_->charger().settingsChanged(settings, busName);
             },
+        .changeRefusedFor = [this](const auto& busName,
+                                   Refused why) { object_->charger().changeRefused(why, busName); },
+        .authorise = [this](const auto& caller,
+                            auto decided) { object_->authority().ask(caller, std::move(decided)); },
+        .withdrawQuestion = [this](const auto& busName) { object_->authority().forget(busName); },
     };
 }
 

@@ -3,6 +3,8 @@
 
 #include "SettingsIntake.h"
 
+#include "base/UserName.h"
+
 #include <utility>
 
 namespace velmora {
@@ -31,9 +33,28 @@ std::string listed(const ChargingSettings& settings, SettingsMask fields)
     return text;
 }
 
+/// ":1.42 (user 1000, alice)".
 std::string nameOf(const Caller& caller)
 {
-    return caller.busName + " (user " + std::to_string(caller.uid) + ")";
+    const auto name = localUserName(caller.uid);
+    return caller.busName + " (user " + std::to_string(caller.uid) + (name.empty() ? "" : ", " + name) + ")";
+}
+
+/// A phrase, also for who has asked.
+const char* phrase(Refused why)
+{
+    switch (why) {
+    case Refused::needsPassword:
+        return "an administrator's password is needed, and could not be asked for";
+    case Refused::unavailable:
+        return "polkit is not there to decide it, so only root may";
+    case Refused::superseded:
+        return "a newer request of the same program took its place";
+    case Refused::invalid:
+    case Refused::denied:
+        break;
+    }
+    return "polkit does not allow it";
 }
 
 } // namespace
@@ -45,8 +66,7 @@ SettingsIntake::SettingsIntake(Ports ports, QuickCharge& quickCharge, const Char
       machine_(combined(machine, {}, usersOwn() | overrideAlone())),
       users_(users),
       announced_(this->machine()),
-      refusals_(ports_.loop, ports_.log, ports_.clock, category),
-      changes_(ports_.loop, ports_.log, ports_.clock, category, LogBudget::manyAtOnce)
+      refusals_(ports_.loop, ports_.log, ports_.clock, category)
 {
 }
 
@@ -70,7 +90,10 @@ void SettingsIntake::restore(const std::vector<std::pair<std::string, ChargingSe
 ChargingSettings SettingsIntake::tell(const Caller& caller)
 {
     const auto held = heldFor(caller.uid);
-    callers_.of(caller.busName) = {caller.uid, held, std::nullopt};
+    auto& last = callers_.of(caller.busName);
+    last.user = caller.uid;
+    last.accepted = held;
+    last.refused.reset();
     return held;
 }
 
@@ -94,36 +117,86 @@ void SettingsIntake::take(const Caller& caller, const ChargingSettings& message)
 {
     auto& last = callers_.of(caller.busName);
     last.user = caller.uid;
-    if (last.accepted == message) return last.refused.reset();
-    if (last.refused == message) return correct(caller);
+    if (last.accepted == message) {
+        withdraw(caller);
+        return last.refused.reset();
+    }
+    // A person who tries again is asked again; what an application repeats by itself is not.
+    if (last.refused == message && !caller.mayInteract) return correct(caller);
     if (const auto problem = problemWith(message)) {
         refusals_.warning("Refused settings from " + nameOf(caller) + ": " + *problem + ".");
-        return refuse(caller, message);
+        return refuse(caller, message, Refused::invalid);
     }
     const auto wish = wishOf(caller, message);
+    const auto fields = machineChanges(wish);
     takeOwn(caller, wish);
     // Of a message that is refused for the rest, this much was taken all the same.
     if (auto& accepted = callers_.of(caller.busName).accepted)
-        accepted = combined(*accepted, message, usersOwn());
-    const auto decided = [this, caller, message, wish](bool isAllowed) {
-        if (!isAllowed) return refuse(caller, message);
-        callers_.of(caller.busName) = {caller.uid, message, std::nullopt};
-        accept(caller, wish);
-        if (heldFor(caller.uid) != wish.values) correct(caller);
-    };
-    const auto fields = machineChanges(wish);
-    if (fields.none()) return decided(true);
-    authorise(caller, "change " + listed(wish.values, fields), decided);
+        accepted = combined(*accepted, message, ~fields);
+    if (isPending(caller, message, fields)) return;
+    if (fields.any()) return ask(caller, message, {wish.values, fields});
+    withdraw(caller);
+    settle(caller, message, wish, std::nullopt);
+}
+
+/// Whether the question that is pending decides the same values: an application repeats them with whatever
+/// else changes, and a person who types a password is not to begin anew.
+bool SettingsIntake::isPending(const Caller& caller, const ChargingSettings& message, SettingsMask fields)
+{
+    const auto& pending = callers_.of(caller.busName).pending;
+    return pending && fields.any() && (pending->mayInteract || !caller.mayInteract) &&
+           (differing(pending->message, message) & fields).none();
+}
+
+void SettingsIntake::ask(const Caller& caller, const ChargingSettings& message, const SettingsChange& wish)
+{
+    callers_.of(caller.busName).pending = CallerMemory::Question{message, caller.mayInteract};
+    authorise(caller, "change " + listed(wish.values, wish.fields),
+              [this, caller, message, wish](const auto& refusal) {
+                  auto& pending = callers_.of(caller.busName).pending;
+                  if (!pending || pending->message != message) return; // a newer one is in its place
+                  pending.reset();
+                  // Somebody else may have changed what this one changed too, and it may have been told.
+                  const auto still = wish.fields & wishOf(caller, message).fields;
+                  settle(caller, message, {wish.values, still}, refusal);
+              });
+}
+
+void SettingsIntake::settle(const Caller& caller, const ChargingSettings& message, const SettingsChange& wish,
+                            const std::optional<Refusal>& refusal)
+{
+    if (refusal) return refuse(caller, message, refusal->why);
+    auto& last = callers_.of(caller.busName);
+    last.accepted = last.accepted ? combined(*last.accepted, message, wish.fields) : message;
+    last.refused.reset();
+    accept(caller, wish);
+    if (heldFor(caller.uid) != clamped(message)) correct(caller);
+}
+
+/// The sender wants what is so: a question that it asked before is void. What an application repeats by
+/// itself leaves that of a person alone.
+void SettingsIntake::withdraw(const Caller& caller)
+{
+    auto& pending = callers_.of(caller.busName).pending;
+    if (!pending || (pending->mayInteract && !caller.mayInteract)) return;
+    pending.reset();
+    ports_.withdraw(caller.busName);
+}
+
+void SettingsIntake::forget(const std::string& busName)
+{
+    ports_.withdraw(busName);
+    callers_.forget(busName);
 }
 
 void SettingsIntake::change(const Caller& caller, SettingsChange wish, DaemonService::SettingsReply reply)
 {
     wish.values = combined({}, wish.values, wish.fields);
-    if (auto problem = problemWith(wish.values)) return reply(Refusal{Refusal::Kind::invalid, *problem});
+    if (auto problem = problemWith(wish.values)) return reply(Refusal{Refused::invalid, *problem});
     wish.values = clamped(wish.values);
-    const auto what = "change " + listed(wish.values, machineChanges(wish));
-    const auto decided = [this, caller, wish, reply = std::move(reply), what](bool isAllowed) {
-        if (!isAllowed) return reply(Refusal{Refusal::Kind::denied, "not authorised to " + what});
+    const auto fields = machineChanges(wish);
+    const auto decided = [this, caller, wish, reply = std::move(reply)](const auto& refusal) {
+        if (refusal) return reply(*refusal);
         auto& last = callers_.of(caller.busName);
         last.user = caller.uid;
         if (last.accepted) last.accepted = combined(*last.accepted, wish.values, wish.fields);
@@ -131,16 +204,28 @@ void SettingsIntake::change(const Caller& caller, SettingsChange wish, DaemonSer
         accept(caller, wish);
         reply(heldFor(caller.uid));
     };
-    if (machineChanges(wish).none()) return decided(true);
-    authorise(caller, what, decided);
+    if (fields.none()) return decided(std::optional<Refusal>{});
+    authorise(caller, "change " + listed(wish.values, fields), decided);
 }
 
 void SettingsIntake::authorise(const Caller& caller, const std::string& what, const Decided& decided)
 {
-    ports_.authorise(caller, lifetime_.guard([this, caller, what, decided](bool isAllowed) {
-        if (!isAllowed) refusals_.warning("Did not let " + nameOf(caller) + " " + what + ": only root may.");
-        decided(isAllowed);
+    ports_.authorise(caller, lifetime_.guard([this, caller, what, decided](std::optional<Refused> why) {
+        if (!why) return decided(std::nullopt);
+        if (why != Refused::superseded)
+            refusals_.warning("Did not let " + nameOf(caller) + " " + what + ": " + phrase(*why) + ".");
+        decided(Refusal{*why, "not authorised to " + what + ": " + phrase(*why)});
     }));
+}
+
+void SettingsIntake::logChange(const Caller& caller, const std::string& what)
+{
+    // A budget each: no author's line is left out for what another one does.
+    auto& lines =
+        changes_
+            .try_emplace(caller.uid, ports_.loop, ports_.log, ports_.clock, category, LogBudget::manyAtOnce)
+            .first->second;
+    lines.info("Changed by " + nameOf(caller) + ": " + what + ".");
 }
 
 void SettingsIntake::takeOwn(const Caller& caller, const SettingsChange& wish)
@@ -165,16 +250,16 @@ void SettingsIntake::accept(const Caller& caller, const SettingsChange& wish)
     const auto before = machine();
     machine_ = combined(machine_, wish.values, fields & ~overrideAlone());
     if (concernsOverride) quickCharge_.ask(wish.values.isTemporaryOverride);
-    changes_.info("New settings from " + nameOf(caller) + ": " + listed(wish.values, fields) + ".");
+    logChange(caller, listed(wish.values, fields));
     announce();
     ports_.changed(caller, before);
 }
 
-void SettingsIntake::refuse(const Caller& caller, const ChargingSettings& message)
+void SettingsIntake::refuse(const Caller& caller, const ChargingSettings& message, Refused why)
 {
     callers_.of(caller.busName).refused = message;
     correct(caller);
-    ports_.refused(caller);
+    ports_.refused(caller, why);
 }
 
 void SettingsIntake::correct(const Caller& caller)

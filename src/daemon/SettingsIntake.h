@@ -11,6 +11,8 @@
 #include "state/UserSettings.h"
 
 #include <functional>
+#include <map>
+#include <optional>
 #include <string>
 
 namespace velmora {
@@ -18,21 +20,27 @@ namespace velmora {
 /// Holds the settings and takes changes of them from clients: remembers what each client said, checks values
 /// and rights, announces what has changed. Main thread only.
 ///
-/// The charger's settings are the machine's: changing them needs rights. Notice switches and the low-battery
-/// limit are each user's own: changing them needs none and is not logged.
+/// The charger's settings are the machine's: changing them needs rights, and is logged with its author.
+/// Notice switches and the low-battery limit are each user's own: changing them needs none and is not logged.
+///
+/// A right may take minutes to be given. What is then done is what the sender still wants, of the state as it
+/// is then; a newer message of the same sender takes the place of the older one.
 class SettingsIntake {
 public:
-    using Decided = std::function<void(bool isAllowed)>;
+    using Decided = std::function<void(const std::optional<Refusal>&)>;
     struct Ports {
         MainLoop& loop;
         Log& log;
         const Clock& clock;
-        /// Decides, now or later, whether the caller may change what the charger does.
-        std::function<void(const Caller&, Decided)> authorise;
+        /// Decides, now or later, whether the caller may change what the charger does: with nothing where it
+        /// may. A caller's older question is decided as superseded.
+        std::function<void(const Caller&, std::function<void(std::optional<Refused>)>)> authorise;
+        /// Drops what this connection has asked: nobody decides it any more.
+        std::function<void(const std::string& busName)> withdraw;
         /// The charger's settings have changed from `before` by the wish of this client.
         std::function<void(const Caller&, const ChargingSettings& before)> changed;
         /// A message of this client was refused; not called for one that repeats it.
-        std::function<void(const Caller&)> refused;
+        std::function<void(const Caller&, Refused why)> refused;
         /// There is something new to be saved.
         std::function<void()> save;
         std::function<void(const KeyedArchive& settings)> announce;
@@ -57,8 +65,10 @@ public:
     /// Single values: all of them or none.
     void change(const Caller& caller, SettingsChange wish, DaemonService::SettingsReply reply);
 
-    /// Asks for the right to do what `what` says; a denial is logged.
+    /// Asks for the right to do what `what` says; a refusal is logged.
     void authorise(const Caller& caller, const std::string& what, const Decided& decided);
+    /// Logs what was changed, and by whom.
+    void logChange(const Caller& caller, const std::string& what);
 
     /// The limit that the charger had before this daemon.
     void adoptLimit(double percent);
@@ -68,15 +78,21 @@ public:
     /// The last accepted message of each client, for the next run of the daemon on the same bus.
     std::vector<std::pair<std::string, ChargingSettings>> messages() const { return callers_.accepted(); }
     void restore(const std::vector<std::pair<std::string, ChargingSettings>>& messages);
-    void forget(const std::string& busName) { callers_.forget(busName); }
+    /// The connection has left.
+    void forget(const std::string& busName);
 
 private:
     ChargingSettings heldFor(uid_t user);
     SettingsChange wishOf(const Caller& caller, const ChargingSettings& message);
     SettingsMask machineChanges(const SettingsChange& wish) const;
     void takeOwn(const Caller& caller, const SettingsChange& wish);
+    bool isPending(const Caller& caller, const ChargingSettings& message, SettingsMask fields);
+    void ask(const Caller& caller, const ChargingSettings& message, const SettingsChange& wish);
+    void settle(const Caller& caller, const ChargingSettings& message, const SettingsChange& wish,
+                const std::optional<Refusal>& refusal);
+    void withdraw(const Caller& caller);
     void accept(const Caller& caller, const SettingsChange& wish);
-    void refuse(const Caller& caller, const ChargingSettings& message);
+    void refuse(const Caller& caller, const ChargingSettings& message, Refused why);
     void correct(const Caller& caller);
 
     Lifetime lifetime_;
@@ -87,7 +103,7 @@ private:
     CallerMemory callers_;
     ChargingSettings announced_;
     LogBudget refusals_;
-    LogBudget changes_;
+    std::map<uid_t, LogBudget> changes_; ///< of each author, who all had the right
 };
 
 } // namespace velmora

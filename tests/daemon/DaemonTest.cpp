@@ -10,6 +10,7 @@
 
 #include <cmath>
 #include <gtest/gtest.h>
+#include <map>
 
 namespace velmora {
 namespace {
@@ -82,7 +83,10 @@ struct DaemonTest : testing::Test {
                 .pushTo = [this](const auto& to, const auto& state) { told.emplace_back(to, state); },
                 .chargerChanged = [](const auto&) {},
                 .settingsChanged = [this](const auto& news) { announced.push_back(news); },
-                .settingsChangedFor = [this](const auto& to, const auto&) { corrected.push_back(to); }});
+                .settingsChangedFor = [this](const auto& to, const auto&) { corrected.push_back(to); },
+                .changeRefusedFor = [this](const auto& to, Refused why) { refused.emplace_back(to, why); },
+                .authorise = [this](const auto& caller, auto decided) { authorise(caller, decided); },
+                .withdrawQuestion = [this](const auto& from) { withdrawn += questions.erase(from); }});
         daemon->meetBus("bus");
         daemon->start([this] { ++ready; });
         settle();
@@ -90,18 +94,41 @@ struct DaemonTest : testing::Test {
 
     void settle() { loop->advance(0ms); }
 
-    void send(const std::string& caller, const ChargingSettings& message, uid_t user = 0)
+    /// A polkit that says no at once, or thinks until `answer`.
+    void authorise(const Caller& caller, const std::function<void(std::optional<Refused>)>& decided)
     {
-        daemon->updateSettings({caller, user}, message);
+        asked += caller.busName + (caller.mayInteract ? "! " : " ");
+        if (!isThinking) return decided(Refused::denied);
+        if (const auto older = std::exchange(questions[caller.busName], decided)) older(Refused::superseded);
+    }
+    void answer(const std::string& caller, std::optional<Refused> why = std::nullopt)
+    {
+        const auto question = questions.extract(caller);
+        ASSERT_TRUE(question) << caller;
+        question.mapped()(why);
         settle();
+    }
+
+    void send(const std::string& caller, const ChargingSettings& message, uid_t user = 0,
+              bool mayInteract = false)
+    {
+        daemon->updateSettings({caller, user, mayInteract}, message);
+        settle();
+    }
+    /// By a person who may be asked for a password.
+    void click(const ChargingSettings& message, const std::string& caller = ":1.1")
+    {
+        send(caller, message, 1000, true);
     }
 
     std::optional<bool> toggle(uid_t user = 0, ChargingCommand command = ChargingCommand::toggle)
     {
-        std::optional<bool> answer;
-        daemon->controlCharging({":1.9", user}, command, [&](auto allowed) { answer = allowed; });
+        std::optional<bool> allowed;
+        daemon->controlCharging({":1.9", user}, command, [&](const auto& outcome) {
+            if (const auto* isAllowed = std::get_if<bool>(&outcome)) allowed = *isAllowed;
+        });
         settle();
-        return answer;
+        return allowed;
     }
 
     /// Changes those in which `values` differs from the defaults; the reason of a refusal, empty for none.
@@ -133,6 +160,11 @@ struct DaemonTest : testing::Test {
     std::vector<std::pair<std::string, HSBatteryState>> told;
     std::vector<KeyedArchive> announced; ///< settings, to all
     std::vector<std::string> corrected;  ///< who alone was told settings
+    std::vector<std::pair<std::string, Refused>> refused;
+    bool isThinking = false;
+    std::string asked; ///< about whom polkit was, "!" where a person may be asked for a password
+    std::map<std::string, std::function<void(std::optional<Refused>)>> questions; ///< pending ones
+    std::size_t withdrawn = 0;
     int ready = 0;
     std::optional<Daemon> daemon; // last: the others outlive it
 };
@@ -255,7 +287,7 @@ TEST_F(DaemonTest, SingleSettingsAreChangedAllOrNoneAndAnnounced)
               "customChargeLimit 19 is not within 20 to 100");
     EXPECT_EQ(change({.customHysteresis = std::nan("")}), "customHysteresis nan is not within 0 to 20");
     EXPECT_EQ(change({.isStorageModeEnabled = true, .notifyOnCycle = true}, 1000),
-              "not authorised to change isStorageModeEnabled true");
+              "not authorised to change isStorageModeEnabled true: polkit does not allow it");
     EXPECT_FALSE(daemon->settings({":1.8", 1000}).notifyOnCycle) << "none";
     EXPECT_EQ(daemon->settings({":1.8", 0}),
               (ChargingSettings{.customChargeLimit = 70, .notifyOnHeat = false}));
@@ -366,7 +398,8 @@ TEST_F(DaemonTest, ARefusedMessageChangesNothingAndItsSenderAloneHearsTheTruth)
     EXPECT_EQ(told.front().first, ":1.1");
     EXPECT_EQ(told.back().first, ":1.3");
     EXPECT_EQ(told.back().second.customChargeLimit, 80);
-    EXPECT_EQ(log.count("(user 1000)"), 1U);
+    EXPECT_EQ(log.count("(user 1000"), 1U);
+    EXPECT_EQ(refused.back(), std::pair(std::string(":1.3"), Refused::denied));
     EXPECT_EQ(log.count("customChargeLimit 19 "), 1U);
 
     // The refused client takes the truth over and echoes it, with a switch of its own that differs.
@@ -380,6 +413,128 @@ TEST_F(DaemonTest, ARefusedMessageChangesNothingAndItsSenderAloneHearsTheTruth)
     EXPECT_LT(log.count(), 20U) << "a client cannot fill the log";
     send(":1.1", {.customChargeLimit = 70, .lowBatteryLimit = 400}, 500);
     EXPECT_EQ(end(), 70) << "the daemon's own user may, and a low-battery level is brought into range";
+}
+
+TEST_F(DaemonTest, NobodyIsAskedAboutRootNorForWhatNeedsNoRight)
+{
+    isThinking = true;
+    send(":1.2", {.customChargeLimit = 70}, 500);
+    send(":1.3", {.customChargeLimit = 90});
+    const auto held = daemon->settings({":1.1", 1000, true});
+    click(held);
+    click({.customChargeLimit = 90, .notifyOnHeat = false});
+    EXPECT_EQ(change({.customChargeLimit = 90, .notifyOnCycle = true}, 1000), "");
+    EXPECT_EQ(toggle(1000, ChargingCommand::resume), true) << "there is no pause";
+    EXPECT_EQ(asked, "");
+    EXPECT_FALSE(daemon->settings({":1.1", 1000}).notifyOnHeat);
+    click({.customChargeLimit = 80});
+    daemon->controlCharging({":1.9", 1000}, ChargingCommand::toggle, [](const auto&) {});
+    EXPECT_EQ(asked, ":1.1! :1.9 ");
+    answer(":1.1");
+    answer(":1.9");
+    EXPECT_EQ(daemon->charger().mode, "paused");
+    EXPECT_EQ(log.count("Changed by :1.1 (user 1000"), 1U);
+    EXPECT_EQ(log.count("Changed by :1.9 (user 1000"), 1U);
+}
+
+// A password may take minutes, in which applications go on echoing and others go on changing.
+TEST_F(DaemonTest, AfterAYesOnlyThatIsChangedWhichWasAskedForAndIsStillWanted)
+{
+    isThinking = true;
+    daemon->settings({":1.1", 1000});
+    click({.customChargeLimit = 90});
+    change({.isStorageModeEnabled = true, .customHysteresis = 5});             // by root, meanwhile
+    send(":1.1", {.isStorageModeEnabled = true, .notifyOnHeat = false}, 1000); // the echo of a push
+    send(":1.1", {.isStorageModeEnabled = true, .customChargeLimit = 90}, 1000);
+    click({.isStorageModeEnabled = true, .customChargeLimit = 90});
+    EXPECT_EQ(asked, ":1.1! ") << "none of them begins the question anew, or ends it";
+    EXPECT_EQ(daemon->batteryState().customChargeLimit, 80);
+    answer(":1.1");
+    EXPECT_EQ(daemon->batteryState().customChargeLimit, 90);
+    EXPECT_EQ(daemon->batteryState().customHysteresis, 5);
+    EXPECT_EQ(end(), 50) << "storage mode stays";
+
+    const ChargingSettings storing{
+        .isStorageModeEnabled = true, .customChargeLimit = 70, .customHysteresis = 5};
+    daemon->settings({":1.1", 1000});
+    click(storing);
+    change({.customChargeLimit = 70});
+    daemon->settings({":1.1", 1000}); // which learns it
+    change({.customChargeLimit = 60});
+    answer(":1.1");
+    EXPECT_EQ(daemon->batteryState().customChargeLimit, 60)
+        << "its wish came true, and was then another's to change";
+    EXPECT_EQ(corrected.back(), ":1.1");
+}
+
+TEST_F(DaemonTest, WhatAMessageFollowsIsNotItsWishLaterOn)
+{
+    isThinking = true;
+    daemon->settings({":1.1", 1000});
+    change({.customHysteresis = 5});
+    const ChargingSettings message{.customChargeLimit = 90, .customHysteresis = 5};
+    click(message);
+    change({.customHysteresis = 7});
+    answer(":1.1");
+    asked.clear();
+    send(":1.1", message, 1000); // has not heard of the 7 yet
+    EXPECT_EQ(asked, "");
+    EXPECT_EQ(daemon->batteryState().customHysteresis, 7);
+}
+
+TEST_F(DaemonTest, OfASendersQuestionsTheNewestCounts)
+{
+    isThinking = true;
+    daemon->settings({":1.1", 1000});
+    click({.customChargeLimit = 90});
+    click({.customChargeLimit = 85});
+    EXPECT_EQ(asked, ":1.1! :1.1! ");
+    EXPECT_TRUE(refused.empty()) << "the older message is past, not refused";
+    answer(":1.1");
+    EXPECT_EQ(end(), 85);
+    click({.customChargeLimit = 90});
+    click({.customChargeLimit = 85}); // what is so
+    EXPECT_EQ(withdrawn, 1U);
+    click({.customChargeLimit = 90});
+    daemon->callerLeft(":1.1");
+    EXPECT_EQ(withdrawn, 2U);
+
+    std::string reasons;
+    const auto ask = [&](double limit) {
+        const SettingsChange wish{{.customChargeLimit = limit}, differing({}, {.customChargeLimit = limit})};
+        daemon->changeSettings({":1.8", 1000}, wish, [&](const auto& outcome) {
+            const auto* refusal = std::get_if<Refusal>(&outcome);
+            reasons += refusal ? refusal->reason + ". " : "done. ";
+        });
+    };
+    ask(95);
+    ask(96);
+    EXPECT_EQ(reasons,
+              "not authorised to change customChargeLimit 95: a newer request of the same program took "
+              "its place. ");
+    answer(":1.8");
+    EXPECT_TRUE(reasons.ends_with("done. "));
+    EXPECT_EQ(end(), 96);
+}
+
+TEST_F(DaemonTest, APersonWhoTriesAgainIsAskedAgainAndAnEchoIsNot)
+{
+    const std::pair<Refused, const char*> cases[] = {{Refused::denied, "does not allow"},
+                                                     {Refused::needsPassword, "password is needed"},
+                                                     {Refused::unavailable, "not there to decide"}};
+    isThinking = true;
+    daemon->settings({":1.1", 1000});
+    for (const auto& [why, reason] : cases) {
+        asked.clear();
+        click({.customChargeLimit = 90});
+        answer(":1.1", why);
+        EXPECT_EQ(refused.back(), std::pair(std::string(":1.1"), why));
+        EXPECT_EQ(told.back().second.customChargeLimit, 80);
+        send(":1.1", {.customChargeLimit = 90}, 1000);
+        EXPECT_EQ(asked, ":1.1! ");
+        EXPECT_EQ(log.count(reason), 1U) << reason;
+    }
+    EXPECT_EQ(end(), 80);
 }
 
 TEST_F(DaemonTest, RepairsWhatWasResetAndLeavesAQuarrelAlone)
@@ -433,7 +588,7 @@ TEST_F(DaemonTest, TheTogglePausesUntilTheNextPlugOrSetting)
     std::vector<bool> answers;
     for (int i = 0; i < 2; ++i)
         daemon->controlCharging({":1.9", 0}, ChargingCommand::pause,
-                                [&](auto allowed) { answers.push_back(allowed.value_or(true)); });
+                                [&](const auto& outcome) { answers.push_back(std::get<bool>(outcome)); });
     EXPECT_TRUE(answers.empty()) << "the second too waits for the charger";
     hardware.inlineWork = true;
     while (hardware.run() || loop->runPosted()) {
@@ -615,12 +770,12 @@ TEST_F(DaemonTest, AFirmwareThatDoesNotAnswerHoldsUpNobody)
     send(":1.1", {.customChargeLimit = 70});
     EXPECT_EQ(daemon->batteryState().customChargeLimit, 70);
     EXPECT_NE(folder.read("settings.json").find("70"), std::string::npos) << "and remembered";
-    std::optional<bool> answer;
-    daemon->controlCharging({":1.9", 0}, ChargingCommand::toggle, [&](auto allowed) { answer = allowed; });
+    int answers = 0;
+    daemon->controlCharging({":1.9", 0}, ChargingCommand::toggle, [&](const auto&) { ++answers; });
     hardware.inlineWork = true;
     while (hardware.run() || loop->runPosted()) {
     }
-    EXPECT_TRUE(answer) << "answered once the charger has";
+    EXPECT_EQ(answers, 1) << "answered once the charger has";
 }
 
 TEST_F(DaemonTest, WithoutABatteryNothingIsClaimedWrittenOrRecorded)

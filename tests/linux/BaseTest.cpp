@@ -8,6 +8,7 @@
 #include "base/JournalLog.h"
 #include "base/KernelVersion.h"
 #include "base/PreferencesFile.h"
+#include "base/UserName.h"
 #include "base/Utf8.h"
 
 #include <gtest/gtest.h>
@@ -47,6 +48,12 @@ TEST(JournalLog, TextOfOthersCannotForgeLinesNorMoveTheCursor)
         EXPECT_EQ(escapedLine(text), line);
         EXPECT_EQ(cleanUtf8(text), clean);
     }
+}
+
+TEST(UserName, IsThatOfAUserOfThisMachine)
+{
+    EXPECT_EQ(localUserName(0), "root");
+    EXPECT_EQ(localUserName(4'000'000'000), "");
 }
 
 TEST(KernelVersion, IsWhatTheReleaseBeginsWithOrNothing)

@@ -19,7 +19,7 @@ struct RecordingService final : DaemonService {
     std::vector<HSHistorySnapshot> history{{Date{700'000'000.25}, 50.5, 97.25, "Nominal", true},
                                            {Date{700'000'900.1}, 51, 97.5, "Serious", false}};
     ChargerReport report{.hasBattery = true, .batteries = "BAT0", .endThreshold = 80};
-    std::vector<std::string> deeds; ///< "70 by 0" for a limit, "toggle by 0"
+    std::vector<std::string> deeds; ///< "70 by 0" for a limit, "toggle by 0!" where a person may be asked
     ChargingSettings held{.isAppleRecommendedMode = false, .lowBatteryLimit = 15};
     std::vector<ChargingSettings> received;
     std::vector<std::string> callers, left;
@@ -43,7 +43,7 @@ struct RecordingService final : DaemonService {
     void changeSettings(const Caller& caller, const SettingsChange& change, SettingsReply reply) override
     {
         updateSettings(caller, combined(held, change.values, change.fields));
-        reply(Refusal{Refusal::Kind::denied, "not for you"});
+        reply(Refusal{Refused::denied, "not for you"});
     }
     void controlCharging(const Caller& caller, ChargingCommand, ChargingReply reply) override
     {
@@ -54,7 +54,7 @@ struct RecordingService final : DaemonService {
 
     void note(const std::string& deed, const Caller& caller)
     {
-        deeds.push_back(deed + " by " + std::to_string(caller.uid));
+        deeds.push_back(deed + " by " + std::to_string(caller.uid) + (caller.mayInteract ? "!" : ""));
         callers.push_back(caller.busName);
     }
 };

@@ -20,10 +20,16 @@ namespace velmora {
 /// GetSettings has told a client the settings, they count as its last message.
 class CallerMemory {
 public:
+    /// A message whose sender's right to it is being asked for.
+    struct Question {
+        ChargingSettings message;
+        bool mayInteract; ///< a person is asked for a password, if need be
+    };
     struct LastMessages {
         std::optional<uid_t> user{}; ///< not known of one remembered from another run
         std::optional<ChargingSettings> accepted{};
         std::optional<ChargingSettings> refused{};
+        std::optional<Question> pending{};
     };
 
     /// What `caller` said last; nothing for one that was not heard yet. Valid until the next call of `of`.

@@ -7,6 +7,15 @@
 
 namespace velmora {
 
+namespace {
+
+bool mayInteract(sd_bus_message* call)
+{
+    return sd_bus_message_get_allow_interactive_authorization(call) > 0;
+}
+
+} // namespace
+
 Callers::Callers(sd_bus* bus, Log& log, Left left)
     : bus_(bus), complaints_(log, "DaemonObject"), left_(std::move(left))
 {
@@ -17,7 +26,7 @@ void Callers::identify(sd_bus_message* call, Task task)
     const char* sender = sd_bus_message_get_sender(call);
     Known* const caller = sender ? known(sender) : nullptr;
     if (!caller) return refuse(call, SD_BUS_ERROR_LIMITS_EXCEEDED, "too many clients at once");
-    if (caller->uid) return task(Caller{caller->busName, *caller->uid});
+    if (caller->uid) return task(Caller{caller->busName, *caller->uid, mayInteract(call)});
     wait(*caller, Waiting{dbus::keep(call), std::move(task)});
 }
 
@@ -65,7 +74,8 @@ int Callers::Known::answered(sd_bus_message* reply)
         return 0;
     }
     uid = user;
-    for (const auto& [call, task] : std::exchange(waiting, {})) task(Caller{busName, user});
+    for (const auto& [call, task] : std::exchange(waiting, {}))
+        task(Caller{busName, user, mayInteract(call.get())});
     return 0;
 }
 

@@ -29,6 +29,7 @@ ChargerObject::ChargerObject(sd_bus* bus, Clients& clients, DaemonService& servi
     table_.addMethod(charger::resumeCharging, served<&ChargerObject::control<ChargingCommand::resume>>);
     for (const auto& each : chargerProperties) table_.addProperty(each.name, each.type(), property);
     table_.addSignal(charger::settingsChanged);
+    table_.addSignal(charger::changeRefused);
 }
 
 void ChargerObject::publish()
@@ -75,9 +76,7 @@ void ChargerObject::answerChange(sd_bus_message* call, const std::variant<Chargi
 {
     const auto* refusal = std::get_if<Refusal>(&outcome);
     if (!refusal) return answerSettings(call, std::get<ChargingSettings>(outcome));
-    const bool isDenied = refusal->kind == Refusal::Kind::denied;
-    sd_bus_reply_method_errorf(call, isDenied ? SD_BUS_ERROR_ACCESS_DENIED : SD_BUS_ERROR_INVALID_ARGS, "%s",
-                               refusal->reason.c_str());
+    answerRefusal(call, *refusal);
 }
 
 template <ChargingCommand command>
@@ -139,6 +138,13 @@ void ChargerObject::settingsChanged(const KeyedArchive& settings, const std::str
     clients_.send(
         "announce settings", {wire::charger::interface, wire::charger::settingsChanged.member()},
         [&](auto* signal) { dbus::append(signal, settings); }, to);
+}
+
+void ChargerObject::changeRefused(Refused why, const std::string& to)
+{
+    clients_.send(
+        "tell of a refusal", {wire::charger::interface, wire::charger::changeRefused.member()},
+        [&](auto* signal) { dbus::check(sd_bus_message_append(signal, "s", textOf(why)), "append"); }, to);
 }
 
 void ChargerObject::changed(const ChargerReport& report)

@@ -5,13 +5,27 @@
 
 namespace velmora {
 
+namespace {
+
+const char* errorFor(Refused why)
+{
+    if (why == Refused::invalid) return SD_BUS_ERROR_INVALID_ARGS;
+    if (why == Refused::needsPassword) return SD_BUS_ERROR_INTERACTIVE_AUTHORIZATION_REQUIRED;
+    return SD_BUS_ERROR_ACCESS_DENIED;
+}
+
+} // namespace
+
+void answerRefusal(sd_bus_message* call, const Refusal& refusal)
+{
+    sd_bus_reply_method_errorf(call, errorFor(refusal.why), "%s", refusal.reason.c_str());
+}
+
 int controlCharging(Clients& clients, DaemonService& service, sd_bus_message* call, ChargingCommand command)
 {
-    const auto reply = [kept = dbus::keep(call)](std::optional<bool> isAllowed) {
-        if (isAllowed)
-            sd_bus_reply_method_return(kept.get(), "b", *isAllowed);
-        else
-            sd_bus_reply_method_errorf(kept.get(), SD_BUS_ERROR_ACCESS_DENIED, "not authorised to do this");
+    const auto reply = [kept = dbus::keep(call)](const std::variant<bool, Refusal>& outcome) {
+        if (const auto* refusal = std::get_if<Refusal>(&outcome)) return answerRefusal(kept.get(), *refusal);
+        sd_bus_reply_method_return(kept.get(), "b", std::get<bool>(outcome));
     };
     clients.identify(call, [&service, command, reply](const Caller& caller) {
         service.controlCharging(caller, command, reply);

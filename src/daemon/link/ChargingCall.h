@@ -8,7 +8,11 @@
 namespace velmora {
 
 /// Serves a call that pauses or resumes charging, whichever interface it came by: it is answered with whether
-/// charging is allowed afterwards, or with AccessDenied.
+/// charging is allowed afterwards, or refused.
 int controlCharging(Clients& clients, DaemonService& service, sd_bus_message* call, ChargingCommand command);
+
+/// Answers `call` with the error that stands for the refusal: InvalidArgs, AccessDenied, or
+/// InteractiveAuthorizationRequired where a password would help.
+void answerRefusal(sd_bus_message* call, const Refusal& refusal);
 
 } // namespace velmora

@@ -48,6 +48,7 @@ DaemonObject::DaemonObject(const EventLoop& loop, DaemonService& service, Log& l
     : log_(log),
       bus_(dbus::openSystemBus(loop)),
       clients_(bus_.get(), service, log),
+      authority_(bus_.get(), log),
       protocol_(bus_.get(), clients_, service),
       charger_(bus_.get(), clients_, service)
 {

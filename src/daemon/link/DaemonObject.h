@@ -4,6 +4,7 @@
 #pragma once
 
 #include "bus/NameOwner.h"
+#include "link/Authority.h"
 #include "link/ChargerObject.h"
 #include "link/Clients.h"
 #include "link/ProtocolObject.h"
@@ -37,6 +38,8 @@ public:
 
     ProtocolObject& protocol() { return protocol_; }
     ChargerObject& charger() { return charger_; }
+    /// Decides who may change what the charger does.
+    Authority& authority() { return authority_; }
 
     /// Tells this bus from every other one, before and after; names of connections mean something on it
     /// alone. To be asked for once the name is owned: before, it would wait for the bus.
@@ -63,6 +66,7 @@ private:
     Log& log_;
     dbus::Bus bus_;
     Clients clients_;
+    Authority authority_;
     ProtocolObject protocol_;
     ChargerObject charger_;
     std::optional<NameOwner> login_; ///< logind: sleep signals of others are ignored

@@ -4,11 +4,11 @@
 #pragma once
 
 #include "link/SettingsChange.h"
+#include "wire/ChargerInterface.h"
 #include "wire/ChargerReport.h"
 #include "wire/VelmoraProtocol.h"
 
 #include <functional>
-#include <optional>
 #include <string>
 #include <sys/types.h>
 #include <variant>
@@ -20,13 +20,12 @@ namespace velmora {
 struct Caller {
     std::string busName; ///< unique name, ":1.42"
     uid_t uid;
+    bool mayInteract = false; ///< the message allows that a person is asked for a password
 };
 
-/// Why a change of settings was refused.
+/// Why something was refused.
 struct Refusal {
-    enum class Kind : std::uint8_t { invalid, denied };
-
-    Kind kind;
+    Refused why;
     std::string reason; ///< a phrase for the caller
 };
 
@@ -39,7 +38,7 @@ enum class ChargingCommand : std::uint8_t {
 /// What the daemon does behind the wire. Main thread only; nothing here blocks.
 class DaemonService {
 public:
-    using ChargingReply = std::function<void(std::optional<bool>)>;
+    using ChargingReply = std::function<void(const std::variant<bool, Refusal>&)>;
     using SettingsReply = std::function<void(const std::variant<ChargingSettings, Refusal>&)>;
 
     virtual ~DaemonService() = default;
@@ -62,8 +61,8 @@ public:
     /// Values are as the caller sent them: nothing is checked yet.
     virtual void updateSettings(const Caller& caller, const ChargingSettings& settings) = 0;
 
-    /// Calls `reply` once, now or later, with whether charging is allowed afterwards; with nothing where the
-    /// caller may not do this.
+    /// Calls `reply` once, now or later, with whether charging is allowed afterwards, or with why this was
+    /// refused.
     virtual void controlCharging(const Caller& caller, ChargingCommand command, ChargingReply reply) = 0;
 
     /// The connection has left the bus; its name will not come again.

@@ -115,7 +115,8 @@ std::string properties()
 std::string daemonIntrospection()
 {
     using namespace wire;
-    const auto chargerMembers = methods(charger::messages) + signal(charger::settingsChanged) + properties();
+    const auto chargerMembers = methods(charger::messages) + signal(charger::settingsChanged) +
+                                signal(charger::changeRefused) + properties();
     return std::string(documentType) + "<node>\n" + standardInterfaces +
            interface(daemon_protocol::interface, methods(daemon_protocol::messages)) +
            interface(client_protocol::interface, signal(client_protocol::batteryStateDidChange)) +
