@@ -21,6 +21,9 @@ App::App(LinuxPlatform& platform)
     client_->onChargerChange = [this] {
         if (onChargerChange) onChargerChange();
     };
+    client_->onRefusal = [this] {
+        if (onChargerChange) onChargerChange();
+    };
     client_->onSettingsChange = [this] {
         if (const auto held = client_->settings()) model_.followSettings(*held, client_->toldLast());
     };

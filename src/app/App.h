@@ -39,6 +39,12 @@ public:
     /// Called when that has changed.
     std::function<void()> onChargerChange;
 
+    /// Does what a person asks for, who may be asked for a password; see XPCClient.
+    void asPerson(const std::function<void()>& act) { client_->asPerson(act); }
+    /// Why the daemon refused what a person asked for last, as one of `refusedTexts`; empty where it has not.
+    /// Tells of a change as of one of the charger's.
+    const std::string& refusal() const { return client_->refusal(); }
+
 private:
     void rememberLowBatteryNotice();
 

@@ -48,10 +48,13 @@ void Shell::serve(sd_bus* bus)
 {
     model_.emplace(loop_, bus, app_.model());
     model_->onQuit = [this] { loop_.stop(); };
+    model_->asPerson = [this](const auto& act) { app_.asPerson(act); };
     const auto serve = [&](std::optional<ExportedObject>& object, const wire::face::Face& face, auto&& what) {
         exports::serve(object.emplace(loop_, bus, face), what);
     };
-    serve(charger_, wire::face::charger::face, exports::ChargerSource([this] { return app_.charger(); }));
+    exports::serve(
+        charger_.emplace(loop_, bus, wire::face::charger::face), [this] { return app_.charger(); },
+        [this] { return app_.refusal(); });
     // Now rather than at its first use: otherwise a window could open with the wrong one of its two views.
     exports::serve(installation_.emplace(loop_, bus, wire::face::installation::face),
                    Platform::current().singleton<InstallationManager>(),

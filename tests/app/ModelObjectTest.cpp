@@ -93,9 +93,16 @@ TEST_F(ModelObjectTest, AnnouncesWhatChangedOnceATurn)
 
 TEST_F(ModelObjectTest, ASettingReachesTheDaemonAtOnceAndAloneWhatIsOne)
 {
+    std::size_t sentAsPerson = 0;
+    object.asPerson = [&](const auto& act) {
+        const auto before = daemon->sent.size();
+        act();
+        sentAsPerson += daemon->sent.size() - before;
+    };
     EXPECT_EQ(set("customChargeLimit", "d", 90.0), "");
     EXPECT_EQ(set("isAppleRecommendedModeEnabled", "b", 0), "");
     ASSERT_EQ(daemon->sent.size(), 2U) << "with no time passing";
+    EXPECT_EQ(sentAsPerson, 2U);
     EXPECT_EQ(daemon->sent.back(),
               (ChargingSettings{.isAppleRecommendedMode = false, .customChargeLimit = 90}));
     EXPECT_EQ(set("isSimulationModeEnabled", "b", 1), "");

@@ -4,8 +4,10 @@
 #include "base/Translation.h"
 #include "texts/DashboardTexts.h"
 #include "texts/WidgetTexts.h"
+#include "wire/ChargerInterface.h"
 
 #include <gtest/gtest.h>
+#include <set>
 
 namespace velmora {
 namespace {
@@ -155,6 +157,15 @@ TEST(ChargerTexts, PagesSayWhatThisLaptopMakesOfTheSettings)
         EXPECT_EQ(charger::limitEffect({.percentage = 79, .charger = charger}), limit);
         EXPECT_EQ(charger::startEffect({.percentage = 79, .charger = charger}, 80, 2), start);
     }
+}
+
+TEST(ChargerTexts, EveryRefusalThatConcernsAPersonIsASentenceOfItsOwn)
+{
+    std::set<std::string> sentences;
+    for (const auto* why : refusedTexts)
+        if (const auto text = charger::refusalText(why); !text.empty()) sentences.insert(text);
+    EXPECT_EQ(sentences.size(), refusedTexts.size() - 1) << "all but one that a newer wish replaced";
+    EXPECT_EQ(charger::refusalText(""), "");
 }
 
 TEST(DashboardTexts, StatusLineTellsTheTimesThatAreKnown)

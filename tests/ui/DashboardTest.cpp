@@ -138,6 +138,10 @@ TEST_F(Dashboard, SwitchesAskForWhatTheySay)
     open("Settings");
     EXPECT_EQ(property("limiterText", "text"), "On battery: charging will stop at 55%, storage mode is on.");
     EXPECT_EQ(property("limit/caption", "text"), "In force: 55%, since this laptop does not support 50%.");
+    EXPECT_FALSE(item("refusal")->isVisible());
+    model.charger().apply({{"Refusal", "denied"}});
+    EXPECT_TRUE(item("refusal")->isVisible());
+    EXPECT_TRUE(property("refusal", "text").startsWith("Not changed: "));
     open("Health");
     EXPECT_EQ(property("cycles", "value"), "7");
 }

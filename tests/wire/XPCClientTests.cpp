@@ -5,6 +5,8 @@
 
 #include "bus/Records.h"
 
+#include <unistd.h>
+
 namespace velmora {
 namespace {
 
@@ -84,6 +86,27 @@ TEST_F(XPCClientTest, SendsNothingBeforeItKnowsWhatIsHeldAndFollowsIt)
         EXPECT_TRUE(sent(70)) << "refused, or changed by somebody else";
     }
     EXPECT_TRUE(eventually([&] { return !client->settings(); })) << "there is nobody to ask";
+}
+
+TEST_F(XPCClientTest, LetsAPersonBeAskedForWhatAPersonWantsAloneAndTellsOfARefusal)
+{
+    const auto daemon = startDaemon();
+    const auto client = makeClient();
+    std::vector<std::string> refusals;
+    client->onRefusal = [&] { refusals.push_back(client->refusal()); };
+    ASSERT_TRUE(eventually([&] { return client->settings().has_value(); }));
+    client->asPerson([&] { client->updateSettings({.customChargeLimit = 70}); });
+    client->updateSettings({.customChargeLimit = 71});
+    ASSERT_TRUE(eventually([&] { return service.deeds.size() == 2; }));
+    const auto me = " by " + std::to_string(getuid());
+    EXPECT_EQ(service.deeds, (std::vector{"70" + me + "!", "71" + me}));
+    daemon->charger().changeRefused(Refused::needsPassword, service.callers.back());
+    ASSERT_TRUE(eventually([&] { return !refusals.empty(); }));
+    client->updateSettings({.customChargeLimit = 70}); // an echo
+    EXPECT_EQ(refusals, std::vector<std::string>{"needs password"});
+    client->asPerson([&] { client->updateSettings({.customChargeLimit = 72}); });
+    EXPECT_EQ(refusals.back(), "") << "a person has tried anew";
+    EXPECT_EQ(log.count("needs password"), 1U);
 }
 
 TEST_F(XPCClientTest, ADaemonThatDiesInACallAnswersNothing)
@@ -286,12 +309,15 @@ TEST_F(XPCClientTest, APushOfAnybodyElseIsDropped)
     send(wire::objectPath, "org.freedesktop.DBus.Properties", "PropertiesChanged", [&](auto* signal) {
         sd_bus_message_append(signal, "sa{sv}as", ChargerReport::interface, 1, "Mode", "s", "paused", 0);
     });
+    send(wire::objectPath, wire::charger::interface, "ChangeRefused",
+         [&](auto* signal) { sd_bus_message_append(signal, "s", "denied"); });
     spoofer.sync();
     daemon->protocol().push(at(1));
     ASSERT_TRUE(eventually([&] { return !pushed.empty(); }));
     EXPECT_EQ(pushed, States{at(1)});
     EXPECT_EQ(appeared, 0);
     EXPECT_EQ(client->charger(), service.report);
+    EXPECT_EQ(client->refusal(), "");
 }
 
 } // namespace

@@ -46,10 +46,13 @@ void serve(ExportedObject& object, WidgetSettings& widget)
     object.serve();
 }
 
-void serve(ExportedObject& object, const ChargerSource& report)
+void serve(ExportedObject& object, const ChargerSource& report, const std::function<std::string()>& refusal)
 {
-    for (const auto& property : wire::face::charger::properties)
-        object.derive(property.name, [report, name = property.name] { return valueOf(report(), name); });
+    namespace wired = wire::face::charger;
+    object.derive(wired::refusal, [refusal] { return KeyedArchive::Value(refusal()); });
+    for (const auto& property : wired::properties)
+        if (property.name != std::string_view(wired::refusal))
+            object.derive(property.name, [report, name = property.name] { return valueOf(report(), name); });
     object.serve();
 }
 

@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <optional>
+#include <string>
 
 /// Exports core objects on the session bus, beside the model. Each function binds one to its exported object;
 /// both must have the same lifetime. Throws std::system_error where the bus refuses the object.
@@ -24,7 +25,8 @@ void serve(ExportedObject& object, WidgetSettings& widget);
 
 using ChargerSource = std::function<std::optional<ChargerReport>()>; ///< what is known now
 
-/// The daemon's report. Call the object's `derivedChanged` when it may have changed.
-void serve(ExportedObject& object, const ChargerSource& report);
+/// The daemon's report, and why it refused what a person asked for last. Call the object's `derivedChanged`
+/// when either may have changed.
+void serve(ExportedObject& object, const ChargerSource& report, const std::function<std::string()>& refusal);
 
 } // namespace velmora::exports

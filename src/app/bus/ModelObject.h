@@ -20,12 +20,17 @@ public:
     ModelObject(const ModelObject&) = delete;
     ModelObject& operator=(const ModelObject&) = delete;
 
+    /// Runs what changes a setting by a person's wish, so that what is sent meanwhile can be told from what
+    /// the program sends by itself; without one it is run as it is.
+    std::function<void(const std::function<void()>& act)> asPerson;
+
     /// Called when a client on the bus asks the application to quit; may not destroy this.
     std::function<void()> onQuit;
 
 private:
     void bindProperties();
     void addOperations();
+    void obey(void (BatteryModel::*operation)());
 
     BatteryModel& model_;
     ExportedObject face_;

@@ -5,7 +5,10 @@
 
 #include "bus/Records.h"
 
+#include <algorithm>
+#include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace velmora {
 
@@ -84,6 +87,12 @@ void XPCClient::followDaemon()
                                     .interface = wire::client_protocol::interface,
                                     .member = wire::client_protocol::batteryStateDidChange.member()},
                                    dbus::serve<XPCClient, &XPCClient::statePushed>, this));
+    matches_.push_back(dbus::match(bus_.get(),
+                                   {.sender = wire::serviceName,
+                                    .path = wire::objectPath,
+                                    .interface = wire::charger::interface,
+                                    .member = wire::charger::changeRefused.member()},
+                                   dbus::serve<XPCClient, &XPCClient::changeRefused>, this));
 }
 
 void XPCClient::followRecords()
@@ -233,9 +242,11 @@ void XPCClient::updateSettings(const ChargingSettings& settings)
     settings_ = settings;
     if (sentLast_ == settings) return;
     sentLast_ = settings;
+    if (isPersonsWish_) setRefusal("");
     attempt("send the settings", [&] {
         const auto call = newCall(wire::daemon_protocol::updateSettings);
         dbus::check(sd_bus_message_set_expect_reply(call.get(), false), "one way");
+        dbus::check(sd_bus_message_set_allow_interactive_authorization(call.get(), isPersonsWish_), "a wish");
         dbus::append(call.get(), settings);
         sd_bus_send(bus_.get(), call.get(), nullptr); // a lost bus was logged when it was lost
     });
@@ -247,6 +258,35 @@ int XPCClient::statePushed(sd_bus_message* signal)
     const auto state = readState(signal, "a push");
     if (const auto handler = onStateChange; handler && state) handler(*state);
     return 0;
+}
+
+void XPCClient::asPerson(const std::function<void()>& act)
+{
+    const bool before = std::exchange(isPersonsWish_, true);
+    act();
+    isPersonsWish_ = before;
+}
+
+int XPCClient::changeRefused(sd_bus_message* signal)
+{
+    if (!daemon_->sent(signal)) return 0;
+    const char* given = nullptr;
+    dbus::check(sd_bus_message_read(signal, "s", &given), "read a refusal");
+    const auto* why = std::ranges::find(refusedTexts, std::string_view(given));
+    setRefusal(why == refusedTexts.end() ? textOf(Refused::denied) : *why);
+    return 0;
+}
+
+/// One line in the log for each time that a person tries.
+void XPCClient::setRefusal(const std::string& why)
+{
+    constexpr auto cause = "change refused";
+    if (why.empty())
+        complaints_.settle(cause);
+    else
+        complaints_.raise(cause, "The daemon refused to change the charger's settings: " + why + ".");
+    if (std::exchange(refusal_, why) == why) return;
+    if (const auto handler = onRefusal) handler();
 }
 
 int XPCClient::disconnected(sd_bus_message*)

@@ -60,6 +60,15 @@ public:
     /// refused what this client sent.
     std::function<void()> onSettingsChange;
 
+    /// Settings that `act` sends are a person's wish, who may be asked for a password for them. All others
+    /// are sent by the program itself, which asks nobody.
+    void asPerson(const std::function<void()>& act);
+    /// Why the daemon refused what was sent last, as one of `refusedTexts`; empty where it has not, or a
+    /// person has tried anew.
+    const std::string& refusal() const { return refusal_; }
+    /// Called when that has changed.
+    std::function<void()> onRefusal;
+
     void fetchCurrentState(StateHandler completion) override;
     /// A long history is read over several turns of the loop.
     void fetchHistory(HistoryHandler completion) override;
@@ -87,7 +96,10 @@ private:
     std::optional<HSBatteryState> readState(sd_bus_message* message, const char* what);
     void readOn(const std::weak_ptr<HistoryReading>& reading);
 
+    void setRefusal(const std::string& why);
+
     int statePushed(sd_bus_message* signal);
+    int changeRefused(sd_bus_message* signal);
     int disconnected(sd_bus_message* signal);
 
     EventLoop& loop_;
@@ -103,6 +115,8 @@ private:
     SettingsMask toldLast_;
     /// The last message to this daemon; nothing once it has contradicted that, and so may have refused it.
     std::optional<ChargingSettings> sentLast_;
+    bool isPersonsWish_ = false; ///< while a person's deed is done
+    std::string refusal_;
     bool isDaemonMissing_ = false;
     std::list<dbus::Slot> matches_;
     std::list<PendingCall> calls_;

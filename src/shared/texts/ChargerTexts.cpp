@@ -5,6 +5,7 @@
 
 #include "base/Translation.h"
 #include "texts/PanelTexts.h"
+#include "wire/ChargerInterface.h"
 
 #include <array>
 #include <cmath>
@@ -290,6 +291,22 @@ std::string startEffect(const Situation& now, double limit, double hysteresis)
     if (!isInForce) return tr("With Auto-Protect charging begins again below %1.", percent(asked));
     return tr("Charging begins again below %1.",
               percent(inForce(charger.startThreshold, charger.wantedStartThreshold)));
+}
+
+std::string refusalText(std::string_view why)
+{
+    if (why == textOf(Refused::denied))
+        return tr("Not changed: you were not allowed to change how this laptop is charged.");
+    if (why == textOf(Refused::needsPassword))
+        return tr("Not changed: this needs an administrator's password, and nothing here can ask for it. "
+                  "Members of the "
+                  "group \"velmora\" need none.");
+    if (why == textOf(Refused::unavailable))
+        return tr(
+            "Not changed: polkit, which decides who may, does not answer. Until it does, only root may.");
+    if (why == textOf(Refused::invalid))
+        return tr("Not changed: the background service does not take this value.");
+    return "";
 }
 
 std::string stateText(const Situation& now)

@@ -36,6 +36,10 @@ std::string limitEffect(const Situation& now);
 /// where that has no meaning.
 std::string startEffect(const Situation& now, double limit, double hysteresis);
 
+/// Why a change was refused, and what helps; `why` is one of velmora::refusedTexts. Empty where there is
+/// nothing to say.
+std::string refusalText(std::string_view why);
+
 /// What the battery does, in a word or two: "Charging", "Limit reached".
 std::string stateText(const Situation& now);
 

@@ -48,6 +48,7 @@ inline constexpr auto placeholder = trMark("Select an item to view insights"); /
 
 using charger::limitEffect;
 using charger::limiterText;
+using charger::refusalText;
 using charger::startEffect;
 using velmora::isWatched;
 using velmora::Situation;

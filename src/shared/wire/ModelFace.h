@@ -147,11 +147,14 @@ namespace velmora::wire::face::charger {
 inline constexpr auto objectPath = "/app/velmora/Charger";
 inline constexpr auto interface = ChargerReport::interface;
 inline constexpr auto isKnown = "IsKnown"; ///< the daemon has told; the others are defaults until then
+/// Why the daemon refused what a person asked for last, as one of velmora::refusedTexts; empty where it has
+/// not.
+inline constexpr auto refusal = "Refusal";
 
 inline constexpr auto properties = [] {
-    std::array<Property, chargerProperties.size() + 1> rows{Property{isKnown, "b"}};
+    std::array<Property, chargerProperties.size() + 2> rows{Property{isKnown, "b"}, Property{refusal, "s"}};
     for (std::size_t i = 0; i < chargerProperties.size(); ++i)
-        rows[i + 1] = {chargerProperties[i].name, chargerProperties[i].type()};
+        rows[i + 2] = {chargerProperties[i].name, chargerProperties[i].type()};
     return rows;
 }();
 inline constexpr Face face{objectPath, interface, properties};

@@ -41,6 +41,14 @@ DashboardPage {
             }
         }
     }
+    Label {
+        objectName: "refusal"
+        Layout.fillWidth: true
+        visible: text.length > 0
+        text: page.battery.refusalText
+        wrapMode: Text.Wrap
+        Accessible.role: Accessible.AlertMessage
+    }
     SettingsGroup {
         Layout.fillWidth: true
 

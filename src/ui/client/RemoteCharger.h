@@ -19,6 +19,8 @@ public:
 
     /// Nothing while the daemon is not there, or has not told yet.
     const std::optional<ChargerReport>& report() const { return report_; }
+    /// Why the daemon refused what a person asked for last; empty where it has not.
+    QString refusal() const { return value(wire::face::charger::refusal).toString(); }
 
 protected:
     void taken() override;

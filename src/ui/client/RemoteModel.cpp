@@ -124,6 +124,11 @@ QString RemoteModel::startEffect(double limit, double hysteresis) const
     return text(dashboard::startEffect(situation(), limit, hysteresis));
 }
 
+QString RemoteModel::refusalText() const
+{
+    return text(dashboard::refusalText(charger_.refusal().toStdString()));
+}
+
 bool RemoteModel::hasLimiter() const
 {
     const auto& report = charger_.report();
