@@ -3,6 +3,7 @@
 
 #include "Daemon.h"
 
+#include "BatteryReports.h"
 #include "thermal/ThermalMonitorService.h"
 
 #include <algorithm>
@@ -108,6 +109,7 @@ void Daemon::readBattery(const Look& look)
     isUnreadable_ = !snapshot.battery && !look.chargers.empty();
     if (isUnreadable_)
         return; // firmware has such moments; what was last seen is nearer to the truth than nothing
+    batteries_ = batteryReports(snapshot.supplies.batteries);
     battery_ = snapshot.battery;
     reading_ = ChargeReading::of(snapshot);
     minutes_ = battery_ ? estimator_.update(*battery_, snapshot.time) : TimeEstimator::Minutes{};
@@ -211,6 +213,7 @@ void Daemon::tell()
 {
     tellState();
     outbound_.chargerChanged(charger());
+    outbound_.batteriesChanged(batteries_);
 }
 
 void Daemon::tellState()

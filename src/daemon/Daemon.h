@@ -33,6 +33,7 @@ public:
         std::function<void(const HSBatteryState&)> push;
         std::function<void(const std::string& busName, const HSBatteryState&)> pushTo;
         std::function<void(const ChargerReport&)> chargerChanged;
+        std::function<void(const std::vector<BatteryReport>&)> batteriesChanged;
         std::function<void(const KeyedArchive& settings)> settingsChanged;
         std::function<void(const std::string& busName, const KeyedArchive& settings)> settingsChangedFor;
         std::function<void(const std::string& busName, Refused why)> changeRefusedFor;
@@ -76,6 +77,8 @@ public:
     HSBatteryState batteryState() override;
     const std::vector<HSHistorySnapshot>& analyticsHistory() override;
     ChargerReport charger() override;
+    const std::vector<BatteryReport>& batteries() override { return batteries_; }
+    const std::vector<ChargerAction>& chargerActions() override { return keeper_.actions(); }
     ChargingSettings settings(const Caller& caller) override { return intake_.tell(caller); }
     void changeSettings(const Caller& caller, const SettingsChange& change, SettingsReply reply) override
     {
@@ -134,6 +137,7 @@ private:
     bool hasAdoptedLimit_ = false;
     bool isHistoryLoaded_ = false;
 
+    std::vector<BatteryReport> batteries_;  ///< as last read
     std::optional<MachineBattery> battery_; ///< absent on a machine without one, and before the first look
     ChargeReading reading_{};
     TimeEstimator estimator_;

@@ -92,6 +92,7 @@ Daemon::Outbound Program::outbound()
         .pushTo = [this](const auto& busName,
                          const auto& state) { object_->protocol().push(state, busName); },
         .chargerChanged = [this](const auto& report) { object_->charger().changed(report); },
+        .batteriesChanged = [this](const auto& batteries) { object_->batteries().changed(batteries); },
         .settingsChanged = [this](const auto& settings) { object_->charger().settingsChanged(settings); },
         .settingsChangedFor =
             [this](const auto& busName, const auto& settings) {

@@ -82,6 +82,7 @@ struct DaemonTest : testing::Test {
                 .push = [this](const auto& state) { pushes.push_back(state); },
                 .pushTo = [this](const auto& to, const auto& state) { told.emplace_back(to, state); },
                 .chargerChanged = [](const auto&) {},
+                .batteriesChanged = [](const auto&) {},
                 .settingsChanged = [this](const auto& news) { announced.push_back(news); },
                 .settingsChangedFor = [this](const auto& to, const auto&) { corrected.push_back(to); },
                 .changeRefusedFor = [this](const auto& to, Refused why) { refused.emplace_back(to, why); },

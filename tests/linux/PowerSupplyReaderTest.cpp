@@ -144,6 +144,36 @@ TEST(PowerSupplyReader, TakesOnlyTheLaptopsOwnBatteries)
     EXPECT_EQ(log.count(), 0U);
 }
 
+TEST(PowerSupplyReader, TellsMakeVoltageAndTemperatureWhereTheyCanBeBelieved)
+{
+    constexpr double none = -999;
+    const std::tuple<const char*, Attributes, double, double, std::string, unsigned> cases[] = {
+        {"all told",
+         {{"voltage_now", "11900000"}, {"temp", "312"}, {"manufacturer", " SMP "}},
+         11.9,
+         31.2,
+         "SMP",
+         0},
+        {"frost", {{"temp", "-55"}}, none, -5.5, "", 0},
+        {"a gauge's zeros", {{"voltage_now", "0"}, {"temp", "0"}}, none, none, "", 0},
+        {"absolute zero", {{"temp", "-2731"}}, none, none, "", 1},
+        {"a maker of blanks", {{"manufacturer", " \x01 "}}, none, none, "", 0},
+        {"no text", {{"manufacturer", "A\xff\x1bZ"}}, none, none, "A? Z", 0},
+    };
+    for (const auto& [what, added, voltage, temperature, maker, complaints] : cases) {
+        SCOPED_TRACE(what);
+        SysfsTree tree;
+        healthy(tree).supply("BAT0", added);
+        RecordingLog log;
+        const auto reading = PowerSupplyReader(tree.sysfs, log).read();
+        ASSERT_EQ(reading.batteries.size(), 1U);
+        EXPECT_DOUBLE_EQ(reading.batteries.front().voltage.value_or(none), voltage);
+        EXPECT_DOUBLE_EQ(reading.batteries.front().temperature.value_or(none), temperature);
+        EXPECT_EQ(reading.batteries.front().manufacturer.value_or(""), maker);
+        EXPECT_EQ(log.count(), complaints);
+    }
+}
+
 TEST(PowerSupplyReader, KnowsAGaugesWordsForUnknown)
 {
     const std::tuple<const char*, const char*, std::optional<std::chrono::seconds>> cases[] = {

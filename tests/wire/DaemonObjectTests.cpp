@@ -37,6 +37,45 @@ TEST_F(DaemonObjectTest, AnnouncesWhatChangedAboutTheChargerAndNothingElse)
     EXPECT_EQ(news, std::vector{expected});
 }
 
+TEST_F(DaemonObjectTest, ShowsABatteryAsLongAsItIsThereAndOfItWhatIsKnown)
+{
+    service.packs = {{.name = "macsmc-battery", .power = -3.5, .cycleCount = 7}};
+    const auto daemon = startDaemon();
+    Peer listener(loop);
+    std::vector<std::string> news;
+    const auto heard = [](sd_bus_message* signal, void* to, sd_bus_error*) {
+        static_cast<std::vector<std::string>*>(to)->push_back(sd_bus_message_get_member(signal));
+        return 0;
+    };
+    const auto slot = dbus::match(listener.bus(), {.sender = wire::serviceName}, heard, &news);
+    listener.sync();
+    constexpr auto path = "/app/velmora/battery/macsmc_2dbattery";
+    const auto ask = [&](const char* of, const char* interface, const char* member, const char* arguments) {
+        const auto call = listener.call(of, interface, member);
+        for (const auto* text : {BatteryReport::interface, "Voltage"})
+            if (*arguments++ == 's') sd_bus_message_append(call.get(), "s", text);
+        return answer(listener.bus(), call);
+    };
+    constexpr auto properties = "org.freedesktop.DBus.Properties";
+    const auto all = ask(path, properties, "GetAll", "s ");
+    EXPECT_EQ(BatteryReport::unarchived(dbus::readArchive(all.get())), service.packs.front());
+    EXPECT_EQ(dbus::readArchive(ask(path, properties, "GetAll", "s ").get()).values().size(), 3U);
+    const auto objects =
+        ask(wire::battery::folder, wire::battery::managerInterface, "GetManagedObjects", "  ");
+    EXPECT_GT(sd_bus_message_has_signature(objects.get(), wire::battery::objectsType), 0);
+    for (const auto& refused : {ask(path, properties, "Get", "ss"), ask(path, properties, "Set", "ss"),
+                                ask("/app/velmora/battery/BAT7", properties, "GetAll", "s ")})
+        EXPECT_TRUE(sd_bus_message_is_method_error(refused.get(), nullptr));
+
+    daemon->batteries().changed(service.packs);
+    daemon->batteries().changed(service.packs);
+    service.packs.front().power.reset();
+    daemon->batteries().changed(service.packs);
+    daemon->batteries().changed({});
+    ASSERT_TRUE(eventually([&] { return news.size() >= 3; }));
+    EXPECT_EQ(news, (std::vector<std::string>{"InterfacesAdded", "PropertiesChanged", "InterfacesRemoved"}));
+}
+
 TEST_F(DaemonObjectTest, NamesWhatIsWrongWithAChangeAndPassesOnWhatIsNamed)
 {
     const auto daemon = startDaemon();

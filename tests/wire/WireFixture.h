@@ -18,6 +18,8 @@ struct RecordingService final : DaemonService {
     HSBatteryState state{79.5, true, "AC Power", "Fair", 80, 2, 42, -1, false};
     std::vector<HSHistorySnapshot> history{{Date{700'000'000.25}, 50.5, 97.25, "Nominal", true},
                                            {Date{700'000'900.1}, 51, 97.5, "Serious", false}};
+    std::vector<BatteryReport> packs;
+    std::vector<ChargerAction> actions;
     ChargerReport report{.hasBattery = true, .batteries = "BAT0", .endThreshold = 80};
     std::vector<std::string> deeds; ///< "70 by 0" for a limit, "toggle by 0!" where a person may be asked
     ChargingSettings held{.isAppleRecommendedMode = false, .lowBatteryLimit = 15};
@@ -34,6 +36,8 @@ struct RecordingService final : DaemonService {
     HSBatteryState batteryState() override { return state; }
     const std::vector<HSHistorySnapshot>& analyticsHistory() override { return history; }
     ChargerReport charger() override { return report; }
+    const std::vector<BatteryReport>& batteries() override { return packs; }
+    const std::vector<ChargerAction>& chargerActions() override { return actions; }
     void updateSettings(const Caller& caller, const ChargingSettings& wanted) override
     {
         received.push_back(wanted);

@@ -128,12 +128,12 @@ void ChargerKeeper::planRetry(const Thresholds& wanted)
 
 void ChargerKeeper::noteChange(const Attempt& attempt)
 {
-    lastAction_.clear();
+    ChargerAction done{.date = ports_.clock.now(), .action = "", .reason = attempt.reason};
     for (const auto& change : attempt.outcome.changes)
-        lastAction_ += (lastAction_.empty() ? "" : " ") + change;
-    lastReason_ = attempt.reason;
-    lastActionDate_ = ports_.clock.now();
-    changeLog_.info(lastAction_ + " " + lastReason_);
+        done.action += (done.action.empty() ? "" : " ") + change;
+    changeLog_.info(done.action + " " + done.reason);
+    if (actions_.size() >= maximumActions) actions_.erase(actions_.begin());
+    actions_.push_back(std::move(done));
 }
 
 void ChargerKeeper::attempted(const Attempt& attempt)
@@ -193,9 +193,10 @@ void ChargerKeeper::describe(ChargerReport& report) const
         report.startThreshold = held->start.value_or(-1);
         report.endThreshold = held->end;
     }
-    report.lastAction = lastAction_;
-    report.lastReason = lastReason_;
-    report.lastActionDate = lastActionDate_;
+    if (actions_.empty()) return;
+    report.lastAction = actions_.back().action;
+    report.lastReason = actions_.back().reason;
+    report.lastActionDate = actions_.back().date;
 }
 
 } // namespace velmora

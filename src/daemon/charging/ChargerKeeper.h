@@ -38,6 +38,8 @@ public:
     /// fight with another program.
     static constexpr std::size_t maximumRepairs = 4;
 
+    static constexpr std::size_t maximumActions = 20; ///< that are remembered
+
     /// `acted` is called after each attempt to change the charger, with whether it changed.
     ChargerKeeper(const Ports& ports, std::function<void(bool changed)> acted);
 
@@ -58,6 +60,8 @@ public:
     /// What the first battery that has any control holds and obeys; nothing where that cannot be read.
     std::optional<Thresholds> inForce() const;
 
+    /// What was done, the newest last.
+    const std::vector<ChargerAction>& actions() const { return actions_; }
     /// Fills in what is known of the charger.
     void describe(ChargerReport& report) const;
 
@@ -93,9 +97,7 @@ private:
     std::optional<std::chrono::milliseconds> retryAt_; ///< since boot; absent while no driver deviates
     std::chrono::milliseconds retryDelay_;             ///< to the retry after the next attempt
     LogBudget changeLog_;                              ///< clients may ask for a new one at any pace
-    std::string lastAction_ = "none";
-    std::string lastReason_ = "none";
-    Date lastActionDate_{};
+    std::vector<ChargerAction> actions_;               ///< the newest last
 };
 
 } // namespace velmora

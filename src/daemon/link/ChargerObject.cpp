@@ -27,6 +27,7 @@ ChargerObject::ChargerObject(sd_bus* bus, Clients& clients, DaemonService& servi
     table_.addMethod(charger::setSettings, served<&ChargerObject::setSettings>);
     table_.addMethod(charger::pauseCharging, served<&ChargerObject::control<ChargingCommand::pause>>);
     table_.addMethod(charger::resumeCharging, served<&ChargerObject::control<ChargingCommand::resume>>);
+    table_.addMethod(charger::getActions, served<&ChargerObject::getActions>);
     for (const auto& each : chargerProperties) table_.addProperty(each.name, each.type(), property);
     table_.addSignal(charger::settingsChanged);
     table_.addSignal(charger::changeRefused);
@@ -83,6 +84,15 @@ template <ChargingCommand command>
 int ChargerObject::control(sd_bus_message* call)
 {
     return controlCharging(clients_, service_, call, command);
+}
+
+int ChargerObject::getActions(sd_bus_message* call)
+{
+    const auto reply = dbus::replyTo(call);
+    dbus::check(sd_bus_message_open_container(reply.get(), 'a', wire::recordType), "open a list");
+    for (const auto& action : service_.chargerActions()) dbus::append(reply.get(), action.archived());
+    dbus::check(sd_bus_message_close_container(reply.get()), "close a list");
+    return dbus::send(reply);
 }
 
 /// What sd-bus would answer by itself, once there is something worth telling.

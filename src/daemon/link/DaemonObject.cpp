@@ -50,7 +50,8 @@ DaemonObject::DaemonObject(const EventLoop& loop, DaemonService& service, Log& l
       clients_(bus_.get(), service, log),
       authority_(bus_.get(), log),
       protocol_(bus_.get(), clients_, service),
-      charger_(bus_.get(), clients_, service)
+      charger_(bus_.get(), clients_, service),
+      batteries_(bus_.get(), clients_, service)
 {
     slots_.push_back(dbus::onDisconnected(bus_.get(), served<&DaemonObject::disconnected>, this));
     dbus::check(sd_bus_request_name_async(bus_.get(), out(slots_.emplace_back()), wire::serviceName, 0,
@@ -74,6 +75,7 @@ void DaemonObject::takeUp()
 {
     protocol_.publish();
     charger_.publish();
+    batteries_.publish();
     // Beside their tables, which cannot carry our annotations.
     dbus::check(sd_bus_add_object(bus_.get(), out(slots_.emplace_back()), wire::objectPath,
                                   served<&DaemonObject::introspect>, this),

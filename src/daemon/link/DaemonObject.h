@@ -5,6 +5,7 @@
 
 #include "bus/NameOwner.h"
 #include "link/Authority.h"
+#include "link/BatteryObjects.h"
 #include "link/ChargerObject.h"
 #include "link/Clients.h"
 #include "link/ProtocolObject.h"
@@ -40,6 +41,7 @@ public:
     ChargerObject& charger() { return charger_; }
     /// Decides who may change what the charger does.
     Authority& authority() { return authority_; }
+    BatteryObjects& batteries() { return batteries_; }
 
     /// Tells this bus from every other one, before and after; names of connections mean something on it
     /// alone. To be asked for once the name is owned: before, it would wait for the bus.
@@ -69,6 +71,7 @@ private:
     Authority authority_;
     ProtocolObject protocol_;
     ChargerObject charger_;
+    BatteryObjects batteries_;
     std::optional<NameOwner> login_; ///< logind: sleep signals of others are ignored
     std::vector<dbus::Slot> slots_;
 };

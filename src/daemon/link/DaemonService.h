@@ -4,6 +4,7 @@
 #pragma once
 
 #include "link/SettingsChange.h"
+#include "wire/BatteryReport.h"
 #include "wire/ChargerInterface.h"
 #include "wire/ChargerReport.h"
 #include "wire/VelmoraProtocol.h"
@@ -50,6 +51,8 @@ public:
     virtual HSBatteryState batteryState() = 0;
     virtual const std::vector<HSHistorySnapshot>& analyticsHistory() = 0;
     virtual ChargerReport charger() = 0;
+    virtual const std::vector<BatteryReport>& batteries() = 0;
+    virtual const std::vector<ChargerAction>& chargerActions() = 0;
 
     /// All settings as they are held for the caller's user.
     virtual ChargingSettings settings(const Caller& caller) = 0;

@@ -3,6 +3,7 @@
 
 #include "link/Introspection.h"
 
+#include "wire/BatteryReport.h"
 #include "wire/ChargerInterface.h"
 
 namespace velmora {
@@ -46,6 +47,26 @@ constexpr auto standardInterfaces = R"( <interface name="org.freedesktop.DBus.Pe
   </signal>
  </interface>
 )";
+
+constexpr auto objectManager = R"( <interface name="org.freedesktop.DBus.ObjectManager">
+  <method name="GetManagedObjects">
+   <arg name="objects" type="a{oa{sa{sv}}}" direction="out"/>
+  </method>
+  <signal name="InterfacesAdded">
+   <arg name="object" type="o"/>
+   <arg name="interfaces" type="a{sa{sv}}"/>
+  </signal>
+  <signal name="InterfacesRemoved">
+   <arg name="object" type="o"/>
+   <arg name="interfaces" type="as"/>
+  </signal>
+ </interface>
+)";
+
+std::string node(const std::string& contents)
+{
+    return std::string(documentType) + "<node>\n" + standardInterfaces + contents + "</node>\n";
+}
 
 std::string attribute(const char* name, const std::string& value)
 {
@@ -100,10 +121,10 @@ std::string signal(const wire::Message& message)
            selector(message) + "  </signal>\n";
 }
 
-std::string properties()
+std::string properties(const auto& table)
 {
     std::string xml;
-    for (const auto& property : chargerProperties)
+    for (const auto& property : table)
         xml += "  <property" + attribute("name", property.name) + attribute("type", property.type()) +
                attribute("access", "read") + ">\n" +
                annotation("org.freedesktop.DBus.Property.EmitsChangedSignal", "true") + "  </property>\n";
@@ -116,11 +137,22 @@ std::string daemonIntrospection()
 {
     using namespace wire;
     const auto chargerMembers = methods(charger::messages) + signal(charger::settingsChanged) +
-                                signal(charger::changeRefused) + properties();
-    return std::string(documentType) + "<node>\n" + standardInterfaces +
-           interface(daemon_protocol::interface, methods(daemon_protocol::messages)) +
-           interface(client_protocol::interface, signal(client_protocol::batteryStateDidChange)) +
-           interface(charger::interface, chargerMembers) + "</node>\n";
+                                signal(charger::changeRefused) + properties(chargerProperties);
+    return node(interface(daemon_protocol::interface, methods(daemon_protocol::messages)) +
+                interface(client_protocol::interface, signal(client_protocol::batteryStateDidChange)) +
+                interface(charger::interface, chargerMembers));
+}
+
+std::string batteryIntrospection()
+{
+    return node(interface(BatteryReport::interface, properties(batteryProperties)));
+}
+
+std::string batteryFolderIntrospection(const std::vector<std::string>& children)
+{
+    std::string xml = objectManager;
+    for (const auto& child : children) xml += " <node" + attribute("name", child) + "/>\n";
+    return node(xml);
 }
 
 } // namespace velmora

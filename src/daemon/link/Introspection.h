@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace velmora {
 
@@ -11,5 +12,9 @@ namespace velmora {
 /// and directions of all arguments, and each message's full selector as annotation `app.velmora.Selector`,
 /// where it has one.
 std::string daemonIntrospection();
+
+/// Likewise one battery's object, and the folder of the batteries, which has these `children`.
+std::string batteryIntrospection();
+std::string batteryFolderIntrospection(const std::vector<std::string>& children);
 
 } // namespace velmora

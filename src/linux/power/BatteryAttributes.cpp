@@ -4,6 +4,8 @@
 #include "power/BatteryAttributes.h"
 
 #include "base/Saturate.h"
+#include "base/Text.h"
+#include "base/Utf8.h"
 
 #include <algorithm>
 #include <cmath>
@@ -21,6 +23,7 @@ constexpr double maximumOverFull = 1.1;
 constexpr double threeCells = 11.1;  // V
 constexpr double noise = 0.1;        // W
 constexpr double maximumPower = 500; // W
+constexpr std::size_t maximumName = 64;
 
 std::string whole(double value)
 {
@@ -60,23 +63,20 @@ std::optional<double> believedVoltage(std::optional<double> raw)
     return volts >= 1 && volts <= 100 ? std::optional(volts) : std::nullopt;
 }
 
-/// Read when they are needed, which is for few batteries.
+/// That by design is read when it is needed, which is for few batteries.
 struct Voltages {
     DeviceAttributes& battery;
+    std::optional<double> terminals = believedVoltage(number(battery, "voltage_now"));
 
     /// By which charge becomes energy.
     std::optional<double> nominal() const
     {
         const auto voltage = design();
-        return voltage ? voltage : believedVoltage(number(battery, "voltage_now"));
+        return voltage ? voltage : terminals;
     }
 
     /// At the terminals, or nominal.
-    std::optional<double> now() const
-    {
-        const auto voltage = believedVoltage(number(battery, "voltage_now"));
-        return voltage ? voltage : design();
-    }
+    std::optional<double> now() const { return terminals ? terminals : design(); }
 
     std::optional<double> design() const
     {
@@ -237,6 +237,22 @@ std::optional<std::chrono::seconds> readSeconds(DeviceAttributes& battery, const
     return std::nullopt;
 }
 
+std::optional<double> readTemperature(DeviceAttributes& battery)
+{
+    const auto tenths = number(battery, "temp");
+    if (!tenths || *tenths == 0) return std::nullopt;
+    if (*tenths >= -400 && *tenths <= 1200) return *tenths / 10;
+    battery.complain("temp", "is " + whole(*tenths / 10) + " degrees, which no battery has; leaving it out");
+    return std::nullopt;
+}
+
+/// Maker or model; some firmware writes blanks, or what is no text.
+std::optional<std::string> readName(DeviceAttributes& battery, const char* attribute)
+{
+    const auto name = trimmed(printable(cleanUtf8(battery.fixedText(attribute).value_or(""))));
+    return name.empty() ? std::nullopt : std::optional(std::string(utf8Prefix(name, maximumName)));
+}
+
 std::optional<double> healthOf(const Family& family)
 {
     if (!family.full || !family.design) return std::nullopt;
@@ -302,6 +318,10 @@ BatteryReading readBattery(DeviceAttributes& battery)
     if (const auto cycles = battery.integer("cycle_count"); cycles && *cycles > 0 && *cycles < 100'000) {
         reading.cycleCount = cycles;
     }
+    reading.voltage = voltages.terminals;
+    reading.temperature = readTemperature(battery);
+    reading.manufacturer = readName(battery, "manufacturer");
+    reading.model = readName(battery, "model_name");
     reading.charge = readChargeAttributes(battery);
     // Where energy and rate are known the driver's own times are not needed.
     if (reading.energyNow && reading.energyFull && reading.rate.value_or(0) != 0) return reading;

@@ -23,6 +23,12 @@ bool comesLate(std::string_view name)
            name.starts_with("charge_stop_") || name == "charge_behaviour";
 }
 
+/// Whether its driver brings the attribute with the device, or never: no event need look for it.
+bool comesWithDevice(std::string_view name)
+{
+    return name == "temp";
+}
+
 } // namespace
 
 DeviceAttributes::DeviceAttributes(const std::filesystem::path& root, std::filesystem::path folder,
@@ -124,7 +130,8 @@ void DeviceAttributes::complain(std::string_view name, const std::string& what) 
 
 void DeviceAttributes::forget()
 {
-    for (auto& [name, attribute] : attributes_) attribute.isAbsent = false;
+    for (auto& [name, attribute] : attributes_)
+        attribute.isAbsent = attribute.isAbsent && comesWithDevice(name);
 }
 
 } // namespace velmora

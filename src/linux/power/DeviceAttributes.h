@@ -50,7 +50,7 @@ public:
     /// name: what is wrong, the value, and what is done instead.
     void complain(std::string_view name, const std::string& what) const;
 
-    /// The device may have changed: what was absent is looked for again.
+    /// The device may have changed: what was absent is looked for again, but for a temperature.
     void forget();
 
 private:

@@ -35,9 +35,12 @@ struct BatteryReading {
     /// W as `energyNow` counts them, positive into the battery: for a driver that counts charge it leaves the
     /// voltage of the moment out, so that energy over rate is charge over current.
     std::optional<double> rate;
+    std::optional<double> voltage;                               ///< V, at the terminals
+    std::optional<double> temperature;                           ///< degrees Celsius
     std::optional<double> health;                                ///< percent: full over design, at most 100
     std::optional<std::int64_t> cycleCount;                      ///< full cycles
     std::optional<std::chrono::seconds> timeToFull, timeToEmpty; ///< the driver's own, read if needed
+    std::optional<std::string> manufacturer, model;              ///< of at most 64 bytes each
     ChargeAttributes charge;
 };
 
@@ -85,6 +88,10 @@ struct PowerSupplyReading {
 /// **Cycles** up to 0 and from 100000 on are not counted by the driver. **Seconds** are those of the driver
 /// (now, else average) up to three days, asked for where energy or rate are unknown or the rate is 0; 0 and
 /// 65535, in seconds or minutes, are a gauge's word for unknown.
+///
+/// **Voltage** is `voltage_now` from 1 to 100 V. **Temperature** is `temp`, believed from -40 to 120 degrees
+/// but for 0 itself, a gauge's word for unknown. **Maker and model** are read once for as long as the battery
+/// is there.
 ///
 /// A battery that says Charging is charging, at a rate of 0 as well: many drivers cannot tell the rate.
 ///

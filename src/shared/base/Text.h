@@ -17,4 +17,8 @@ inline std::string trimmed(std::string_view text)
     return std::string(text.substr(first, text.find_last_not_of(blanks) - first + 1));
 }
 
+/// `text` (UTF-8) as one line that does nothing but show: control characters become blanks, and what turns
+/// the direction of writing or breaks lines is left out.
+std::string printable(std::string_view text);
+
 } // namespace velmora

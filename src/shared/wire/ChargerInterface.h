@@ -35,6 +35,7 @@ inline constexpr auto interface = ChargerReport::interface;
 
 inline constexpr std::array settings{Argument{"settings", recordType}};
 inline constexpr std::array changes{Argument{"changes", recordType}};
+inline constexpr std::array actions{Argument{"actions", recordListType}};
 
 /// All settings as they are held: the machine's, and the calling user's own.
 inline constexpr Message getSettings{"GetSettings", {}, settings};
@@ -48,7 +49,11 @@ inline constexpr Message setSettings{"SetSettings", changes, settings};
 inline constexpr Message pauseCharging{"PauseCharging", {}, daemon_protocol::chargingReply};
 /// Ends a pause, and does nothing where there is none; answers likewise.
 inline constexpr Message resumeCharging{"ResumeCharging", {}, daemon_protocol::chargingReply};
-inline constexpr std::array messages{&getSettings, &setSettings, &pauseCharging, &resumeCharging};
+/// What was done to the charger since the daemon was started, the newest last and twenty at most: records of
+/// ChargerAction.
+inline constexpr Message getActions{"GetActions", {}, actions};
+inline constexpr std::array messages{&getSettings, &setSettings, &pauseCharging, &resumeCharging,
+                                     &getActions};
 
 /// These settings have changed. Sent to all for the machine's; for a user's own only to that user's
 /// connections which have asked for them. A client whose message was refused or was not followed is sent all

@@ -28,6 +28,15 @@ KeyedArchive ChargerReport::archived() const
     return archive;
 }
 
+KeyedArchive ChargerAction::archived() const
+{
+    KeyedArchive archive;
+    archive.encode("date", date);
+    archive.encode("action", action);
+    archive.encode("reason", reason);
+    return archive;
+}
+
 ChargerReport ChargerReport::unarchived(const KeyedArchive& archive)
 {
     ChargerReport report;

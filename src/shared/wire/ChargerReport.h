@@ -58,6 +58,15 @@ struct ChargerReport {
     friend bool operator==(const ChargerReport&, const ChargerReport&) = default;
 };
 
+/// Something that was done to the charger; keys are "date", "action" and "reason".
+struct ChargerAction {
+    Date date{};
+    std::string action; ///< a sentence
+    std::string reason; ///< a sentence
+
+    KeyedArchive archived() const;
+};
+
 /// A value of the report as a property of its interface.
 struct ChargerProperty {
     using Member = std::variant<bool ChargerReport::*, std::int64_t ChargerReport::*, double ChargerReport::*,
