@@ -204,11 +204,18 @@ void BatteryModel::updateFromSharedState(const SharedBatteryState& state)
 
 void BatteryModel::recalculateTimeToLimit()
 {
-    if (chargingState.get() != ChargingState::charging || timeToFull.get() < 1) return timeToLimit.set(-1);
-    const double toLimit = customChargeLimit.get() - percentage.get();
-    const double toFull = 100 - percentage.get();
+    const bool isCharging = chargingState.get() == ChargingState::charging;
+    timeToLimit.set(isCharging ? minutesToLimit(percentage.get(), customChargeLimit.get(), timeToFull.get())
+                               : -1);
+}
+
+std::int64_t BatteryModel::minutesToLimit(double level, double limit, std::int64_t minutesToFull)
+{
+    if (minutesToFull < 1) return -1;
+    const double toLimit = limit - level;
+    const double toFull = 100 - level;
     const bool isBelow = toLimit > 0 && toFull > 0;
-    timeToLimit.set(isBelow ? truncated(toLimit / toFull * static_cast<double>(timeToFull.get())) : 0);
+    return isBelow ? truncated(toLimit / toFull * static_cast<double>(minutesToFull)) : 0;
 }
 
 void BatteryModel::checkNotificationTriggers(double, ChargingState, const std::string&) {}

@@ -76,6 +76,10 @@ public:
     BatteryModel(const BatteryModel&) = delete;
     BatteryModel& operator=(const BatteryModel&) = delete;
 
+    /// Minutes of a charge from `level` to `limit` (percent) that takes so many to 100 %; -1 where that is
+    /// not known.
+    static std::int64_t minutesToLimit(double level, double limit, std::int64_t minutesToFull);
+
     /// The recommended mode is on and the level has come to the limit.
     bool isLimitReached() const;
 
