@@ -1,0 +1,168 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "link/DaemonLink.h"
+
+#include "base/Translation.h"
+#include "bus/Records.h"
+#include "link/Answers.h"
+#include "wire/ChargerInterface.h"
+
+#include <algorithm>
+#include <system_error>
+#include <thread>
+
+namespace velmora::ctl {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+constexpr auto settlePatience = 2s;
+constexpr auto settleInterval = 100ms;
+
+int keepAnswer(sd_bus_message* reply, void* kept, sd_bus_error*)
+{
+    static_cast<dbus::Message*>(kept)->reset(sd_bus_message_ref(reply));
+    return 1;
+}
+
+dbus::Bus openBus(const EventLoop& loop)
+try {
+    return dbus::openSystemBus(loop);
+} catch (const std::system_error& failure) {
+    throw Failure(ExitStatus::noDaemon,
+                  tr("The system bus cannot be reached: %1.", failure.code().message()));
+}
+
+/// From the answers to `glanceCalls`.
+Snapshot glanceOf(const std::vector<dbus::Message>& replies)
+{
+    return {.state = HSBatteryState(readRecord(replies[0])),
+            .charger = ChargerReport::unarchived(readRecord(replies[1])),
+            .settings = unarchivedSettings(readRecord(replies[2]))};
+}
+
+} // namespace
+
+DaemonLink::DaemonLink(EventLoop& loop, std::optional<std::chrono::seconds> patience)
+    : loop_(loop), patience_(patience), bus_(openBus(loop))
+{
+}
+
+dbus::Message DaemonLink::call(const char* interface, const char* member, const char* path) const
+{
+    return dbus::newCall(bus_.get(), wire::serviceName, path, interface, member);
+}
+
+std::vector<dbus::Message> DaemonLink::ask(const Calls& calls, std::chrono::seconds patience)
+{
+    const auto limit = patience_.value_or(patience);
+    const auto deadline = Clock::now() + limit + 1s; // the bus itself may hang
+    std::vector<dbus::Message> replies(calls.size());
+    std::vector<dbus::Slot> pending;
+    for (std::size_t i = 0; i < calls.size(); ++i)
+        pending.push_back(dbus::ask(bus_.get(), calls[i], keepAnswer, &replies[i],
+                                    static_cast<std::uint64_t>(std::chrono::microseconds(limit).count())));
+    while (std::ranges::any_of(replies, [](const auto& reply) { return !reply; })) {
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
+        if (left <= 0ms) throw unansweredFailure();
+        loop_.runOnce(left);
+    }
+    return replies;
+}
+
+dbus::Message DaemonLink::chargerCall() const
+{
+    auto question = call("org.freedesktop.DBus.Properties", "GetAll");
+    dbus::check(sd_bus_message_append(question.get(), "s", wire::charger::interface), "GetAll");
+    return question;
+}
+
+DaemonLink::Calls DaemonLink::glanceCalls() const
+{
+    Calls calls;
+    calls.push_back(
+        call(wire::daemon_protocol::interface, wire::daemon_protocol::getBatteryState.member().c_str()));
+    calls.push_back(chargerCall());
+    calls.push_back(call(wire::charger::interface, wire::charger::getSettings.selector));
+    return calls;
+}
+
+Snapshot DaemonLink::glance()
+{
+    return glanceOf(ask(glanceCalls(), readPatience));
+}
+
+Snapshot DaemonLink::snapshot()
+{
+    auto calls = glanceCalls();
+    calls.push_back(
+        call(wire::battery::managerInterface, wire::battery::getManagedObjects, wire::battery::folder));
+    calls.push_back(otherProgramsCall(bus_.get()));
+    const auto replies = ask(calls, readPatience);
+    auto now = glanceOf(replies);
+    now.batteries = readBatteries(replies[3]);
+    now.others = readOtherPrograms(replies[4]);
+    return now;
+}
+
+ChargerReport DaemonLink::charger()
+{
+    Calls calls;
+    calls.push_back(chargerCall());
+    return ChargerReport::unarchived(readRecord(ask(calls, readPatience).front()));
+}
+
+ChargerReport DaemonLink::settled(const ChargerReport& before)
+{
+    const auto deadline = Clock::now() + settlePatience;
+    for (;;) {
+        auto now = charger();
+        const bool isHeld = now.endThreshold == now.wantedEndThreshold &&
+                            (now.startThreshold < 0 || now.startThreshold == now.wantedStartThreshold);
+        if (isHeld || now.lastActionDate != before.lastActionDate || Clock::now() > deadline) return now;
+        std::this_thread::sleep_for(settleInterval);
+    }
+}
+
+std::vector<HSHistorySnapshot> DaemonLink::history()
+{
+    Calls calls;
+    calls.push_back(
+        call(wire::daemon_protocol::interface, wire::daemon_protocol::getAnalyticsHistory.member().c_str()));
+    std::vector<HSHistorySnapshot> samples;
+    for (const auto& record : readRecords(ask(calls, readPatience).front()))
+        samples.emplace_back(record, Date{});
+    return samples;
+}
+
+std::vector<KeyedArchive> DaemonLink::actions()
+{
+    Calls calls;
+    calls.push_back(call(wire::charger::interface, wire::charger::getActions.selector));
+    return readRecords(ask(calls, readPatience).front());
+}
+
+dbus::Message DaemonLink::askToChange(dbus::Message call)
+{
+    dbus::check(sd_bus_message_set_allow_interactive_authorization(call.get(), true), "interactive");
+    Calls calls;
+    calls.push_back(std::move(call));
+    return std::move(ask(calls, changePatience).front());
+}
+
+ChargingSettings DaemonLink::change(const KeyedArchive& changes)
+{
+    auto wish = call(wire::charger::interface, wire::charger::setSettings.selector);
+    dbus::append(wish.get(), changes);
+    return unarchivedSettings(readRecord(askToChange(std::move(wish))));
+}
+
+bool DaemonLink::control(const wire::Message& command)
+{
+    return readTruth(askToChange(call(wire::charger::interface, command.selector)));
+}
+
+} // namespace velmora::ctl

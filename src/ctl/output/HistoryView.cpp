@@ -1,0 +1,65 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "output/HistoryView.h"
+
+#include "base/Decimal.h"
+#include "base/Translation.h"
+#include "output/Moment.h"
+#include "output/StatusView.h"
+#include "texts/PanelTexts.h"
+
+namespace velmora::ctl {
+
+namespace {
+
+std::string aligned(const std::string& text, std::size_t width)
+{
+    return std::string(text.size() < width ? width - text.size() : 0, ' ') + text;
+}
+
+std::string percent(double value)
+{
+    return aligned(decimalText(value, 1) + '%', 7);
+}
+
+} // namespace
+
+std::string historyText(const std::vector<HSHistorySnapshot>& samples)
+{
+    std::string text;
+    for (const auto& sample : samples)
+        text += localTime(sample.timestamp) + percent(sample.percentage) + "  " +
+                tr("health %1", percent(sample.health)) + "  " +
+                (sample.isCharging ? tr("charging") : tr("not charging")) + "  " +
+                tr("heat: %1", panel::thermalText(heatOf(sample.thermalState))) + '\n';
+    return text;
+}
+
+std::string historyCsv(const std::vector<HSHistorySnapshot>& samples)
+{
+    std::string text = "time,percentage,health,thermalState,isCharging\n";
+    for (const auto& sample : samples)
+        text += utcTime(sample.timestamp) + ',' + json::number(sample.percentage) + ',' +
+                json::number(sample.health) + ',' +
+                std::string(ThermalMonitorService::rawValue(heatOf(sample.thermalState))) + ',' +
+                json::truth(sample.isCharging) + '\n';
+    return text;
+}
+
+std::string historyJson(const std::vector<HSHistorySnapshot>& samples)
+{
+    std::vector<std::string> objects;
+    for (const auto& sample : samples)
+        objects.push_back(
+            json::Object()
+                .add("time", json::text(utcTime(sample.timestamp)))
+                .add("percentage", json::number(sample.percentage))
+                .add("health", json::number(sample.health))
+                .add("thermalState", json::text(ThermalMonitorService::rawValue(heatOf(sample.thermalState))))
+                .add("isCharging", json::truth(sample.isCharging))
+                .text());
+    return json::array(objects) + '\n';
+}
+
+} // namespace velmora::ctl

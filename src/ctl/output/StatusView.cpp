@@ -1,0 +1,222 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "output/StatusView.h"
+
+#include "base/Decimal.h"
+#include "base/Saturate.h"
+#include "base/Text.h"
+#include "base/Translation.h"
+#include "output/Moment.h"
+#include "texts/ChargerTexts.h"
+#include "texts/PanelTexts.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velmora::ctl {
+
+namespace {
+
+/// Lines with a label each, one below the other.
+class Lines {
+public:
+    void add(const std::string& label, const std::string& text)
+    {
+        if (text.empty()) return;
+        lines_.emplace_back(printable(label), printable(text));
+        widest_ = std::max(widest_, width(lines_.back().first));
+    }
+
+    std::string text() const
+    {
+        std::string result;
+        for (const auto& [label, text] : lines_)
+            result += label + std::string(widest_ + 2 - width(label), ' ') + text + '\n';
+        return result;
+    }
+
+private:
+    static std::size_t width(const std::string& label)
+    {
+        const auto begins = [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0U) != 0x80U; };
+        return static_cast<std::size_t>(std::ranges::count_if(label, begins));
+    }
+
+    std::vector<std::pair<std::string, std::string>> lines_;
+    std::size_t widest_ = 0;
+};
+
+std::string joined(const std::vector<std::string>& parts)
+{
+    std::string result;
+    for (const auto& part : parts) result += (result.empty() ? "" : ", ") + part;
+    return result;
+}
+
+std::string quantity(double value, const char* unit)
+{
+    return decimalText(value, 1) + ' ' + unit;
+}
+
+std::string percent(double value)
+{
+    return decimalText(value, 1) + '%';
+}
+
+std::string stateWord(const std::string& state)
+{
+    using State = BatteryReport::State;
+    if (state == State::charging) return tr("charging");
+    if (state == State::discharging) return tr("discharging");
+    if (state == State::notCharging) return tr("not charging");
+    return state == State::full ? tr("full") : tr("state unknown");
+}
+
+std::string nowText(const BatteryReport& battery)
+{
+    std::vector<std::string> parts;
+    if (battery.percentage) parts.push_back(percent(*battery.percentage));
+    if (battery.state) parts.push_back(stateWord(*battery.state));
+    if (battery.power) parts.push_back(quantity(*battery.power, "W"));
+    if (battery.voltage) parts.push_back(quantity(*battery.voltage, "V"));
+    if (battery.temperature) parts.push_back(quantity(*battery.temperature, "°C"));
+    return joined(parts);
+}
+
+std::string energyText(const BatteryReport& battery)
+{
+    std::vector<std::string> parts;
+    const auto add = [&](const char* text, const std::optional<double>& energy) {
+        if (energy) parts.push_back(tr(text, quantity(*energy, "Wh")));
+    };
+    add(trMark("%1 now"), battery.energyNow);
+    add(trMark("%1 when full"), battery.energyFull);
+    add(trMark("%1 by design"), battery.energyFullDesign);
+    return joined(parts);
+}
+
+std::string wearText(const BatteryReport& battery)
+{
+    std::vector<std::string> parts;
+    if (battery.health) parts.push_back(tr("health %1", percent(*battery.health)));
+    if (battery.cycleCount) parts.push_back(trn("%1 cycle", "%1 cycles", *battery.cycleCount));
+    const auto make = trimmed(battery.manufacturer.value_or("") + ' ' + battery.model.value_or(""));
+    if (!make.empty()) parts.push_back(make);
+    return joined(parts);
+}
+
+void addBattery(Lines& lines, const BatteryReport& battery)
+{
+    std::string label = battery.name.value_or(tr("Battery"));
+    for (const auto& text : {nowText(battery), energyText(battery), wearText(battery)}) {
+        if (!text.empty()) lines.add(std::exchange(label, ""), text);
+    }
+}
+
+std::string onOff(bool isOn)
+{
+    return isOn ? tr("on") : tr("off");
+}
+
+std::string lastActionText(const ChargerReport& charger)
+{
+    if (charger.lastActionDate == Date{}) return tr("None since the daemon was started.");
+    return localTime(charger.lastActionDate) + "  " + charger.lastAction;
+}
+
+void addCharger(Lines& lines, const Snapshot& now, const Situation& situation)
+{
+    const auto& settings = now.settings;
+    lines.add(tr("Limit"), charger::limitEffect(situation));
+    lines.add("", charger::startEffect(situation, settings.customChargeLimit, settings.customHysteresis));
+    lines.add(tr("Auto-Protect"), settings.isAppleRecommendedMode
+                                      ? tr("on, at %1", panel::percentageText(settings.customChargeLimit))
+                                      : tr("off"));
+    lines.add(tr("Storage mode"), onOff(settings.isStorageModeEnabled));
+    lines.add(tr("Quick charge"), onOff(settings.isTemporaryOverride));
+    lines.add(tr("Driver"), now.charger.driver);
+    lines.add(tr("Last action"), lastActionText(now.charger));
+    if (now.charger.lastActionDate != Date{}) lines.add("", now.charger.lastReason);
+    for (const auto& other : now.others)
+        lines.add(tr("Also active"),
+                  tr("%1 runs here and may set the same thresholds: let one of the two do it.", other));
+}
+
+/// With a date in place of the number of seconds that the wire has.
+json::Object withDate(const KeyedArchive& record, std::string_view key)
+{
+    json::Object result;
+    for (const auto& [name, value] : record.values()) {
+        const auto* seconds = name == key ? std::get_if<double>(&value) : nullptr;
+        const bool isNever = seconds && *seconds == 0;
+        result.add(name, isNever   ? std::string("null")
+                         : seconds ? json::text(utcTime(Date{*seconds}))
+                                   : json::of(value));
+    }
+    return result;
+}
+
+/// The machine's own: no user's.
+std::string machineSettingsJson(const ChargingSettings& settings)
+{
+    return json::object(archived(settings, settingsOf(Setting::Owner::machine))).text();
+}
+
+} // namespace
+
+ThermalMonitorService::ThermalState heatOf(std::string_view text)
+{
+    return ThermalMonitorService::thermalStateFromRawValue(text).value_or(
+        ThermalMonitorService::ThermalState::nominal);
+}
+
+Situation situationOf(const Snapshot& now)
+{
+    const double level = std::clamp(now.state.percentage, 0.0, 100.0);
+    return {.percentage = level,
+            .isCharging = now.state.isCharging,
+            .isOnBattery = now.state.powerSource == "Battery",
+            .timeToFull = now.state.timeToFull,
+            .timeToEmpty = now.state.timeToEmpty,
+            .timeToLimit = now.state.isCharging
+                               ? BatteryModel::minutesToLimit(level, now.settings.customChargeLimit,
+                                                              now.state.timeToFull)
+                               : -1,
+            .isAutoProtectOn = now.settings.isAppleRecommendedMode,
+            .limit = now.settings.customChargeLimit,
+            .charger = now.charger};
+}
+
+std::string statusText(const Snapshot& now)
+{
+    Lines lines;
+    const auto situation = situationOf(now);
+    lines.add(tr("Battery"), charger::tooltip(situation, heatOf(now.state.thermalState)));
+    if (!isBatteryMissing(situation)) {
+        lines.add("", charger::limiterText(situation));
+        addCharger(lines, now, situation);
+    }
+    for (const auto& battery : now.batteries) addBattery(lines, battery);
+    return lines.text();
+}
+
+json::Object statusJson(const Snapshot& now)
+{
+    const auto situation = situationOf(now);
+    std::vector<std::string> batteries;
+    for (const auto& battery : now.batteries) batteries.push_back(json::object(battery.archived()).text());
+    std::vector<std::string> others;
+    for (const auto& other : now.others) others.push_back(json::text(other));
+    json::Object result;
+    result.add("percentage", isBatteryMissing(situation) ? "null" : json::number(situation.percentage))
+        .add("summary", json::text(charger::limiterText(situation)))
+        .add("state", json::object(now.state.archived()).text())
+        .add("charger", withDate(now.charger.archived(), "LastActionDate").text())
+        .add("settings", machineSettingsJson(now.settings))
+        .add("batteries", json::array(batteries))
+        .add("otherPrograms", json::array(others));
+    return result;
+}
+
+} // namespace velmora::ctl

@@ -1,0 +1,55 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "output/WatchLine.h"
+
+#include "base/Saturate.h"
+#include "base/Translation.h"
+#include "output/StatusView.h"
+#include "texts/ChargerTexts.h"
+#include "texts/PanelTexts.h"
+
+namespace velmora::ctl {
+
+namespace {
+
+constexpr double fullLevel = 99; // percent; many a battery stops there
+
+const char* classOf(const Situation& now)
+{
+    if (isBatteryMissing(now)) return "no-battery";
+    if (now.isCharging) return "charging";
+    if (now.isOnBattery) return "discharging";
+    const auto& charger = *now.charger;
+    if (charger.mode == ChargerReport::Mode::paused) return "paused";
+    const bool isLimited = charger.endThreshold >= 0 && charger.endThreshold < 100;
+    if (isLimited && now.percentage >= static_cast<double>(charger.endThreshold)) return "held";
+    return !isLimited && now.percentage >= fullLevel ? "full" : "plugged";
+}
+
+std::string line(const std::string& text, const std::string& tooltip, const char* kind,
+                 std::optional<double> percentage)
+{
+    json::Object result;
+    result.add("text", json::text(text)).add("tooltip", json::text(tooltip)).add("class", json::text(kind));
+    if (percentage) result.add("percentage", json::integer(truncated(*percentage)));
+    return result.text();
+}
+
+} // namespace
+
+std::string watchLine(const std::optional<Snapshot>& now, bool isJson)
+{
+    if (!now) {
+        const auto why = tr("The Velmora daemon is not running.");
+        return isJson ? line("", why, "no-daemon", std::nullopt) : why;
+    }
+    const auto situation = situationOf(*now);
+    const auto summary = charger::tooltip(situation, heatOf(now->state.thermalState));
+    if (!isJson) return summary;
+    if (isBatteryMissing(situation)) return line("", summary, classOf(situation), std::nullopt);
+    return line(panel::percentageText(situation.percentage), summary + ". " + charger::limiterText(situation),
+                classOf(situation), situation.percentage);
+}
+
+} // namespace velmora::ctl

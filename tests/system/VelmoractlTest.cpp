@@ -1,0 +1,275 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "SystemTest.h"
+#include "bus/Records.h"
+#include "wire/ChargerInterface.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <future>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <sys/wait.h>
+
+namespace velmora {
+namespace {
+
+using nlohmann::json;
+
+/// velmoractl as a shell runs it, beside a daemon or what poses as one.
+struct VelmoractlTest : SystemTest {
+    struct Outcome {
+        int status;
+        std::string said; ///< on both outputs
+    };
+
+    VelmoractlTest() { layLaptop(); }
+
+    static Outcome shell(const std::string& command)
+    {
+        Outcome outcome{-1, ""};
+        FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+        std::array<char, 4096> part{};
+        while (const auto size = std::fread(part.data(), 1, part.size(), pipe))
+            outcome.said.append(part.data(), size);
+        const int status = pclose(pipe);
+        outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        return outcome;
+    }
+
+    /// Serves the loop meanwhile, and calls `meanwhile` in each turn.
+    Outcome control(
+        const std::string& words, const std::function<void()>& meanwhile = [] {}, const std::string& as = "")
+    {
+        auto ended = std::async(std::launch::async, shell, as + VELMORA_BIN "/velmoractl " + words);
+        EXPECT_TRUE(eventually([&] {
+            meanwhile();
+            return ended.wait_for(std::chrono::seconds{0}) == std::future_status::ready;
+        })) << words;
+        return ended.get();
+    }
+
+    /// Answers for systemd, which knows two units.
+    dbus::Slot serviceManager() const
+    {
+        const auto answer = [](sd_bus_message* call, void*, sd_bus_error*) {
+            return sd_bus_reply_method_return(call, "a(ssssssouso)", 2, "tlp.service", "", "", "active", "",
+                                              "", "/", 0, "", "/", "asusd.service", "", "", "inactive", "",
+                                              "", "/", 0, "", "/");
+        };
+        dbus::Slot slot;
+        dbus::check(sd_bus_add_object(peer.bus(), out(slot), "/org/freedesktop/systemd1", answer, nullptr),
+                    "object");
+        dbus::check(sd_bus_request_name(peer.bus(), "org.freedesktop.systemd1", 0), "name");
+        return slot;
+    }
+
+    void expectOutcome(const std::string& words, int status, const std::string& said)
+    {
+        const auto outcome = control(words);
+        EXPECT_EQ(outcome.status, status) << words << ": " << outcome.said;
+        EXPECT_NE(outcome.said.find(said), outcome.said.npos) << words << ": " << outcome.said;
+        EXPECT_EQ(outcome.said.find('\x1b'), outcome.said.npos) << words << " reached for the terminal";
+    }
+
+    json parsed(const std::string& words)
+    {
+        const auto outcome = control(words + " --json");
+        EXPECT_EQ(outcome.status, 0) << words << outcome.said;
+        return json::parse(outcome.said, nullptr, false);
+    }
+};
+
+TEST_F(VelmoractlTest, UnderstandsACommandLineOrSaysWhatIsWrong)
+{
+    const std::tuple<const char*, int, const char*> cases[] = {
+        {"--help", 0, "usage: velmoractl"},
+        {"help limit", 2, "one word too many"},
+        {"--version", 0, "velmoractl "},
+        {"history --version", 0, "velmoractl "},
+        {"charge", 2, "There is no command \"charge\""},
+        {"'\x1b[2Jx'", 2, "There is no command"},
+        {"--all", 2, "There is no option \"--all\""},
+        {"full --csv", 2, "\"full\" has no option"},
+        {"limit", 2, "needs a level"},
+        {"limit 19", 2, "from 20 to 100"},
+        {"limit 80.5", 2, "whole number"},
+        {"limit 80 90", 2, "one word too many"},
+        {"limit 80 --resume-below", 2, "needs a value"},
+        {"limit 80 --resume-below 59", 2, "60% to 80%"},
+        {"limit --resume-below 90 80", 2, "60% to 80%"},
+        {"storage maybe", 2, "\"on\" or \"off\""},
+        {"auto-protect", 2, "\"on\" or \"off\""},
+        {"status --timeout 0", 2, "from 1 to 600"},
+        {"status", 3, "is not running"},
+        {"limit 80%", 3, "is not running"},
+        {"history --json", 3, "\"exitStatus\":3"},
+        {"diagnose", 0, "is not running"},
+    };
+    for (const auto& [words, status, said] : cases) expectOutcome(words, status, said);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere", 1);
+    expectOutcome("status", 3, "system bus cannot be reached");
+}
+
+TEST_F(VelmoractlTest, SetsTheChargerAndSaysWhatIsInForce)
+{
+    startDaemon();
+    ASSERT_TRUE(becomes(78, 80));
+    const std::tuple<const char*, const char*, int, int> cases[] = {
+        {"limit 70 --resume-below 60", "In force: the charger stops at 70%.", 60, 70},
+        {"storage on", "50%", 40, 50},
+        {"limit 90%", "comes into force after that", 40, 50},
+        {"storage off", "the limit of 90%", 80, 90},
+        {"full", "quick charge is on", 99, 100},
+        {"full --cancel", "the limit of 90%", 80, 90},
+        {"auto-protect off", "no limit is set", 95, 100},
+        {"pause", "Paused at 94%", 0, 94},
+        {"resume", "no limit is set", 95, 100},
+        {"limit 80 --resume-below 80", "begins again below", 79, 80},
+    };
+    for (const auto& [words, said, wantedStart, wantedEnd] : cases) {
+        expectOutcome(words, 0, said);
+        EXPECT_TRUE(becomes(wantedStart, wantedEnd)) << words << ": " << start() << " " << end();
+    }
+    if (geteuid() != 0) return; // only root can be somebody else
+    const auto refused = control(
+        "limit 90", [] {}, "setpriv --reuid=65534 --regid=65534 --clear-groups ");
+    EXPECT_EQ(refused.status, 1) << refused.said;
+    EXPECT_NE(refused.said.find("run it again with sudo"), refused.said.npos) << refused.said;
+    EXPECT_EQ(end(), 80);
+}
+
+TEST_F(VelmoractlTest, TellsOfChargerAndBatteriesToPeopleAndScripts)
+{
+    startDaemon();
+    ASSERT_TRUE(becomes(78, 80));
+    const auto manager = serviceManager();
+    expectOutcome("", 0, "above the limit of 80%");
+    expectOutcome("status", 0, "TLP runs here");
+    expectOutcome("status", 0, "65.4 Wh now, 69.2 Wh when full, 80.4 Wh by design");
+    expectOutcome("status", 0, "health 86.1%, 326 cycles, Celxpert 5B10V98091");
+    const auto status = parsed("status");
+    EXPECT_EQ(status["batteries"][0]["Model"], "5B10V98091");
+    EXPECT_FALSE(status["batteries"][0].contains("Temperature")) << "not told by this laptop";
+    EXPECT_EQ(status["charger"]["EndThreshold"], 80);
+    EXPECT_EQ(status["otherPrograms"], json::array({"TLP"}))
+        << "of two that are known the one that is active";
+    EXPECT_EQ(status["settings"].size(), 5U) << "the machine's own";
+    expectOutcome("history --csv", 0, "Z,94.");
+    EXPECT_EQ(parsed("history")[0]["isCharging"], false);
+
+    std::filesystem::remove_all(tree() / "class/power_supply/BAT0");
+    ASSERT_TRUE(eventually([&] { return control("status").status == 4; })) << "no battery any more";
+    expectOutcome("limit 70", 4, "This machine has no battery.");
+}
+
+TEST_F(VelmoractlTest, WatchesChargerAndDaemonComeAndGo)
+{
+    folder.write(tree() / "class/power_supply/BAT0/charge_control_start_threshold", "78\n");
+    folder.write(tree() / "class/power_supply/BAT0/charge_control_end_threshold", "80\n");
+    folder.write("lines", "");
+    const auto out = (folder.path() / "lines").string();
+    const auto seen = [&](const char* kind) { return folder.read("lines").find(kind) != std::string::npos; };
+    int step = 0;
+    const auto next = [&] {
+        if (step == 0 && seen("\"no-daemon\"")) {
+            ++step;
+            startDaemon();
+        } else if (step == 1 && seen("\"held\"")) {
+            ++step;
+            peer.set({.isAppleRecommendedMode = false});
+        } else if (step == 2 && seen("\"plugged\"")) {
+            ++step;
+            stopDaemon();
+        }
+    };
+    const auto outcome = control("watch --json >" + out + " & p=$!; until [ $(grep -c no-daemon " + out +
+                                     ") -ge 2 ]; do sleep 0.02; done; kill $p; cat " + out,
+                                 next);
+    std::istringstream lines(outcome.said);
+    for (std::string line; std::getline(lines, line);) {
+        const auto parsed = json::parse(line, nullptr, false);
+        ASSERT_TRUE(parsed.is_object()) << line;
+        EXPECT_EQ(parsed["class"] == "no-daemon", !parsed.contains("percentage")) << line;
+        EXPECT_NE(parsed["tooltip"], "") << line;
+    }
+    EXPECT_EQ(step, 3) << outcome.said;
+}
+
+TEST_F(VelmoractlTest, OutlivesADaemonThatHangsRefusesOrTalksNonsense)
+{
+    KeyedArchive nonsense;
+    for (const auto& property : chargerProperties) nonsense.encode(property.name, "\x1b[31m\xc2\x9b");
+    KeyedArchive extremes = ChargerReport{
+        .hasBattery = true,
+        .control = "thresholds",
+        .driver = "\x1b]0;owned\x07",
+        .startThreshold = INT64_MIN,
+        .endThreshold = INT64_MAX,
+        .lastAction = "\x1b[2J",
+        .lastActionDate =
+            Date{1e300}}.archived();
+    extremes.encode("percentage", std::nan(""));
+    extremes.encode("timeToFull", INT64_MAX);
+    const KeyedArchive* record = nullptr; ///< null: no answer
+    bool isText = false;
+    peer.serve([&](sd_bus_message* call) {
+        if (sd_bus_message_is_method_call(call, nullptr, "SetSettings") > 0)
+            return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_ACCESS_DENIED, "not for \x1b[1myou");
+        if (isText) return sd_bus_reply_method_return(call, "s", "\x1b[31m");
+        if (!record) return 1;
+        const auto reply = dbus::replyTo(call);
+        dbus::append(reply.get(), *record);
+        return dbus::send(reply);
+    });
+    const std::tuple<const char*, const KeyedArchive*, bool, int, const char*> cases[] = {
+        {"--timeout 1 status", nullptr, false, 3, "does not answer"},
+        {"--timeout 1 limit 80", nullptr, false, 3, "does not answer"},
+        {"status", nullptr, true, 1, "cannot be understood"},
+        {"pause", nullptr, true, 1, "cannot be understood"},
+        {"status", &nonsense, false, 4, "no battery"},
+        {"status", &extremes, false, 0, "0%"},
+        {"status --json", &extremes, false, 0, "\"percentage\":0"},
+        {"history", &extremes, false, 1, "cannot be understood"},
+        {"limit 80", &extremes, false, 1, "run it again with sudo"},
+        {"diagnose", &extremes, false, 0, "Control = thresholds"},
+        {"diagnose --json", nullptr, true, 0, "cannot be understood"},
+    };
+    for (const auto& [words, answer, text, status, said] : cases) {
+        record = answer;
+        isText = text;
+        expectOutcome(words, status, said);
+    }
+}
+
+TEST_F(VelmoractlTest, DiagnosesWithoutTellingWhoseLaptopItIs)
+{
+    const std::pair<const char*, const char*> told[] = {
+        {"class/dmi/id/product_name", "20MF000BUS"},
+        {"class/power_supply/BAT0/technology", "Li-poly"},
+        {"class/thermal/thermal_zone0/type", "x86_pkg_temp"},
+    };
+    const std::pair<const char*, const char*> secret[] = {
+        {"class/dmi/id/product_serial", "PF1SECRET"},
+        {"class/dmi/id/product_uuid", "1234-SECRET"},
+        {"class/power_supply/BAT0/serial_number", "99SECRET"},
+        {"class/power_supply/hid-00:1f:SECRET-battery/type", "Battery"},
+        {"class/power_supply/hid-00:1f:SECRET-battery/scope", "Device"},
+    };
+    for (const auto& [path, text] : told) folder.write(tree() / path, std::string(text) + '\n');
+    for (const auto& [path, text] : secret) folder.write(tree() / path, std::string(text) + '\n');
+    startDaemon();
+    ASSERT_TRUE(becomes(78, 80));
+    setenv("VELMORA_SYSFS", tree().c_str(), 1);
+    const auto outcome = control("diagnose");
+    unsetenv("VELMORA_SYSFS");
+    for (const auto& [path, text] : told) EXPECT_NE(outcome.said.find(text), outcome.said.npos) << path;
+    for (const auto* word : {"EndThreshold = ", "[daemon: actions]\n1 = 20"})
+        EXPECT_NE(outcome.said.find(word), outcome.said.npos) << outcome.said;
+    EXPECT_EQ(outcome.said.find("SECRET"), outcome.said.npos) << outcome.said;
+}
+
+} // namespace
+} // namespace velmora
