@@ -1,0 +1,32 @@
+# SPDX-FileCopyrightText: 2026 The Velmora developers
+# SPDX-License-Identifier: GPL-3.0-or-later
+# Completion of velmoractl for fish.
+
+set -l commands status limit auto-protect storage full pause resume history watch diagnose help
+complete -c velmoractl -f
+complete -c velmoractl -l json -d 'Print JSON'
+complete -c velmoractl -l timeout -x -d 'Seconds to wait for an answer'
+complete -c velmoractl -l help -s h -d 'Print how it is used'
+complete -c velmoractl -l version -d 'Print the version'
+
+function __velmoractl_command -V commands -a name description
+    complete -c velmoractl -n "not __fish_seen_subcommand_from $commands" -a $name -d $description
+end
+__velmoractl_command status 'Level, limits and batteries'
+__velmoractl_command limit 'Stop charging at a level'
+__velmoractl_command auto-protect 'Hold the battery at the limit, or do not'
+__velmoractl_command storage 'Hold the battery at 50 %'
+__velmoractl_command full 'Charge to 100 % once'
+__velmoractl_command pause 'Stop charging here and now'
+__velmoractl_command resume 'End a pause'
+__velmoractl_command history 'The past of the battery'
+__velmoractl_command watch 'A line for every change'
+__velmoractl_command diagnose 'All that a report of a fault needs'
+__velmoractl_command help 'Print how it is used'
+functions -e __velmoractl_command
+
+complete -c velmoractl -n '__fish_seen_subcommand_from limit' -a '60 70 80 90 100'
+complete -c velmoractl -n '__fish_seen_subcommand_from limit' -l resume-below -x -d 'Charging begins again below'
+complete -c velmoractl -n '__fish_seen_subcommand_from auto-protect storage' -a 'on off'
+complete -c velmoractl -n '__fish_seen_subcommand_from full' -l cancel -d 'Do not after all'
+complete -c velmoractl -n '__fish_seen_subcommand_from history' -l csv -d 'Print comma-separated values'
