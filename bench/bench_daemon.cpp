@@ -15,12 +15,16 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <spawn.h>
 #include <stdexcept>
 #include <string_view>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 
 namespace velmora {
@@ -319,6 +323,39 @@ void measureHolding(const Lanes& lanes, const Plan& plan)
     for (const auto& lane : lanes) lane->rest();
 }
 
+/// Milliseconds from the start of a command to its end, the middle of many; what it prints goes nowhere.
+/// Nothing where it fails.
+std::optional<double> commandTime(std::vector<std::string> words, int runs)
+{
+    std::vector<char*> arguments;
+    for (auto& word : words) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    std::vector<double> times;
+    for (int i = 0; i < runs; ++i) {
+        pid_t process = -1;
+        int status = -1;
+        const auto begun = Clock::now();
+        if (posix_spawn(&process, arguments[0], &actions, nullptr, arguments.data(), environ) != 0) break;
+        if (waitpid(process, &status, 0) != process || status != 0) break;
+        times.push_back(Milliseconds(Clock::now() - begun).count());
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    return times.empty() ? std::nullopt : std::optional(quantile(times, 0.5));
+}
+
+/// What a person types to see the battery, beside daemons that run.
+void measureCommands(const std::string& bin, const Plan& plan)
+{
+    say("Commands ...");
+    const auto ours = commandTime({bin + "/velmoractl", "status"}, plan.quietEvents);
+    const auto theirs = commandTime({"/usr/bin/upower", "-i", "/org/freedesktop/UPower/devices/battery_BAT0"},
+                                    plan.quietEvents);
+    print({"velmoractl status; upower -i, p50", "ms", ours, theirs, std::nullopt, std::nullopt, 1});
+}
+
 void report(const Lanes& lanes)
 {
     const auto row = [&](const std::string& what, const char* unit, std::optional<double> aim, int decimals,
@@ -366,6 +403,7 @@ void run(const std::string& bin, const Plan& plan)
         lanes.push_back(std::make_unique<Lane>(upowerd(peer, folder.path()), opened, folder.path()));
     lanes.push_back(std::make_unique<Lane>(bareLoop(bin), opened, folder.path()));
     measureStarts(lanes, plan);
+    measureCommands(bin, plan);
     measureEvents(lanes, plan);
     countCalls(lanes, plan);
     measureHolding(lanes, plan);
