@@ -66,6 +66,20 @@ struct VelmoractlTest : SystemTest {
         return slot;
     }
 
+    /// Answers for UPower that it holds the battery at thresholds.
+    dbus::Slot upowerDevice() const
+    {
+        const auto answer = [](sd_bus_message* call, void*, sd_bus_error*) {
+            return sd_bus_reply_method_return(call, "v", "b", 1);
+        };
+        dbus::Slot slot;
+        dbus::check(sd_bus_add_object(peer.bus(), out(slot), "/org/freedesktop/UPower/devices/battery_BAT0",
+                                      answer, nullptr),
+                    "object");
+        dbus::check(sd_bus_request_name(peer.bus(), "org.freedesktop.UPower", 0), "name");
+        return slot;
+    }
+
     void expectOutcome(const std::string& words, int status, const std::string& said)
     {
         const auto outcome = control(words);
@@ -146,6 +160,7 @@ TEST_F(VelmoractlTest, TellsOfChargerAndBatteriesToPeopleAndScripts)
     startDaemon();
     ASSERT_TRUE(becomes(78, 80));
     const auto manager = serviceManager();
+    const auto upower = upowerDevice();
     expectOutcome("", 0, "above the limit of 80%");
     expectOutcome("status", 0, "TLP runs here");
     expectOutcome("status", 0, "65.4 Wh now, 69.2 Wh when full, 80.4 Wh by design");
@@ -154,8 +169,7 @@ TEST_F(VelmoractlTest, TellsOfChargerAndBatteriesToPeopleAndScripts)
     EXPECT_EQ(status["batteries"][0]["Model"], "5B10V98091");
     EXPECT_FALSE(status["batteries"][0].contains("Temperature")) << "not told by this laptop";
     EXPECT_EQ(status["charger"]["EndThreshold"], 80);
-    EXPECT_EQ(status["otherPrograms"], json::array({"TLP"}))
-        << "of two that are known the one that is active";
+    EXPECT_EQ(status["otherPrograms"], json::array({"TLP", "UPower"})) << "and not asusd";
     EXPECT_EQ(status["settings"].size(), 5U) << "the machine's own";
     expectOutcome("history --csv", 0, "Z,94.");
     EXPECT_EQ(parsed("history")[0]["isCharging"], false);

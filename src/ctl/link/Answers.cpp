@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -18,6 +19,7 @@ namespace velmora::ctl {
 namespace {
 
 constexpr std::size_t maximumBatteries = 32;
+constexpr std::size_t maximumName = 64; // bytes
 constexpr std::size_t maximumRecords = 100'000;
 
 /// Units of programs that write charge thresholds, some only where they are told to.
@@ -184,6 +186,34 @@ try {
     });
 } catch (const Failure&) {
     return {}; // another init system, or one that does not answer: nothing of ours hangs on it
+}
+
+dbus::Message upowerCall(sd_bus* bus, const BatteryReport& battery)
+{
+    std::string name = battery.name.value_or("").substr(0, maximumName);
+    const auto isPlain = [](char letter) {
+        return (letter >= '0' && letter <= '9') || (letter >= 'A' && letter <= 'Z') ||
+               (letter >= 'a' && letter <= 'z');
+    };
+    std::ranges::replace_if(name, std::not_fn(isPlain), '_');
+    const auto path = "/org/freedesktop/UPower/devices/battery_" + name;
+    auto call =
+        dbus::newCall(bus, "org.freedesktop.UPower", path.c_str(), "org.freedesktop.DBus.Properties", "Get");
+    dbus::check(
+        sd_bus_message_append(call.get(), "ss", "org.freedesktop.UPower.Device", "ChargeThresholdEnabled"),
+        "append");
+    return call;
+}
+
+bool doesUPowerLimit(const dbus::Message& reply)
+try {
+    return readAnswer(reply, "v", [](auto* message) {
+        int isEnabled = 0;
+        dbus::check(sd_bus_message_read(message, "v", "b", &isEnabled), "read");
+        return isEnabled != 0;
+    });
+} catch (const Failure&) {
+    return false;
 }
 
 } // namespace velmora::ctl

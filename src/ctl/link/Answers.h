@@ -30,4 +30,9 @@ dbus::Message otherProgramsCall(sd_bus* bus);
 /// Names of those that are active, for a person; none where that cannot be told.
 std::vector<std::string> readOtherPrograms(const dbus::Message& reply);
 
+/// Asks UPower, which runs on most desktops, whether it holds this battery at thresholds of its own.
+dbus::Message upowerCall(sd_bus* bus, const BatteryReport& battery);
+/// False where that cannot be told.
+bool doesUPowerLimit(const dbus::Message& reply);
+
 } // namespace velmora::ctl

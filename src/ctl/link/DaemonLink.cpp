@@ -105,6 +105,9 @@ Snapshot DaemonLink::snapshot()
     auto now = glanceOf(replies);
     now.batteries = readBatteries(replies[3]);
     now.others = readOtherPrograms(replies[4]);
+    calls.clear();
+    for (const auto& battery : now.batteries) calls.push_back(upowerCall(bus_.get(), battery));
+    if (std::ranges::any_of(ask(calls, readPatience), doesUPowerLimit)) now.others.emplace_back("UPower");
     return now;
 }
 
