@@ -16,6 +16,7 @@
 #include "wire/ChargerInterface.h"
 
 #include <cstdio>
+#include <nlohmann/json.hpp>
 #include <system_error>
 
 namespace velmora::ctl {
@@ -70,7 +71,7 @@ private:
     ExitStatus status()
     {
         const auto now = link_.snapshot();
-        const auto printed = print(request_.isJson ? statusJson(now).text() + '\n' : statusText(now));
+        const auto printed = print(request_.isJson ? jsonText(statusJson(now)) + '\n' : statusText(now));
         return now.charger.hasBattery ? printed : ExitStatus::unable;
     }
 
@@ -133,7 +134,7 @@ private:
     ExitStatus tell()
     {
         const auto now = link_.glance();
-        if (request_.isJson) return print(statusJson(now).text() + '\n');
+        if (request_.isJson) return print(jsonText(statusJson(now)) + '\n');
         const auto situation = situationOf(now);
         std::string text = charger::limiterText(situation) + '\n';
         if (request_.command == Command::limit) text += limitText(now, situation);
@@ -185,12 +186,7 @@ int fail(const Failure& failure, bool isJson)
 {
     const auto status = static_cast<int>(failure.status);
     std::fprintf(stderr, "velmoractl: %s\n", printable(failure.what()).c_str());
-    if (isJson)
-        print(json::Object()
-                  .add("error", json::text(failure.what()))
-                  .add("exitStatus", json::integer(status))
-                  .text() +
-              '\n');
+    if (isJson) print(jsonText({{"error", failure.what()}, {"exitStatus", status}}) + '\n');
     return status;
 }
 

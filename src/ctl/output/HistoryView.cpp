@@ -5,9 +5,12 @@
 
 #include "base/Decimal.h"
 #include "base/Translation.h"
+#include "output/Json.h"
 #include "output/Moment.h"
 #include "output/StatusView.h"
 #include "texts/PanelTexts.h"
+
+#include <nlohmann/json.hpp>
 
 namespace velmora::ctl {
 
@@ -39,27 +42,24 @@ std::string historyText(const std::vector<HSHistorySnapshot>& samples)
 std::string historyCsv(const std::vector<HSHistorySnapshot>& samples)
 {
     std::string text = "time,percentage,health,thermalState,isCharging\n";
+    const auto number = [](double value) { return jsonText(Json(value)); };
     for (const auto& sample : samples)
-        text += utcTime(sample.timestamp) + ',' + json::number(sample.percentage) + ',' +
-                json::number(sample.health) + ',' +
-                std::string(ThermalMonitorService::rawValue(heatOf(sample.thermalState))) + ',' +
-                json::truth(sample.isCharging) + '\n';
+        text += utcTime(sample.timestamp) + ',' + number(sample.percentage) + ',' + number(sample.health) +
+                ',' + std::string(ThermalMonitorService::rawValue(heatOf(sample.thermalState))) + ',' +
+                (sample.isCharging ? "true\n" : "false\n");
     return text;
 }
 
 std::string historyJson(const std::vector<HSHistorySnapshot>& samples)
 {
-    std::vector<std::string> objects;
+    auto objects = Json::array();
     for (const auto& sample : samples)
-        objects.push_back(
-            json::Object()
-                .add("time", json::text(utcTime(sample.timestamp)))
-                .add("percentage", json::number(sample.percentage))
-                .add("health", json::number(sample.health))
-                .add("thermalState", json::text(ThermalMonitorService::rawValue(heatOf(sample.thermalState))))
-                .add("isCharging", json::truth(sample.isCharging))
-                .text());
-    return json::array(objects) + '\n';
+        objects.push_back({{"time", utcTime(sample.timestamp)},
+                           {"percentage", sample.percentage},
+                           {"health", sample.health},
+                           {"thermalState", ThermalMonitorService::rawValue(heatOf(sample.thermalState))},
+                           {"isCharging", sample.isCharging}});
+    return jsonText(objects) + '\n';
 }
 
 } // namespace velmora::ctl

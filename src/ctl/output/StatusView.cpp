@@ -12,6 +12,7 @@
 #include "texts/PanelTexts.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 namespace velmora::ctl {
@@ -143,24 +144,13 @@ void addCharger(Lines& lines, const Snapshot& now, const Situation& situation)
                   tr("%1 runs here and may set the same thresholds: let one of the two do it.", other));
 }
 
-/// With a date in place of the number of seconds that the wire has.
-json::Object withDate(const KeyedArchive& record, std::string_view key)
+/// With a date in place of the number of seconds that the wire has; null for a date that never was.
+Json withDate(const KeyedArchive& record, const char* key)
 {
-    json::Object result;
-    for (const auto& [name, value] : record.values()) {
-        const auto* seconds = name == key ? std::get_if<double>(&value) : nullptr;
-        const bool isNever = seconds && *seconds == 0;
-        result.add(name, isNever   ? std::string("null")
-                         : seconds ? json::text(utcTime(Date{*seconds}))
-                                   : json::of(value));
-    }
+    auto result = jsonOf(record);
+    const auto date = record.decodeDate(key).value_or(Date{});
+    result[key] = date == Date{} ? Json() : Json(utcTime(date));
     return result;
-}
-
-/// The machine's own: no user's.
-std::string machineSettingsJson(const ChargingSettings& settings)
-{
-    return json::object(archived(settings, settingsOf(Setting::Owner::machine))).text();
 }
 
 } // namespace
@@ -201,22 +191,19 @@ std::string statusText(const Snapshot& now)
     return lines.text();
 }
 
-json::Object statusJson(const Snapshot& now)
+Json statusJson(const Snapshot& now)
 {
     const auto situation = situationOf(now);
-    std::vector<std::string> batteries;
-    for (const auto& battery : now.batteries) batteries.push_back(json::object(battery.archived()).text());
-    std::vector<std::string> others;
-    for (const auto& other : now.others) others.push_back(json::text(other));
-    json::Object result;
-    result.add("percentage", isBatteryMissing(situation) ? "null" : json::number(situation.percentage))
-        .add("summary", json::text(charger::limiterText(situation)))
-        .add("state", json::object(now.state.archived()).text())
-        .add("charger", withDate(now.charger.archived(), "LastActionDate").text())
-        .add("settings", machineSettingsJson(now.settings))
-        .add("batteries", json::array(batteries))
-        .add("otherPrograms", json::array(others));
-    return result;
+    auto batteries = Json::array();
+    for (const auto& battery : now.batteries) batteries.push_back(jsonOf(battery.archived()));
+    return {{"percentage", isBatteryMissing(situation) ? Json() : Json(situation.percentage)},
+            {"summary", charger::limiterText(situation)},
+            {"state", jsonOf(now.state.archived())},
+            {"charger", withDate(now.charger.archived(), "LastActionDate")},
+            // The machine's own settings: no user's.
+            {"settings", jsonOf(archived(now.settings, settingsOf(Setting::Owner::machine)))},
+            {"batteries", std::move(batteries)},
+            {"otherPrograms", now.others}};
 }
 
 } // namespace velmora::ctl

@@ -21,7 +21,7 @@ Situation situationOf(const Snapshot& now);
 std::string statusText(const Snapshot& now);
 
 /// Records under the names that they have on the bus; dates in UTC.
-json::Object statusJson(const Snapshot& now);
+Json statusJson(const Snapshot& now);
 
 /// Nominal for a text that is none of the four.
 ThermalMonitorService::ThermalState heatOf(std::string_view text);

@@ -5,9 +5,12 @@
 
 #include "base/Saturate.h"
 #include "base/Translation.h"
+#include "output/Json.h"
 #include "output/StatusView.h"
 #include "texts/ChargerTexts.h"
 #include "texts/PanelTexts.h"
+
+#include <nlohmann/json.hpp>
 
 namespace velmora::ctl {
 
@@ -30,10 +33,9 @@ const char* classOf(const Situation& now)
 std::string line(const std::string& text, const std::string& tooltip, const char* kind,
                  std::optional<double> percentage)
 {
-    json::Object result;
-    result.add("text", json::text(text)).add("tooltip", json::text(tooltip)).add("class", json::text(kind));
-    if (percentage) result.add("percentage", json::integer(truncated(*percentage)));
-    return result.text();
+    Json result{{"text", text}, {"tooltip", tooltip}, {"class", kind}};
+    if (percentage) result["percentage"] = truncated(*percentage);
+    return jsonText(result);
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <span>
 #include <sys/utsname.h>
 #include <system_error>
@@ -148,7 +149,7 @@ Entries of(const KeyedArchive& record)
     Entries entries;
     for (const auto& [key, value] : record.values()) {
         const auto* text = std::get_if<std::string>(&value);
-        entries.emplace_back(key, text ? shown(*text) : json::of(value));
+        entries.emplace_back(key, text ? shown(*text) : jsonOf(value).dump());
     }
     return entries;
 }
@@ -224,13 +225,10 @@ std::string Diagnosis::text() const
 
 std::string Diagnosis::json() const
 {
-    json::Object result;
-    for (const auto& [name, entries] : sections_) {
-        json::Object section;
-        for (const auto& [key, value] : entries) section.add(key, json::text(value));
-        result.add(name, section.text());
-    }
-    return result.text() + '\n';
+    Json result;
+    for (const auto& [name, entries] : sections_)
+        for (const auto& [key, value] : entries) result[name][key] = value;
+    return jsonText(result) + '\n';
 }
 
 } // namespace velmora::ctl
