@@ -241,7 +241,6 @@ void XPCClient::updateSettings(const ChargingSettings& settings)
     if (!settings_) return;
     settings_ = settings;
     if (sentLast_ == settings) return;
-    sentLast_ = settings;
     if (isPersonsWish_) setRefusal("");
     attempt("send the settings", [&] {
         const auto call = newCall(wire::daemon_protocol::updateSettings);
@@ -249,6 +248,7 @@ void XPCClient::updateSettings(const ChargingSettings& settings)
         dbus::check(sd_bus_message_set_allow_interactive_authorization(call.get(), isPersonsWish_), "a wish");
         dbus::append(call.get(), settings);
         sd_bus_send(bus_.get(), call.get(), nullptr); // a lost bus was logged when it was lost
+        sentLast_ = settings;
     });
 }
 
@@ -262,9 +262,12 @@ int XPCClient::statePushed(sd_bus_message* signal)
 
 void XPCClient::asPerson(const std::function<void()>& act)
 {
-    const bool before = std::exchange(isPersonsWish_, true);
+    struct Restore {
+        bool& flag;
+        bool before;
+        ~Restore() { flag = before; }
+    } restore{isPersonsWish_, std::exchange(isPersonsWish_, true)};
     act();
-    isPersonsWish_ = before;
 }
 
 int XPCClient::changeRefused(sd_bus_message* signal)
