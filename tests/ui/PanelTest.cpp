@@ -196,5 +196,16 @@ TEST_F(Panel, LargeTypeTakesOfTheRoomAndTheFooterStays)
     }
 }
 
+TEST_F(Panel, ARefusalIsReadWhereTheClickWas)
+{
+    EXPECT_FALSE(item("refusal")->isVisible());
+    model.charger().apply({{"Refusal", "needs password"}});
+    EXPECT_TRUE(item("refusal")->isVisible());
+    EXPECT_TRUE(property("refusal", "text").contains("administrator's password"));
+    window->grabWindow();
+    expectNoTextCut(panel);
+    EXPECT_FALSE(item("scroll")->property("interactive").toBool());
+}
+
 } // namespace
 } // namespace velmora

@@ -41,13 +41,8 @@ DashboardPage {
             }
         }
     }
-    Label {
-        objectName: "refusal"
-        Layout.fillWidth: true
-        visible: text.length > 0
-        text: page.battery.refusalText
-        wrapMode: Text.Wrap
-        Accessible.role: Accessible.AlertMessage
+    RefusalLine {
+        battery: page.battery
     }
     SettingsGroup {
         Layout.fillWidth: true

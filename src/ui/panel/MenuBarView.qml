@@ -44,11 +44,18 @@ FocusScope {
         MenuBarHeader {
             battery: panel.battery
         }
+        RefusalLine {
+            id: refusal
+
+            battery: panel.battery
+            font: Theme.font(11, Font.Normal)
+        }
         MenuBarStatusModule {
             Layout.fillWidth: true
             battery: panel.battery
         }
         MenuBarHealthThermalRow {
+            visible: !refusal.visible // for the room that the sentence takes
             battery: panel.battery
         }
         MenuBarToggleModule {
