@@ -73,6 +73,18 @@ void Shell::wireTray()
     tray_.onActivate = [this](std::optional<ScreenPoint> at) { togglePanel(at); };
     tray_.onOpenPanel = [this] { open(wire::windows::panel, tray_.takeActivationToken()); };
     tray_.onLaunchDashboard = [this] { open(wire::windows::dashboard, tray_.takeActivationToken()); };
+    auto& model = app_.model();
+    const auto set = [this, &model](auto& setting, auto value) {
+        app_.asPerson([&] {
+            setting.set(value);
+            model.syncSettingsToDaemon();
+        });
+    };
+    tray_.onLimit = [set, &model](double limit) { set(model.customChargeLimit, limit); };
+    tray_.onAutoProtect = [set, &model] {
+        set(model.isAppleRecommendedModeEnabled, !model.isAppleRecommendedModeEnabled.get());
+    };
+    tray_.onQuickCharge = [this, &model] { app_.asPerson([&model] { model.toggleTemporaryOverride(); }); };
     tray_.onQuit = [this] { loop_.stop(); };
     tray_.onNoHost = [this] { hasNoTray_ = true; };
 }

@@ -27,6 +27,8 @@ struct StatusNotifierItemTest : LoopTest {
         icon.onOpenPanel = [this] { events.emplace_back("panel"); };
         icon.onLaunchDashboard = [this] { events.emplace_back("dashboard"); };
         icon.onQuit = [this] { events.emplace_back("quit"); };
+        icon.onLimit = [this](double limit) { events.push_back(std::to_string(static_cast<int>(limit))); };
+        icon.onAutoProtect = [this] { events.emplace_back("protect"); };
         icon.onActivate = [this](auto at) {
             events.push_back(at ? std::to_string(at->x) + "," + std::to_string(at->y) : "somewhere");
         };
@@ -58,6 +60,46 @@ struct StatusNotifierItemTest : LoopTest {
         const auto reply = ask(itemPath, properties, "Get", "ss", itemInterface, property);
         const char* value = nullptr;
         return reply && sd_bus_message_read(reply.get(), "v", "s", &value) > 0 ? value : "nothing";
+    }
+
+    /// Each entry's label, whether it is off, its mark and whether that is on.
+    std::vector<std::string> menu()
+    {
+        std::vector<std::string> entries;
+        const auto layout = ask(menuPath, menuInterface, "GetLayout", "iias", 0, -1, 0);
+        auto* message = layout.get();
+        sd_bus_message_skip(message, "u");
+        sd_bus_message_enter_container(message, 'r', "ia{sv}av");
+        sd_bus_message_skip(message, "ia{sv}");
+        sd_bus_message_enter_container(message, 'a', "v");
+        while (sd_bus_message_enter_container(message, 'v', "(ia{sv}av)") > 0) {
+            sd_bus_message_enter_container(message, 'r', "ia{sv}av");
+            sd_bus_message_skip(message, "i");
+            entries.push_back(propertiesIn(message));
+            sd_bus_message_skip(message, "av");
+            sd_bus_message_exit_container(message);
+            sd_bus_message_exit_container(message);
+        }
+        return entries;
+    }
+
+    static std::string propertiesIn(sd_bus_message* message)
+    {
+        std::string words;
+        const char *name = nullptr, *type = nullptr, *text = nullptr;
+        int number = 0;
+        sd_bus_message_enter_container(message, 'a', "{sv}");
+        while (sd_bus_message_enter_container(message, 'e', "sv") > 0) {
+            sd_bus_message_read(message, "s", &name);
+            sd_bus_message_peek_type(message, nullptr, &type);
+            const bool isText = *type == 's';
+            sd_bus_message_read(message, "v", type, isText ? static_cast<void*>(&text) : &number);
+            if (isText) words += (words.empty() ? "" : " ") + std::string(text);
+            if (!isText && (*type == 'i') == (number != 0)) words += *type == 'i' ? " on" : " off";
+            sd_bus_message_exit_container(message);
+        }
+        sd_bus_message_exit_container(message);
+        return words;
     }
 
     PrivateBus bus;
@@ -123,6 +165,7 @@ TEST_F(StatusNotifierItemTest, DescribesItselfAsHostsExpect)
     icon.show({62, true, "62 % \xff"}); // not UTF-8: the bus would hang up on it
     showIcon();
     EXPECT_EQ(text("Status"), "Active");
+    EXPECT_EQ(text("IconAccessibleDesc"), "62 % ?");
     EXPECT_EQ(text("IconName"), "velmora-tray-060-charging-symbolic");
     EXPECT_TRUE(ask(itemPath, properties, "GetAll", "s", itemInterface));
     EXPECT_TRUE(ask(menuPath, properties, "GetAll", "s", menuInterface));
@@ -161,6 +204,23 @@ TEST_F(StatusNotifierItemTest, TellsOnlyWhatChanged)
     icon.show({51, true, "half, charging"});
     EXPECT_TRUE(eventually([&] { return host.news.size() >= 5; }));
     EXPECT_THAT(host.news, ElementsAre("NewIcon", "NewToolTip", "NewIcon", "NewToolTip", "NewIcon"));
+
+    host.news.clear();
+    const auto turn = [&](const char* key) {
+        dbus::check(sd_bus_emit_signal(host.bus(), "/org/freedesktop/portal/desktop",
+                                       "org.freedesktop.portal.Settings", "SettingChanged", "ssv",
+                                       "org.freedesktop.appearance", key, "u", 1U),
+                    key);
+    };
+    turn("color-scheme"); // of a stranger
+    dbus::check(sd_bus_request_name(host.bus(), "org.freedesktop.portal.Desktop", 0), "name");
+    EXPECT_EQ(text("Id"), "velmora"); // by now it knows the portal
+    turn("accent-color");
+    turn("color-scheme");
+    icon.show({52, true, "half, charging"});
+    EXPECT_TRUE(eventually([&] { return host.news.size() >= 2; }));
+    EXPECT_EQ(text("Id"), "velmora");
+    EXPECT_EQ(host.news.size(), 2U) << "one for the portal, one for the level";
 }
 
 TEST_F(StatusNotifierItemTest, ClicksTellWhereTheyWere)
@@ -171,37 +231,41 @@ TEST_F(StatusNotifierItemTest, ClicksTellWhereTheyWere)
     EXPECT_TRUE(ask(itemPath, itemInterface, "SecondaryActivate", "ii", 0, 0));
     EXPECT_TRUE(ask(itemPath, itemInterface, "ContextMenu", "ii", -5, 2'000'000'000));
     EXPECT_TRUE(ask(itemPath, itemInterface, "Scroll", "is", 120, "vertical"));
-    EXPECT_THAT(events, ElementsAre("1269,14", "somewhere", "-5,2000000000"));
+    setenv("WAYLAND_DISPLAY", "wayland-9", 1);
+    for (const auto* desktop : {"sway", "ubuntu:GNOME"}) {
+        setenv("XDG_CURRENT_DESKTOP", desktop, 1);
+        EXPECT_TRUE(ask(itemPath, itemInterface, "Activate", "ii", 11, 14));
+    }
+    unsetenv("WAYLAND_DISPLAY");
+    EXPECT_THAT(events, ElementsAre("1269,14", "somewhere", "-5,2000000000", "somewhere", "11,14"));
     EXPECT_EQ(icon.takeActivationToken(), "token");
 }
 
 TEST_F(StatusNotifierItemTest, OffersAMenu)
 {
     showIcon();
-    const auto layout = ask(menuPath, menuInterface, "GetLayout", "iias", 0, -1, 0);
-    ASSERT_TRUE(layout);
-    unsigned revision = 0;
-    dbus::check(sd_bus_message_read(layout.get(), "u", &revision), "revision");
-    dbus::check(sd_bus_message_enter_container(layout.get(), 'r', "ia{sv}av"), "root");
-    dbus::check(sd_bus_message_skip(layout.get(), "ia{sv}"), "root");
-    dbus::check(sd_bus_message_enter_container(layout.get(), 'a', "v"), "children");
-    std::vector<std::string> entries;
-    int id = 0;
-    const char *name = nullptr, *value = nullptr;
-    while (sd_bus_message_read(layout.get(), "v", "(ia{sv}av)", &id, 1, &name, "s", &value, 0) > 0)
-        entries.push_back(std::to_string(id) + " " + name + " " + value);
-    EXPECT_THAT(entries, ElementsAre("1 label Open Velmora", "2 label Launch Dashboard", "3 type separator",
-                                     "4 label Quit Velmora"));
+    EXPECT_THAT(menu(), ElementsAre("Velmora off", "separator", "Limit to 80% off radio on",
+                                    "Limit to 90% off radio", "Full Charge (100%) off radio",
+                                    "Auto-Protect off checkmark on", "Quick Charge to 100% off", "separator",
+                                    "Open Velmora", "Launch Dashboard", "separator", "Quit Velmora"));
+    EXPECT_TRUE(ask(menuPath, menuInterface, "Event", "isvu", 4, "clicked", "i", 0, 0)); // not to be chosen
+    icon.show({.tooltip = "62%, \xff", .takesLimit = true, .limit = 90, .isAutoProtectOn = false});
+    ASSERT_TRUE(eventually([&] { return host.news.size() == 2; })) << "the menu's, once, and the tooltip's";
+    const auto entries = menu();
+    EXPECT_EQ(entries[0], "62%, ? off");
+    EXPECT_EQ(entries[3], "Limit to 90% radio on");
+    EXPECT_EQ(entries[5], "Auto-Protect checkmark");
 
     EXPECT_TRUE(ask(menuPath, menuInterface, "AboutToShowGroup", "ai", 2, 0, 77));
-    EXPECT_TRUE(ask(menuPath, menuInterface, "Event", "isvu", 2, "clicked", "i", 0, 0));
-    EXPECT_TRUE(ask(menuPath, menuInterface, "Event", "isvu", 1, "hovered", "i", 0, 0));
-    EXPECT_TRUE(ask(menuPath, menuInterface, "EventGroup", "a(isvu)", 4, 1, "clicked", "i", 0, 0, 1,
-                    "clicked", "s", "", 0, 99, "clicked", "i", 0, 0, 4, "clicked", "i", 0, 0));
-    EXPECT_THAT(events, ElementsAre("dashboard", "panel", "quit"));
+    EXPECT_TRUE(ask(menuPath, menuInterface, "Event", "isvu", 10, "clicked", "i", 0, 0));
+    EXPECT_TRUE(ask(menuPath, menuInterface, "Event", "isvu", 9, "hovered", "i", 0, 0));
+    EXPECT_TRUE(ask(menuPath, menuInterface, "EventGroup", "a(isvu)", 6, 9, "clicked", "i", 0, 0, 9,
+                    "clicked", "s", "", 0, 99, "clicked", "i", 0, 0, 5, "clicked", "i", 0, 0, 6, "clicked",
+                    "i", 0, 0, 12, "clicked", "i", 0, 0));
+    EXPECT_THAT(events, ElementsAre("dashboard", "panel", "100", "protect", "quit"));
 
     EXPECT_FALSE(ask(menuPath, menuInterface, "GetLayout", "iias", -1, -1, 0));
-    EXPECT_FALSE(ask(menuPath, menuInterface, "AboutToShow", "i", 5));
+    EXPECT_FALSE(ask(menuPath, menuInterface, "AboutToShow", "i", 13));
 }
 
 } // namespace

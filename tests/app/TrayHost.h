@@ -24,6 +24,8 @@ public:
         dbus::check(sd_bus_add_object(bus_.get(), out(object_), "/StatusNotifierWatcher",
                                       dbus::serve<TrayHost, &TrayHost::called>, this),
                     "object");
+        menuChanges_ = dbus::match(bus_.get(), {.interface = "com.canonical.dbusmenu"},
+                                   dbus::serve<TrayHost, &TrayHost::told>, this);
         match_ = dbus::match(bus_.get(), {.interface = "org.kde.StatusNotifierItem"},
                              dbus::serve<TrayHost, &TrayHost::told>, this);
     }
@@ -58,7 +60,7 @@ private:
     }
 
     dbus::Bus bus_;
-    dbus::Slot object_, match_;
+    dbus::Slot object_, match_, menuChanges_;
 };
 
 } // namespace velmora

@@ -8,7 +8,7 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
+#include <cstdlib>
 #include <utility>
 
 namespace velmora {
@@ -18,6 +18,8 @@ namespace {
 constexpr auto interface = "org.kde.StatusNotifierItem";
 constexpr auto watcherName = "org.kde.StatusNotifierWatcher"; // its interface, too
 constexpr auto watcherPath = "/StatusNotifierWatcher";
+constexpr auto portalName = "org.freedesktop.portal.Desktop";
+constexpr auto appearance = "org.freedesktop.appearance"; // a space of the portal's settings
 constexpr auto propertiesInterface = "org.freedesktop.DBus.Properties";
 
 constexpr std::array pictureSizes{16, 22, 24, 32, 48};
@@ -27,9 +29,27 @@ constexpr std::uint64_t maximumUnsent =
     64; ///< unsent messages; above that the pictures, 18 KB each time, are not sent
 
 constexpr std::pair<std::string_view, const char*> constantTexts[] = {
-    {"Category", "Hardware"}, {"Id", "velmora"},       {"Title", "Velmora"},
-    {"Status", "Active"},     {"OverlayIconName", ""}, {"AttentionIconName", ""},
+    {"Category", "Hardware"},
+    {"Id", "velmora"},
+    {"Title", "Velmora"},
+    {"Status", "Active"},
+    {"OverlayIconName", ""},
+    {"AttentionIconName", ""},
+    {"AttentionAccessibleDesc", ""},
 };
+
+/// On Wayland a program is not told where on the screen its windows are, and a bar can only say where in
+/// itself the click was. Two desktops are: GNOME's draws the icons in the compositor, KDE's is told by it.
+bool canHostKnowPlaces()
+{
+    const auto variable = [](const char* name) {
+        const char* value = std::getenv(name);
+        return std::string(value ? value : "");
+    };
+    if (variable("WAYLAND_DISPLAY").empty()) return true;
+    const auto desktops = ':' + variable("XDG_CURRENT_DESKTOP") + ':';
+    return desktops.find(":KDE:") != std::string::npos || desktops.find(":GNOME:") != std::string::npos;
+}
 
 template <int (StatusNotifierItem::*Method)(sd_bus_message*)>
 constexpr sd_bus_message_handler_t served = dbus::serve<StatusNotifierItem, Method>;
@@ -72,6 +92,8 @@ const sd_bus_vtable StatusNotifierItem::vtable_[] = {
     SD_BUS_PROPERTY("IconThemePath", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("IconName", "s", property, 0, 0), // its changes have signals in this interface
     SD_BUS_PROPERTY("IconPixmap", "a(iiay)", property, 0, 0),
+    SD_BUS_PROPERTY("IconAccessibleDesc", "s", property, 0, 0),
+    SD_BUS_PROPERTY("AttentionAccessibleDesc", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("OverlayIconName", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("AttentionIconName", "s", property, 0, SD_BUS_VTABLE_PROPERTY_CONST),
     SD_BUS_PROPERTY("ToolTip", "(sa(iiay)ss)", property, 0, 0),
@@ -83,7 +105,11 @@ const sd_bus_vtable StatusNotifierItem::vtable_[] = {
 };
 
 StatusNotifierItem::StatusNotifierItem(MainLoop& loop, sd_bus* bus, Log& log, const std::string& icons)
-    : loop_(loop), bus_(bus), complaints_(log, "StatusNotifierItem"), icons_(cleanUtf8(icons))
+    : loop_(loop),
+      bus_(bus),
+      complaints_(log, "StatusNotifierItem"),
+      icons_(cleanUtf8(icons)),
+      portal_(bus, portalName)
 {
     dbus::check(sd_bus_add_object_vtable(bus_, out(object_), path, interface, vtable_, this), interface);
     disconnection_ = dbus::onDisconnected(bus_, served<&StatusNotifierItem::disconnected>, this);
@@ -94,6 +120,12 @@ StatusNotifierItem::StatusNotifierItem(MainLoop& loop, sd_bus* bus, Log& log, co
     };
     hostCame_ = follow("StatusNotifierHostRegistered");
     hostLeft_ = follow("StatusNotifierHostUnregistered");
+    settings_ = dbus::match(bus_,
+                            {.sender = portalName,
+                             .interface = "org.freedesktop.portal.Settings",
+                             .member = "SettingChanged",
+                             .arg0 = appearance},
+                            served<&StatusNotifierItem::settingChanged>, this);
     announce(); // after the match: no watcher can come between unseen
 }
 
@@ -183,18 +215,28 @@ void StatusNotifierItem::lose()
     if (const auto handler = onChanged; wasShown && handler) handler();
 }
 
+void StatusNotifierItem::tell(const char* signal) const
+{
+    if (isRegistered_) sd_bus_emit_signal(bus_, path, interface, signal, nullptr);
+}
+
+int StatusNotifierItem::settingChanged(sd_bus_message* signal)
+{
+    const char *space = nullptr, *key = nullptr;
+    if (!portal_.sent(signal) || sd_bus_message_read(signal, "ss", &space, &key) < 0) return 0;
+    if (space == std::string_view(appearance) && key == std::string_view("color-scheme")) tell("NewIcon");
+    return 0;
+}
+
 void StatusNotifierItem::show(const TrayState& state)
 {
-    const auto emit = [&](const char* signal) {
-        if (isRegistered_) sd_bus_emit_signal(bus_, path, interface, signal, nullptr);
-    };
     const auto before = std::exchange(state_, state);
     if (shownPercent(before.percentage) != shownPercent(state.percentage) ||
         before.isCharging != state.isCharging) {
         pictures_.clear();
-        emit("NewIcon");
+        tell("NewIcon");
     }
-    if (before.tooltip != state.tooltip) emit("NewToolTip");
+    if (before.tooltip != state.tooltip) tell("NewToolTip");
 }
 
 int StatusNotifierItem::activate(sd_bus_message* call)
@@ -202,7 +244,7 @@ int StatusNotifierItem::activate(sd_bus_message* call)
     ScreenPoint at;
     dbus::check(sd_bus_message_read(call, "ii", &at.x, &at.y), "read a place");
     const int sent = sd_bus_reply_method_return(call, nullptr);
-    const bool isKnown = at != ScreenPoint{}; // hosts that do not know the place send 0, 0
+    const bool isKnown = at != ScreenPoint{} && canHostKnowPlaces(); // some that do not send 0, 0
     if (const auto handler = onActivate) handler(isKnown ? std::optional(at) : std::nullopt);
     return sent;
 }
@@ -259,6 +301,7 @@ int StatusNotifierItem::answer(std::string_view property, sd_bus_message* reply)
     for (const auto& [name, text] : constantTexts)
         if (name == property) return append("s", text);
     if (property == "IconName") return append("s", iconName().c_str());
+    if (property == "IconAccessibleDesc") return append("s", cleanUtf8(state_.tooltip).c_str());
     if (property == "IconPixmap") return appendPictures(reply);
     if (property == "IconThemePath") return append("s", icons_.c_str());
     if (property == "Menu") return append("o", TrayMenu::path);

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "bus/DBus.h"
+#include "bus/NameOwner.h"
 #include "platform/Complaints.h"
 #include "tray/BatteryPicture.h"
 #include "tray/TrayState.h"
@@ -31,7 +32,8 @@ public:
     StatusNotifierItem(const StatusNotifierItem&) = delete;
     StatusNotifierItem& operator=(const StatusNotifierItem&) = delete;
 
-    /// Tells the hosts what changed, if anything.
+    /// Tells the hosts what changed, if anything. They are told of the icon anew when the desktop turns dark
+    /// or light, since some keep it in the colours of before.
     void show(const TrayState& state);
 
     /// Whether a watcher has taken it, and a host is there to draw what the watcher takes.
@@ -39,6 +41,7 @@ public:
     /// It is shown now, or no longer.
     std::function<void()> onChanged;
 
+    /// A click, and where on the screen it was: nothing where the host cannot know that.
     std::function<void(std::optional<ScreenPoint>)> onActivate;
     std::string takeActivationToken() { return std::exchange(activationToken_, {}); }
 
@@ -52,6 +55,8 @@ private:
     int hostsChanged(sd_bus_message* signal);
     int registered(sd_bus_message* reply);
     int hostAnswered(sd_bus_message* reply);
+    int settingChanged(sd_bus_message* signal);
+    void tell(const char* signal) const;
     int disconnected(sd_bus_message* signal);
 
     int activate(sd_bus_message* call);
@@ -78,7 +83,9 @@ private:
     bool hasHost_ = false;
     bool isQuestionDue_ = false; ///< something changed since the last question for a host
     MainLoop::Timer pause_;      ///< until we may ask again
-    dbus::Slot object_, disconnection_, watcherChanges_, hostCame_, hostLeft_, registration_, question_;
+    NameOwner portal_;           ///< who says that the desktop turns dark or light
+    dbus::Slot object_, disconnection_, watcherChanges_, hostCame_, hostLeft_, settings_, registration_,
+        question_;
 };
 
 } // namespace velmora

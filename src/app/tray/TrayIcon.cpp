@@ -4,8 +4,9 @@
 #include "tray/TrayIcon.h"
 
 #include "base/Translation.h"
+#include "base/Utf8.h"
+#include "texts/PanelTexts.h"
 #include "tray/StatusNotifierItem.h"
-#include "tray/TrayMenu.h"
 #include "tray/XEmbedIcon.h"
 
 #include <filesystem>
@@ -40,19 +41,36 @@ TrayIcon::~TrayIcon() = default;
 
 void TrayIcon::serveOn(sd_bus* session, Log& log)
 try {
-    menu_ = std::make_unique<TrayMenu>(session,
-                                       std::vector<TrayMenu::Entry>{
-                                           {trMark("Open Velmora"), [this] { call(onOpenPanel); }},
-                                           {trMark("Launch Dashboard"), [this] { call(onLaunchDashboard); }},
-                                           {nullptr, {}},
-                                           {trMark("Quit Velmora"), [this] { call(onQuit); }},
-                                       });
+    menu_ = std::make_unique<TrayMenu>(session, menu());
     item_ = std::make_unique<StatusNotifierItem>(loop_, session, log, installedIcons());
     item_->onChanged = [this] { changed(); };
     item_->onActivate = [this](auto at) { call(onActivate, at); };
 } catch (const std::system_error& failure) {
     complaints_.raise("serve", std::string("Cannot export the tray icon on the session bus: ") +
                                    failure.what() + "; trying an X11 tray icon.");
+}
+
+/// The state in words first: some hosts show neither a tooltip nor anything else on a click.
+std::vector<TrayMenu::Entry> TrayIcon::menu()
+{
+    using Mark = TrayMenu::Entry::Mark;
+    std::vector<TrayMenu::Entry> entries{
+        {.label = state_.tooltip.empty() ? tr("Velmora") : cleanUtf8(state_.tooltip), .isEnabled = false},
+        {}};
+    const auto offer = [&](const std::string& label, Mark mark, bool isMarked, std::function<void()> chosen) {
+        entries.push_back({label, mark, isMarked, state_.takesLimit, std::move(chosen)});
+    };
+    for (const auto& [text, limit] : panel::thresholds)
+        offer(tr(text), Mark::radio, state_.limit == limit, [this, limit] { call(onLimit, limit); });
+    offer(tr("Auto-Protect"), Mark::check, state_.isAutoProtectOn, [this] { call(onAutoProtect); });
+    offer(panel::quickChargeTitle(state_.isQuickChargeOn), Mark::none, false,
+          [this] { call(onQuickCharge); });
+    entries.push_back({});
+    entries.push_back({.label = tr("Open Velmora"), .chosen = [this] { call(onOpenPanel); }});
+    entries.push_back({.label = tr("Launch Dashboard"), .chosen = [this] { call(onLaunchDashboard); }});
+    entries.push_back({});
+    entries.push_back({.label = tr("Quit Velmora"), .chosen = [this] { call(onQuit); }});
+    return entries;
 }
 
 bool TrayIcon::isShown() const
@@ -63,6 +81,7 @@ bool TrayIcon::isShown() const
 void TrayIcon::show(const TrayState& state)
 {
     if (std::exchange(state_, state) == state) return;
+    if (menu_) menu_->show(menu());
     if (item_) item_->show(state_);
     if (embedded_) embedded_->show(state_);
 }

@@ -6,6 +6,7 @@
 #include "base/EventLoop.h"
 #include "base/Lifetime.h"
 #include "platform/Complaints.h"
+#include "tray/TrayMenu.h"
 #include "tray/TrayState.h"
 
 #include <chrono>
@@ -15,11 +16,11 @@
 #include <string>
 #include <systemd/sd-bus.h>
 #include <type_traits>
+#include <vector>
 
 namespace velmora {
 
 class StatusNotifierItem;
-class TrayMenu;
 class XEmbedIcon;
 
 /// Velmora's icon in the desktop's tray, wherever that is: a StatusNotifierItem where a host shows those,
@@ -53,6 +54,8 @@ public:
     std::function<void(std::optional<ScreenPoint>)> onActivate;
     /// Chosen from the icon's menu.
     std::function<void()> onOpenPanel, onLaunchDashboard, onQuit;
+    std::function<void(double limit)> onLimit;          ///< percent
+    std::function<void()> onQuickCharge, onAutoProtect; ///< to be flipped
     /// Called once, when no tray has been found to show the icon; that is logged.
     std::function<void()> onNoHost;
 
@@ -62,6 +65,7 @@ public:
 
 private:
     void serveOn(sd_bus* session, Log& log);
+    std::vector<TrayMenu::Entry> menu();
     bool embed();
     void changed();
     void ascended();

@@ -3,10 +3,10 @@
 
 #include "tray/TrayMenu.h"
 
-#include "base/Translation.h"
-
 #include <algorithm>
+#include <span>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace velmora {
@@ -42,6 +42,16 @@ void append(sd_bus_message* message, const std::vector<std::int32_t>& ids)
                 "append identifiers");
 }
 
+void append(sd_bus_message* message, const std::variant<std::string, bool, std::int32_t>& value)
+{
+    const auto* text = std::get_if<std::string>(&value);
+    const auto* number = std::get_if<std::int32_t>(&value);
+    const int appended = text     ? sd_bus_message_append(message, "v", "s", text->c_str())
+                         : number ? sd_bus_message_append(message, "v", "i", *number)
+                                  : sd_bus_message_append(message, "v", "b", std::get<bool>(value));
+    dbus::check(appended, "append a property");
+}
+
 } // namespace
 
 const sd_bus_vtable TrayMenu::vtable_[] = {
@@ -75,7 +85,7 @@ const sd_bus_vtable TrayMenu::vtable_[] = {
     SD_BUS_VTABLE_END,
 };
 
-TrayMenu::TrayMenu(sd_bus* bus, std::vector<Entry> entries) : entries_(std::move(entries))
+TrayMenu::TrayMenu(sd_bus* bus, std::vector<Entry> entries) : bus_(bus), entries_(std::move(entries))
 {
     dbus::check(sd_bus_add_object_vtable(bus, out(object_), path, interface, vtable_, this), interface);
 }
@@ -95,18 +105,29 @@ int TrayMenu::refuse(sd_bus_message* call, std::int32_t id) const
     return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_INVALID_ARGS, "no item %d", id);
 }
 
+TrayMenu::Properties TrayMenu::properties(std::int32_t id) const
+{
+    if (id == root) return {{"children-display", "submenu"}};
+    const auto& one = entry(id);
+    if (one.label.empty()) return {{"type", "separator"}};
+    Properties all{{"label", one.label}, {"enabled", one.isEnabled}};
+    if (one.mark == Entry::Mark::none) return all;
+    all.emplace_back("toggle-type", one.mark == Entry::Mark::radio ? "radio" : "checkmark");
+    all.emplace_back("toggle-state", std::int32_t{one.isMarked});
+    return all;
+}
+
 /// All properties, whichever the host named: they are few, and it ignores the rest.
 void TrayMenu::appendProperties(sd_bus_message* reply, std::int32_t id) const
 {
-    const auto write = [&](const char* name, const char* value) {
-        dbus::check(sd_bus_message_append(reply, "a{sv}", 1, name, "s", value), "append properties");
-    };
-    if (id == root)
-        write("children-display", "submenu");
-    else if (const char* label = entry(id).label)
-        write("label", tr(label).c_str());
-    else
-        write("type", "separator");
+    open(reply, 'a', "{sv}");
+    for (const auto& [name, value] : properties(id)) {
+        open(reply, 'e', "sv");
+        dbus::check(sd_bus_message_append(reply, "s", name), "append a property");
+        append(reply, value);
+        close(reply);
+    }
+    close(reply);
 }
 
 void TrayMenu::appendItem(sd_bus_message* reply, std::int32_t id, bool withChildren) const
@@ -129,6 +150,7 @@ int TrayMenu::getLayout(sd_bus_message* call)
     std::int32_t parent = 0, depth = 0;
     dbus::check(sd_bus_message_read(call, "ii", &parent, &depth), "read a question");
     if (!isKnown(parent)) return refuse(call, parent);
+    isRead_ = true;
     const auto reply = dbus::replyTo(call);
     dbus::check(sd_bus_message_append(reply.get(), "u", revision), "append a revision");
     appendItem(reply.get(), parent, depth != 0);
@@ -157,8 +179,13 @@ int TrayMenu::getProperty(sd_bus_message* call)
     const char* name = nullptr;
     dbus::check(sd_bus_message_read(call, "is", &id, &name), "read a question");
     if (!isKnown(id)) return refuse(call, id);
-    if (id != root && entry(id).label && name == std::string_view("label"))
-        return sd_bus_reply_method_return(call, "v", "s", tr(entry(id).label).c_str());
+    const auto all = properties(id);
+    const auto found = std::ranges::find(all, std::string_view(name), &Properties::value_type::first);
+    if (found != all.end()) {
+        const auto reply = dbus::replyTo(call);
+        append(reply.get(), found->second);
+        return dbus::send(reply);
+    }
     return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_INVALID_ARGS, "item %d has no such property", id);
 }
 
@@ -166,7 +193,37 @@ int TrayMenu::getProperty(sd_bus_message* call)
 void TrayMenu::choose(const Ids& ids) const
 {
     for (const auto id : ids)
-        if (const auto& chosen = entry(id).chosen) chosen();
+        if (const auto one = entry(id); one.isEnabled && one.chosen) one.chosen();
+}
+
+void TrayMenu::show(std::vector<Entry> entries)
+{
+    const auto shown = std::exchange(entries_, std::move(entries));
+    const auto looks = [](const Entry& one) {
+        return std::tie(one.label, one.mark, one.isMarked, one.isEnabled);
+    };
+    Ids changed;
+    for (std::size_t i = 0; i < std::min(shown.size(), entries_.size()); ++i)
+        if (looks(shown[i]) != looks(entries_[i])) changed.push_back(static_cast<std::int32_t>(i + 1));
+    if (isRead_ && !changed.empty()) announce(changed);
+}
+
+void TrayMenu::announce(const Ids& changed) const
+{
+    sd_bus_message* made = nullptr;
+    const int created = sd_bus_message_new_signal(bus_, &made, path, interface, "ItemsPropertiesUpdated");
+    const dbus::Message signal(made);
+    if (created < 0) return; // a lost bus was logged when it was lost
+    open(made, 'a', "(ia{sv})");
+    for (const auto id : changed) {
+        open(made, 'r', "ia{sv}");
+        dbus::check(sd_bus_message_append(made, "i", id), "append an item");
+        appendProperties(made, id);
+        close(made);
+    }
+    close(made);
+    dbus::check(sd_bus_message_append(made, "a(ias)", 0), "append nothing removed");
+    sd_bus_send(bus_, made, nullptr);
 }
 
 int TrayMenu::event(sd_bus_message* call)
@@ -217,7 +274,7 @@ int TrayMenu::aboutToShowGroup(sd_bus_message* call)
     for (const auto id : readIds(call))
         if (!isKnown(id) && unknown.size() < maximumErrors) unknown.push_back(id);
     const auto reply = dbus::replyTo(call);
-    append(reply.get(), {});
+    append(reply.get(), Ids{});
     append(reply.get(), unknown);
     return dbus::send(reply);
 }

@@ -9,11 +9,15 @@
 
 namespace velmora {
 
-/// What the tray icon shows.
+/// What the tray icon and its menu show.
 struct TrayState {
     double percentage = 0; ///< percent
     bool isCharging = false;
-    std::string tooltip; ///< a sentence
+    std::string tooltip{};   ///< level and state, a sentence
+    bool takesLimit = false; ///< the settings below have an effect here and now
+    double limit = 80;       ///< percent, as the user wants it
+    bool isAutoProtectOn = true;
+    bool isQuickChargeOn = false;
 
     friend bool operator==(const TrayState&, const TrayState&) = default;
 };

@@ -19,8 +19,9 @@ enum class Freshness : std::uint8_t {
     stale, ///< no longer: the daemon is gone
 };
 
-/// What the tray icon shows of the model and of what the daemon reports of the charger. The tooltip says so
-/// where the values are not the daemon's.
-TrayState trayStateOf(const BatteryModel& model, std::optional<ChargerReport> charger, Freshness freshness);
+/// What the tray icon shows of the model and of what the daemon reports of the charger. Where the values are
+/// not the daemon's the tooltip says so, and the settings have no effect.
+TrayState trayStateOf(const BatteryModel& model, const std::optional<ChargerReport>& charger,
+                      Freshness freshness);
 
 } // namespace velmora
