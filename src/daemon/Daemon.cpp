@@ -49,6 +49,7 @@ Daemon::Daemon(const Ports& ports, Outbound outbound)
       intake_(intakePorts(), quickCharge_, saved_.settings, saved_.users),
       manual_(saved_.manual),
       hasAdoptedLimit_(saved_.hasAdoptedLimit),
+      firstHeld_(saved_.firstHeld, saved_.hasAdoptedLimit && saved_.firstHeld.empty()),
       schedule_({ports.loop, ports.clock, ports.hardware, ports.reader, ports.actuator},
                 [this](const Look& look) { seen(look); }),
       keeper_({ports.loop, ports.clock, ports.log, ports.hardware, ports.actuator},
@@ -94,6 +95,7 @@ void Daemon::seen(const Look& look)
     readBattery(look);
     noticePlug(hadExternalPower);
     adoptExistingLimit();
+    noteFirstHeld();
     observeQuickCharge();
     planNextLook();
     isNowReady(); // before the first push: clients that wait for the first look then get their answers
@@ -122,6 +124,12 @@ void Daemon::noticePlug(bool hadExternalPower)
     if (manual_.state == ManualCharging::State::asSet) return;
     manual_ = {};
     save();
+}
+
+/// Before anything is written: without an adopted limit `hold` leaves the chargers alone.
+void Daemon::noteFirstHeld()
+{
+    if (firstHeld_.observe(keeper_.chargers(), hasAdoptedLimit_)) save();
 }
 
 void Daemon::adoptExistingLimit()
@@ -317,6 +325,7 @@ void Daemon::settingsChanged(const Caller& caller, const ChargingSettings& befor
 {
     manual_ = {};
     hasAdoptedLimit_ = true;
+    noteFirstHeld();
     // A push with the settings before may be on its way: its receiver would take them for news and send them
     // back half a second later, while the next regular push may be two seconds off.
     if (batteryState() != batteryState(before))
@@ -385,6 +394,7 @@ DaemonState Daemon::remembered() const
             .quickCharge = quickCharge_.state(),
             .hasAdoptedLimit = hasAdoptedLimit_,
             .manual = manual_,
+            .firstHeld = firstHeld_.entries(),
             .busId = busId_,
             .callers = intake_.messages()};
 }

@@ -95,6 +95,7 @@ private:
     void seen(const Look& look);
     void readBattery(const Look& look);
     void noticePlug(bool hadExternalPower);
+    void noteFirstHeld();
     void adoptExistingLimit();
     void observeQuickCharge();
     HistoryStore& history();
@@ -135,6 +136,7 @@ private:
     SettingsIntake intake_;
     ManualCharging manual_{};
     bool hasAdoptedLimit_ = false;
+    FirstHeld firstHeld_;
     bool isHistoryLoaded_ = false;
 
     std::vector<BatteryReport> batteries_;  ///< as last read

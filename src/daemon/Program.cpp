@@ -11,6 +11,7 @@
 #include "link/DaemonObject.h"
 #include "power/PowerSnapshot.h"
 #include "power/PowerSupplyMonitor.h"
+#include "state/StateDirectory.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -25,12 +26,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// systemd gives a list with a colon between its folders where a unit asks for several; the first is ours.
-std::filesystem::path stateDirectory(Log& log)
+std::filesystem::path madeStateDirectory(Log& log)
 {
-    const char* given = std::getenv("STATE_DIRECTORY");
-    const std::string all = given && *given ? given : "/var/lib/velmora";
-    std::filesystem::path folder = all.substr(0, all.find(':'));
+    auto folder = stateDirectory();
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error) log.error("velmorad", "Cannot make " + folder.string() + ": " + error.message() + ".");
@@ -56,7 +54,7 @@ private:
     PowerSupplyMonitor monitor_{loop_, sysfs_, log_};
     PowerSnapshotReader reader_{sysfs_, clock_, log_};
     ChargeActuator actuator_{sysfs_, log_};
-    std::filesystem::path state_ = stateDirectory(log_);
+    std::filesystem::path state_ = madeStateDirectory(log_);
     SettingsStore settings_{state_ / "settings.json", clock_, log_};
     HistoryStore history_{state_ / "history.json", clock_, log_};
     WorkerThread hardware_{"velmorad-sysfs"};

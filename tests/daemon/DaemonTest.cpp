@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "Daemon.h"
+#include "ThresholdsReturn.h"
 
 #include "ManualLoop.h"
 #include "ManualQueue.h"
@@ -186,6 +187,42 @@ TEST_F(DaemonTest, ALimitThatWasThereBecomesTheLimitAtTheFirstStartOnly)
     EXPECT_EQ(end(), 65) << "the second start knows better";
     EXPECT_EQ(firstStart(0, 0), 80) << "a controller after a reset";
     EXPECT_EQ(firstStart(0, 100), 80) << "no limit";
+}
+
+TEST_F(DaemonTest, WhatTheChargerHeldAtFirstIsGivenBack)
+{
+    const auto givenBack = [this] {
+        daemon.reset();
+        const auto result = giveThresholdsBack(Sysfs(folder.path()), settings->load().firstHeld, log);
+        EXPECT_EQ(result.failed.size(), 0U);
+        return std::pair(start(), end());
+    };
+    const auto firstStart = [this](const std::string& saved) {
+        daemon.reset();
+        std::filesystem::remove(folder.path() / "settings.json");
+        if (!saved.empty()) folder.write("settings.json", saved);
+        hold(40, 85);
+        boot();
+        change({.customChargeLimit = 60});
+        boot(); // its own limit is no longer the charger's
+    };
+    firstStart("");
+    EXPECT_EQ(end(), 60);
+    EXPECT_EQ(givenBack(), std::pair(40, 85));
+    firstStart(R"({"version": 2, "hasAdoptedLimit": true})");
+    EXPECT_EQ(givenBack(), std::pair(95, 100)) << "it was written to before anybody took notes";
+
+    daemon.reset();
+    std::filesystem::remove(folder.path() / "settings.json");
+    folder.write(endFile, "");
+    boot();
+    loop->advance(10s);
+    ASSERT_EQ(end(), 80) << "nobody could wait any longer for it to tell";
+    look();
+    EXPECT_EQ(givenBack(), std::pair(95, 100));
+    std::filesystem::remove(folder.path() / endFile);
+    std::filesystem::create_directory(folder.path() / endFile);
+    EXPECT_EQ(giveThresholdsBack(Sysfs(folder.path()), {}, log).done.size(), 0U);
 }
 
 // Rule one: without it the echo of one application takes back what another one set.

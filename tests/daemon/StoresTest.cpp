@@ -48,6 +48,7 @@ TEST_F(StoresTest, WhatWasSavedComesBack)
     state.users = {{1000, {.notifyOnCycle = true}}, {7, {.lowBatteryLimit = 5}}};
     state.quickCharge = QuickCharge::State::spent;
     state.hasAdoptedLimit = true;
+    state.firstHeld = {{"BAT0", Thresholds{40, 85}}, {"BAT1", Thresholds{{}, 100}}, {"BAT2", std::nullopt}};
     state.busId = "0123";
     state.callers = {{":1.7", state.settings}, {":1.9", {}}};
     ASSERT_TRUE(save(state));
@@ -76,6 +77,8 @@ TEST_F(StoresTest, WhatCannotBeIsSetAsideAndTheGoodPartTaken)
         {"a limit too large for a double", with("66.0", "1e999"), 80},
         {"a flag of another type", with("\"isStorageModeEnabled\": false", "\"isStorageModeEnabled\": 1"),
          66},
+        {"what no charger holds", with("\"firstHeld\": {}", "\"firstHeld\": {\"../x\": {\"end\": 1e9}}"), 66},
+        {"nor that", with("\"firstHeld\": {}", "\"firstHeld\": [100]"), 66},
         {"an unknown state", with("\"quickCharge\": \"off\"", "\"quickCharge\": \"on\""), 66},
     };
     std::size_t aside = 0;

@@ -101,6 +101,42 @@ ManualCharging decodedManual(const Json& document)
     return manual;
 }
 
+Json encodedHeld(const std::optional<Thresholds>& held)
+{
+    if (!held) return nullptr;
+    Json object = {{"end", held->end}};
+    if (held->start) object["start"] = *held->start;
+    return object;
+}
+
+std::optional<int> percentAt(const Json& object, const char* key)
+{
+    const Json value = object.value(key, Json());
+    if (!value.is_number_unsigned() || value.get<std::uint64_t>() > 100) return std::nullopt;
+    return value.get<int>();
+}
+
+/// What cannot be is taken for not known.
+FirstHeld::Entries decodedFirstHeld(const Json& object, std::string& wrong)
+{
+    FirstHeld::Entries entries;
+    if (object.is_null()) return entries;
+    if (!object.is_object() || object.size() > FirstHeld::maximumEntries) {
+        note(wrong, "firstHeld is not what chargers held");
+        return entries;
+    }
+    for (const auto& [name, held] : object.items()) {
+        auto& entry = entries[name];
+        if (held.is_null()) continue;
+        const auto end = held.is_object() ? percentAt(held, "end") : std::nullopt;
+        if (end.value_or(0) > 0)
+            entry = Thresholds{percentAt(held, "start"), *end};
+        else
+            note(wrong, "firstHeld has no end threshold");
+    }
+    return entries;
+}
+
 constexpr int currentVersion = 2;
 
 SettingsMask storedOfMachine()
@@ -118,6 +154,8 @@ std::string encodeState(const DaemonState& state)
     Json users = Json::object();
     for (const auto& [user, settings] : state.users)
         users[std::to_string(user)] = encoded(settings, settingsOf(Setting::Owner::user));
+    Json firstHeld = Json::object();
+    for (const auto& [name, held] : state.firstHeld) firstHeld[name] = encodedHeld(held);
     Json callers = Json::object();
     for (const auto& [name, settings] : state.callers) callers[name] = encoded(settings);
     const Json document = {{"version", currentVersion},
@@ -125,6 +163,7 @@ std::string encodeState(const DaemonState& state)
                            {"users", std::move(users)},
                            {"quickCharge", rawValue(state.quickCharge)},
                            {"hasAdoptedLimit", state.hasAdoptedLimit},
+                           {"firstHeld", std::move(firstHeld)},
                            {"charging", rawValue(state.manual.state)},
                            {"pausedAt", state.manual.pausedAt},
                            {"busId", state.busId},
@@ -150,6 +189,7 @@ std::pair<DaemonState, std::string> decodeState(std::string_view bytes, uid_t ow
     state.quickCharge = quickCharge.value_or(QuickCharge::State::off);
     state.settings.isTemporaryOverride = state.quickCharge == QuickCharge::State::active;
     state.hasAdoptedLimit = document.value("hasAdoptedLimit", Json()) == true;
+    state.firstHeld = decodedFirstHeld(document.value("firstHeld", Json()), wrong);
     state.manual = decodedManual(document);
     state.busId = textAt(document, "busId");
     state.callers = decodedMembers(document.value("callers", Json()));

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "base/StateFile.h"
+#include "charging/FirstHeld.h"
 #include "charging/QuickCharge.h"
 #include "state/LatestValue.h"
 #include "state/UserSettings.h"
@@ -26,6 +27,7 @@ struct DaemonState {
     /// The charger's own limit was looked at once, or a client has set one since.
     bool hasAdoptedLimit = false;
     ManualCharging manual{};
+    FirstHeld::Entries firstHeld{};
 
     /// The last message of each client, and the bus on which their names mean something.
     std::string busId{};

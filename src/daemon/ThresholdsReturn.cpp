@@ -1,0 +1,90 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "ThresholdsReturn.h"
+
+#include "base/JournalLog.h"
+#include "base/SystemClock.h"
+#include "base/Translation.h"
+#include "state/SettingsStore.h"
+#include "state/StateDirectory.h"
+
+#include <chrono>
+#include <cstdio>
+#include <thread>
+
+namespace velmora {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// Some controllers take a moment to show what was written.
+constexpr auto settleTime = 300ms;
+
+/// As a charger does that nobody limits.
+Thresholds unlimited(ChargeControl control)
+{
+    return *decideCharging({.isAppleRecommendedMode = false}, false, {}, control).thresholds;
+}
+
+Thresholds wantedOf(const BatteryCharger& charger, const FirstHeld::Entries& firstHeld)
+{
+    Thresholds wanted = unlimited(charger.control);
+    const auto found = firstHeld.find(charger.name);
+    if (found == firstHeld.end() || !found->second) return wanted;
+    wanted.end = found->second->end;
+    if (found->second->start && wanted.start) wanted.start = found->second->start;
+    return wanted;
+}
+
+BatteryCharger written(ChargeActuator& actuator, const std::string& name, const Thresholds& wanted)
+{
+    auto outcome = actuator.apply({name}, wanted, /*afresh=*/true);
+    if (outcome.isSettling) {
+        std::this_thread::sleep_for(settleTime);
+        outcome = actuator.settle();
+    }
+    return outcome.chargers.front();
+}
+
+/// What the actuator has to say, for whoever runs this by hand or removes a package.
+class PrintedLog final : public Log {
+public:
+    void write(LogLevel level, std::string_view, std::string_view text) override
+    {
+        if (level < LogLevel::warning) return;
+        std::fprintf(stderr, "velmorad: %s\n", escapedLine(text).c_str());
+    }
+};
+
+} // namespace
+
+ThresholdsReturn giveThresholdsBack(const Sysfs& sysfs, const FirstHeld::Entries& firstHeld, Log& log)
+{
+    ChargeActuator actuator(sysfs, log);
+    ThresholdsReturn result;
+    for (const auto& charger : actuator.inspect(PowerSupplyReader(sysfs, log).read(true).batteries)) {
+        if (charger.control == ChargeControl::none) continue;
+        const auto wanted = wantedOf(charger, firstHeld);
+        const auto end = std::to_string(charger.fitted(wanted).end) + '%';
+        if (written(actuator, charger.name, wanted).holds(wanted))
+            result.done.push_back(tr("%1: charging stops at %2 again.", charger.name, end));
+        else
+            result.failed.push_back(tr("%1: could not be set back to %2.", charger.name, end));
+    }
+    return result;
+}
+
+int restoreThresholds()
+{
+    PrintedLog log;
+    const SystemClock clock;
+    const auto state = SettingsStore(stateDirectory() / "settings.json", clock, log).load();
+    const auto result = giveThresholdsBack(Sysfs::ofEnvironment(), state.firstHeld, log);
+    for (const auto& line : result.done) std::printf("%s\n", line.c_str());
+    for (const auto& line : result.failed) std::fprintf(stderr, "velmorad: %s\n", line.c_str());
+    return result.failed.empty() ? 0 : 1;
+}
+
+} // namespace velmora
