@@ -26,10 +26,12 @@ std::optional<Command> commandOf(int argc, const char* const* argv)
     const std::string_view option = argv[1];
     if (argc == 3 && option == "--widget") return widget(argv[2]);
     if (argc > 2) return std::nullopt;
+    if (option == "--background") return Command::background;
     if (option == "--panel") return Command::panel;
     if (option == "--dashboard") return Command::dashboard;
     if (option == "--quit") return Command::quit;
     if (option == "--help" || option == "-h") return Command::help;
+    if (option == "--version") return Command::version;
     return std::nullopt;
 }
 

@@ -157,9 +157,11 @@ int runApplication(Command command)
     platform.loop().stopOn({SIGTERM, SIGINT});
     SessionBus session(platform.loop(), platform.log());
     if (platform.loop().isOver()) return 0;
-    if (session.role() == SessionBus::Role::secondary) return session.forward(actionOf(command)) ? 0 : 1;
-    if (command != Command::run && !session.handle()) return 1; // the log says why
-    if (command == Command::quit) return 0;                     // no instance is running
+    const bool isToStay = command == Command::run || command == Command::background;
+    if (session.role() == SessionBus::Role::secondary)
+        return command == Command::background || session.forward(actionOf(command)) ? 0 : 1;
+    if (!isToStay && !session.handle()) return 1; // the log says why
+    if (command == Command::quit) return 0;       // no instance is running
     App app(platform);
     Shell shell(platform, app, session, windowsProgram());
     shell.begin(command);

@@ -3,6 +3,7 @@
 
 #include "Shell.h"
 #include "base/Heap.h"
+#include "base/Version.h"
 
 #include <cstdio>
 
@@ -12,6 +13,10 @@ int main(int argc, char** argv)
     if (!command || command == velmora::Command::help) {
         std::fputs(velmora::tr(velmora::usage).c_str(), command ? stdout : stderr);
         return command ? 0 : 2;
+    }
+    if (command == velmora::Command::version) {
+        std::fputs(velmora::versionLine("velmora").c_str(), stdout);
+        return 0;
     }
     velmora::keepHeapSmall();
     return velmora::runApplication(*command);

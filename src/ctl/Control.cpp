@@ -5,6 +5,7 @@
 
 #include "base/Text.h"
 #include "base/Translation.h"
+#include "base/Version.h"
 #include "link/DaemonLink.h"
 #include "options/Options.h"
 #include "output/HistoryView.h"
@@ -173,7 +174,7 @@ ExitStatus run(const Request& request)
     case Command::help:
         return print(usage());
     case Command::version:
-        return print("velmoractl " VELMORA_VERSION "\n");
+        return print(versionLine("velmoractl"));
     case Command::diagnose:
         return diagnose(request);
     default:

@@ -6,6 +6,7 @@
 #include "base/FileDescriptor.h"
 #include "base/Text.h"
 #include "base/Utf8.h"
+#include "base/Version.h"
 #include "base/WholeFile.h"
 #include "output/Json.h"
 #include "output/Moment.h"
@@ -128,7 +129,7 @@ std::vector<std::string> namesIn(const std::filesystem::path& folder, std::strin
 
 Entries systemEntries()
 {
-    Entries entries{{"velmoractl", VELMORA_VERSION}};
+    Entries entries{{"velmoractl", version()}};
     utsname kernel{};
     if (uname(&kernel) == 0) {
         entries.emplace_back("kernel", shown(std::string(kernel.sysname) + ' ' + kernel.release));

@@ -4,6 +4,7 @@
 #include "texts/DashboardTexts.h"
 
 #include "base/Translation.h"
+#include "base/Version.h"
 
 #include <algorithm>
 
@@ -39,6 +40,11 @@ std::string firstSampleText(const Situation& now)
     return tr(
         "No samples yet. The first comes as soon as the battery has been read, the next ones about every "
         "quarter of an hour while it charges or drains.");
+}
+
+std::string aboutText()
+{
+    return tr("Velmora %1, free software (GPL 3 or later)", version());
 }
 
 std::string deviceStatus(const SharedBatteryState& device)

@@ -46,6 +46,9 @@ std::string_view view(std::string_view identifier);
 
 inline constexpr auto placeholder = trMark("Select an item to view insights"); ///< English
 
+/// Which program this is, and on what terms one has it.
+std::string aboutText();
+
 using charger::limitEffect;
 using charger::limiterText;
 using charger::refusalText;

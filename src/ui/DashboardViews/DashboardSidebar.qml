@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 import QtQuick
+import QtQuick.Layouts
 import Velmora
 
 /// The links to all pages, by sections.
@@ -28,6 +29,7 @@ Rectangle {
         anchors.fill: parent
         padding: 12
         spacing: 2
+        stretches: true
 
         Repeater {
             id: links
@@ -41,6 +43,17 @@ Rectangle {
                 entry.chosen.connect(() => sidebar.chosen(entry.identifier));
                 entry.stepped.connect(by => sidebar.step(index, by));
             }
+        }
+        Item {
+            Layout.fillHeight: true
+        }
+        Label {
+            objectName: "about"
+            Layout.fillWidth: true
+            Layout.leftMargin: 10
+            text: Texts.about
+            font: Theme.font(11, Font.Normal)
+            color: Theme.colors.secondary
         }
     }
 }

@@ -105,4 +105,9 @@ QString Texts::pagePlaceholder() const
     return text(velmora::tr(dashboard::placeholder));
 }
 
+QString Texts::about() const
+{
+    return text(dashboard::aboutText());
+}
+
 } // namespace velmora

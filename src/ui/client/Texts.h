@@ -22,6 +22,7 @@ class Texts : public QObject {
     /// The dashboard's: each a map with the members of dashboard::Page.
     Q_PROPERTY(QVariantList pages READ pages CONSTANT)
     Q_PROPERTY(QString pagePlaceholder READ pagePlaceholder CONSTANT)
+    Q_PROPERTY(QString about READ about CONSTANT)
 public:
     using QObject::QObject;
 
@@ -45,6 +46,7 @@ public:
     QVariantList thresholds() const;
     QVariantList pages() const;
     QString pagePlaceholder() const;
+    QString about() const;
 };
 
 } // namespace velmora

@@ -46,6 +46,7 @@ std::string CommandLine::usage()
         "       velmora-ui --show-inactive WINDOW    the focus stays where it is\n"
         "       velmora-ui --toggle WINDOW [--at X,Y]    as a click on the tray icon there\n"
         "       velmora-ui --picture FILE --window WINDOW [--page PAGE]    the window as a PNG\n"
+        "       velmora-ui --help | --version\n"
         "Windows are \"panel\", \"dashboard\", \"widget-small\" and \"widget-medium\". The pages of the "
         "dashboard\nare Overview, Health, Thermal, Ecosystem, Settings and Notifications. velmora must be "
         "running;\nit starts this program when a window is requested.\n");
@@ -54,6 +55,7 @@ std::string CommandLine::usage()
 std::variant<CommandLine, std::string> CommandLine::parse(const QStringList& arguments)
 {
     if (arguments == QStringList{"--help"}) return CommandLine{};
+    if (arguments == QStringList{"--version"}) return CommandLine{Command::version};
     auto read = pairs(arguments);
     if (const auto* wrong = std::get_if<std::string>(&read)) return *wrong;
     auto& options = std::get<0>(read);

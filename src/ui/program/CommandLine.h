@@ -14,7 +14,7 @@ namespace velmora {
 
 /// What velmora-ui was started for.
 struct CommandLine {
-    enum class Command { help, show, showInactive, toggle, picture };
+    enum class Command { help, version, show, showInactive, toggle, picture };
 
     Command command = Command::help;
     QString window{};

@@ -4,6 +4,7 @@
 #include "program/Program.h"
 
 #include "base/Translation.h"
+#include "base/Version.h"
 #include "client/ApplicationLink.h"
 #include "client/RemoteInstallation.h"
 #include "client/RemoteVersionNotice.h"
@@ -192,6 +193,8 @@ int runWindows(int argc, char** argv)
     const auto& wish = std::get<CommandLine>(read);
     if (wish.command == CommandLine::Command::help)
         return std::fputs(CommandLine::usage().c_str(), stdout) < 0;
+    if (wish.command == CommandLine::Command::version)
+        return std::fputs(versionLine("velmora-ui").c_str(), stdout) < 0;
     if (!Windows::isKnown(wish.window))
         return fail(tr("there is no window \"%1\"", wish.window.toStdString()));
     if (!isDisplayThere()) return fail(tr("there is no display"));
