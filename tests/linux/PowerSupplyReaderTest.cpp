@@ -190,6 +190,42 @@ TEST(PowerSupplyReader, KnowsAGaugesWordsForUnknown)
     }
 }
 
+TEST(PowerSupplyReader, FindsALimitThatIsOnOrOff)
+{
+    const std::string types = "class/power_supply/BAT0/charge_types";
+    const std::string mode = "bus/platform/drivers/ideapad_acpi/VPC2004:00/conservation_mode";
+    const std::string end = "class/power_supply/BAT0/charge_control_end_threshold";
+    using Files = std::vector<std::pair<std::string, std::string>>;
+    const std::tuple<const char*, Files, std::string, std::optional<bool>, unsigned> cases[] = {
+        {"none", {}, "", {}, 0},
+        {"on", {{types, "Fast Standard [Long_Life]\n"}}, types, true, 0},
+        {"off", {{types, "[Fast] Standard Long_Life\n"}}, types, false, 0},
+        {"no choice shown", {{types, "Standard Long_Life\n"}}, types, {}, 0},
+        {"types without such a limit", {{types, "Trickle [Standard] Custom\n"}}, "", {}, 0},
+        {"a limit that cannot be left", {{types, "[Long_Life]\n"}}, "", {}, 0},
+        {"words that only resemble it", {{types, "[Standard] Long_Lifetime XLong_Life\n"}}, "", {}, 0},
+        {"no text", {{types, std::string("\0\xff[[Long_Life", 13)}}, "", {}, 0},
+        {"a page and more", {{types, "[Standard] Long_Life " + std::string(5000, 'x')}}, "", {}, 0},
+        {"the switch on", {{mode, "1\n"}}, mode, true, 0},
+        {"the switch off", {{mode, "0\n"}}, mode, false, 0},
+        {"the switch neither", {{mode, "2\n"}}, mode, {}, 1},
+        {"the switch broken", {{mode, std::string(5000, '1')}}, mode, {}, 1},
+        {"both", {{mode, "1\n"}, {types, "[Standard] Long_Life\n"}}, types, false, 0},
+        {"thresholds beside it", {{mode, "1\n"}, {end, "80\n"}}, "", {}, 0},
+    };
+    for (const auto& [what, files, file, isOn, complaints] : cases) {
+        SCOPED_TRACE(what);
+        SysfsTree tree;
+        healthy(tree);
+        for (const auto& [path, text] : files) tree.folder.write(path, text);
+        RecordingLog log;
+        const auto charge = PowerSupplyReader(tree.sysfs, log).read().batteries.at(0).charge;
+        EXPECT_EQ(charge.fixed.value_or(FixedLimiter{}).file, file);
+        EXPECT_EQ(charge.fixed.value_or(FixedLimiter{}).isOn, isOn);
+        EXPECT_EQ(log.count(), complaints);
+    }
+}
+
 TEST(MachineBattery, IsAllBatteriesTogether)
 {
     using Status = SupplyStatus;

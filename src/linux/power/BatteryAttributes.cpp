@@ -17,6 +17,7 @@ namespace {
 
 constexpr double micro = 1e-6;
 constexpr double milli = 1e-3;
+constexpr auto chargeTypes = "charge_types";
 constexpr double minimumContent = 0.1; // Wh or Ah
 constexpr double maximumContent = 1000;
 constexpr double maximumOverFull = 1.1;
@@ -284,6 +285,30 @@ void readThreshold(DeviceAttributes& battery, std::initializer_list<const char*>
     }
 }
 
+/// A word of `charge_types` is chosen where it stands in brackets.
+bool isChosen(const std::string& types, const std::string& word)
+{
+    return types.find('[' + word + ']') != std::string::npos;
+}
+
+bool isOffered(const std::string& types, const std::string& word)
+{
+    const auto blanked = ' ' + types + ' ';
+    return isChosen(types, word) || blanked.find(' ' + word + ' ') != std::string::npos;
+}
+
+/// "Long_Life" is a limit that the firmware holds, and "Standard" is none. A driver that shows no choice at
+/// all has one that nobody knows.
+std::optional<FixedLimiter> longLife(const DeviceAttributes& battery, const std::string& types)
+{
+    const std::string on = "Long_Life";
+    const std::string off = "Standard";
+    if (!isOffered(types, on) || !isOffered(types, off)) return std::nullopt;
+    FixedLimiter limiter{.file = battery.path(chargeTypes), .on = on, .off = off};
+    if (types.find('[') != std::string::npos) limiter.isOn = isChosen(types, on);
+    return limiter;
+}
+
 } // namespace
 
 ChargeAttributes readChargeAttributes(DeviceAttributes& battery)
@@ -292,12 +317,14 @@ ChargeAttributes readChargeAttributes(DeviceAttributes& battery)
     // The second names are those of thinkpad_acpi before Linux 5.9.
     readThreshold(battery, {"charge_control_end_threshold", "charge_stop_threshold"}, charge.endFile,
                   charge.end);
-    if (charge.endFile.empty()) return charge;
+    const auto types = trimmed(battery.read(chargeTypes).text);
+    if (charge.endFile.empty()) {
+        charge.fixed = longLife(battery, types);
+        return charge;
+    }
     readThreshold(battery, {"charge_control_start_threshold", "charge_start_threshold"}, charge.startFile,
                   charge.start);
-    const std::string types = battery.read("charge_types").text;
-    charge.isObeyed =
-        types.find("Custom") == std::string::npos || types.find("[Custom]") != std::string::npos;
+    charge.isObeyed = types.find("Custom") == std::string::npos || isChosen(types, "Custom");
     return charge;
 }
 

@@ -20,7 +20,7 @@ constexpr int maximumOpen = 32; // more than any device's that is read here
 bool comesLate(std::string_view name)
 {
     return name.starts_with("charge_control_") || name.starts_with("charge_start_") ||
-           name.starts_with("charge_stop_") || name == "charge_behaviour";
+           name.starts_with("charge_stop_") || name == "charge_behaviour" || name == "charge_types";
 }
 
 /// Whether its driver brings the attribute with the device, or never: no event need look for it.
@@ -124,7 +124,7 @@ std::optional<std::string> DeviceAttributes::fixedText(std::string_view name)
 
 void DeviceAttributes::complain(std::string_view name, const std::string& what) const
 {
-    const auto attribute = (folder_ / name).string();
+    const auto attribute = path(name).string();
     complaints_.get().raise(attribute, attribute + ' ' + what + '.');
 }
 

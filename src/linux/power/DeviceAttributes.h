@@ -39,6 +39,9 @@ public:
     /// Reads the attribute, without complaint.
     SysfsText read(std::string_view name);
 
+    /// Of the attribute, relative to the root.
+    std::filesystem::path path(std::string_view name) const { return folder_ / name; }
+
     /// Without blanks at either end.
     std::optional<std::string> text(std::string_view name);
     std::optional<std::int64_t> integer(std::string_view name);

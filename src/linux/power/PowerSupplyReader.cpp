@@ -71,6 +71,7 @@ PowerSupplyReading PowerSupplyReader::read(bool afresh)
         battery.name = name;
         (kind == Kind::battery ? reading.batteries : reading.upses).push_back(std::move(battery));
     }
+    for (auto& battery : reading.batteries) limiters_.complete(battery.charge, afresh);
     reading.isExternallyPowered = isExternallyPowered(online, reading.batteries);
     return reading;
 }

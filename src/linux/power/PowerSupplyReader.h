@@ -4,7 +4,9 @@
 #pragma once
 
 #include "platform/Complaints.h"
+#include "power/ChargeAttributes.h"
 #include "power/DeviceClass.h"
+#include "power/PlatformLimiters.h"
 
 #include <chrono>
 #include <cstdint>
@@ -16,14 +18,6 @@ namespace velmora {
 
 /// The kernel's word for what a battery is doing.
 enum class SupplyStatus : std::uint8_t { unknown, charging, discharging, notCharging, full };
-
-/// What a battery's driver lets the charger be told. Without an end threshold it is told nothing.
-struct ChargeAttributes {
-    std::string startFile, endFile; ///< the attributes' names; empty where there is none
-    std::optional<int> start, end;  ///< percent, 0 to 100; absent where that cannot be read
-    /// False where the driver has a charge type that obeys thresholds ("Custom"), and another one is active.
-    bool isObeyed = true;
-};
 
 /// One battery, in units of daily life. What the driver does not tell, or not believably, is absent.
 struct BatteryReading {
@@ -100,7 +94,9 @@ struct PowerSupplyReading {
 class PowerSupplyReader {
 public:
     PowerSupplyReader(const Sysfs& sysfs, Log& log)
-        : complaints_(log, "PowerSupplyReader"), supplies_(sysfs, "class/power_supply", complaints_)
+        : complaints_(log, "PowerSupplyReader"),
+          supplies_(sysfs, "class/power_supply", complaints_),
+          limiters_(sysfs, complaints_)
     {
     }
 
@@ -111,6 +107,7 @@ public:
 private:
     Complaints complaints_;
     DeviceClass supplies_;
+    PlatformLimiters limiters_;
 };
 
 } // namespace velmora
