@@ -11,6 +11,7 @@ namespace velmora {
 
 namespace {
 constexpr auto custom = "Custom";
+constexpr auto longLife = "Long_Life";
 } // namespace
 
 ChargeTypes::ChargeTypes(std::string_view shown)
@@ -42,6 +43,16 @@ std::string ChargeTypes::text() const
 bool ChargeTypes::obeyThresholds() const
 {
     return chosen_ == custom || std::ranges::find(offered_, custom) == offered_.end();
+}
+
+bool ChargeTypes::offerLongLife() const
+{
+    return std::ranges::find(offered_, longLife) != offered_.end();
+}
+
+bool ChargeTypes::areLongLife() const
+{
+    return chosen_ == longLife;
 }
 
 } // namespace velmora

@@ -21,6 +21,9 @@ public:
 
     std::string text() const;
     bool obeyThresholds() const;
+    /// "Long_Life": firmware holds a level of its own.
+    bool offerLongLife() const;
+    bool areLongLife() const;
 
 private:
     std::vector<std::string> offered_;

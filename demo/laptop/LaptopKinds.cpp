@@ -12,7 +12,8 @@ namespace velmora {
 
 namespace {
 
-constexpr std::array<std::string_view, 4> kinds{"thresholds", "end-only", "two-batteries", "none"};
+constexpr std::array<std::string_view, 6> kinds{"thresholds",        "end-only",  "two-batteries",
+                                                "conservation-mode", "long-life", "none"};
 
 class Composer {
 public:
@@ -65,6 +66,16 @@ public:
         add(supplyPath(name), {{"charge_control_start_threshold", "0"}});
     }
 
+    /// The firmware's own limit, off.
+    void addConservationMode()
+    {
+        add("bus/platform/drivers/ideapad_acpi/VPC2004:00", {{"conservation_mode", "0"}});
+    }
+    void addLongLife(const std::string& name)
+    {
+        add(supplyPath(name), {{"charge_types", "Fast [Standard] Long_Life"}});
+    }
+
     LaptopMake made(std::string_view driver)
     {
         return {.machine = machine_, .driver = ThresholdDriver::named(driver), .heatedZone = zone};
@@ -74,6 +85,16 @@ private:
     static constexpr auto zone = "class/thermal/thermal_zone0";
     CapturedMachine machine_;
 };
+
+LaptopMake withOwnLimit(Composer& composer, std::string_view kind)
+{
+    composer.addBattery("BAT0", 57, 38, "SIM-INT");
+    const bool hasSwitch = kind == "conservation-mode";
+    hasSwitch ? composer.addConservationMode() : composer.addLongLife("BAT0");
+    auto make = composer.made("ideapad");
+    if (!hasSwitch) make.fixed = {.start = 75, .end = 80};
+    return make;
+}
 
 } // namespace
 
@@ -89,6 +110,7 @@ std::optional<LaptopMake> laptopOfKind(std::string_view kind)
     composer.addCharger();
     composer.addZone();
     if (kind == "none") return composer.made("thinkpad");
+    if (kind == "conservation-mode" || kind == "long-life") return withOwnLimit(composer, kind);
 
     const bool hasTwo = kind == "two-batteries";
     composer.addBattery("BAT0", hasTwo ? 24 : 57, hasTwo ? 16 : 38, "SIM-INT");

@@ -81,14 +81,19 @@ void take(LaptopOptions& options, int letter)
     }
 }
 
-/// A capture does not name its driver: one with an end alone is taken as the commonest of those.
+/// A capture does not name its driver: one with an end alone is taken as the commonest of those, as is one
+/// with a limit of its firmware's own.
 std::optional<LaptopMake> captured(const std::string& file)
 {
     LaptopMake make{.machine = CapturedMachine::load(file)};
     bool hasStart = false;
-    for (const auto& [path, value] : make.machine.values)
+    bool hasOwnLimit = false;
+    for (const auto& [path, value] : make.machine.values) {
         hasStart = hasStart || path.ends_with("_start_threshold");
-    if (!hasStart) make.driver = ThresholdDriver::named("asus");
+        hasOwnLimit = hasOwnLimit || path.ends_with("/conservation_mode") ||
+                      (path.ends_with("/charge_types") && value.find("Long_Life") != value.npos);
+    }
+    if (!hasStart) make.driver = ThresholdDriver::named(hasOwnLimit ? "ideapad" : "asus");
     return make;
 }
 

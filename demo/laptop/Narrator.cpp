@@ -76,12 +76,17 @@ std::vector<std::string> Narrator::tell(const LaptopLook& look,
 
 void Narrator::tellWrite(const SimulatedLaptop::Write& write)
 {
-    const auto what = std::string(write.threshold == Threshold::end ? "the limit" : "the start level") +
-                      (hasSeveral_ ? " of " + write.battery : "");
+    const auto* const name = write.isSwitch                      ? "the laptop's own limit"
+                             : write.threshold == Threshold::end ? "the limit"
+                                                                 : "the start level";
+    const auto what = name + (hasSeveral_ ? " of " + write.battery : "");
     const auto asked = quoted(write.asked);
     if (write.error) {
         lines_.push_back("refused: " + what + " cannot be " + asked + " (" + std::strerror(write.error) +
                          ")");
+    } else if (write.isSwitch) {
+        lines_.push_back("the system switched " + what +
+                         (write.found < 100 ? " on: it holds " + percent(write.found) : " off"));
     } else if (std::atoi(write.asked.c_str()) != write.found) {
         lines_.push_back("the system set " + what + " to " + asked + ", the laptop made it " +
                          percent(write.found));

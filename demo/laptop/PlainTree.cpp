@@ -170,7 +170,7 @@ bool PlainTree::isOurs(const fs::path& folder)
 void PlainTree::clear(const fs::path& folder)
 {
     std::error_code ignored;
-    for (const char* shown : {"class", "module"}) fs::remove_all(folder / shown, ignored);
+    for (const char* shown : {"bus", "class", "module"}) fs::remove_all(folder / shown, ignored);
     fs::remove_all(folder / staging, ignored);
 }
 

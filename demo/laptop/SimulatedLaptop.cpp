@@ -28,6 +28,12 @@ constexpr std::array thresholdFiles{
 
 constexpr std::string_view typesFile = "charge_types";
 
+/// The switch of ideapad_laptop, which lies with its own device.
+bool isConservationMode(std::string_view path)
+{
+    return path.starts_with("bus/platform/") && path.ends_with("/conservation_mode");
+}
+
 std::optional<Threshold> thresholdOf(std::string_view name)
 {
     const auto found = std::ranges::find(thresholdFiles, name, &ThresholdFile::name);
@@ -67,6 +73,8 @@ SimulatedLaptop::SimulatedLaptop(LaptopMake make, const LaptopParts& parts)
 {
     for (const auto& [name, captured] : parts.batteries)
         batteries_.push_back({.name = name, .captured = captured, .announced = {}});
+    for (const auto& [path, captured] : make_.machine.values)
+        isConserving_ = isConserving_ || (isConservationMode(path) && captured == "1");
     for (std::size_t index = 0; index < batteries_.size(); ++index) bringToLife(index);
     addEventFiles();
     for (const auto& [path, captured] : make_.machine.values) {
@@ -82,6 +90,7 @@ void SimulatedLaptop::bringToLife(std::size_t index)
     battery.held = physics_.batteries()[index].thresholds;
     const auto types = make_.machine.values.find(supplyPath(battery.name) + "/" + std::string(typesFile));
     if (types != make_.machine.values.end()) battery.types = ChargeTypes(types->second);
+    if (battery.types.offerLongLife()) battery.held = {};
     obey(index);
 }
 
@@ -89,8 +98,9 @@ void SimulatedLaptop::bringToLife(std::size_t index)
 void SimulatedLaptop::obey(std::size_t index)
 {
     const auto& battery = batteries_[index];
-    physics_.batteries()[index].thresholds =
-        battery.types.obeyThresholds() ? battery.held : ChargeThresholds{};
+    auto& obeyed = physics_.batteries()[index].thresholds;
+    obeyed = battery.types.obeyThresholds() ? battery.held : ChargeThresholds{};
+    if (isConserving_ || battery.types.areLongLife()) obeyed = make_.fixed;
 }
 
 void SimulatedLaptop::addEventFiles()
@@ -153,11 +163,12 @@ std::vector<std::string> SimulatedLaptop::paths() const
 std::vector<std::string> SimulatedLaptop::folders() const
 {
     std::vector<std::string> folders{"class/power_supply"};
-    const bool hasThresholds = std::ranges::any_of(make_.machine.values, [](const auto& file) {
+    const bool hasControl = std::ranges::any_of(make_.machine.values, [](const auto& file) {
         const auto place = placeOf(file.first);
-        return place && thresholdOf(place->name);
+        return isConservationMode(file.first) ||
+               (place && (thresholdOf(place->name) || place->name == typesFile));
     });
-    if (hasThresholds && !make_.driver->module.empty())
+    if (hasControl && !make_.driver->module.empty())
         folders.push_back("module/" + std::string(make_.driver->module));
     return folders;
 }
@@ -169,6 +180,7 @@ bool SimulatedLaptop::has(const std::string& path) const
 
 bool SimulatedLaptop::isWritable(const std::string& path) const
 {
+    if (isConservationMode(path)) return has(path);
     const auto place = placeOf(path);
     if (!place || !has(path)) return false;
     const bool isControl = thresholdOf(place->name) || place->name == typesFile;
@@ -194,6 +206,7 @@ int SimulatedLaptop::store(const std::string& path, std::string_view text)
 {
     if (!has(path)) return ENOENT;
     if (!isWritable(path)) return EACCES;
+    if (isConservationMode(path)) return conserve(text);
     const auto place = placeOf(path);
     if (place->name == "uevent") return isAction(text) ? 0 : EINVAL;
 
@@ -201,14 +214,33 @@ int SimulatedLaptop::store(const std::string& path, std::string_view text)
     const auto which = thresholdOf(place->name);
     const int error = which ? storeInto(battery, *which, text) : batteries_[battery].types.store(text);
     obey(battery);
+    if (!which && batteries_[battery].types.offerLongLife()) noteSwitch(battery, text, error);
     return error;
+}
+
+int SimulatedLaptop::conserve(std::string_view text)
+{
+    const auto word = text.ends_with('\n') ? text.substr(0, text.size() - 1) : text;
+    const int error = word == "0" || word == "1" ? 0 : EINVAL;
+    if (!error) isConserving_ = word == "1";
+    for (std::size_t index = 0; index < batteries_.size(); ++index) {
+        obey(index);
+        noteSwitch(index, text, error);
+    }
+    return error;
+}
+
+void SimulatedLaptop::noteSwitch(std::size_t index, std::string_view text, int error)
+{
+    const int end = physics_.batteries()[index].thresholds.end;
+    writes_.push_back({batteries_[index].name, Threshold::end, std::string(text), error, end, true});
 }
 
 int SimulatedLaptop::storeInto(std::size_t index, Threshold which, std::string_view text)
 {
     auto& battery = batteries_[index];
     const int error = make_.driver->store(battery.held, which, text);
-    writes_.push_back({battery.name, which, std::string(text), error, valueOf(battery.held, which)});
+    writes_.push_back({battery.name, which, std::string(text), error, valueOf(battery.held, which), false});
     return error;
 }
 
@@ -245,6 +277,7 @@ std::optional<std::string> SimulatedLaptop::live(const std::string& path) const
     if (!make_.heatedZone.empty() && path == make_.heatedZone + "/temp") {
         return std::to_string(std::llround(physics_.processorCelsius()) * 1000);
     }
+    if (isConservationMode(path)) return isConserving_ ? "1" : "0";
     const auto place = placeOf(path);
     if (!place) return std::nullopt;
     if (const auto index = batteryNamed(place->supply)) {

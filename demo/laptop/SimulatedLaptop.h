@@ -23,6 +23,9 @@ struct LaptopMake {
     CapturedMachine machine;
     /// How writes to the thresholds are taken.
     const ThresholdDriver* driver = ThresholdDriver::named("thinkpad");
+    /// What firmware holds while a limit of its own is on, by `conservation_mode` or the charge type
+    /// Long_Life.
+    ChargeThresholds fixed{.start = 55, .end = 60};
     /// Path of the thermal zone whose `temp` follows the processor; empty: all zones stay as captured.
     std::string heatedZone{};
 };
@@ -79,13 +82,15 @@ public:
     /// A write as the driver would take it: 0 or an errno.
     int store(const std::string& path, std::string_view text);
 
-    /// What was written to a threshold, and what a reader finds there afterwards.
+    /// What was written to a threshold, and what a reader finds there afterwards; or to the switch of the
+    /// firmware's own limit, and up to where it charges then.
     struct Write {
         std::string battery;
         Threshold threshold = Threshold::end;
         std::string asked;
         int error = 0;
         int found = 0; ///< percent
+        bool isSwitch = false;
     };
     /// The writes since the last call, in their order.
     std::vector<Write> takeWrites();
@@ -112,6 +117,8 @@ private:
     void addEventFiles();
     static std::optional<Place> placeOf(std::string_view path);
     void bringToLife(std::size_t battery);
+    int conserve(std::string_view text);
+    void noteSwitch(std::size_t battery, std::string_view text, int error);
     int storeInto(std::size_t battery, Threshold which, std::string_view text);
     void obey(std::size_t battery);
     std::optional<std::size_t> batteryNamed(std::string_view supply) const;
@@ -122,7 +129,8 @@ private:
     std::string digest(std::size_t battery) const;
 
     LaptopMake make_;
-    std::vector<Battery> batteries_;    // as in physics_, in the same order
+    std::vector<Battery> batteries_; // as in physics_, in the same order
+    bool isConserving_ = false;
     std::vector<std::string> chargers_; // their `online` follows the plug
     LaptopPhysics physics_;
     std::map<std::string, std::string> told_; // what each live file told at first

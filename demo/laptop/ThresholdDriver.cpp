@@ -80,6 +80,12 @@ int setMsi(ChargeThresholds& held, Threshold which, int value)
     return 0;
 }
 
+/// ideapad-laptop: it has no thresholds, but a switch.
+int setIdeapad(ChargeThresholds&, Threshold, int)
+{
+    return ENOENT;
+}
+
 constexpr ThresholdDriver drivers[] = {
     {"thinkpad", setThinkpad, "thinkpad_acpi"},
     {"asus", setAsus, "asus_wmi"},
@@ -87,6 +93,7 @@ constexpr ThresholdDriver drivers[] = {
     {"huawei", setHuawei, "huawei_wmi"},
     {"lg", setLg, "lg_laptop"},
     {"msi", setMsi, "msi_ec"},
+    {"ideapad", setIdeapad, "ideapad_laptop"},
 };
 
 /// As the kernel's `kstrtoint(text, 10, &value)`: one sign, digits, one newline. 0 or an errno.

@@ -82,6 +82,31 @@ TEST(SimulatedLaptop, AnnouncesAsTheKernelDoes)
     EXPECT_EQ(laptop.takeAnnouncements(), Names{"BAT0"}) << "a few percent less";
 }
 
+TEST(SimulatedLaptop, HoldsItsFirmwaresOwnLimitWhileThatIsOn)
+{
+    const std::string mode = "bus/platform/drivers/ideapad_acpi/VPC2004:00/conservation_mode";
+    const std::string types = battery + "charge_types";
+    const std::tuple<const char*, std::string, const char*, const char*, const char*, int> cases[] = {
+        {"conservation-mode", mode, "1\n", "1", "0", 60},
+        {"long-life", types, "Long_Life", "Fast Standard [Long_Life]", "Standard", 80},
+    };
+    for (const auto& [kind, file, on, shown, off, level] : cases) {
+        SCOPED_TRACE(kind);
+        Laptop laptop(kind, level - 1);
+        EXPECT_EQ(laptop.store(file, "2"), EINVAL);
+        EXPECT_EQ(laptop.store(file, on), 0);
+        EXPECT_EQ(laptop.text(file), shown);
+        EXPECT_TRUE(laptop.takeWrites().back().isSwitch);
+        laptop.setLevel(level - 10);
+        laptop.advance(60 * minute);
+        EXPECT_EQ(laptop.status(), "Not charging");
+        EXPECT_NEAR(laptop.number(battery + "capacity"), level, 1);
+        EXPECT_EQ(laptop.store(file, off), 0);
+        laptop.advance(minute);
+        EXPECT_EQ(laptop.status(), "Charging");
+    }
+}
+
 TEST(CapturedLaptop, StandsAsCapturedUntilItMoves)
 {
     for (const auto& entry : std::filesystem::directory_iterator(VELMORA_MACHINES)) {
