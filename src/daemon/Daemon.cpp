@@ -52,8 +52,9 @@ Daemon::Daemon(const Ports& ports, Outbound outbound)
       firstHeld_(saved_.firstHeld, saved_.hasAdoptedLimit && saved_.firstHeld.empty()),
       schedule_({ports.loop, ports.clock, ports.hardware, ports.reader, ports.actuator},
                 [this](const Look& look) { seen(look); }),
-      keeper_({ports.loop, ports.clock, ports.log, ports.hardware, ports.actuator},
-              [this](bool changed) { acted(changed); }),
+      keeper_(
+          {ports.loop, ports.clock, ports.log, ports.hardware, ports.actuator},
+          [this](bool changed) { acted(changed); }, saved_.heldLevel),
       pacer_(ports.loop, ports.clock, [this](const HSBatteryState& state) { outbound_.push(state); })
 {
 }
@@ -96,6 +97,7 @@ void Daemon::seen(const Look& look)
     noticePlug(hadExternalPower);
     adoptExistingLimit();
     noteFirstHeld();
+    if (battery_ && !isUnreadable_ && keeper_.learn(reading_)) save();
     observeQuickCharge();
     planNextLook();
     isNowReady(); // before the first push: clients that wait for the first look then get their answers
@@ -139,8 +141,9 @@ void Daemon::adoptExistingLimit()
     if (!held && ++readAttempts_ < maximumReadAttempts) return schedule_.lookAgainSoon();
     hasAdoptedLimit_ = true;
     // Somebody limited this charger before this daemon came: that is the owner's wish. A value below what can
-    // be asked for is a controller's nonsense after a reset.
-    if (held && held->end >= 20 && held->end < 100) {
+    // be asked for is a controller's nonsense after a reset, and a fixed limit is nobody's wish for a number.
+    const bool isWish = held && held->end >= 20 && held->end < 100;
+    if (isWish && keeper_.control() != ChargeControl::fixedLimit) {
         intake_.adoptLimit(held->end);
         ports_.log.info(category, "The charger already stops at " + std::to_string(held->end) +
                                       "%: that becomes the limit.");
@@ -395,6 +398,7 @@ DaemonState Daemon::remembered() const
             .hasAdoptedLimit = hasAdoptedLimit_,
             .manual = manual_,
             .firstHeld = firstHeld_.entries(),
+            .heldLevel = keeper_.heldLevel(),
             .busId = busId_,
             .callers = intake_.messages()};
 }

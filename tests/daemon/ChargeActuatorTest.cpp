@@ -155,6 +155,34 @@ TEST_F(ChargeActuatorTest, EveryDriverIsBroughtFromWhereverItStandsToWhereverItC
     EXPECT_EQ(log.count(), 0U);
 }
 
+TEST_F(ChargeActuatorTest, ALimitOfTheFirmwaresOwnIsSwitchedOnForWhateverIsBelowFull)
+{
+    const std::string types = std::string(supplies) + "BAT0/charge_types";
+    const std::string mode = "bus/platform/drivers/ideapad_acpi/VPC2004:00/conservation_mode";
+    for (const auto& [kind, file, limit] : {std::tuple("conservation-mode", mode, ChargeThresholds{55, 60}),
+                                            std::tuple("long-life", types, ChargeThresholds{75, 80})}) {
+        SCOPED_TRACE(kind);
+        begin(laptopOfKind(kind).value());
+        for (const auto& [wanted, after, count] :
+             {std::tuple(80, limit, 1U), std::tuple(50, limit, 0U), std::tuple(99, limit, 0U),
+              std::tuple(100, ChargeThresholds{}, 1U), std::tuple(100, ChargeThresholds{}, 0U)}) {
+            const auto outcome = apply({{}, wanted}, false);
+            EXPECT_EQ(held(), after) << wanted;
+            EXPECT_EQ(writes().size(), count) << wanted;
+            EXPECT_EQ(outcome.changes.size(), count);
+            EXPECT_EQ(outcome.chargers.at(0).family->name, "ideapad-laptop");
+        }
+    }
+    // A switch that shows nonsense is switched all the same, and one that then cannot be read is no limit.
+    auto make = laptopOfKind("conservation-mode").value();
+    make.machine.values.erase(mode);
+    make.machine.errors[mode] = EIO;
+    begin(std::move(make));
+    const auto outcome = apply({{}, 80}, false);
+    EXPECT_EQ(held(), (ChargeThresholds{55, 60}));
+    EXPECT_FALSE(outcome.chargers.at(0).inForce);
+}
+
 constexpr ThresholdDriver refusesStart{"refuses starts",
                                        [](ChargeThresholds& held, Threshold which, int value) {
                                            if (which == Threshold::start) return ENODEV;
@@ -278,6 +306,21 @@ TEST_F(ChargeActuatorTest, AValueThatTheFirmwareIgnoredIsTriedAgainWithinMinutes
     EXPECT_LE(lookFor(24h, 10min), 30U) << "and not for ever as often";
     EXPECT_GE(lookFor(24h, 10min), 20U);
     EXPECT_EQ(log.count(), 1U);
+}
+
+TEST(FixedLimit, OfAnUnknownDriverHoldsALevelThatNobodyKnows)
+{
+    const TemporaryFolder folder;
+    RecordingLog log;
+    const auto battery = std::filesystem::path(supplies) / "BAT0";
+    folder.write(battery / "type", "Battery\n");
+    folder.write(battery / "charge_types", "Standard [Long_Life]\n");
+    folder.write("module/thinkpad_acpi/refcnt", "0\n");
+    ChargeActuator actuator(Sysfs(folder.path()), log);
+    const auto charger = actuator.apply({"BAT0"}, {{}, 80}, true).chargers.at(0);
+    EXPECT_EQ(charger.family->fixed, fixedLimit("unknown"));
+    EXPECT_TRUE(charger.holds({{}, 50}));
+    EXPECT_FALSE(charger.holds({{}, 100}));
 }
 
 TEST(ChargeType, IsSwitchedToTheOneThatObeysThresholds)

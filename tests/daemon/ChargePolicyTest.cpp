@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "charging/ChargePolicy.h"
+#include "charging/HeldLevel.h"
 #include "charging/QuickCharge.h"
 
 #include <gtest/gtest.h>
@@ -38,6 +39,8 @@ TEST(ChargePolicy, EachModeHasItsThresholdsAndTheStrongestWins)
         EXPECT_EQ(decision.thresholds, wanted);
         const auto endOnly = decideCharging(settings, isQuickCharging, manual, ChargeControl::endThreshold);
         EXPECT_EQ(endOnly.thresholds, (Thresholds{std::nullopt, wanted.end}));
+        const auto fixed = decideCharging(settings, isQuickCharging, manual, ChargeControl::fixedLimit);
+        EXPECT_EQ(fixed.thresholds, endOnly.thresholds);
         EXPECT_FALSE(decideCharging(settings, isQuickCharging, manual, ChargeControl::none).thresholds);
     }
 }
@@ -55,6 +58,41 @@ TEST(ChargePolicy, KnowsWhetherChargingIsAllowed)
         << "without a start nothing holds below the end";
     EXPECT_TRUE(allowed(Thresholds{95, 100}, 100, false)) << "no limit";
     EXPECT_TRUE(allowed(std::nullopt, 90, false)) << "nothing to limit with";
+}
+
+TEST(HeldLevel, IsLearntFromWhatTheBatteryDoesForAWhile)
+{
+    const auto at = [](double level, bool isCharging, double power, bool plugged = true) {
+        return ChargeReading{.percentage = level,
+                             .isCharging = isCharging,
+                             .hasExternalPower = plugged,
+                             .chargingPower = power};
+    };
+    const std::tuple<const char*, ChargeReading, bool, const char*, const char*> cases[] = {
+        {"charges on above the lower level", at(65, true, 20), true, "", "80"},
+        {"takes nothing in the band", at(57, false, 0), true, "", "55-60"},
+        {"says Charging at no power in the band", at(60, true, 0), true, "", "55-60"},
+        {"rests above both", at(85, false, 0), true, "", ""},
+        {"rests between the two", at(70, false, 0), true, "", ""},
+        {"charges below both", at(50, true, 20), true, "", ""},
+        {"is off", at(65, true, 20), false, "", ""},
+        {"on battery", at(57, false, -9, false), true, "", ""},
+        {"a charger too weak", at(57, false, -3), true, "", ""},
+        {"was wrong", at(65, true, 20), true, "55-60", "80"},
+        {"no sign leaves what is known", at(70, false, 0), true, "80", "80"},
+        {"a file that was tampered with", at(70, false, 0), true, "99", ""},
+    };
+    for (const auto& [what, reading, isOn, known, learnt] : cases) {
+        SCOPED_TRACE(what);
+        HeldLevel level(known);
+        const std::string before = level.text();
+        EXPECT_FALSE(level.observe(isOn, reading, 1h));
+        EXPECT_FALSE(level.observe(isOn, at(90, false, 0), 1h + 90s)) << "a break begins the wait anew";
+        EXPECT_FALSE(level.observe(isOn, reading, 1h + 2min));
+        EXPECT_EQ(level.text(), before);
+        EXPECT_EQ(level.observe(isOn, reading, 1h + 4min), learnt != before);
+        EXPECT_EQ(level.text(), learnt);
+    }
 }
 
 struct QuickChargeTest : testing::Test {

@@ -705,6 +705,58 @@ TEST_F(DaemonTest, ThresholdsThatComeLateAreFoundAndABatteryThatIsPutInIsNoRepai
     }
 }
 
+TEST_F(DaemonTest, ALimitOfTheFirmwaresOwnStandsInForEveryPercentage)
+{
+    const std::string mode = "bus/platform/drivers/ideapad_acpi/VPC2004:00/conservation_mode";
+    const auto isOn = [&] { return folder.read(mode).front() == '1'; };
+    daemon.reset();
+    for (const auto* file : {startFile, endFile, "settings.json"})
+        std::filesystem::remove(folder.path() / file);
+    folder.write(mode, "1\n");
+    boot();
+    EXPECT_EQ(daemon->batteryState().customChargeLimit, 80) << "a switch is no number";
+    EXPECT_EQ(daemon->charger().control, "fixed limit");
+    EXPECT_EQ(daemon->charger().fixedLimit, "55-60 or 80");
+    EXPECT_EQ(daemon->charger().endThreshold, -1) << "nobody knows yet";
+    EXPECT_EQ(daemon->charger().wantedEndThreshold, 80);
+
+    supply("BAT0", {{"power_now", "0"}});
+    for (int i = 0; i < 2; ++i) {
+        battery(58, "Not charging");
+        loop->advance(2min);
+    }
+    for (int i = 0; i < 2; ++i, boot()) { // over a restart
+        EXPECT_EQ(daemon->charger().fixedLimit, "55-60");
+        EXPECT_EQ(daemon->charger().endThreshold, 60);
+    }
+
+    const std::tuple<const char*, ChargingSettings, bool> wishes[] = {
+        {"a limit above it", {.customChargeLimit = 95}, true},
+        {"no limit", {.customChargeLimit = 100}, false},
+        {"storage", {.isStorageModeEnabled = true, .customChargeLimit = 100}, true},
+        {"quick charge", {.isTemporaryOverride = true, .customChargeLimit = 70}, false},
+        {"nothing", {.isAppleRecommendedMode = false, .customChargeLimit = 70}, false},
+        {"a limit below it", {.customChargeLimit = 40}, true},
+    };
+    for (const auto& [what, wish, expected] : wishes) {
+        send(":1.1", wish);
+        EXPECT_EQ(isOn(), expected) << what;
+    }
+    EXPECT_EQ(daemon->charger().endThreshold, 60) << "what is held, whatever was asked for";
+    folder.write(mode, "0\n");
+    look();
+    EXPECT_TRUE(isOn()) << "repaired";
+
+    send(":1.1", {.isAppleRecommendedMode = false, .customChargeLimit = 40});
+    battery(70, "Charging");
+    EXPECT_EQ(toggle(), false) << "a pause above it";
+    EXPECT_TRUE(isOn());
+    toggle();
+    battery(40, "Charging");
+    EXPECT_EQ(toggle(), true) << "a pause below it cannot be";
+    EXPECT_FALSE(isOn());
+}
+
 TEST_F(DaemonTest, ALimitThatCannotBeReadAtOnceIsNotOverwrittenAtTheFirstStart)
 {
     daemon.reset();

@@ -49,6 +49,7 @@ TEST_F(StoresTest, WhatWasSavedComesBack)
     state.quickCharge = QuickCharge::State::spent;
     state.hasAdoptedLimit = true;
     state.firstHeld = {{"BAT0", Thresholds{40, 85}}, {"BAT1", Thresholds{{}, 100}}, {"BAT2", std::nullopt}};
+    state.heldLevel = "55-60";
     state.busId = "0123";
     state.callers = {{":1.7", state.settings}, {":1.9", {}}};
     ASSERT_TRUE(save(state));

@@ -33,7 +33,8 @@ std::string reasonOf(const ChargerReport& report)
     const auto known = [](std::int64_t value) {
         return value < 0 ? std::nullopt : std::optional(static_cast<int>(value));
     };
-    return charger::reason(report.mode, known(report.wantedEndThreshold), known(report.wantedStartThreshold));
+    return charger::reason(report.mode, known(report.wantedEndThreshold), known(report.wantedStartThreshold),
+                           report.control == Control::fixedLimit);
 }
 
 const auto at80 = obedient("auto-protect", 78, 80);
@@ -44,6 +45,15 @@ const auto quickCharge = obedient("quick charge", 99, 100);
 const auto resumed = obedient("resumed", 99, 100);
 const auto unlimited = obedient("auto-protect", 98, 100);
 const auto paused = obedient("paused", 0, 79);
+/// The firmware's own limit, on; asked for was 80%.
+ChargerReport fixedAt(std::string_view level, std::string_view mode = "auto-protect", int end = -1)
+{
+    auto report = obedient(mode, -1, end, Control::fixedLimit);
+    report.wantedEndThreshold = 80;
+    report.fixedLimit = level;
+    return report;
+}
+
 const auto* const noControl = "This laptop's charger takes no limit from software: it charges to 100%.";
 const auto* const stopped = "The background service is not running: the charger keeps its last settings.";
 
@@ -83,6 +93,22 @@ TEST(ChargerTexts, TrayWidgetsAndPagesAgree)
          std::string("80%, plugged in, not charging | Plugged in | ") + noControl},
         {{.percentage = 70, .isCharging = true, .timeToFull = 65, .timeToLimit = 20, .charger = uncontrolled},
          std::string("70%, charging, 1h 5m to full | Charging: 1h 5m to full | ") + noControl},
+        {{.percentage = 57, .charger = fixedAt("55-60", "auto-protect", 60)},
+         "57%, plugged in, charging begins again below 55% | Plugged in | "
+         "Resting: plugged in, and charging begins again below 55%."},
+        {{.percentage = 70, .isCharging = true, .timeToLimit = 20, .charger = fixedAt("55-60 or 80")},
+         "70%, charging to 55-60% or 80% | Charging to 55-60% or 80% | "
+         "Charging to 55-60% or 80%: Auto-Protect is on."},
+        {{.percentage = 70, .isCharging = true, .timeToLimit = 20, .charger = fixedAt("80", "storage", 80)},
+         "70%, charging to 80% | Charging to 80% | Charging to 80%: storage mode is on."},
+        {{.percentage = 70, .charger = fixedAt("unknown", "storage")},
+         "70%, plugged in, not charging | Plugged in | "
+         "Resting: plugged in, and the firmware decides when charging begins again."},
+        {{.percentage = 85, .charger = fixedAt("55-60 or 80", "paused")},
+         "85%, plugged in, paused by hand | Paused | "
+         "Paused by hand, until the next plug or changed setting."},
+        {{.percentage = 99.5, .charger = fixedAt("", "quick charge", 100)},
+         "99%, plugged in, full | Full | Full: plugged in, quick charge is on."},
         {{.percentage = 50, .charger = storage},
          "50%, plugged in, held at the limit of 50% | Limit reached | "
          "Holding at 50%: plugged in, limit reached."},
@@ -121,6 +147,7 @@ TEST(ChargerTexts, TheDaemonSaysWhyItHoldsWhatItHolds)
         {at80, "Auto-Protect is on: charging stops at 80% and begins again below 78%."},
         {endOnly, "Auto-Protect is on: charging stops at 80%."},
         {uncontrolled, noControl},
+        {fixedAt("80"), "Auto-Protect is on: charging stops at the firmware's own limit."},
         {storage, "Storage mode is on: charging stops at 50% and begins again below 48%."},
         {quickCharge, "Quick charge is on: charging goes on to 100% once."},
         {resumed, "Resumed by hand, until the next plug or changed setting."},
@@ -139,6 +166,7 @@ TEST(ChargerTexts, PagesSayWhatThisLaptopMakesOfTheSettings)
     rounded.endThreshold = 85;
     auto silent = at80;
     silent.startThreshold = silent.endThreshold = -1;
+    const auto* const firmwares = "This laptop's firmware decides when charging begins again.";
     const auto* const notNow = "With Auto-Protect charging begins again below 78%.";
     const std::tuple<std::optional<ChargerReport>, const char*, const char*> cases[] = {
         {std::nullopt, stopped, ""},
@@ -148,8 +176,13 @@ TEST(ChargerTexts, PagesSayWhatThisLaptopMakesOfTheSettings)
          "Charging begins again below 75%."},
         {silent, "The limit was sent to the charger, which does not report it.",
          "Charging begins again below 78%."},
-        {endOnly, "In force: the charger stops at 80%.",
-         "This laptop's firmware decides when charging begins again."},
+        {endOnly, "In force: the charger stops at 80%.", firmwares},
+        {fixedAt("55-60", "auto-protect", 60),
+         "In force: 55-60%, the only limit that this laptop's firmware has.", firmwares},
+        {fixedAt("55-60 or 80"),
+         "In force: the firmware's own limit, 55-60% or 80% by model. It takes no other.", firmwares},
+        {fixedAt("what is this"),
+         "In force: the firmware's own limit. It does not say where that is, and takes no other.", firmwares},
         {storage, "In force: the charger stops at 50%.", notNow},
         {obedient("auto-protect", -1, -1), "The limit has not been sent to the charger yet.", notNow},
     };

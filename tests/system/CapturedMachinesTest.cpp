@@ -42,6 +42,7 @@ struct CapturedMachinesTest : SystemTest, testing::WithParamInterface<std::strin
         for (const auto& [path, text] : machine.values) {
             const auto file = std::filesystem::path(path);
             const std::string name = file.filename();
+            if (name == "conservation_mode" || text.find("Long_Life") != text.npos) expectOwnLimit(file);
             if (!name.starts_with("charge_") || !name.ends_with("_threshold")) continue;
             const bool isStart = name.find("start") != name.npos;
             const int held = wantedEnd(machine, file.parent_path()) - (isStart ? 2 : 0);
@@ -50,6 +51,13 @@ struct CapturedMachinesTest : SystemTest, testing::WithParamInterface<std::strin
             })) << path
                 << " holds " << folder.read(tree() / file) << " instead of " << held;
         }
+    }
+
+    /// Plain files show what was written.
+    void expectOwnLimit(const std::filesystem::path& file)
+    {
+        const auto* const on = file.filename() == "conservation_mode" ? "1" : "Long_Life";
+        EXPECT_TRUE(eventually([&] { return folder.read(tree() / file).starts_with(on); })) << file;
     }
 
     static int wantedEnd(const CapturedMachine& machine, const std::filesystem::path& supply)

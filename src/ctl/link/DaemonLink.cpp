@@ -36,6 +36,15 @@ try {
                   tr("The system bus cannot be reached: %1.", failure.code().message()));
 }
 
+/// Whether the charger holds what it is asked to.
+bool holds(const ChargerReport& charger)
+{
+    if (charger.control == ChargerReport::Control::fixedLimit)
+        return charger.fixedLimit.empty() == (charger.wantedEndThreshold >= 100);
+    return charger.endThreshold == charger.wantedEndThreshold &&
+           (charger.startThreshold < 0 || charger.startThreshold == charger.wantedStartThreshold);
+}
+
 /// From the answers to `glanceCalls`.
 Snapshot glanceOf(const std::vector<dbus::Message>& replies)
 {
@@ -123,9 +132,7 @@ ChargerReport DaemonLink::settled(const ChargerReport& before)
     const auto deadline = Clock::now() + settlePatience;
     for (;;) {
         auto now = charger();
-        const bool isHeld = now.endThreshold == now.wantedEndThreshold &&
-                            (now.startThreshold < 0 || now.startThreshold == now.wantedStartThreshold);
-        if (isHeld || now.lastActionDate != before.lastActionDate || Clock::now() > deadline) return now;
+        if (holds(now) || now.lastActionDate != before.lastActionDate || Clock::now() > deadline) return now;
         std::this_thread::sleep_for(settleInterval);
     }
 }

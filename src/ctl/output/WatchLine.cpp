@@ -9,6 +9,7 @@
 #include "output/StatusView.h"
 #include "texts/ChargerTexts.h"
 #include "texts/PanelTexts.h"
+#include "wire/FixedLimit.h"
 
 #include <nlohmann/json.hpp>
 
@@ -25,6 +26,8 @@ const char* classOf(const Situation& now)
     if (now.isOnBattery) return "discharging";
     const auto& charger = *now.charger;
     if (charger.mode == ChargerReport::Mode::paused) return "paused";
+    const auto* own = fixedLimit(charger.fixedLimit);
+    if (own && own->isExact && own->start >= 0 && now.percentage >= own->start) return "held";
     const bool isLimited = charger.endThreshold >= 0 && charger.endThreshold < 100;
     if (isLimited && now.percentage >= static_cast<double>(charger.endThreshold)) return "held";
     return !isLimited && now.percentage >= fullLevel ? "full" : "plugged";

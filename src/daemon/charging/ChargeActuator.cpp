@@ -5,6 +5,7 @@
 
 #include "base/FileDescriptor.h"
 #include "power/BatteryAttributes.h"
+#include "power/PlatformLimiters.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -20,23 +21,35 @@ namespace {
 constexpr auto chargeTypes = "charge_types";
 constexpr auto customType = "Custom";
 
-std::string sentence(const std::string& battery, const Thresholds& thresholds)
+std::string sentence(const std::string& battery, const DriverFamily& family, const Thresholds& thresholds)
 {
+    if (family.fixed)
+        return battery + ": the firmware's own limit is " + (thresholds.end < 100 ? "on" : "off");
     std::string text = battery + ": charging stops at " + std::to_string(thresholds.end) + "%";
     if (thresholds.start.value_or(0) > 0)
         text += " and starts below " + std::to_string(*thresholds.start) + "%";
     return text;
 }
 
-std::string brief(const Thresholds& thresholds)
+std::string brief(const DriverFamily& family, const Thresholds& thresholds)
 {
+    if (family.fixed) return thresholds.end < 100 ? "\"on\"" : "\"off\"";
     const std::string end = std::to_string(thresholds.end) + "%";
     return thresholds.start ? std::to_string(*thresholds.start) + " to " + end : end;
 }
 
-/// A start that cannot be read is taken for 0, so that a wanted one differs from it and is written.
-std::optional<Thresholds> thresholdsOf(const ChargeAttributes& attributes)
+ChargeControl controlOf(const ChargeAttributes& attributes)
 {
+    if (attributes.fixed) return ChargeControl::fixedLimit;
+    if (attributes.endFile.empty()) return ChargeControl::none;
+    return attributes.startFile.empty() ? ChargeControl::endThreshold : ChargeControl::thresholds;
+}
+
+/// A start that cannot be read is taken for 0, so that a wanted one differs from it and is written.
+std::optional<Thresholds> thresholdsOf(const ChargeAttributes& attributes, const DriverFamily& family)
+{
+    if (const auto& fixed = attributes.fixed)
+        return fixed->isOn ? std::optional(heldBy(*family.fixed, *fixed->isOn)) : std::nullopt;
     if (!attributes.end) return std::nullopt;
     if (attributes.startFile.empty()) return Thresholds{std::nullopt, *attributes.end};
     return Thresholds{attributes.start.value_or(0), *attributes.end};
@@ -72,11 +85,13 @@ bool BatteryCharger::deviates(const Thresholds& wanted) const
 /// The driver made the files: as long as they are there it need not be searched for again at each look.
 const DriverFamily& ChargeActuator::familyOf(const std::string& name, const ChargeAttributes& attributes)
 {
-    if (attributes.endFile.empty()) families_.erase(name);
-    if (const auto known = families_.find(name); known != families_.end()) return *known->second;
-    const auto& family = driverFamily(sysfs_.root(), name);
-    if (!attributes.endFile.empty()) families_.emplace(name, &family);
-    return family;
+    const auto control = controlOf(attributes);
+    auto& known = families_[name];
+    if (!known.family || known.control != control || control == ChargeControl::none) {
+        const std::string module = attributes.fixed ? attributes.fixed->module : "";
+        known = {control, &driverFamily(sysfs_.root(), name, control, module)};
+    }
+    return *known.family;
 }
 
 std::vector<BatteryCharger> ChargeActuator::inspect(const std::vector<BatteryReading>& batteries)
@@ -91,11 +106,11 @@ BatteryCharger ChargeActuator::inspect(const std::string& name, const ChargeAttr
 {
     BatteryCharger charger;
     charger.name = name;
+    charger.control = controlOf(attributes);
     charger.family = &familyOf(name, attributes);
-    if (attributes.endFile.empty()) return charger;
-    charger.control = attributes.startFile.empty() ? ChargeControl::endThreshold : ChargeControl::thresholds;
+    if (charger.control == ChargeControl::none) return charger;
     charger.isObeyed = attributes.isObeyed;
-    charger.inForce = thresholdsOf(attributes);
+    charger.inForce = thresholdsOf(attributes, *charger.family);
     if (const auto found = deviations_.find(name); found != deviations_.end())
         charger.deviation = found->second;
     return charger;
@@ -105,7 +120,9 @@ ChargeActuator::Files ChargeActuator::read(const std::string& name)
 {
     const auto folder = std::filesystem::path("class/power_supply") / name;
     DeviceAttributes battery(sysfs_.root(), folder, complaints_);
-    return {sysfs_.root() / folder, readChargeAttributes(battery)};
+    auto attributes = readChargeAttributes(battery);
+    PlatformLimiters(sysfs_, complaints_).complete(attributes, true);
+    return {sysfs_.root() / folder, std::move(attributes)};
 }
 
 ChargeActuator::Outcome ChargeActuator::apply(const std::vector<std::string>& batteries,
@@ -130,9 +147,8 @@ void ChargeActuator::apply(const std::string& name, const Thresholds& wanted, bo
         return;
     }
     const Thresholds aim = before.fitted(wanted);
-    if (!before.isObeyed && aim.end < 100) write(files.folder / chargeTypes, customType);
     const auto from = isTrusted ? before.inForce : std::nullopt;
-    const bool isWritten = writePair(files, *before.family, from, aim);
+    const bool isWritten = write(files, before, from, aim);
     const BatteryCharger after = inspect(name, read(name).attributes);
     if (isWritten && after.inForce != aim) {
         pending_.insert_or_assign(name, Pending{aim, before});
@@ -167,16 +183,26 @@ void ChargeActuator::conclude(const Pending& write, Outcome& outcome)
 {
     const auto& name = write.before.name;
     const auto after = inspect(name, read(name).attributes);
+    const DriverFamily& family = *after.family;
     const std::string deviates = name + " deviates";
     if (after.deviation) {
-        complaints_.raise(deviates, name + ": wrote " + brief(write.aim) + ", the driver reports " +
-                                        brief(after.deviation->shown) +
+        complaints_.raise(deviates, name + ": wrote " + brief(family, write.aim) + ", the driver reports " +
+                                        brief(family, after.deviation->shown) +
                                         "; leaving it at that and trying again later.");
     } else if (after.inForce == write.aim) {
         complaints_.settle(deviates);
     }
-    if (changed(write.before, after)) outcome.changes.push_back(sentence(name, *after.inForce) + ".");
+    if (changed(write.before, after)) outcome.changes.push_back(sentence(name, family, *after.inForce) + ".");
     outcome.chargers.push_back(after);
+}
+
+bool ChargeActuator::write(const Files& files, const BatteryCharger& before,
+                           const std::optional<Thresholds>& from, const Thresholds& to)
+{
+    const auto& fixed = files.attributes.fixed;
+    if (fixed) return write(sysfs_.root() / fixed->file, to.end < 100 ? fixed->on : fixed->off);
+    if (!before.isObeyed && to.end < 100) write(files.folder / chargeTypes, customType);
+    return writePair(files, *before.family, from, to);
 }
 
 bool ChargeActuator::writePair(const Files& files, const DriverFamily& family,

@@ -23,7 +23,8 @@ struct BatteryCharger {
     std::string name; ///< of the supply, "BAT0"
     ChargeControl control = ChargeControl::none;
     const DriverFamily* family = nullptr;
-    std::optional<Thresholds> inForce{}; ///< absent where it cannot be read
+    /// Absent where it cannot be read. Of a fixed limit that is on: what it surely does.
+    std::optional<Thresholds> inForce{};
     /// False where the driver has a charge type that obeys thresholds, and another one is active.
     bool isObeyed = true;
 
@@ -47,9 +48,9 @@ struct BatteryCharger {
 /// The only writer under /sys. It may be held for seconds by firmware that does not answer: it belongs to a
 /// worker, and to one thread at a time.
 ///
-/// Values are fitted to what the driver takes, written only where they differ, in an order that the driver
-/// accepts from what it holds now and that never passes through 100 %, read back, and put back as a pair
-/// where the second half failed.
+/// Values are fitted to what the driver takes, down to a limit that is on or off, written only where they
+/// differ, in an order that the driver accepts from what it holds now and that never passes through 100 %,
+/// read back, and put back as a pair where the second half failed.
 class ChargeActuator {
 public:
     /// What one call of `apply` or `settle` did.
@@ -89,11 +90,18 @@ private:
         BatteryCharger before;
     };
 
+    struct Family {
+        ChargeControl control = ChargeControl::none;
+        const DriverFamily* family = nullptr;
+    };
+
     const DriverFamily& familyOf(const std::string& name, const ChargeAttributes& attributes);
     BatteryCharger inspect(const std::string& name, const ChargeAttributes& attributes);
     Files read(const std::string& name);
     void apply(const std::string& name, const Thresholds& wanted, bool afresh, Outcome& outcome);
     void conclude(const Pending& write, Outcome& outcome);
+    bool write(const Files& files, const BatteryCharger& before, const std::optional<Thresholds>& from,
+               const Thresholds& to);
     bool writePair(const Files& files, const DriverFamily& family, const std::optional<Thresholds>& from,
                    const Thresholds& to);
     bool write(const std::filesystem::path& file, const std::string& text);
@@ -104,7 +112,7 @@ private:
     std::vector<std::string> batteries_;                  // of the last `apply`
     std::map<std::string, Pending, std::less<>> pending_; // by supply, as the next two
     std::map<std::string, BatteryCharger::Deviation, std::less<>> deviations_;
-    std::map<std::string, const DriverFamily*, std::less<>> families_; // while it has thresholds
+    std::map<std::string, Family, std::less<>> families_; // while it can be told anything
 };
 
 } // namespace velmora

@@ -48,6 +48,8 @@ std::string_view name(ChargeControl control)
         return ChargerReport::Control::thresholds;
     case ChargeControl::endThreshold:
         return ChargerReport::Control::endThreshold;
+    case ChargeControl::fixedLimit:
+        return ChargerReport::Control::fixedLimit;
     case ChargeControl::none:
         break;
     }
@@ -116,11 +118,12 @@ ChargeDecision decideCharging(const ChargingSettings& settings, bool isQuickChar
         decision.mode = ChargeMode::autoProtect;
         wanted = band(settings.customChargeLimit, settings.customHysteresis);
     }
-    if (control == ChargeControl::endThreshold) wanted.start.reset();
+    if (control != ChargeControl::thresholds) wanted.start.reset();
     if (control != ChargeControl::none) decision.thresholds = wanted;
     const auto& told = decision.thresholds;
-    decision.reason = charger::reason(name(decision.mode), told ? std::optional(told->end) : std::nullopt,
-                                      told ? told->start : std::nullopt);
+    decision.reason =
+        charger::reason(name(decision.mode), told ? std::optional(told->end) : std::nullopt,
+                        told ? told->start : std::nullopt, control == ChargeControl::fixedLimit);
     return decision;
 }
 

@@ -33,7 +33,7 @@ struct ChargeReading {
 };
 
 /// What a charger lets itself be told.
-enum class ChargeControl : std::uint8_t { none, endThreshold, thresholds };
+enum class ChargeControl : std::uint8_t { none, fixedLimit, endThreshold, thresholds };
 std::string_view name(ChargeControl control);
 
 /// What a person asked for by hand with the charging toggle, until the next plug or changed setting.

@@ -21,9 +21,11 @@ constexpr std::chrono::milliseconds maximumRetry = 1h;
 
 } // namespace
 
-ChargerKeeper::ChargerKeeper(const Ports& ports, std::function<void(bool changed)> acted)
+ChargerKeeper::ChargerKeeper(const Ports& ports, std::function<void(bool changed)> acted,
+                             std::string_view heldLevel)
     : ports_(ports),
       acted_(std::move(acted)),
+      heldLevel_(heldLevel),
       retryDelay_(firstRetry),
       changeLog_(ports.loop, ports.log, ports.clock, category, LogBudget::manyAtOnce)
 {
@@ -170,11 +172,36 @@ ChargeControl ChargerKeeper::control() const
     return best;
 }
 
-std::optional<Thresholds> ChargerKeeper::inForce() const
+/// The first battery that has any control.
+const BatteryCharger* ChargerKeeper::controlled() const
 {
     const auto found =
         std::ranges::find_if(chargers_, [](const auto& one) { return one.control != ChargeControl::none; });
-    return found == chargers_.end() || !found->isObeyed ? std::nullopt : found->inForce;
+    return found == chargers_.end() ? nullptr : &*found;
+}
+
+std::optional<Thresholds> ChargerKeeper::inForce() const
+{
+    if (const auto* limit = fixedLimitInForce()) return heldBy(*limit, true);
+    const auto* charger = controlled();
+    return charger && charger->isObeyed ? charger->inForce : std::nullopt;
+}
+
+/// As exactly as it is known; null where it is off, or where the charger takes percentages.
+const FixedLimit* ChargerKeeper::fixedLimitInForce() const
+{
+    const auto* charger = controlled();
+    const bool isOn = charger && charger->family->fixed && charger->inForce && charger->inForce->end < 100;
+    if (!isOn) return nullptr;
+    const bool isOneOfTwo = charger->family->fixed == fixedLimit("55-60 or 80");
+    return isOneOfTwo && heldLevel_.limit() ? heldLevel_.limit() : charger->family->fixed;
+}
+
+bool ChargerKeeper::learn(const ChargeReading& reading)
+{
+    const bool isNews = heldLevel_.observe(fixedLimitInForce() != nullptr, reading, ports_.clock.sinceBoot());
+    if (isNews) ports_.log.info(category, "The firmware's own limit holds " + heldLevel() + "%.");
+    return isNews;
 }
 
 void ChargerKeeper::describe(ChargerReport& report) const
@@ -189,7 +216,9 @@ void ChargerKeeper::describe(ChargerReport& report) const
             report.wantedEndThreshold = wanted->end;
         }
     }
-    if (const auto held = inForce()) {
+    const auto* limit = fixedLimitInForce();
+    if (limit) report.fixedLimit = limit->text;
+    if (const auto held = inForce(); held && (!limit || limit->isExact)) {
         report.startThreshold = held->start.value_or(-1);
         report.endThreshold = held->end;
     }

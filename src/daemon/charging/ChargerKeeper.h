@@ -6,6 +6,7 @@
 #include "base/Lifetime.h"
 #include "base/TokenBucket.h"
 #include "charging/ChargeActuator.h"
+#include "charging/HeldLevel.h"
 #include "platform/Clock.h"
 #include "platform/LogBudget.h"
 #include "platform/MainLoop.h"
@@ -41,7 +42,9 @@ public:
     static constexpr std::size_t maximumActions = 20; ///< that are remembered
 
     /// `acted` is called after each attempt to change the charger, with whether it changed.
-    ChargerKeeper(const Ports& ports, std::function<void(bool changed)> acted);
+    /// `heldLevel` is that of the last run.
+    ChargerKeeper(const Ports& ports, std::function<void(bool changed)> acted,
+                  std::string_view heldLevel = "");
 
     /// The chargers as a look at the machine shows them.
     void observe(const std::vector<BatteryCharger>& chargers);
@@ -57,11 +60,17 @@ public:
     /// The best control that any battery offers.
     ChargeControl control() const;
     const std::vector<BatteryCharger>& chargers() const { return chargers_; }
-    /// What the first battery that has any control holds and obeys; nothing where that cannot be read.
+    /// What the first battery that has any control holds and obeys; nothing where that cannot be read. Of a
+    /// fixed limit: what it surely does.
     std::optional<Thresholds> inForce() const;
 
     /// What was done, the newest last.
     const std::vector<ChargerAction>& actions() const { return actions_; }
+    /// Learns from what the battery does at which level a fixed limit holds; whether that was news.
+    bool learn(const ChargeReading& reading);
+    /// A text of `FixedLimit`, to be remembered over a restart; empty for nothing learnt.
+    std::string heldLevel() const { return heldLevel_.text(); }
+
     /// Fills in what is known of the charger.
     void describe(ChargerReport& report) const;
 
@@ -72,6 +81,8 @@ private:
         ChargeActuator::Outcome outcome;
     };
 
+    const BatteryCharger* controlled() const;
+    const FixedLimit* fixedLimitInForce() const;
     bool isNewcomer(const BatteryCharger& charger) const;
     bool mayWrite(const Thresholds& wanted);
     bool deviates(const Thresholds& wanted) const;
@@ -86,6 +97,7 @@ private:
     Lifetime lifetime_;
     Ports ports_;
     std::function<void(bool)> acted_;
+    HeldLevel heldLevel_;
     std::vector<BatteryCharger> chargers_;
     std::optional<ChargeDecision> decision_;
     std::optional<Thresholds> attempted_; ///< what the last attempt was for

@@ -52,6 +52,12 @@ constexpr std::array families{
                  .lowestEnd = 10,
                  .gap = 5,
                  .startFollows = true},
+    // `conservation_mode`, or from Linux 6.17 on Long_Life of `charge_types`. Which of its levels a model
+    // holds
+    // cannot be asked.
+    DriverFamily{.name = "ideapad-laptop", .module = "ideapad_laptop", .fixed = fixedLimit("55-60 or 80")},
+    // Long_Life by whatever driver.
+    DriverFamily{.name = "charge_types", .module = "", .fixed = fixedLimit("unknown")},
     DriverFamily{.name = "generic", .module = ""},
 };
 
@@ -59,6 +65,7 @@ constexpr std::array families{
 
 Thresholds DriverFamily::fitted(Thresholds wanted) const
 {
+    if (fixed) return heldBy(*fixed, wanted.end < 100);
     Thresholds result = wanted;
     result.end = std::clamp(wanted.end, lowestEnd, 100);
     if (!ends.empty()) {
@@ -74,16 +81,30 @@ Thresholds DriverFamily::fitted(Thresholds wanted) const
     return result;
 }
 
-const DriverFamily& driverFamily(const std::filesystem::path& root, std::string_view supply)
+const DriverFamily& driverFamily(const std::filesystem::path& root, std::string_view supply,
+                                 ChargeControl control, std::string_view module)
 {
+    const auto offers = [control](const DriverFamily& family) {
+        return control == ChargeControl::none ||
+               (control == ChargeControl::fixedLimit) == (family.fixed != nullptr);
+    };
     const auto matches = [&](const DriverFamily& family) {
+        if (!offers(family)) return false;
         if (!family.supply.empty()) return family.supply == supply;
         std::error_code ignored;
-        return !family.module.empty() &&
+        if (family.module.empty()) return false;
+        return family.module == module ||
                std::filesystem::is_directory(root / "module" / family.module, ignored);
     };
     const auto found = std::ranges::find_if(families, matches);
-    return found == families.end() ? families.back() : *found;
+    if (found != families.end()) return *found;
+    return *std::ranges::find_if(families.rbegin(), families.rend(), offers);
+}
+
+Thresholds heldBy(const FixedLimit& limit, bool isOn)
+{
+    if (!isOn) return {std::nullopt, 100};
+    return {limit.start < 0 ? std::nullopt : std::optional(limit.start), limit.end};
 }
 
 std::span<const DriverFamily> driverFamilies()

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "charging/ChargePolicy.h"
+#include "wire/FixedLimit.h"
 
 #include <filesystem>
 #include <optional>
@@ -12,8 +13,8 @@
 
 namespace velmora {
 
-/// What one kernel driver makes of charge thresholds. This table is the one place that names drivers: the
-/// next one is a row here and a row in its test.
+/// What one kernel driver makes of charge thresholds, or what its firmware holds instead of them. This table
+/// is the one place that names drivers: the next one is a row here and a row in its test.
 struct DriverFamily {
     std::string_view name;
     /// The kernel module whose folder under /sys/module tells that it is loaded; or the supply's name.
@@ -32,16 +33,24 @@ struct DriverFamily {
     /// It shows what was last sent, whatever the firmware holds: after a start, a plug or a resume the value
     /// is sent again.
     bool echoes = false;
+    /// What is held while its limiter is on; null: it takes thresholds.
+    const FixedLimit* fixed = nullptr;
 
-    /// The nearest that it takes: no end above the wanted one where there is a choice.
+    /// The nearest that it takes: no end above the wanted one where there is a choice. A fixed limit is on
+    /// for whatever is below 100, since it is nearer to what is wanted than no limit.
     Thresholds fitted(Thresholds wanted) const;
 };
 
-/// The family of the battery `supply` on the tree at `root`; the plain rules of the kernel's class where none
-/// is recognised. Never fails.
-const DriverFamily& driverFamily(const std::filesystem::path& root, std::string_view supply);
+/// The family of the battery `supply` on the tree at `root`, of those that offer `control`; the plain rules
+/// of the kernel's class where none is recognised. `module`: the kernel module that is known to be at work,
+/// empty for none. Never fails.
+const DriverFamily& driverFamily(const std::filesystem::path& root, std::string_view supply,
+                                 ChargeControl control, std::string_view module = "");
 
-/// All rows, the plain one last.
+/// What a charger holds while its fixed limit is on, and while it is off.
+Thresholds heldBy(const FixedLimit& limit, bool isOn);
+
+/// All rows, the plain ones last: of fixed limits, then of thresholds.
 std::span<const DriverFamily> driverFamilies();
 
 } // namespace velmora

@@ -3,6 +3,8 @@
 
 #include "state/SettingsStore.h"
 
+#include "charging/HeldLevel.h"
+
 #include <algorithm>
 #include <charconv>
 #include <nlohmann/json.hpp>
@@ -166,6 +168,7 @@ std::string encodeState(const DaemonState& state)
                            {"firstHeld", std::move(firstHeld)},
                            {"charging", rawValue(state.manual.state)},
                            {"pausedAt", state.manual.pausedAt},
+                           {"heldLevel", state.heldLevel},
                            {"busId", state.busId},
                            {"callers", std::move(callers)}};
     return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
@@ -191,6 +194,7 @@ std::pair<DaemonState, std::string> decodeState(std::string_view bytes, uid_t ow
     state.hasAdoptedLimit = document.value("hasAdoptedLimit", Json()) == true;
     state.firstHeld = decodedFirstHeld(document.value("firstHeld", Json()), wrong);
     state.manual = decodedManual(document);
+    state.heldLevel = HeldLevel(textAt(document, "heldLevel")).text();
     state.busId = textAt(document, "busId");
     state.callers = decodedMembers(document.value("callers", Json()));
     return {state, wrong};

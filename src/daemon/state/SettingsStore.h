@@ -28,6 +28,8 @@ struct DaemonState {
     bool hasAdoptedLimit = false;
     ManualCharging manual{};
     FirstHeld::Entries firstHeld{};
+    /// At which level the firmware's own limit was seen to hold: a text of `FixedLimit`, or empty.
+    std::string heldLevel{};
 
     /// The last message of each client, and the bus on which their names mean something.
     std::string busId{};

@@ -6,6 +6,7 @@
 #include "base/Translation.h"
 #include "texts/PanelTexts.h"
 #include "wire/ChargerInterface.h"
+#include "wire/FixedLimit.h"
 
 #include <array>
 #include <cmath>
@@ -39,8 +40,11 @@ bool isLimiting(Rule rule)
 /// What is in force.
 struct Order {
     Rule rule = Rule::none;
-    double limit = 100; ///< percent; 100: none, negative: not known
-    double resume = -1; ///< percent; negative: not known
+    double limit = 100;  ///< percent; 100: none, negative: not known
+    double resume = -1;  ///< percent; negative: not known
+    std::string words{}; ///< for a limit that is no single number
+
+    std::string limitText() const { return words.empty() ? percent(limit) : words; }
 };
 
 /// The threshold that the charger reports; the wanted one where it reports none.
@@ -51,7 +55,19 @@ double inForce(std::int64_t held, std::int64_t wanted)
 
 bool isStartTheFirmwares(const ChargerReport& charger)
 {
-    return charger.control == ChargerReport::Control::endThreshold;
+    return charger.control == ChargerReport::Control::endThreshold ||
+           charger.control == ChargerReport::Control::fixedLimit;
+}
+
+/// What is surely so of a level that the firmware does not tell.
+Order fixedOrder(Rule rule, const ChargerReport& charger)
+{
+    const auto& limit = fixedLimit(charger.fixedLimit) ? *fixedLimit(charger.fixedLimit) : fixedLimits.back();
+    const bool isUnknown = &limit == &fixedLimits.back();
+    return {.rule = rule,
+            .limit = static_cast<double>(limit.end),
+            .resume = isUnknown ? -1 : static_cast<double>(limit.start),
+            .words = limit.text == "80" ? "" : levelText(limit.text)};
 }
 
 Order orderOf(const ChargerReport& charger)
@@ -59,6 +75,9 @@ Order orderOf(const ChargerReport& charger)
     if (charger.control == ChargerReport::Control::none) return {};
     Order order{.rule = ruleOf(charger.mode)};
     if (!isLimiting(order.rule)) return order;
+    const bool isOff = charger.endThreshold >= 100;
+    if (charger.control == ChargerReport::Control::fixedLimit && !isOff)
+        return fixedOrder(order.rule, charger);
     order.limit = inForce(charger.endThreshold, charger.wantedEndThreshold);
     if (!isStartTheFirmwares(charger))
         order.resume = inForce(charger.startThreshold, charger.wantedStartThreshold);
@@ -140,14 +159,15 @@ constexpr std::array ruleTexts{
 
 std::string pauseText(const Order& order)
 {
-    if (order.limit < 0) return tr("Paused by hand, until the next plug or changed setting.");
-    return tr("Paused at %1 by hand, until the next plug or changed setting.", percent(order.limit));
+    if (order.limit < 0 || !order.words.empty())
+        return tr("Paused by hand, until the next plug or changed setting.");
+    return tr("Paused at %1 by hand, until the next plug or changed setting.", order.limitText());
 }
 
 std::string activityText(const Situation& now, const Order& order)
 {
     const auto& texts = ruleTexts[static_cast<std::size_t>(order.rule)];
-    const auto limit = percent(order.limit);
+    const auto limit = order.limitText();
     switch (activityOf(now, order)) {
     case Activity::onBattery:
         return tr(texts.onBattery, limit);
@@ -176,13 +196,25 @@ std::string activityText(const Situation& now, const Order& order)
 /// The model works out the minutes to the limit that the user asked for. Another may be in force.
 std::optional<std::int64_t> minutesToLimit(const Situation& now, const Order& order)
 {
-    const bool isAsked = order.rule == Rule::autoProtect && order.limit == std::round(now.limit);
+    const bool isNumber = order.words.empty();
+    const bool isAsked = isNumber && order.rule == Rule::autoProtect && order.limit == std::round(now.limit);
     return isAsked && now.timeToLimit >= 1 ? std::optional(now.timeToLimit) : std::nullopt;
+}
+
+/// What stands in for the limit that a person asked for, where the laptop takes no percentage.
+std::string fixedEffect(const ChargerReport& charger)
+{
+    const auto* limit = fixedLimit(charger.fixedLimit);
+    if (!limit || limit == &fixedLimits.back())
+        return tr("In force: the firmware's own limit. It does not say where that is, and takes no other.");
+    if (limit->isExact)
+        return tr("In force: %1, the only limit that this laptop's firmware has.", levelText(limit->text));
+    return tr("In force: the firmware's own limit, %1 by model. It takes no other.", levelText(limit->text));
 }
 
 std::string chargingTooltip(const Situation& now, const Order& order, const std::string& level)
 {
-    const auto limit = percent(order.limit);
+    const auto limit = order.limitText();
     if (order.limit < 0) return tr("%1, charging", level);
     if (isLimiting(order.rule)) {
         const auto minutes = minutesToLimit(now, order);
@@ -196,7 +228,7 @@ std::string chargingTooltip(const Situation& now, const Order& order, const std:
 std::string batteryTooltip(const Situation& now, const Order& order)
 {
     const auto level = percent(now.percentage);
-    const auto limit = percent(order.limit);
+    const auto limit = order.limitText();
     switch (activityOf(now, order)) {
     case Activity::onBattery:
         return now.timeToEmpty >= 1 ? tr("%1, on battery, %2 remaining", level, timeText(now.timeToEmpty))
@@ -239,7 +271,14 @@ std::string timeText(std::int64_t minutes)
     return tr("%1h %2m", std::to_string(minutes / 60), std::to_string(minutes % 60));
 }
 
-std::string reason(std::string_view mode, std::optional<int> end, std::optional<int> start)
+std::string levelText(std::string_view limit)
+{
+    if (limit == "55-60") return tr("55-60%");
+    if (limit == "80") return percent(80);
+    return limit == "55-60 or 80" ? tr("55-60% or 80%") : tr("the firmware's own limit");
+}
+
+std::string reason(std::string_view mode, std::optional<int> end, std::optional<int> start, bool isFixed)
 {
     if (!end) return tr("This laptop's charger takes no limit from software: it charges to 100%.");
     const auto rule = ruleOf(mode);
@@ -248,6 +287,9 @@ std::string reason(std::string_view mode, std::optional<int> end, std::optional<
     if (rule == Rule::quickCharge) return tr("Quick charge is on: charging goes on to 100% once.");
     if (rule == Rule::none || *end >= 100) return tr("No limit is set: charging goes on to 100%.");
     const bool isStorage = rule == Rule::storage;
+    if (isFixed)
+        return isStorage ? tr("Storage mode is on: charging stops at the firmware's own limit.")
+                         : tr("Auto-Protect is on: charging stops at the firmware's own limit.");
     const auto limit = percent(*end);
     if (!start)
         return isStorage ? tr("Storage mode is on: charging stops at %1.", limit)
@@ -273,6 +315,7 @@ std::string limitEffect(const Situation& now)
     const auto wanted = now.charger->wantedEndThreshold;
     const auto held = now.charger->endThreshold;
     if (wanted < 0) return tr("The limit has not been sent to the charger yet.");
+    if (!now.charger->fixedLimit.empty()) return fixedEffect(*now.charger);
     if (held < 0) return tr("The limit was sent to the charger, which does not report it.");
     const auto limit = percent(static_cast<double>(held));
     if (held == wanted) return tr("In force: the charger stops at %1.", limit);
@@ -345,7 +388,7 @@ std::string statusText(const Situation& now)
     } else if (activity == Activity::charging && isLimiting(order.rule)) {
         const auto minutes = minutesToLimit(now, order);
         return minutes ? tr("Charging: %1 to limit", timeText(*minutes))
-                       : tr("Charging to %1", percent(order.limit));
+                       : tr("Charging to %1", order.limitText());
     } else if (activity == Activity::charging) {
         if (now.timeToFull >= 1) return tr("Charging: %1 to full", timeText(now.timeToFull));
         if (now.timeToFull == workingOut) return tr("Calculating time to full...");

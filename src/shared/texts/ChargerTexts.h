@@ -23,8 +23,12 @@ inline constexpr std::int64_t workingOut = -2; ///< minutes that are not known y
 
 /// Why the daemon holds the charger as it does, for ChargerReport::lastReason: a sentence. `mode` is a text
 /// of ChargerReport::Mode; `end` and `start` are percent. No `end`: the charger takes none. No `start`: the
-/// firmware decides.
-std::string reason(std::string_view mode, std::optional<int> end, std::optional<int> start);
+/// firmware decides. `isFixed`: whatever the `end`, it holds a level of its own.
+std::string reason(std::string_view mode, std::optional<int> end, std::optional<int> start,
+                   bool isFixed = false);
+
+/// A text of `FixedLimit` in words that stand for a percentage: "55-60%".
+std::string levelText(std::string_view fixedLimit);
 
 /// What the limiter does right now, and why; a sentence.
 std::string limiterText(const Situation& now);

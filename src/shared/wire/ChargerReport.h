@@ -23,6 +23,7 @@ struct ChargerReport {
     struct Control {
         static constexpr std::string_view thresholds = "thresholds";
         static constexpr std::string_view endThreshold = "end threshold";
+        static constexpr std::string_view fixedLimit = "fixed limit"; ///< on or off, at a level of its own
         static constexpr std::string_view none = "none";
     };
     /// Texts of `mode`.
@@ -44,6 +45,9 @@ struct ChargerReport {
     std::int64_t wantedEndThreshold = -1;
     std::int64_t startThreshold = -1; ///< percent, as the hardware reads back; -1 not there or not readable
     std::int64_t endThreshold = -1;
+    /// While a fixed limit is on: the level that it holds, a text of `FixedLimit`. With "55-60" and "80" the
+    /// thresholds say it too.
+    std::string fixedLimit{};
     bool isChargingAllowed = true;
     std::string lastAction = "none"; ///< a sentence
     std::string lastReason = "none"; ///< a sentence
@@ -95,6 +99,7 @@ inline constexpr std::array chargerProperties{
     ChargerProperty{"WantedEndThreshold", &ChargerReport::wantedEndThreshold},
     ChargerProperty{"StartThreshold", &ChargerReport::startThreshold},
     ChargerProperty{"EndThreshold", &ChargerReport::endThreshold},
+    ChargerProperty{"FixedLimit", &ChargerReport::fixedLimit},
     ChargerProperty{"IsChargingAllowed", &ChargerReport::isChargingAllowed},
     ChargerProperty{"LastAction", &ChargerReport::lastAction},
     ChargerProperty{"LastReason", &ChargerReport::lastReason},
