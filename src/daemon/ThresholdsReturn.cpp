@@ -48,6 +48,20 @@ BatteryCharger written(ChargeActuator& actuator, const std::string& name, const 
     return outcome.chargers.front();
 }
 
+std::string sentence(const BatteryCharger& charger, const Thresholds& wanted, bool isDone)
+{
+    const int end = charger.fitted(wanted).end;
+    const auto& name = charger.name;
+    if (charger.control == ChargeControl::fixedLimit) {
+        if (!isDone) return tr("%1: the firmware's own limit could not be set back.", name);
+        return end < 100 ? tr("%1: the firmware's own limit is on again.", name)
+                         : tr("%1: the firmware's own limit is off again.", name);
+    }
+    const auto level = std::to_string(end) + '%';
+    return isDone ? tr("%1: charging stops at %2 again.", name, level)
+                  : tr("%1: could not be set back to %2.", name, level);
+}
+
 /// What the actuator has to say, for whoever runs this by hand or removes a package.
 class PrintedLog final : public Log {
 public:
@@ -67,11 +81,8 @@ ThresholdsReturn giveThresholdsBack(const Sysfs& sysfs, const FirstHeld::Entries
     for (const auto& charger : actuator.inspect(PowerSupplyReader(sysfs, log).read(true).batteries)) {
         if (charger.control == ChargeControl::none) continue;
         const auto wanted = wantedOf(charger, firstHeld);
-        const auto end = std::to_string(charger.fitted(wanted).end) + '%';
-        if (written(actuator, charger.name, wanted).holds(wanted))
-            result.done.push_back(tr("%1: charging stops at %2 again.", charger.name, end));
-        else
-            result.failed.push_back(tr("%1: could not be set back to %2.", charger.name, end));
+        const bool isDone = written(actuator, charger.name, wanted).holds(wanted);
+        (isDone ? result.done : result.failed).push_back(sentence(charger, wanted, isDone));
     }
     return result;
 }

@@ -173,6 +173,11 @@ TEST_F(ChargeActuatorTest, ALimitOfTheFirmwaresOwnIsSwitchedOnForWhateverIsBelow
             EXPECT_EQ(outcome.chargers.at(0).family->name, "ideapad-laptop");
         }
     }
+    laptop->with([&](SimulatedLaptop& one) { return one.store(types, "Fast"); });
+    apply({{}, 80}, false);
+    apply({{}, 100}, false);
+    EXPECT_TRUE(laptop->with([&](const SimulatedLaptop& one) { return one.load(types).bytes; })
+                    .starts_with("[Fast]"));
     // A switch that shows nonsense is switched all the same, and one that then cannot be read is no limit.
     auto make = laptopOfKind("conservation-mode").value();
     make.machine.values.erase(mode);

@@ -755,6 +755,9 @@ TEST_F(DaemonTest, ALimitOfTheFirmwaresOwnStandsInForEveryPercentage)
     battery(40, "Charging");
     EXPECT_EQ(toggle(), true) << "a pause below it cannot be";
     EXPECT_FALSE(isOn());
+    const auto givenBack = giveThresholdsBack(Sysfs(folder.path()), settings->load().firstHeld, log).done;
+    EXPECT_EQ(givenBack, std::vector<std::string>{"BAT0: the firmware's own limit is on again."});
+    EXPECT_TRUE(isOn());
 }
 
 TEST_F(DaemonTest, ALimitThatCannotBeReadAtOnceIsNotOverwrittenAtTheFirstStart)

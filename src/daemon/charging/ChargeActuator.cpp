@@ -109,6 +109,7 @@ BatteryCharger ChargeActuator::inspect(const std::string& name, const ChargeAttr
     charger.control = controlOf(attributes);
     charger.family = &familyOf(name, attributes);
     if (charger.control == ChargeControl::none) return charger;
+    if (attributes.fixed && attributes.fixed->isOn == false) offWords_[name] = attributes.fixed->off;
     charger.isObeyed = attributes.isObeyed;
     charger.inForce = thresholdsOf(attributes, *charger.family);
     if (const auto found = deviations_.find(name); found != deviations_.end())
@@ -200,7 +201,11 @@ bool ChargeActuator::write(const Files& files, const BatteryCharger& before,
                            const std::optional<Thresholds>& from, const Thresholds& to)
 {
     const auto& fixed = files.attributes.fixed;
-    if (fixed) return write(sysfs_.root() / fixed->file, to.end < 100 ? fixed->on : fixed->off);
+    if (fixed) {
+        const auto known = offWords_.find(before.name);
+        const auto& off = known == offWords_.end() ? fixed->off : known->second;
+        return write(sysfs_.root() / fixed->file, to.end < 100 ? fixed->on : off);
+    }
     if (!before.isObeyed && to.end < 100) write(files.folder / chargeTypes, customType);
     return writePair(files, *before.family, from, to);
 }

@@ -112,7 +112,8 @@ private:
     std::vector<std::string> batteries_;                  // of the last `apply`
     std::map<std::string, Pending, std::less<>> pending_; // by supply, as the next two
     std::map<std::string, BatteryCharger::Deviation, std::less<>> deviations_;
-    std::map<std::string, Family, std::less<>> families_; // while it can be told anything
+    std::map<std::string, Family, std::less<>> families_;      // while it can be told anything
+    std::map<std::string, std::string, std::less<>> offWords_; // of a fixed limit, as it last was off
 };
 
 } // namespace velmora

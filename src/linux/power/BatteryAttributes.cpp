@@ -285,27 +285,31 @@ void readThreshold(DeviceAttributes& battery, std::initializer_list<const char*>
     }
 }
 
-/// A word of `charge_types` is chosen where it stands in brackets.
-bool isChosen(const std::string& types, const std::string& word)
+/// The word of `charge_types` in brackets; empty where none is.
+std::string chosenOf(const std::string& types)
 {
-    return types.find('[' + word + ']') != std::string::npos;
+    const auto begin = types.find('[');
+    const auto end = types.find(']', begin);
+    return begin == types.npos || end == types.npos ? "" : types.substr(begin + 1, end - begin - 1);
 }
 
 bool isOffered(const std::string& types, const std::string& word)
 {
     const auto blanked = ' ' + types + ' ';
-    return isChosen(types, word) || blanked.find(' ' + word + ' ') != std::string::npos;
+    return chosenOf(types) == word || blanked.find(' ' + word + ' ') != std::string::npos;
 }
 
-/// "Long_Life" is a limit that the firmware holds, and "Standard" is none. A driver that shows no choice at
-/// all has one that nobody knows.
+/// "Long_Life" is a limit that the firmware holds, and "Standard" is none, as are others. A driver that shows
+/// no choice at all has one that nobody knows.
 std::optional<FixedLimiter> longLife(const DeviceAttributes& battery, const std::string& types)
 {
     const std::string on = "Long_Life";
     const std::string off = "Standard";
     if (!isOffered(types, on) || !isOffered(types, off)) return std::nullopt;
     FixedLimiter limiter{.file = battery.path(chargeTypes), .on = on, .off = off};
-    if (types.find('[') != std::string::npos) limiter.isOn = isChosen(types, on);
+    const auto chosen = chosenOf(types);
+    if (!chosen.empty()) limiter.isOn = chosen == on;
+    if (!chosen.empty() && chosen != on) limiter.off = chosen;
     return limiter;
 }
 
@@ -324,7 +328,7 @@ ChargeAttributes readChargeAttributes(DeviceAttributes& battery)
     }
     readThreshold(battery, {"charge_control_start_threshold", "charge_start_threshold"}, charge.startFile,
                   charge.start);
-    charge.isObeyed = types.find("Custom") == std::string::npos || isChosen(types, "Custom");
+    charge.isObeyed = types.find("Custom") == std::string::npos || chosenOf(types) == "Custom";
     return charge;
 }
 

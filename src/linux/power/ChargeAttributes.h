@@ -12,7 +12,7 @@ namespace velmora {
 /// A limit that is either on or off, at a level that the firmware's maker chose.
 struct FixedLimiter {
     std::filesystem::path file; ///< the attribute, relative to the root
-    std::string on, off;        ///< what is written to it
+    std::string on, off;        ///< what is written to it; `off` is what it shows while it is off
     std::optional<bool> isOn{}; ///< absent where that cannot be read
     std::string module{};       ///< the kernel module that made it; empty where the file does not tell
 };
