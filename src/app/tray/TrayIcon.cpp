@@ -61,7 +61,7 @@ std::vector<TrayMenu::Entry> TrayIcon::menu()
         entries.push_back({label, mark, isMarked, state_.takesLimit, std::move(chosen)});
     };
     for (const auto& [text, limit] : panel::thresholds)
-        offer(tr(text), Mark::radio, state_.limit == limit, [this, limit] { call(onLimit, limit); });
+        offer(tr(text), Mark::radio, state_.limit == limit, [this, at = limit] { call(onLimit, at); });
     offer(tr("Auto-Protect"), Mark::check, state_.isAutoProtectOn, [this] { call(onAutoProtect); });
     offer(panel::quickChargeTitle(state_.isQuickChargeOn), Mark::none, false,
           [this] { call(onQuickCharge); });
