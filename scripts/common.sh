@@ -1,5 +1,5 @@
-# The Debian packages that Velmora is built, run and tested with, and how it is built. Sourced by ./run, ./test and
-# ./bench/run.
+# The Debian packages that Velmora is built, run and tested with, and how it is built. Sourced by ./run, ./test,
+# ./package and ./bench/run.
 
 build_packages=(g++ cmake ninja-build pkg-config libsystemd-dev nlohmann-json3-dev libfuse3-dev libxcb1-dev
     qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev)
@@ -17,6 +17,20 @@ esac
 clang_packages=(clang "libclang-rt-$clang-dev")
 all_packages=("${clang_packages[@]}" clang-tidy)
 
+# as_root WHAT COMMAND... : as root; where that cannot be, ends and says that WHAT is missing.
+as_root() {
+    local what=$1
+    shift
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        echo "These packages are missing, and only root can install them: $what" >&2
+        exit 1
+    fi
+}
+
 # need PACKAGE... : installs those that are missing, and calls apt only if there are any.
 need() {
     local missing=() package
@@ -24,18 +38,20 @@ need() {
         dpkg-query --show --showformat='${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed ||
             missing+=("$package")
     done
-    [ ${#missing[@]} -eq 0 ] && return
-    echo "Installing: ${missing[*]}"
-    local as_root=()
-    if [ "$(id -u)" -ne 0 ]; then
-        command -v sudo >/dev/null || {
-            echo "These packages are missing, and only root can install them: ${missing[*]}" >&2
-            exit 1
-        }
-        as_root=(sudo)
-    fi
-    "${as_root[@]}" apt-get update -qq
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+    [ ${#missing[@]} -eq 0 ] || apt_get "${missing[*]}" install "${missing[@]}"
+}
+
+# Installs what debian/control says that the packages are built with.
+need_to_build_packages() {
+    local missing
+    missing=$(dpkg-checkbuilddeps 2>&1) || apt_get "${missing#*: }" build-dep ./
+}
+
+# apt_get WHAT COMMAND... : that command of apt-get, which installs WHAT.
+apt_get() {
+    echo "Installing: $1"
+    as_root "$1" apt-get update -qq
+    as_root "$1" env DEBIAN_FRONTEND=noninteractive apt-get "$2" -y -qq --no-install-recommends "${@:3}" >/dev/null
 }
 
 # [target=TARGET] build PRESET [CMAKE-OPTION...] : configures and builds the target, all without one; what the tools say

@@ -48,7 +48,9 @@ Failure failureOf(const sd_bus_error& error)
     if (isAnyOf(name, {SD_BUS_ERROR_ACCESS_DENIED, SD_BUS_ERROR_AUTH_FAILED,
                        SD_BUS_ERROR_INTERACTIVE_AUTHORIZATION_REQUIRED}))
         return {ExitStatus::failed,
-                tr("Refused: %1. An administrator may do this: run it again with sudo.", said)};
+                tr("Refused: %1. An administrator may do this: run it again with sudo. So "
+                   "may members of the group velmora.",
+                   said)};
     return {ExitStatus::failed, tr("The daemon answers: %1.", said)};
 }
 
