@@ -4,6 +4,7 @@
 #include "Widgets/WidgetFrame.h"
 
 #include "Widgets/WidgetPlacing.h"
+#include "desktop/Layers.h"
 #include "desktop/Taskbar.h"
 
 #include <QCursor>
@@ -20,9 +21,16 @@ namespace {
 /// A window that has not moved for so long has come to rest.
 constexpr std::chrono::milliseconds restTime{300};
 
+/// A layer surface cannot leave it.
+std::vector<ScreenArea> screenOf(const QWindow& window)
+{
+    const auto* screen = window.screen();
+    return {{screen->geometry(), screen->availableGeometry(), screen->devicePixelRatio()}};
+}
+
 bool isPlaceKnown()
 {
-    return !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
+    return layers::areUsed() || !QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
 
 } // namespace
@@ -40,6 +48,7 @@ void WidgetFrame::componentComplete()
     leaveTaskbar(*window_);
     place();
     takeSettings();
+    if (layers::areUsed()) followPin();
     connect(settings_, &RemoteWidget::changed, this, &WidgetFrame::takeSettings);
     connect(window_, &QWindow::xChanged, this, &WidgetFrame::moved);
     connect(window_, &QWindow::yChanged, this, &WidgetFrame::moved);
@@ -53,6 +62,16 @@ void WidgetFrame::componentComplete()
     connect(qGuiApp, &QGuiApplication::screenAdded, this, &WidgetFrame::roomChanged);
     connect(qGuiApp, &QGuiApplication::screenRemoved, this, &WidgetFrame::roomChanged);
     for (auto* screen : QGuiApplication::screens()) watch(screen);
+}
+
+/// Below all windows it lies on the desktop, as the icons there do.
+void WidgetFrame::followPin()
+{
+    layers::setAbove(*window_, settings_->isPinned());
+    connect(settings_, &RemoteWidget::changed, this, [this] {
+        layers::setAbove(*window_, settings_->isPinned());
+        Q_EMIT frameWanted();
+    });
 }
 
 void WidgetFrame::watch(QScreen* screen)
@@ -75,28 +94,55 @@ void WidgetFrame::place()
     const auto kept = settings_->place();
     restPosition_ = kept ? widgetPlace(*kept, screens, window_->size())
                          : firstWidgetPlace(screens, window_->size(), firstTop_);
-    window_->setPosition(restPosition_);
+    moveTo(restPosition_);
+}
+
+QPoint WidgetFrame::position() const
+{
+    return layers::areUsed() ? layerPosition_ : window_->position();
+}
+
+void WidgetFrame::moveTo(QPoint position)
+{
+    if (!layers::areUsed()) return window_->setPosition(position);
+    auto* screen = QGuiApplication::screenAt(QRect(position, window_->size()).center());
+    if (screen && !window_->isVisible()) window_->setScreen(screen); // a layer surface stays on its screen
+    layerPosition_ = position;
+    const auto corner = position - window_->screen()->geometry().topLeft();
+    layers::put(*window_, {Qt::TopEdge | Qt::LeftEdge, {corner.x(), corner.y(), 0, 0}});
+    Q_EMIT frameWanted();
 }
 
 void WidgetFrame::beginDrag()
 {
     movedByUser_ = true;
     dragOffset_ = QCursor::pos() - window_->position();
+    if (layers::areUsed()) return; // it moves when it is let go
     auto* holder = window_->mouseGrabberItem();
     if (window_->startSystemMove() && holder) holder->ungrabMouse(); // it may never hear of the release
 }
 
 void WidgetFrame::drag()
 {
-    if (isPlaceKnown()) window_->setPosition(QCursor::pos() - dragOffset_);
+    // Compositors disagree on what the pointer's place means while the surface below it moves.
+    if (isPlaceKnown() && !layers::areUsed()) window_->setPosition(QCursor::pos() - dragOffset_);
+}
+
+void WidgetFrame::endDrag()
+{
+    if (!layers::areUsed()) return;
+    const auto moved = QCursor::pos() - window_->position() - dragOffset_;
+    nudge(moved.x(), moved.y());
 }
 
 void WidgetFrame::nudge(int right, int down)
 {
     if (!isPlaceKnown()) return;
     movedByUser_ = true;
-    const auto wanted = window_->position() + QPoint(right, down);
-    window_->setPosition(widgetPlace(wanted, presentScreens(), window_->size()));
+    const auto wanted = position() + QPoint(right, down);
+    const auto screens = layers::areUsed() ? screenOf(*window_) : presentScreens();
+    moveTo(widgetPlace(wanted, screens, window_->size()));
+    if (layers::areUsed()) moved();
 }
 
 void WidgetFrame::moved()
@@ -115,8 +161,7 @@ void WidgetFrame::rest()
 {
     resting_.stop();
     if (!std::exchange(movedByUser_, true)) return place();
-    if (std::exchange(restPosition_, window_->position()) != window_->position())
-        settings_->keepPlace(restPosition_);
+    if (std::exchange(restPosition_, position()) != position()) settings_->keepPlace(restPosition_);
 }
 
 } // namespace velmora

@@ -16,8 +16,8 @@ namespace velmora {
 
 /// Keeps a widget's window where the user put it: restores that position, moves it by pointer and keys, and
 /// saves the position once it has come to rest. When screens change or it grows, it is moved into what is
-/// visible, and the saved position stays. On Wayland the compositor places the window, which does not learn
-/// its position: nothing is saved there.
+/// visible, and the saved position stays. On Wayland without layer-shell the compositor places the window,
+/// which does not learn its position: nothing is saved there.
 class WidgetFrame : public QObject, public QQmlParserStatus {
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)
@@ -33,15 +33,24 @@ public:
     Q_INVOKABLE void beginDrag();
     /// The pointer has moved.
     Q_INVOKABLE void drag();
+    /// The pointer has let go. A layer surface moves only now.
+    Q_INVOKABLE void endDrag();
     /// Moves it by so many pixels, as long as it stays on a screen.
     Q_INVOKABLE void nudge(int right, int down);
 
     void classBegin() override {}
     void componentComplete() override;
 
+Q_SIGNALS:
+    /// Something is to be drawn anew: a layer surface moves with its next frame.
+    void frameWanted();
+
 private:
     void takeSettings();
+    void followPin();
     void place();
+    QPoint position() const;
+    void moveTo(QPoint position);
     void moved();
     void roomChanged();
     void watch(QScreen* screen);
@@ -54,6 +63,7 @@ private:
     bool movedByUser_ = true; ///< the user moves it, not a change of the screens or of its size
     QPoint restPosition_;     ///< where it came to rest last, as saved
     QPoint dragOffset_;       ///< of the pointer, from the window's corner
+    QPoint layerPosition_;    ///< of a layer surface, which Qt does not know
     QTimer resting_;
 };
 

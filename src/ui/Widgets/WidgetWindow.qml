@@ -42,6 +42,7 @@ Window {
 
         window: window
         settings: window.settings
+        onFrameWanted: ground.update()
     }
     Item {
         id: hold
@@ -98,6 +99,7 @@ Window {
 
             anchors.fill: parent
             acceptedButtons: Qt.LeftButton | Qt.RightButton
+            cursorShape: isDragging ? Qt.ClosedHandCursor : Qt.ArrowCursor
             onPressed: mouse => {
                 hold.byKeyboard = false;
                 dragOffset = Qt.point(mouse.x, mouse.y);
@@ -113,7 +115,11 @@ Window {
                     frame.beginDrag();
                 }
             }
-            onReleased: isDragging = false
+            onReleased: {
+                if (isDragging)
+                    frame.endDrag();
+                isDragging = false;
+            }
             onCanceled: isDragging = false
             onDoubleClicked: mouse => {
                 if (mouse.button === Qt.LeftButton)

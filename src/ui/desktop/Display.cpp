@@ -5,9 +5,12 @@
 
 #include "base/Descriptor.h"
 #include "base/Handle.h"
+#include "desktop/Layers.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QLoggingCategory>
 #include <algorithm>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -43,11 +46,47 @@ bool doesWaylandAnswer()
     return isListening(QFile::encodeName(runtime.filePath(qEnvironmentVariable("WAYLAND_DISPLAY"))));
 }
 
+/// By their files, since Qt aborts the process where it cannot load the one that it is told to.
+QStringList installedPlatforms()
+{
+    QStringList folders{qEnvironmentVariable("QT_QPA_PLATFORM_PLUGIN_PATH")};
+    for (const auto& path : QCoreApplication::libraryPaths()) folders += path + "/platforms";
+    QStringList platforms;
+    for (const auto& folder : folders) {
+        if (folder.isEmpty()) continue;
+        for (const auto& file : QDir(folder).entryList({QStringLiteral("libq*.so")}, QDir::Files)) {
+            const auto plugin = file.mid(4, file.size() - 7);
+            platforms += plugin.section('-', 0, 0); // "wayland-egl" and "wayland-generic" are both Wayland's
+        }
+    }
+    return platforms;
+}
+
 } // namespace
 
-bool isDisplayThere()
+DisplayFacts presentDisplay()
 {
-    return qEnvironmentVariableIsSet("QT_QPA_PLATFORM") || doesWaylandAnswer() || doesXAnswer();
+    return {.wanted = qEnvironmentVariable("QT_QPA_PLATFORM").split(';', Qt::SkipEmptyParts),
+            .installed = installedPlatforms(),
+            .doesWaylandAnswer = doesWaylandAnswer,
+            .doesXAnswer = doesXAnswer,
+            .hasLayers = layers::areOffered};
+}
+
+void prepare(const PlatformChoice& choice)
+{
+    qputenv("QT_QPA_PLATFORM", choice.platform.toUtf8());
+    if (choice.layers) layers::use();
+    // A desktop's theme for Qt brings its libraries, KDE's 13 MB of them. All that is drawn here is our own,
+    // and what a person has set comes from the settings portal.
+    qputenv("XDG_CURRENT_DESKTOP", "");
+    for (const auto* variable : {"KDE_FULL_SESSION", "GNOME_DESKTOP_SESSION_ID", "DESKTOP_SESSION"})
+        qunsetenv(variable);
+    constexpr auto buffers = "QT_WAYLAND_CLIENT_BUFFER_INTEGRATION";
+    if (!choice.platform.startsWith(QLatin1String("wayland")) || qEnvironmentVariableIsSet(buffers)) return;
+    // Qt would load EGL, and with it a compiler for shaders, to find out that nobody draws by them: 50 MB.
+    qputenv(buffers, "none");
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.qpa.wayland.warning=false")); // it complains of that
 }
 
 } // namespace velmora

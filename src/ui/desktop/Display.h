@@ -3,10 +3,14 @@
 
 #pragma once
 
+#include "desktop/PlatformChoice.h"
+
 namespace velmora {
 
-/// Whether the display that the environment names answers: without one Qt aborts the process. Always true
-/// where QT_QPA_PLATFORM is set. Needs no QGuiApplication.
-bool isDisplayThere();
+/// Those of this environment. Needs no QGuiApplication.
+DisplayFacts presentDisplay();
+
+/// Has the QGuiApplication that is made next connect there, at no more cost than painting in memory needs.
+void prepare(const PlatformChoice& choice);
 
 } // namespace velmora

@@ -197,10 +197,13 @@ int runWindows(int argc, char** argv)
         return std::fputs(versionLine("velmora-ui").c_str(), stdout) < 0;
     if (!Windows::isKnown(wish.window))
         return fail(tr("there is no window \"%1\"", wish.window.toStdString()));
-    if (!isDisplayThere()) return fail(tr("there is no display"));
+    const auto display = choosePlatform(presentDisplay());
+    if (display.platform.isEmpty()) return fail(tr(display.reason.c_str()));
 
     mallopt(M_MMAP_THRESHOLD, largeBlock);
     QtLog::setUp();
+    QtLog().debug("Display", "Windows open on \"" + display.platform.toStdString() + "\". " + display.reason);
+    prepare(display);
     TerminationSignals signals_;
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     QGuiApplication application(argc, argv);

@@ -4,8 +4,10 @@
 #include "windows/Windows.h"
 
 #include "desktop/PanelPlace.h"
+#include "desktop/Taskbar.h"
 #include "wire/ModelFace.h"
 
+#include <QGuiApplication>
 #include <QQmlComponent>
 #include <QQuickWindow>
 #include <QTimer>
@@ -16,6 +18,20 @@
 namespace velmora {
 
 namespace {
+
+void placePanel(QWindow& window, std::optional<QPoint> click)
+{
+    const auto screens = presentScreens();
+    if (!layers::areUsed()) {
+        window.setPosition(panelPlace(click, screens, window.size()));
+        return leaveTaskbar(window);
+    }
+    const auto [screen, place] = panelLayer(click, screens, window.size());
+    window.setScreen(QGuiApplication::screens()[static_cast<qsizetype>(screen)]);
+    layers::put(window, place);
+    layers::setAbove(window, true);
+    layers::takeKeyboard(window);
+}
 
 /// Qt's own name for it: X11 has the window mapped with a user time of zero.
 constexpr auto inactiveProperty = "_q_showWithoutActivating";
@@ -119,7 +135,7 @@ bool Windows::open(const QString& name, std::optional<QPoint> click, bool isLeft
     open_[name].reset(window);
     window->setProperty(inactiveProperty, isLeftInactive);
     if (itsKind->isPanel) {
-        window->setPosition(panelPlace(click, presentScreens(), window->size()));
+        placePanel(*window, click);
         closeOnFocusLoss(name, *window);
     }
     if (!isHeld_) reveal(*window);
