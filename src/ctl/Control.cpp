@@ -36,7 +36,13 @@ ExitStatus print(const std::string& text)
 /// The commands, over a daemon that answers.
 class Control {
 public:
-    explicit Control(const Request& request) : request_(request), link_(loop_, request.patience) {}
+    explicit Control(const Request& request) : request_(request), link_(loop_, request.patience)
+    {
+        link_.onLongWait = [] {
+            const auto text = tr("Still waiting: somebody may have been asked for a password.");
+            std::fprintf(stderr, "velmoractl: %s\n", text.c_str());
+        };
+    }
 
     ExitStatus run()
     {

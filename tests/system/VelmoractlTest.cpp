@@ -152,6 +152,7 @@ TEST_F(VelmoractlTest, SetsTheChargerAndSaysWhatIsInForce)
         "limit 90", [] {}, "setpriv --reuid=65534 --regid=65534 --clear-groups ");
     EXPECT_EQ(refused.status, 1) << refused.said;
     EXPECT_NE(refused.said.find("run it again with sudo"), refused.said.npos) << refused.said;
+    EXPECT_NE(refused.said.find("usermod -aG velmora nobody"), refused.said.npos) << refused.said;
     EXPECT_EQ(end(), 80);
 }
 
@@ -256,6 +257,25 @@ TEST_F(VelmoractlTest, OutlivesADaemonThatHangsRefusesOrTalksNonsense)
         isText = text;
         expectOutcome(words, status, said);
     }
+}
+
+TEST_F(VelmoractlTest, WaitsForAPersonAsLongAsTheDaemonIsThere)
+{
+    std::shared_ptr<sd_bus_message> wish;
+    peer.serve([&](sd_bus_message* call) {
+        const bool isWish = sd_bus_message_is_method_call(call, nullptr, "SetSettings") > 0;
+        if (isWish) wish = dbus::keep(call);
+        if (isWish) return 1;
+        if (wish) { // it asks whether anybody is there: the person has typed
+            const auto answer = dbus::replyTo(wish.get());
+            dbus::append(answer.get(), archived(ChargingSettings{}));
+            dbus::send(answer);
+        }
+        const auto reply = dbus::replyTo(call);
+        dbus::append(reply.get(), ChargerReport{.hasBattery = true, .control = "thresholds"}.archived());
+        return dbus::send(reply);
+    });
+    expectOutcome("limit 80", 0, "Still waiting");
 }
 
 TEST_F(VelmoractlTest, DiagnosesWithoutTellingWhoseLaptopItIs)

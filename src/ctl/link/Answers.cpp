@@ -5,6 +5,7 @@
 
 #include "base/Text.h"
 #include "base/Translation.h"
+#include "base/UserName.h"
 #include "bus/Records.h"
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <functional>
 #include <string_view>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 namespace velmora::ctl {
@@ -46,11 +48,13 @@ Failure failureOf(const sd_bus_error& error)
         return unansweredFailure();
     const auto said = printable(dbus::textOf(error));
     if (isAnyOf(name, {SD_BUS_ERROR_ACCESS_DENIED, SD_BUS_ERROR_AUTH_FAILED,
-                       SD_BUS_ERROR_INTERACTIVE_AUTHORIZATION_REQUIRED}))
+                       SD_BUS_ERROR_INTERACTIVE_AUTHORIZATION_REQUIRED})) {
+        const auto user = localUserName(geteuid());
         return {ExitStatus::failed,
-                tr("Refused: %1. An administrator may do this: run it again with sudo. So "
-                   "may members of the group velmora.",
-                   said)};
+                tr("Refused: %1. An administrator may do this: run it again with sudo. Members of the "
+                   "group velmora may without: sudo usermod -aG velmora %2, from the next log-in on.",
+                   said, user.empty() ? "NAME" : user)};
+    }
     return {ExitStatus::failed, tr("The daemon answers: %1.", said)};
 }
 

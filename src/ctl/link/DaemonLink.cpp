@@ -9,8 +9,10 @@
 #include "wire/ChargerInterface.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 namespace velmora::ctl {
 
@@ -19,6 +21,7 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
+constexpr auto forever = UINT64_MAX;
 constexpr auto settlePatience = 2s;
 constexpr auto settleInterval = 100ms;
 
@@ -74,12 +77,21 @@ std::vector<dbus::Message> DaemonLink::ask(const Calls& calls, std::chrono::seco
     for (std::size_t i = 0; i < calls.size(); ++i)
         pending.push_back(dbus::ask(bus_.get(), calls[i], keepAnswer, &replies[i],
                                     static_cast<std::uint64_t>(std::chrono::microseconds(limit).count())));
-    while (std::ranges::any_of(replies, [](const auto& reply) { return !reply; })) {
+    const auto areAnswered = [&] {
+        return std::ranges::none_of(replies, [](const auto& reply) { return !reply; });
+    };
+    if (!serveUntil(deadline, areAnswered)) throw unansweredFailure();
+    return replies;
+}
+
+bool DaemonLink::serveUntil(Clock::time_point deadline, const std::function<bool()>& isDone)
+{
+    while (!isDone()) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-        if (left <= 0ms) throw unansweredFailure();
+        if (left <= 0ms) return false;
         loop_.runOnce(left);
     }
-    return replies;
+    return true;
 }
 
 dbus::Message DaemonLink::chargerCall() const
@@ -155,12 +167,20 @@ std::vector<KeyedArchive> DaemonLink::actions()
     return readRecords(ask(calls, readPatience).front());
 }
 
+/// An answer that does not come may be a person who types.
 dbus::Message DaemonLink::askToChange(dbus::Message call)
 {
     dbus::check(sd_bus_message_set_allow_interactive_authorization(call.get(), true), "interactive");
-    Calls calls;
-    calls.push_back(std::move(call));
-    return std::move(ask(calls, changePatience).front());
+    Calls wish;
+    wish.push_back(std::move(call));
+    if (patience_) return std::move(ask(wish, *patience_).front());
+    dbus::Message reply;
+    const auto pending = dbus::ask(bus_.get(), wish.front(), keepAnswer, &reply, forever);
+    while (!serveUntil(Clock::now() + readPatience, [&] { return reply != nullptr; })) {
+        if (const auto tell = std::exchange(onLongWait, nullptr)) tell();
+        charger(); // throws where nobody is there any more
+    }
+    return reply;
 }
 
 ChargingSettings DaemonLink::change(const KeyedArchive& changes)

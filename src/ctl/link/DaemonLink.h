@@ -9,6 +9,7 @@
 #include "link/Snapshot.h"
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -20,12 +21,15 @@ namespace velmora::ctl {
 /// What comes back is checked for its type and bounded; texts are as the daemon sent them.
 class DaemonLink {
 public:
-    /// Reading waits for five seconds, a change for as long as somebody may take to enter a password.
+    /// How long reading waits. A change waits for as long as somebody takes to enter a password, and asks
+    /// every five seconds whether the daemon is still there.
     static constexpr std::chrono::seconds readPatience{5};
-    static constexpr std::chrono::seconds changePatience{300};
 
     /// `patience` is for an answer of any kind in place of these. Throws a Failure where there is no bus.
     DaemonLink(EventLoop& loop, std::optional<std::chrono::seconds> patience);
+
+    /// Called once where a change has waited for five seconds.
+    std::function<void()> onLongWait;
 
     Snapshot snapshot();
     /// The same without what takes more questions: batteries and others.
@@ -55,6 +59,7 @@ private:
     /// The answers in the order of the calls; errors among them.
     std::vector<dbus::Message> ask(const Calls& calls, std::chrono::seconds patience);
     dbus::Message askToChange(dbus::Message call);
+    bool serveUntil(std::chrono::steady_clock::time_point deadline, const std::function<bool()>& isDone);
 
     EventLoop& loop_;
     std::optional<std::chrono::seconds> patience_;
