@@ -3,6 +3,8 @@
 
 #include "Shell.h"
 
+#include "base/Utf8.h"
+#include "tray/BatteryPicture.h"
 #include "tray/TrayStateOf.h"
 
 #include <csignal>
@@ -62,10 +64,23 @@ void Shell::serve(sd_bus* bus)
     serve(noticeObject_, wire::face::notice::face, notice_);
     serve(smallWidgetObject_, wire::face::widget::small, smallWidget_);
     serve(mediumWidgetObject_, wire::face::widget::medium, mediumWidget_);
+    serveStatus(bus);
     application_.emplace(bus);
     application_->onActivate = [this](const std::string& token) { startedAgain(token); };
     application_->onWindow = [this](const char* window, const std::string& token) { open(window, token); };
     application_->onQuit = [this] { loop_.stop(); };
+}
+
+void Shell::serveStatus(sd_bus* bus)
+{
+    using namespace wire::face::status;
+    using Value = KeyedArchive::Value;
+    status_.emplace(loop_, bus, face);
+    status_->derive(sentence, [this] { return Value(cleanUtf8(state_.tooltip)); });
+    status_->derive(
+        icon, [this] { return Value(trayIconName(shownPercent(state_.percentage), state_.isCharging)); });
+    status_->derive(takesLimit, [this] { return Value(state_.takesLimit); });
+    status_->serve();
 }
 
 void Shell::wireTray()
@@ -136,7 +151,9 @@ void Shell::showState()
 {
     using enum Freshness;
     const auto freshness = app_.isDaemonMissing() ? stale : hasReading_ ? live : pending;
-    tray_.show(trayStateOf(app_.model(), app_.charger(), freshness));
+    state_ = trayStateOf(app_.model(), app_.charger(), freshness);
+    tray_.show(state_);
+    if (status_) status_->derivedChanged();
 }
 
 namespace {

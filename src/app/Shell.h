@@ -35,6 +35,7 @@ public:
 
 private:
     void serve(sd_bus* bus);
+    void serveStatus(sd_bus* bus);
     void wireTray();
     void open(const char* window, std::string token);
     void togglePanel(std::optional<ScreenPoint> at);
@@ -47,6 +48,8 @@ private:
     App& app_;
     std::optional<ModelObject> model_;
     std::optional<ExportedObject> charger_;
+    TrayState state_;
+    std::optional<ExportedObject> status_;
     std::optional<ExportedObject> installation_;
     VersionNotice notice_;
     std::optional<ExportedObject> noticeObject_;

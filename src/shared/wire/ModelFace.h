@@ -161,6 +161,22 @@ inline constexpr Face face{objectPath, interface, properties};
 
 } // namespace velmora::wire::face::charger
 
+/// What the tray icon says, beside the model, for desktops that show it in a way of their own.
+namespace velmora::wire::face::status {
+
+inline constexpr auto objectPath = "/app/velmora/Status";
+inline constexpr auto interface = "app.velmora.Status";
+
+inline constexpr auto sentence = "sentence"; ///< level and state in the user's language
+inline constexpr auto icon = "icon";         ///< name in the icon theme
+inline constexpr auto takesLimit =
+    "takesLimit"; ///< limit, quick charge and Auto-Protect have an effect here and now
+inline constexpr std::array properties{Property{sentence, "s"}, Property{icon, "s"},
+                                       Property{takesLimit, "b"}};
+inline constexpr Face face{objectPath, interface, properties};
+
+} // namespace velmora::wire::face::status
+
 /// What a person has set about one of the desktop's widgets; see velmora::WidgetSettings.
 namespace velmora::wire::face::widget {
 
