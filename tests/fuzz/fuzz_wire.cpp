@@ -1,15 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "base/Utf8.h"
+#include "FuzzedMessage.h"
 #include "bus/Records.h"
+#include "wire/VelmoraProtocol.h"
 
-#include <algorithm>
-#include <array>
-#include <cstdint>
 #include <cstdlib>
-#include <cstring>
-#include <sys/socket.h>
 
 // Whatever well-formed message a peer composes, reading it as a record ends with a bounded record;
 // and what was read survives being written and read again.
@@ -18,80 +14,12 @@ namespace {
 
 using namespace velmora;
 
-/// The fuzzer's bytes, zeros after their end.
-struct Input {
-    const std::uint8_t* bytes;
-    std::size_t left;
+using fuzz::newMessage;
+using fuzz::seal;
 
-    template <typename T>
-    T take()
-    {
-        T value{};
-        const std::size_t taken = std::min(left, sizeof value);
-        std::memcpy(&value, bytes, taken);
-        bytes += taken;
-        left -= taken;
-        return value;
-    }
-
-    std::string text()
-    {
-        constexpr std::array keys{"percentage",       "isCharging",      "powerSource",
-                                  "timeToEmpty",      "timestamp",       "customChargeLimit",
-                                  "customHysteresis", "lowBatteryLimit", "notifyOnHeat"};
-        const auto choice = take<std::uint8_t>();
-        if (choice < keys.size()) return keys[choice];
-        std::string raw(choice > 250 ? 5'000 : choice, take<char>());
-        for (std::size_t i = 0; i < raw.size() && left > 0; ++i) raw[i] = take<char>();
-        return cleanUtf8(raw); // the bus lets nothing else through
-    }
-};
-
-dbus::Message newMessage()
-{
-    static sd_bus* const bus = [] {
-        std::array<int, 2> ends{};
-        sd_bus* made = nullptr;
-        dbus::check(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), "pair");
-        dbus::check(sd_bus_new(&made), "new");
-        dbus::check(sd_bus_set_fd(made, ends[0], ends[0]), "descriptor");
-        dbus::check(sd_bus_start(made), "start");
-        return made;
-    }();
-    sd_bus_message* message = nullptr;
-    dbus::check(sd_bus_message_new_signal(bus, &message, "/a", "a.b", "c"), "message");
-    return dbus::Message(message);
-}
-
-void fillVariant(sd_bus_message* message, Input& input)
-{
-    constexpr std::array types{"b", "x", "d", "s", "y", "i"};
-    const std::string type = types[input.take<std::uint8_t>() % types.size()];
-    const auto text = type == "s" ? input.text() : "";
-    const auto bits = input.take<std::uint64_t>() & (type == "b" ? 1 : ~0ULL);
-    sd_bus_message_open_container(message, 'v', type.c_str());
-    sd_bus_message_append_basic(message, type[0],
-                                type == "s" ? static_cast<const void*>(text.c_str()) : &bits);
-    sd_bus_message_close_container(message);
-}
-
-void fillRecord(sd_bus_message* message, Input& input)
-{
-    sd_bus_message_open_container(message, 'a', "{sv}");
-    while (input.left > 0) {
-        sd_bus_message_open_container(message, 'e', "sv");
-        sd_bus_message_append_basic(message, 's', input.text().c_str());
-        fillVariant(message, input);
-        sd_bus_message_close_container(message);
-    }
-    sd_bus_message_close_container(message);
-}
-
-void seal(const dbus::Message& message)
-{
-    dbus::check(sd_bus_message_seal(message.get(), 1, 0), "seal");
-    dbus::check(sd_bus_message_rewind(message.get(), true), "rewind");
-}
+constexpr std::array keys{"percentage",       "isCharging",      "powerSource",
+                          "timeToEmpty",      "timestamp",       "customChargeLimit",
+                          "customHysteresis", "lowBatteryLimit", "notifyOnHeat"};
 
 KeyedArchive sealedAndRead(const dbus::Message& message)
 {
@@ -139,9 +67,9 @@ void requireSaneSettings(const KeyedArchive& archive)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
-    Input input{bytes, size};
+    fuzz::Input input{bytes, size};
     const auto message = newMessage();
-    fillRecord(message.get(), input);
+    fuzz::fillRecord(message.get(), input, keys);
     const auto archive = sealedAndRead(message);
     if (!isBounded(archive)) std::abort();
     requireSurvival(HSBatteryState(archive));
