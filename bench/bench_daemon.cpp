@@ -354,6 +354,9 @@ void measureCommands(const std::string& bin, const Plan& plan)
     const auto theirs = commandTime({"/usr/bin/upower", "-i", "/org/freedesktop/UPower/devices/battery_BAT0"},
                                     plan.quietEvents);
     print({"velmoractl status; upower -i, p50", "ms", ours, theirs, std::nullopt, std::nullopt, 1});
+    const auto* const tlpStat = std::getenv("VELMORA_TLP_STAT"); // no daemon: it reads the files itself
+    const auto read = tlpStat ? commandTime({tlpStat, "-b"}, plan.quietEvents) : std::nullopt;
+    print({"velmoractl status; tlp-stat -b, p50", "ms", ours, read, std::nullopt, std::nullopt, 1});
 }
 
 void report(const Lanes& lanes)

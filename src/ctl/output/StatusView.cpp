@@ -129,7 +129,8 @@ std::string lastActionText(const ChargerReport& charger)
 void addCharger(Lines& lines, const Snapshot& now, const Situation& situation)
 {
     const auto& settings = now.settings;
-    lines.add(tr("Limit"), charger::limitEffect(situation));
+    const auto effect = charger::limitEffect(situation);
+    if (effect != charger::limiterText(situation)) lines.add(tr("Limit"), effect);
     lines.add("", charger::startEffect(situation, settings.customChargeLimit, settings.customHysteresis));
     lines.add(tr("Auto-Protect"), settings.isAppleRecommendedMode
                                       ? tr("on, at %1", panel::percentageText(settings.customChargeLimit))
