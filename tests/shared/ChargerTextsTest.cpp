@@ -201,6 +201,20 @@ TEST(ChargerTexts, EveryRefusalThatConcernsAPersonIsASentenceOfItsOwn)
     EXPECT_EQ(charger::refusalText(""), "");
 }
 
+TEST(ChargerTexts, TheSwitchOfAutoProtectSaysToWhatItLimits)
+{
+    const std::pair<std::optional<ChargerReport>, const char*> cases[] = {
+        {std::nullopt, "Limit to 90% charge"},
+        {at80, "Limit to 90% charge"},
+        {fixedAt("55-60"), "Limit to 55-60% charge"},
+        {fixedAt("55-60 or 80"), "Limit to 55-60% or 80% charge"},
+        {fixedAt("unknown"), "Limit chosen by the firmware"},
+        {fixedAt("", "off", 100), "Limit chosen by the firmware"},
+    };
+    for (const auto& [charger, caption] : cases)
+        EXPECT_EQ(charger::limitCaption({.limit = 90, .charger = charger}), caption);
+}
+
 TEST(DashboardTexts, StatusLineTellsTheTimesThatAreKnown)
 {
     const std::tuple<bool, bool, std::int64_t, std::int64_t, std::int64_t, const char*> cases[] = {

@@ -300,6 +300,16 @@ std::string reason(std::string_view mode, std::optional<int> end, std::optional<
                : tr("Auto-Protect is on: charging stops at %1 and begins again below %2.", limit, resume);
 }
 
+std::string limitCaption(const Situation& now)
+{
+    const bool isFixed =
+        !now.isSimulated && now.charger && now.charger->control == ChargerReport::Control::fixedLimit;
+    if (!isFixed) return panel::limitCaption(now.limit);
+    const auto* limit = fixedLimit(now.charger->fixedLimit);
+    const bool isKnown = limit && limit != &fixedLimits.back();
+    return isKnown ? tr("Limit to %1 charge", levelText(limit->text)) : tr("Limit chosen by the firmware");
+}
+
 std::string limiterText(const Situation& now)
 {
     if (const auto why = obstacle(now)) return *why;

@@ -30,6 +30,10 @@ std::string reason(std::string_view mode, std::optional<int> end, std::optional<
 /// A text of `FixedLimit` in words that stand for a percentage: "55-60%".
 std::string levelText(std::string_view fixedLimit);
 
+/// Below the switch of Auto-Protect: the limit that the user asked for, or what stands in for it where the
+/// laptop has a limit of its own.
+std::string limitCaption(const Situation& now);
+
 /// What the limiter does right now, and why; a sentence.
 std::string limiterText(const Situation& now);
 

@@ -52,7 +52,7 @@ ThemeColor degradationColor(std::optional<double> rate);
 std::string thermalText(ThermalMonitorService::ThermalState state);
 ThemeColor thermalColor(ThermalMonitorService::ThermalState state);
 
-/// Below the switch that holds the charge at `limit` percent.
+/// Of a limit in percent; see charger::limitCaption.
 std::string limitCaption(double limit);
 
 /// A charge limit to choose.

@@ -52,6 +52,7 @@ class RemoteModel : public velmora::RemoteObject {
     // What the values say; see dashboard.
     Q_PROPERTY(QString statusLine READ statusLine NOTIFY changed)
     Q_PROPERTY(QString limiterText READ limiterText NOTIFY changed)
+    Q_PROPERTY(QString limitCaption READ limitCaption NOTIFY changed)
     Q_PROPERTY(QString limitEffect READ limitEffect NOTIFY changed)
     Q_PROPERTY(QString refusalText READ refusalText NOTIFY changed) ///< empty: nothing was refused
     Q_PROPERTY(bool hasLimiter READ hasLimiter NOTIFY changed)
@@ -88,6 +89,7 @@ public:
 
     QString statusLine() const { return said(dashboard::statusLine); }
     QString limiterText() const { return said(dashboard::limiterText); }
+    QString limitCaption() const { return said(charger::limitCaption); }
     QString limitEffect() const { return said(dashboard::limitEffect); }
     QString refusalText() const;
     /// Software can limit charging here, and the daemon is there to do it.

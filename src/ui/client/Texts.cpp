@@ -70,11 +70,6 @@ QString Texts::thermalColor(const QString& thermalState) const
     return text(panel::thermalColor(thermal(thermalState)));
 }
 
-QString Texts::limitCaption(double limit) const
-{
-    return text(panel::limitCaption(limit));
-}
-
 QVariantList Texts::thresholds() const
 {
     QVariantList list;

@@ -38,8 +38,6 @@ public:
     Q_INVOKABLE QString thermalText(const QString& thermalState) const;
     Q_INVOKABLE QString thermalColor(const QString& thermalState) const;
 
-    Q_INVOKABLE QString limitCaption(double limit) const;
-
     /// The component that shows a page of the dashboard; empty where there is no such page.
     Q_INVOKABLE QString pageView(const QString& identifier) const;
 

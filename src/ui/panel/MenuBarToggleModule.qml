@@ -33,7 +33,7 @@ PodBackground {
             Layout.fillWidth: true
             text: qsTr("Auto-Protect")
             font: Theme.font(13, Font.Normal)
-            caption: Texts.limitCaption(module.battery.customChargeLimit)
+            caption: module.battery.limitCaption
             captionFont: Theme.font(11, Font.Normal)
             isOn: module.autoProtect
             onFlipped: on => module.battery.set("isAppleRecommendedModeEnabled", on)
