@@ -9,7 +9,8 @@ screen_packages=(xvfb xauth) # where there is no display
 picture_packages=(imagemagick xdotool) # for a picture of it with the panel that a click opens
 tray_programs=(cbatticon fdpowermon lxqt-powermanagement xfce4-power-manager) # what Velmora is measured beside
 test_packages=(libgtest-dev libgmock-dev python3 xvfb xauth xdotool at-spi2-core gir1.2-atspi-2.0 python3-gi
-    openbox tint2 systemd polkitd)
+    openbox tint2 systemd polkitd appstream desktop-file-utils)
+machine_packages=(mmdebstrap systemd-container) # for a fresh Debian with a systemd of its own
 case $(. /etc/os-release && echo "${VERSION_ID-}") in
     12) clang=14 test_packages+=(clang-format-14) ;; # the one version that the format is checked with
     *) clang=19 ;;
@@ -44,7 +45,7 @@ need() {
 # Installs what debian/control says that the packages are built with.
 need_to_build_packages() {
     local missing
-    missing=$(dpkg-checkbuilddeps 2>&1) || apt_get "${missing#*: }" build-dep ./
+    missing=$(dpkg-checkbuilddeps 2>&1) || apt_get "${missing##*: }" build-dep ./
 }
 
 # apt_get WHAT COMMAND... : that command of apt-get, which installs WHAT.
