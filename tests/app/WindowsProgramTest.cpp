@@ -62,8 +62,14 @@ struct WindowsProgramTest : SessionTest {
     int told(sd_bus_message* call)
     {
         const char* window = nullptr;
-        dbus::check(sd_bus_message_read(call, "s", &window), "read");
-        calls.push_back(std::string(sd_bus_message_get_member(call)) + " " + window);
+        const char* token = "";
+        int x = 0, y = 0;
+        const std::string method = sd_bus_message_get_member(call);
+        if (method == "Toggle")
+            dbus::check(sd_bus_message_read(call, "siis", &window, &x, &y, &token), "read");
+        else
+            dbus::check(sd_bus_message_read(call, "ss", &window, &token), "read");
+        calls.push_back(method + " " + window + (*token ? std::string(" by ") + token : ""));
         return sd_bus_reply_method_return(call, nullptr);
     }
 
@@ -88,14 +94,14 @@ TEST_F(WindowsProgramTest, IsStartedOnceAndToldOfTheRest)
     windows->request(click());
     ASSERT_TRUE(wasStarted("--toggle panel --at 1269,14 leave\n"));
     windows->request(click());
-    windows->request({.window = "dashboard"});
+    windows->request({.window = "dashboard", .token = "a menu's leave"});
     pose();
     ASSERT_TRUE(eventually([&] { return calls.size() == 1; }));
     ASSERT_TRUE(eventually([&] { // once the answer is there
         windows->request(click());
         return calls.size() == 2;
     }));
-    EXPECT_EQ(calls, (std::vector<std::string>{"Show dashboard", "Toggle panel"}))
+    EXPECT_EQ(calls, (std::vector<std::string>{"Show dashboard by a menu's leave", "Toggle panel by leave"}))
         << "an impatient second click closes nothing";
     EXPECT_TRUE(wasStarted("--toggle panel --at 1269,14 leave\n"));
     EXPECT_TRUE(isRunning());
@@ -112,7 +118,8 @@ TEST_F(WindowsProgramTest, IsToldOfAllThatWereAskedForWhileItStarted)
     ASSERT_TRUE(wasStarted("--show widget-small \n"));
     pose();
     ASSERT_TRUE(eventually([&] { return calls.size() == 3; }));
-    EXPECT_EQ(calls, (std::vector<std::string>{"Show dashboard", "Show widget-medium", "Toggle panel"}));
+    EXPECT_EQ(calls,
+              (std::vector<std::string>{"Show dashboard", "Show widget-medium", "Toggle panel by leave"}));
 }
 
 TEST_F(WindowsProgramTest, OneThatEndsOrCannotBeStartedIsNamedAndTriedAgainAtTheNextRequest)

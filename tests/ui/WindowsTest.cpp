@@ -152,10 +152,10 @@ struct Program : testing::Test {
 TEST_F(Program, ASecondOneHasTheFirstDoWhatIsWanted)
 {
     open();
-    EXPECT_EQ(ask("Show", {"cellar"}), "InvalidArgs");
+    EXPECT_EQ(ask("Show", {"cellar", ""}), "InvalidArgs");
     EXPECT_EQ(ask("Show", {1}), "UnknownMethod");
     EXPECT_EQ(ask("Toggle", {"panel"}), "UnknownMethod");
-    EXPECT_EQ(ask("Show", {QString(100'000, 'x')}), "InvalidArgs");
+    EXPECT_EQ(ask("Show", {QString(100'000, 'x'), ""}), "InvalidArgs");
     start(second, "--show panel");
     EXPECT_EQ(end(second), 0);
     EXPECT_EQ(first.state(), QProcess::Running);

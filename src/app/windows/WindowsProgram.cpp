@@ -104,6 +104,7 @@ void WindowsProgram::tell(const WindowRequest& request)
     dbus::check(sd_bus_message_append(made, "s", window.c_str()), "append");
     const auto place = at.value_or(ScreenPoint{-1, -1});
     if (isToggle) dbus::check(sd_bus_message_append(made, "ii", place.x, place.y), "append");
+    if (isToggle || takesFocus) dbus::check(sd_bus_message_append(made, "s", token.c_str()), "append");
     if (sd_bus_call_async(bus_, &slot, made, dbus::serve<WindowsProgram, &WindowsProgram::answered>, this,
                           answerPatience) < 0)
         return; // a lost bus was logged when it was lost

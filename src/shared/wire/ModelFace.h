@@ -201,13 +201,14 @@ inline constexpr auto serviceName = "app.velmora.Windows";
 inline constexpr auto objectPath = "/app/velmora/Windows";
 inline constexpr auto interface = "app.velmora.Windows";
 
-/// Show(s window): opens the window, or brings it to the front.
+/// Show(s window, s token): opens the window, or brings it to the front. With the token, which the desktop
+/// gave for the click, a compositor lets it take the focus; empty where there is none.
 inline constexpr auto show = "Show";
 /// ShowInactive(s window): opens the window and leaves the focus where it is; one that is open stays as it
 /// is.
 inline constexpr auto showInactive = "ShowInactive";
-/// Toggle(s window, i x, i y): a click at that place of the screen (pixels of the root window) opens the
-/// window there, or closes it.
+/// Toggle(s window, i x, i y, s token): a click at that place of the screen (pixels of the root window) opens
+/// the window there, or closes it.
 inline constexpr auto toggle = "Toggle";
 
 inline constexpr auto panel = "panel";

@@ -27,6 +27,9 @@ const auto colorScheme = QStringLiteral("color-scheme");
 const auto textSpace = QStringLiteral("org.gnome.desktop.interface");
 const auto textScale = QStringLiteral("text-scaling-factor");
 
+constexpr QRgb darkFrame = 0xff2d2d2d;
+constexpr QRgb lightFrame = 0xffefefef;
+
 constexpr int portalPatience = 1'000; // ms; nothing blocks on it, a late answer still counts
 
 /// `Read` wraps its answer in one variant too many.
@@ -52,6 +55,8 @@ Appearance::Appearance(QObject* parent, const QDBusConnection& bus)
     isOverridden_ = override == "light" || override == "dark";
     if (isOverridden_) preference_ = override == "dark";
     qGuiApp->installEventFilter(this);
+    connect(this, &Appearance::changed, this, &Appearance::colourFrames);
+    colourFrames();
     if (!bus.isConnected()) return;
     qRegisterMetaType<QDBusVariant>(); // the slot's parameter is looked up by its name
     QDBusConnection(bus).connect(service, path, interface, QStringLiteral("SettingChanged"), this,
@@ -69,6 +74,16 @@ bool Appearance::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::ApplicationPaletteChange) Q_EMIT changed();
     return QObject::eventFilter(watched, event);
+}
+
+/// Qt draws a frame where the compositor draws none, as on GNOME without XWayland, in the palette's colours.
+void Appearance::colourFrames()
+{
+    if (framesFor_ == preference_) return;
+    framesFor_ = preference_; // first: a new palette is news to this, too
+    QGuiApplication::setPalette(!preference_   ? QPalette()
+                                : *preference_ ? QPalette(darkFrame)
+                                               : QPalette(lightFrame));
 }
 
 void Appearance::setOpaque()

@@ -51,9 +51,11 @@ private Q_SLOTS:
 
 private:
     void ask(const QDBusConnection& bus, const QString& space, const QString& key);
+    void colourFrames();
     void take(const QString& space, const QString& key, const QVariant& value);
 
     std::optional<bool> preference_; ///< dark, light; nothing where the palette decides
+    std::optional<bool> framesFor_;  ///< the preference that frames are coloured for
     bool isOverridden_ = false;
     double fontScale_ = 1;
     bool translucent_;

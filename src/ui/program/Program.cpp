@@ -11,6 +11,7 @@
 #include "client/Widgets.h"
 #include "desktop/Appearance.h"
 #include "desktop/Display.h"
+#include "desktop/Identity.h"
 #include "program/CoreTranslator.h"
 #include "program/NoHaptics.h"
 #include "program/Requests.h"
@@ -65,13 +66,16 @@ const char* methodFor(CommandLine::Command command)
 int forward(const QDBusConnection& bus, const CommandLine& wish)
 {
     using namespace wire::windows;
-    const bool isToggle = wish.command == CommandLine::Command::toggle;
     auto call = QDBusMessage::createMethodCall(
         QString::fromLatin1(serviceName), QString::fromLatin1(objectPath), QString::fromLatin1(interface),
         QString::fromLatin1(methodFor(wish.command)));
     call.setAutoStartService(false);
+    QVariantList arguments{wish.window};
     const auto place = wish.click.value_or(QPoint(-1, -1));
-    call.setArguments(isToggle ? QVariantList{wish.window, place.x(), place.y()} : QVariantList{wish.window});
+    if (wish.command == CommandLine::Command::toggle) arguments << place.x() << place.y();
+    if (wish.command != CommandLine::Command::showInactive)
+        arguments << qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+    call.setArguments(arguments);
     const auto reply = bus.call(call, QDBus::Block, forwardPatience);
     return reply.type() == QDBusMessage::ErrorMessage ? fail(reply.errorMessage().toStdString()) : 0;
 }
@@ -207,7 +211,7 @@ int runWindows(int argc, char** argv)
     TerminationSignals signals_;
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     QGuiApplication application(argc, argv);
-    QGuiApplication::setDesktopFileName(QString::fromLatin1(wire::face::serviceName));
+    identifyWindows();
     QGuiApplication::setQuitOnLastWindowClosed(false); // a click on its way may mean the window that closed
     CoreTranslator translator;
     QGuiApplication::installTranslator(&translator);

@@ -13,6 +13,17 @@ namespace velmora {
 namespace {
 
 constexpr int quotable = 64; // characters of an unknown name that are quoted
+constexpr int longestToken = 512;
+
+/// Qt takes the token for the window that is activated next from here, as it does at a program's start.
+void giveLeave(const QString& token)
+{
+    const bool isUsable = !token.isEmpty() && token.size() <= longestToken && !token.contains(QChar(0));
+    if (isUsable)
+        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+    else
+        qunsetenv("XDG_ACTIVATION_TOKEN");
+}
 
 } // namespace
 
@@ -29,9 +40,11 @@ std::optional<QPoint> WindowsService::place(int x, int y)
     return x < 0 || y < 0 ? std::nullopt : std::optional(QPoint(x, y));
 }
 
-void WindowsService::Show(const QString& window)
+void WindowsService::Show(const QString& window, const QString& token)
 {
-    if (!refusesUnknown(window)) answer(windows_.show(window));
+    if (refusesUnknown(window)) return;
+    giveLeave(token);
+    answer(windows_.show(window));
 }
 
 void WindowsService::ShowInactive(const QString& window)
@@ -39,9 +52,11 @@ void WindowsService::ShowInactive(const QString& window)
     if (!refusesUnknown(window)) answer(windows_.showInactive(window));
 }
 
-void WindowsService::Toggle(const QString& window, int x, int y)
+void WindowsService::Toggle(const QString& window, int x, int y, const QString& token)
 {
-    if (!refusesUnknown(window)) answer(windows_.toggle(window, place(x, y)));
+    if (refusesUnknown(window)) return;
+    giveLeave(token);
+    answer(windows_.toggle(window, place(x, y)));
 }
 
 bool WindowsService::refusesUnknown(const QString& window) const

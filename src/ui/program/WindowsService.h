@@ -24,9 +24,9 @@ public:
     static std::optional<QPoint> place(int x, int y);
 
 public Q_SLOTS:
-    Q_SCRIPTABLE void Show(const QString& window);
+    Q_SCRIPTABLE void Show(const QString& window, const QString& token);
     Q_SCRIPTABLE void ShowInactive(const QString& window);
-    Q_SCRIPTABLE void Toggle(const QString& window, int x, int y);
+    Q_SCRIPTABLE void Toggle(const QString& window, int x, int y, const QString& token);
 
 private:
     bool refusesUnknown(const QString& window) const;
