@@ -13,7 +13,7 @@ test_packages=(libgtest-dev libgmock-dev python3 xvfb xauth xdotool at-spi2-core
 machine_packages=(mmdebstrap systemd-container) # for a fresh Debian with a systemd of its own
 case $(. /etc/os-release && echo "${VERSION_ID-}") in
     12) clang=14 test_packages+=(clang-format-14) ;; # the one version that the format is checked with
-    *) clang=19 build_packages+=(liblayershellqtinterface-dev libwayland-dev) ;; # before, it was Qt 5's
+    *) clang=19 build_packages+=(liblayershellqtinterface-dev libwayland-dev) run_packages+=(layer-shell-qt) ;; # before, it was Qt 5's
 esac
 clang_packages=(clang "libclang-rt-$clang-dev")
 all_packages=("${clang_packages[@]}" clang-tidy)
