@@ -35,6 +35,17 @@ TEST_F(DaemonObjectTest, AnnouncesWhatChangedAboutTheChargerAndNothingElse)
     expected.encode("EndThreshold", std::int64_t{60});
     expected.encode("LastAction", "wrote ? 60");
     EXPECT_EQ(news, std::vector{expected});
+
+    // What somebody was told in between is taken back by an announcement.
+    service.report.endThreshold = 100;
+    const auto question = listener.call(wire::objectPath, "org.freedesktop.DBus.Properties", "GetAll");
+    sd_bus_message_append(question.get(), "s", ChargerReport::interface);
+    const auto told = ChargerReport::unarchived(dbus::readArchive(answer(listener.bus(), question).get()));
+    EXPECT_EQ(told.endThreshold, 100);
+    service.report.endThreshold = 60;
+    daemon->charger().changed(service.report);
+    ASSERT_TRUE(eventually([&] { return news.size() >= 3; }));
+    EXPECT_EQ(news.back().decodeInteger("EndThreshold", 0), 60);
 }
 
 TEST_F(DaemonObjectTest, ShowsABatteryAsLongAsItIsThereAndOfItWhatIsKnown)

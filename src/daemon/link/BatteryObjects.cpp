@@ -102,8 +102,9 @@ int BatteryObjects::propertiesAsked(sd_bus_message* call)
 void BatteryObjects::answerObjects(sd_bus_message* call)
 {
     const auto reply = dbus::replyTo(call);
+    changed(service_.batteries()); // nobody is told what is not announced
     dbus::check(sd_bus_message_open_container(reply.get(), 'a', "{oa{sa{sv}}}"), "open objects");
-    for (const auto& [path, battery] : objects(service_.batteries())) {
+    for (const auto& [path, battery] : announced_) {
         dbus::check(sd_bus_message_open_container(reply.get(), 'e', "oa{sa{sv}}"), "open an object");
         dbus::check(sd_bus_message_append(reply.get(), "o", path.c_str()), "append");
         appendInterfaces(reply.get(), battery);
@@ -131,9 +132,9 @@ void BatteryObjects::answerIntrospection(sd_bus_message* call)
 /// All of them without a name.
 void BatteryObjects::answerProperties(sd_bus_message* call, const std::string& name)
 {
-    const auto known = objects(service_.batteries());
-    const auto battery = known.find(sd_bus_message_get_path(call));
-    if (battery == known.end()) {
+    changed(service_.batteries());
+    const auto battery = announced_.find(sd_bus_message_get_path(call));
+    if (battery == announced_.end()) {
         sd_bus_reply_method_errorf(call, SD_BUS_ERROR_UNKNOWN_OBJECT, "no such battery");
         return;
     }

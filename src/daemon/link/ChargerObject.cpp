@@ -113,11 +113,13 @@ int ChargerObject::propertiesAsked(sd_bus_message* call)
     });
 }
 
-/// All of them without a name.
+/// All of them without a name. Nobody is told what is not announced: who was would miss it when the next
+/// report is as the last announced one.
 void ChargerObject::answerProperties(sd_bus_message* call, const std::string& name)
 {
     const auto reply = dbus::replyTo(call);
-    const KeyedArchive report = service_.charger().archived();
+    changed(service_.charger());
+    const KeyedArchive& report = announced_;
     const auto* value = name.empty() ? nullptr : report.find(name);
     if (value) {
         const char type[] = {dbus::typeOf(*value), '\0'};
@@ -134,8 +136,9 @@ void ChargerObject::answerProperties(sd_bus_message* call, const std::string& na
 int ChargerObject::property(sd_bus*, const char*, const char*, const char* name, sd_bus_message* reply,
                             void* self, sd_bus_error* error) noexcept
 try {
-    const KeyedArchive report = static_cast<ChargerObject*>(self)->service_.charger().archived();
-    const auto* value = report.find(name);
+    auto& object = *static_cast<ChargerObject*>(self);
+    object.changed(object.service_.charger());
+    const auto* value = object.announced_.find(name);
     if (!value) return sd_bus_error_set(error, SD_BUS_ERROR_UNKNOWN_PROPERTY, name);
     dbus::append(reply, *value);
     return 0;
