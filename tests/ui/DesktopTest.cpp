@@ -65,6 +65,7 @@ TEST(Platform, DoesNotWakeAnXWaylandThatItDoesNotNeed)
 TEST(PanelLayer, IsAtTheEdgeOfTheBarThatWasClicked)
 {
     const ScreenArea left{{0, 0, 1280, 800}, {0, 0, 1280, 800}};
+    const ScreenArea dense{{0, 0, 1280, 800}, {0, 0, 1280, 800}, 2};
     const ScreenArea right{{1280, 0, 1920, 1080}, {1280, 0, 1920, 1080}};
     const std::tuple<const char*, std::optional<QPoint>, PanelLayer> cases[] = {
         {"bar above", {{640, 10}}, {0, {Qt::TopEdge | Qt::LeftEdge, {480, 8, 8, 8}}}},
@@ -77,6 +78,10 @@ TEST(PanelLayer, IsAtTheEdgeOfTheBarThatWasClicked)
     };
     for (const auto& [what, click, place] : cases)
         EXPECT_EQ(panelLayer(click, {left, right}, {320, 450}), place) << what;
+    const PanelLayer below{0, {Qt::BottomEdge | Qt::LeftEdge, {944, 8, 8, 8}}};
+    EXPECT_EQ(panelLayer(QPoint(1104, 772), {dense}, {320, 450}), below);
+    EXPECT_EQ(panelLayer(QPoint(1656, 1158), {dense}, {320, 450}), below) << "in pixels, at 150 %";
+    EXPECT_EQ(panelLayer(QPoint(2208, 1544), {dense}, {320, 450}), below) << "in pixels, at 200 %";
 }
 
 } // namespace

@@ -98,8 +98,10 @@ QPoint panelPlace(std::optional<QPoint> click, const std::vector<ScreenArea>& sc
             fitted(wanted.y(), room.top(), room.bottom() + 1, panel.height())};
 }
 
-PanelLayer panelLayer(std::optional<QPoint> click, const std::vector<ScreenArea>& screens, QSize panel)
+PanelLayer panelLayer(std::optional<QPoint> click, std::vector<ScreenArea> screens, QSize panel)
 {
+    // Qt rounds a screen's scale up here, and hosts differ in whether they count by it.
+    for (auto& screen : screens) screen.scale = 1;
     const auto& [screen, at] = iconAt(click, screens);
     const auto index = static_cast<std::size_t>(&screen - screens.data());
     const auto edge = at ? edgeAt(*at, screen.geometry) : Qt::TopEdge;

@@ -30,6 +30,6 @@ struct PanelLayer {
 
     bool operator==(const PanelLayer&) const = default;
 };
-PanelLayer panelLayer(std::optional<QPoint> click, const std::vector<ScreenArea>& screens, QSize panel);
+PanelLayer panelLayer(std::optional<QPoint> click, std::vector<ScreenArea> screens, QSize panel);
 
 } // namespace velmora
