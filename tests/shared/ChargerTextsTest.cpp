@@ -94,8 +94,14 @@ TEST(ChargerTexts, TrayWidgetsAndPagesAgree)
         {{.percentage = 70, .isCharging = true, .timeToFull = 65, .timeToLimit = 20, .charger = uncontrolled},
          std::string("70%, charging, 1h 5m to full | Charging: 1h 5m to full | ") + noControl},
         {{.percentage = 57, .charger = fixedAt("55-60", "auto-protect", 60)},
-         "57%, plugged in, charging begins again below 55% | Plugged in | "
-         "Resting: plugged in, and charging begins again below 55%."},
+         "57%, plugged in, held at the limit of 55-60% | Limit reached | "
+         "Holding at 55-60%: plugged in, limit reached."},
+        {{.percentage = 70, .charger = fixedAt("55-60", "auto-protect", 60)},
+         "70%, plugged in, above the limit of 55-60% | Above the limit | "
+         "Not charging: the battery is above the limit of 55-60%."},
+        {{.percentage = 85, .charger = fixedAt("55-60 or 80")},
+         "85%, plugged in, held by the firmware's own limit | Limit reached | "
+         "Holding: plugged in, the firmware's own limit is reached."},
         {{.percentage = 70, .isCharging = true, .timeToLimit = 20, .charger = fixedAt("55-60 or 80")},
          "70%, charging to 55-60% or 80% | Charging to 55-60% or 80% | "
          "Charging to 55-60% or 80%: Auto-Protect is on."},

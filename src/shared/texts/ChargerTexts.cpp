@@ -8,6 +8,7 @@
 #include "wire/ChargerInterface.h"
 #include "wire/FixedLimit.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -40,9 +41,12 @@ bool isLimiting(Rule rule)
 /// What is in force.
 struct Order {
     Rule rule = Rule::none;
-    double limit = 100;  ///< percent; 100: none, negative: not known
-    double resume = -1;  ///< percent; negative: not known
-    std::string words{}; ///< for a limit that is no single number
+    double limit = 100; ///< percent; 100: none, negative: not known
+    double resume = -1; ///< percent; negative: not known
+    // For a limit that is no single number:
+    double reached = 100; ///< percent; from here on, too, a battery that is not charged is held
+    std::string words{};  ///< that stand for the number
+    bool isExact = true;  ///< false where it is one of several
 
     std::string limitText() const { return words.empty() ? percent(limit) : words; }
 };
@@ -67,7 +71,9 @@ Order fixedOrder(Rule rule, const ChargerReport& charger)
     return {.rule = rule,
             .limit = static_cast<double>(limit.end),
             .resume = isUnknown ? -1 : static_cast<double>(limit.start),
-            .words = limit.text == "80" ? "" : levelText(limit.text)};
+            .reached = static_cast<double>(isUnknown || limit.start < 0 ? limit.end : limit.start),
+            .words = limit.text == "80" ? "" : levelText(limit.text),
+            .isExact = limit.isExact};
 }
 
 Order orderOf(const ChargerReport& charger)
@@ -113,8 +119,8 @@ Activity activityOf(const Situation& now, const Order& order)
     if (now.isCharging) return isHeld && now.percentage >= order.limit ? chargingPastLimit : charging;
     if (order.rule == Rule::paused) return paused;
     if (!isHeld) return now.percentage >= fullLevel ? full : notCharging;
-    if (now.percentage >= order.limit + 1) return aboveLimit;
-    if (now.percentage >= order.limit) return limitReached;
+    if (order.isExact && now.percentage >= order.limit + 1) return aboveLimit;
+    if (now.percentage >= std::min(order.limit, order.reached)) return limitReached;
     return order.resume < 0 || now.percentage >= order.resume ? resting : notCharging;
 }
 
@@ -182,7 +188,8 @@ std::string activityText(const Situation& now, const Order& order)
     case Activity::aboveLimit:
         return tr("Not charging: the battery is above the limit of %1.", limit);
     case Activity::limitReached:
-        return tr("Holding at %1: plugged in, limit reached.", limit);
+        return order.isExact ? tr("Holding at %1: plugged in, limit reached.", limit)
+                             : tr("Holding: plugged in, the firmware's own limit is reached.");
     case Activity::resting:
         return order.resume < 0
                    ? tr("Resting: plugged in, and the firmware decides when charging begins again.")
@@ -244,7 +251,8 @@ std::string batteryTooltip(const Situation& now, const Order& order)
     case Activity::aboveLimit:
         return tr("%1, plugged in, above the limit of %2", level, limit);
     case Activity::limitReached:
-        return tr("%1, plugged in, held at the limit of %2", level, limit);
+        return order.isExact ? tr("%1, plugged in, held at the limit of %2", level, limit)
+                             : tr("%1, plugged in, held by the firmware's own limit", level);
     case Activity::resting:
         if (order.resume >= 0)
             return tr("%1, plugged in, charging begins again below %2", level, percent(order.resume));
