@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string_view>
 #include <sys/epoll.h>
+#include <utility>
 
 namespace velmora {
 
@@ -119,11 +120,17 @@ void TrayBar::draw()
     xcb_flush(connection_.get());
 }
 
+void TrayBar::exposed()
+{
+    draw();
+    if (const auto handler = std::exchange(onShown, nullptr)) handler();
+}
+
 void TrayBar::read()
 {
     while (const Owned<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
         const auto type = event->response_type & 0x7fU; // the highest bit: sent by a client
-        if (type == XCB_EXPOSE) draw();
+        if (type == XCB_EXPOSE) exposed();
         if (type == XCB_BUTTON_PRESS && onClick) {
             const auto* press = reinterpret_cast<const xcb_button_press_event_t*>(event.get());
             onClick(press->detail, press->root_x, press->root_y);

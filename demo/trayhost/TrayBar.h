@@ -32,6 +32,9 @@ public:
     /// out.
     void show(const std::vector<const TrayPicture*>& pictures);
 
+    /// Called once, when it is on the screen; a window manager may take its time for that, and before it a
+    /// click would go to what is below.
+    std::function<void()> onShown;
     /// A button of the pointer, 1 for the left one, at that place of the screen.
     std::function<void(std::uint8_t button, int x, int y)> onClick;
     /// The X server is gone.
@@ -41,6 +44,7 @@ private:
     void createWindow(Pixel root);
     void describe();
     void draw();
+    void exposed();
     void read();
     static int onReadable(sd_event_source* source, int fd, std::uint32_t events, void* self) noexcept;
 

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-// velmora-trayhost: a tray bar for a display without a desktop. "ready" on standard output says that programs
-// can register; then it tells where their icons are.
+// velmora-trayhost: a tray bar for a display without a desktop. "ready" on standard output says that it is
+// on the screen and programs can register; it tells where their icons are.
 
 #include "TrayHost.h"
 
@@ -45,7 +45,7 @@ int run(bool isLight)
         &onHangUp);
     StatusNotifierWatcher watcher(bus.get());
     const TrayHost host(watcher, bus.get(), bar, say);
-    say("ready");
+    bar.onShown = [] { say("ready"); };
     loop.run();
     return status;
 }

@@ -225,7 +225,9 @@ class WindowTest(unittest.TestCase):
         return until(look, f'"{self.title}" shows the {role} "{name}"')
 
     def icon(self):
-        """Waits for its place. By then it has been asked for its tooltip, and knows that it is shown."""
+        """Waits for its place, and for the bar to be on the screen. By then it has been asked for its tooltip, and
+        knows that it is shown."""
+        self.tray.says("^ready")
         place = self.tray.says(r"^item at (\d+),(\d+): ")
         self.tray.says("^tooltip: ")
         return int(place[1]), int(place[2])
