@@ -6,6 +6,7 @@
 #include "Widgets/WidgetPlacing.h"
 #include "desktop/Layers.h"
 #include "desktop/Taskbar.h"
+#include "desktop/WindowManager.h"
 
 #include <QCursor>
 #include <QGuiApplication>
@@ -113,11 +114,16 @@ void WidgetFrame::moveTo(QPoint position)
     Q_EMIT frameWanted();
 }
 
+bool WidgetFrame::isUnmanaged()
+{
+    return doesManagerIgnorePlaces();
+}
+
 void WidgetFrame::beginDrag()
 {
     movedByUser_ = true;
     dragOffset_ = QCursor::pos() - window_->position();
-    if (layers::areUsed()) return; // it moves when it is let go
+    if (layers::areUsed() || isUnmanaged()) return; // nobody moves it for us
     auto* holder = window_->mouseGrabberItem();
     if (window_->startSystemMove() && holder) holder->ungrabMouse(); // it may never hear of the release
 }

@@ -26,8 +26,12 @@ class WidgetFrame : public QObject, public QQmlParserStatus {
     Q_PROPERTY(velmora::RemoteWidget* settings MEMBER settings_ REQUIRED)
     /// Pixels from the top of the screen while it has not been moved.
     Q_PROPERTY(int firstTop MEMBER firstTop_)
+    /// The window is one that no window manager moves.
+    Q_PROPERTY(bool isUnmanaged READ isUnmanaged CONSTANT)
 public:
     explicit WidgetFrame(QObject* parent = nullptr);
+
+    static bool isUnmanaged();
 
     /// A drag begins. Where the window manager moves the window, the press of the item is cancelled.
     Q_INVOKABLE void beginDrag();

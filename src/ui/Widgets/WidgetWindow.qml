@@ -22,6 +22,7 @@ Window {
     width: only.width
     height: only.height
     flags: Qt.Window | Qt.FramelessWindowHint | (settings.isPinned ? Qt.WindowStaysOnTopHint : 0)
+           | (frame.isUnmanaged ? Qt.BypassWindowManagerHint : 0)
     color: Appearance.translucent ? "transparent" : ground.color
     onOnlyChanged: fit()
     Component.onCompleted: fit()
