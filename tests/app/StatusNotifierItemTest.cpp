@@ -231,13 +231,7 @@ TEST_F(StatusNotifierItemTest, ClicksTellWhereTheyWere)
     EXPECT_TRUE(ask(itemPath, itemInterface, "SecondaryActivate", "ii", 0, 0));
     EXPECT_TRUE(ask(itemPath, itemInterface, "ContextMenu", "ii", -5, 2'000'000'000));
     EXPECT_TRUE(ask(itemPath, itemInterface, "Scroll", "is", 120, "vertical"));
-    setenv("WAYLAND_DISPLAY", "wayland-9", 1);
-    for (const auto* desktop : {"sway", "ubuntu:GNOME"}) {
-        setenv("XDG_CURRENT_DESKTOP", desktop, 1);
-        EXPECT_TRUE(ask(itemPath, itemInterface, "Activate", "ii", 11, 14));
-    }
-    unsetenv("WAYLAND_DISPLAY");
-    EXPECT_THAT(events, ElementsAre("1269,14", "somewhere", "-5,2000000000", "somewhere", "11,14"));
+    EXPECT_THAT(events, ElementsAre("1269,14", "somewhere", "-5,2000000000"));
     EXPECT_EQ(icon.takeActivationToken(), "token");
 }
 

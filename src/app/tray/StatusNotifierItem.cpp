@@ -8,7 +8,6 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <utility>
 
 namespace velmora {
@@ -37,19 +36,6 @@ constexpr std::pair<std::string_view, const char*> constantTexts[] = {
     {"AttentionIconName", ""},
     {"AttentionAccessibleDesc", ""},
 };
-
-/// On Wayland a program is not told where on the screen its windows are, and a bar can only say where in
-/// itself the click was. Two desktops are: GNOME's draws the icons in the compositor, KDE's is told by it.
-bool canHostKnowPlaces()
-{
-    const auto variable = [](const char* name) {
-        const char* value = std::getenv(name);
-        return std::string(value ? value : "");
-    };
-    if (variable("WAYLAND_DISPLAY").empty()) return true;
-    const auto desktops = ':' + variable("XDG_CURRENT_DESKTOP") + ':';
-    return desktops.find(":KDE:") != std::string::npos || desktops.find(":GNOME:") != std::string::npos;
-}
 
 template <int (StatusNotifierItem::*Method)(sd_bus_message*)>
 constexpr sd_bus_message_handler_t served = dbus::serve<StatusNotifierItem, Method>;
@@ -244,7 +230,7 @@ int StatusNotifierItem::activate(sd_bus_message* call)
     ScreenPoint at;
     dbus::check(sd_bus_message_read(call, "ii", &at.x, &at.y), "read a place");
     const int sent = sd_bus_reply_method_return(call, nullptr);
-    const bool isKnown = at != ScreenPoint{} && canHostKnowPlaces(); // some that do not send 0, 0
+    const bool isKnown = at != ScreenPoint{}; // some that do not send 0, 0
     if (const auto handler = onActivate) handler(isKnown ? std::optional(at) : std::nullopt);
     return sent;
 }
