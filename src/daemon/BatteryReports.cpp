@@ -55,6 +55,7 @@ BatteryReport reportOf(const BatteryReading& battery)
 std::vector<BatteryReport> batteryReports(const std::vector<BatteryReading>& batteries)
 {
     std::vector<BatteryReport> reports;
+    reports.reserve(batteries.size());
     for (const auto& battery : batteries) reports.push_back(reportOf(battery));
     return reports;
 }

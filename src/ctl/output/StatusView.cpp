@@ -33,7 +33,7 @@ public:
     {
         std::string result;
         for (const auto& [label, text] : lines_)
-            result += label + std::string(widest_ + 2 - width(label), ' ') + text + '\n';
+            result.append(label).append(widest_ + 2 - width(label), ' ').append(text) += '\n';
         return result;
     }
 

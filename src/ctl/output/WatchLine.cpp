@@ -50,7 +50,7 @@ std::string watchLine(const std::optional<Snapshot>& now, bool isJson)
         return isJson ? line("", why, "no-daemon", std::nullopt) : why;
     }
     const auto situation = situationOf(*now);
-    const auto summary = charger::tooltip(situation, heatOf(now->state.thermalState));
+    auto summary = charger::tooltip(situation, heatOf(now->state.thermalState));
     if (!isJson) return summary;
     if (isBatteryMissing(situation)) return line("", summary, classOf(situation), std::nullopt);
     return line(panel::percentageText(situation.percentage), summary + ". " + charger::limiterText(situation),

@@ -219,7 +219,7 @@ std::string Diagnosis::text() const
     std::string result;
     for (const auto& [name, entries] : sections_) {
         result += (result.empty() ? "[" : "\n[") + name + "]\n";
-        for (const auto& [key, value] : entries) result += key + " = " + value + '\n';
+        for (const auto& [key, value] : entries) result.append(key).append(" = ").append(value) += '\n';
     }
     return result;
 }

@@ -87,11 +87,12 @@ const DriverFamily& ChargeActuator::familyOf(const std::string& name, const Char
 {
     const auto control = controlOf(attributes);
     auto& known = families_[name];
-    if (!known.family || known.control != control || control == ChargeControl::none) {
-        const std::string module = attributes.fixed ? attributes.fixed->module : "";
-        known = {control, &driverFamily(sysfs_.root(), name, control, module)};
-    }
-    return *known.family;
+    const bool isKnown = known.family && known.control == control && control != ChargeControl::none;
+    if (isKnown) return *known.family;
+    const auto& family =
+        driverFamily(sysfs_.root(), name, control, attributes.fixed ? attributes.fixed->module : "");
+    known = {control, &family};
+    return family;
 }
 
 std::vector<BatteryCharger> ChargeActuator::inspect(const std::vector<BatteryReading>& batteries)

@@ -66,7 +66,8 @@ bool isStartTheFirmwares(const ChargerReport& charger)
 /// What is surely so of a level that the firmware does not tell.
 Order fixedOrder(Rule rule, const ChargerReport& charger)
 {
-    const auto& limit = fixedLimit(charger.fixedLimit) ? *fixedLimit(charger.fixedLimit) : fixedLimits.back();
+    const auto* told = fixedLimit(charger.fixedLimit);
+    const auto& limit = told ? *told : fixedLimits.back();
     const bool isUnknown = &limit == &fixedLimits.back();
     return {.rule = rule,
             .limit = static_cast<double>(limit.end),
