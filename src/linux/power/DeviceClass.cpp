@@ -46,7 +46,8 @@ DeviceClass::Listing DeviceClass::list()
         if (remembers_ && size < static_cast<ssize_t>(buffer.size() / 2))
             break; // the kernel fills what it can
     }
-    if (!remembers_) directory_ = FileDescriptor();
+    // A driver's folder goes with its module, and another one comes: the open one would stay empty.
+    if (!remembers_ || listing.empty()) directory_ = FileDescriptor();
     return listing;
 }
 
