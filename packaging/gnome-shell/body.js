@@ -29,7 +29,7 @@ class VelmoraToggle extends QuickSettings.QuickMenuToggle {
         this._status = this._follow(Status, '/app/velmora/Status');
         this._model = this._follow(Model, '/app/velmora/Velmora');
         this._fillMenu();
-        this.connect('clicked', () => this._flipAutoProtect());
+        this.connect('clicked', () => this._protect(!this._model.isAppleRecommendedModeEnabled));
         this.connect('destroy', () => this._leave());
     }
 
@@ -56,7 +56,7 @@ class VelmoraToggle extends QuickSettings.QuickMenuToggle {
                 return {limit, item};
             });
         this._autoProtect = new PopupMenu.PopupSwitchMenuItem(_('Auto-Protect'), false);
-        this._autoProtect.connect('toggled', () => this._flipAutoProtect());
+        this._autoProtect.connect('toggled', (_item, isOn) => this._protect(isOn));
         this.menu.addMenuItem(this._autoProtect);
         this._quickCharge = this.menu.addAction('', () => this._call('toggleTemporaryOverride'));
         this.menu.addMenuItem(new PopupMenu.PopupSeparatorMenuItem());
@@ -84,9 +84,10 @@ class VelmoraToggle extends QuickSettings.QuickMenuToggle {
             item.setSensitive(takesLimit);
     }
 
-    _flipAutoProtect() {
-        if (this._status.takesLimit)
-            this._set('isAppleRecommendedModeEnabled', 'b', !this._model.isAppleRecommendedModeEnabled);
+    /** Some versions of the shell tell of a switch that we set as of one that was pressed. */
+    _protect(isOn) {
+        if (this._status.takesLimit && isOn !== this._model.isAppleRecommendedModeEnabled)
+            this._set('isAppleRecommendedModeEnabled', 'b', isOn);
     }
 
     _set(property, type, value) {
