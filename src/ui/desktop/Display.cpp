@@ -10,7 +10,9 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QLibraryInfo>
 #include <QLoggingCategory>
+#include <QVersionNumber>
 #include <algorithm>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -62,6 +64,21 @@ QStringList installedPlatforms()
     return platforms;
 }
 
+/// Before, Qt draws the frame, which GNOME leaves to windows, only where it could draw by EGL.
+bool needsBuffersForFrames()
+{
+    return QLibraryInfo::version() < QVersionNumber(6, 8);
+}
+
+/// Qt would load EGL, and with it a compiler for shaders, to find out that nobody draws by them: 50 MB.
+void leaveOutBuffers()
+{
+    constexpr auto variable = "QT_WAYLAND_CLIENT_BUFFER_INTEGRATION";
+    if (qEnvironmentVariableIsSet(variable)) return;
+    qputenv(variable, "none");
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.qpa.wayland.warning=false")); // it complains of that
+}
+
 } // namespace
 
 DisplayFacts presentDisplay()
@@ -77,16 +94,14 @@ void prepare(const PlatformChoice& choice)
 {
     qputenv("QT_QPA_PLATFORM", choice.platform.toUtf8());
     if (choice.layers) layers::use();
+    const bool isGnome = qEnvironmentVariable("XDG_CURRENT_DESKTOP").contains(QLatin1String("GNOME"));
+    if (choice.platform.startsWith(QLatin1String("wayland")) && !(isGnome && needsBuffersForFrames()))
+        leaveOutBuffers();
     // A desktop's theme for Qt brings its libraries, KDE's 13 MB of them. All that is drawn here is our own,
     // and what a person has set comes from the settings portal.
     qputenv("XDG_CURRENT_DESKTOP", "");
     for (const auto* variable : {"KDE_FULL_SESSION", "GNOME_DESKTOP_SESSION_ID", "DESKTOP_SESSION"})
         qunsetenv(variable);
-    constexpr auto buffers = "QT_WAYLAND_CLIENT_BUFFER_INTEGRATION";
-    if (!choice.platform.startsWith(QLatin1String("wayland")) || qEnvironmentVariableIsSet(buffers)) return;
-    // Qt would load EGL, and with it a compiler for shaders, to find out that nobody draws by them: 50 MB.
-    qputenv(buffers, "none");
-    QLoggingCategory::setFilterRules(QStringLiteral("qt.qpa.wayland.warning=false")); // it complains of that
 }
 
 } // namespace velmora

@@ -3,31 +3,21 @@
 
 #include "desktop/WindowManager.h"
 
-#include "base/Handle.h"
+#include "desktop/X11.h"
 
-#include <QGuiApplication>
-#include <cstdlib>
 #include <string>
-#include <string_view>
-#include <xcb/xcb.h>
 
 namespace velmora {
 
 namespace {
 
-template <typename Reply>
-using Owned = Handle<Reply, std::free>;
-
 /// The first bytes of a window's property; empty where it has none.
 std::string property(xcb_connection_t* server, xcb_window_t window, std::string_view name)
 {
     constexpr std::uint32_t longest = 16; // words
-    const auto asked = xcb_intern_atom(server, true, static_cast<std::uint16_t>(name.size()), name.data());
-    const Owned<xcb_intern_atom_reply_t> atom(xcb_intern_atom_reply(server, asked, nullptr));
-    if (!atom || atom->atom == XCB_ATOM_NONE) return {};
-    const auto cookie =
-        xcb_get_property(server, false, window, atom->atom, XCB_GET_PROPERTY_TYPE_ANY, 0, longest);
-    const Owned<xcb_get_property_reply_t> value(xcb_get_property_reply(server, cookie, nullptr));
+    const auto cookie = xcb_get_property(server, false, window, x11::atom(server, name),
+                                         XCB_GET_PROPERTY_TYPE_ANY, 0, longest);
+    const x11::Reply<xcb_get_property_reply_t> value(xcb_get_property_reply(server, cookie, nullptr));
     if (!value) return {};
     const auto length = static_cast<std::size_t>(xcb_get_property_value_length(value.get()));
     return {static_cast<const char*>(xcb_get_property_value(value.get())), length};
@@ -48,8 +38,8 @@ std::string nameOfManager(xcb_connection_t* server)
 bool doesManagerIgnorePlaces()
 {
     static const bool answer = [] {
-        const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-        return x11 && x11->connection() && nameOfManager(x11->connection()) == "wlroots wm";
+        auto* server = x11::server();
+        return server && nameOfManager(server) == "wlroots wm";
     }();
     return answer;
 }

@@ -5,8 +5,8 @@
 
 namespace velmora {
 
-/// Whether the display is an X server whose window manager puts windows where it likes, as that of wlroots does
-/// for XWayland: there, only a window that it does not manage stays where it is put. Asked once.
+/// Whether the display is an X server whose window manager puts windows where it likes, as that of wlroots
+/// does for XWayland: there, only a window that it does not manage stays where it is put. Asked once.
 bool doesManagerIgnorePlaces();
 
 } // namespace velmora

@@ -55,6 +55,10 @@ Window {
             } : {});
     }
 
+    WindowFrame {
+        window: window
+        dark: Appearance.dark
+    }
     Loader {
         id: content
 
