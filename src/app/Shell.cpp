@@ -27,6 +27,7 @@ Shell::Shell(LinuxPlatform& platform, App& app, SessionBus& session, std::filesy
 {
     if (sd_bus* bus = session.handle()) {
         serve(bus);
+        gnomeAdvice_.emplace(bus, Platform::current().preferences);
         // Heat and level move while the firmware holds the charge, and the daemon says so only when asked.
         windowsFollower_.emplace(loop_, bus, [this] { app_.askDaemon(); });
     }
@@ -101,7 +102,10 @@ void Shell::wireTray()
     };
     tray_.onQuickCharge = [this, &model] { app_.asPerson([&model] { model.toggleTemporaryOverride(); }); };
     tray_.onQuit = [this] { loop_.stop(); };
-    tray_.onNoHost = [this] { hasNoTray_ = true; };
+    tray_.onNoHost = [this] {
+        hasNoTray_ = true;
+        if (gnomeAdvice_) gnomeAdvice_->give();
+    };
 }
 
 void Shell::begin(Command command)
