@@ -68,6 +68,7 @@ TEST_F(StoresTest, WhatCannotBeIsSetAsideAndTheGoodPartTaken)
         changed.replace(changed.find(from), from.size(), to);
         return changed;
     };
+    const auto deep = [](std::size_t levels) { return std::string(levels, '[') + std::string(levels, ']'); };
     const std::tuple<const char*, std::string, double> cases[] = {
         {"empty", "", 80},
         {"torn", bytes.substr(0, bytes.size() / 2), 80},
@@ -75,6 +76,7 @@ TEST_F(StoresTest, WhatCannotBeIsSetAsideAndTheGoodPartTaken)
         {"of a later version", with("\"version\": 2", "\"version\": 3"), 80},
         {"not text", std::string("\xff\xfe\0\x01", 4), 80},
         {"deep", std::string(100'000, '['), 80},
+        {"deep inside", with("\"firstHeld\": {}", "\"firstHeld\": " + deep(1'000'000)), 66},
         {"a limit too large for a double", with("66.0", "1e999"), 80},
         {"a flag of another type", with("\"isStorageModeEnabled\": false", "\"isStorageModeEnabled\": 1"),
          66},

@@ -141,6 +141,13 @@ FirstHeld::Entries decodedFirstHeld(const Json& object, std::string& wrong)
 
 constexpr int currentVersion = 2;
 
+/// What is nested deeper than anything of ours is left out: copying it would take a stack as deep.
+bool isShallow(int depth, Json::parse_event_t, const Json&)
+{
+    constexpr int maximumDepth = 8;
+    return depth <= maximumDepth;
+}
+
 SettingsMask storedOfMachine()
 {
     auto fields = settingsOf(Setting::Owner::machine);
@@ -177,7 +184,7 @@ std::string encodeState(const DaemonState& state)
 std::pair<DaemonState, std::string> decodeState(std::string_view bytes, uid_t owner)
 {
     DaemonState state;
-    const Json document = Json::parse(bytes, nullptr, /*allow_exceptions=*/false);
+    const Json document = Json::parse(bytes, isShallow, /*allow_exceptions=*/false);
     const Json version = document.is_object() ? document.value("version", Json()) : Json();
     if (version != 1 && version != currentVersion) {
         return {state, "it is not a settings file of this version"};
