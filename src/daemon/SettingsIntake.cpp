@@ -150,11 +150,12 @@ bool SettingsIntake::isPending(const Caller& caller, const ChargingSettings& mes
 
 void SettingsIntake::ask(const Caller& caller, const ChargingSettings& message, const SettingsChange& wish)
 {
-    callers_.of(caller.busName).pending = CallerMemory::Question{message, caller.mayInteract};
+    const CallerMemory::Question question{message, caller.mayInteract};
+    callers_.of(caller.busName).pending = question;
     authorise(caller, "change " + listed(wish.values, wish.fields),
-              [this, caller, message, wish](const auto& refusal) {
+              [this, caller, message, wish, question](const auto& refusal) {
                   auto& pending = callers_.of(caller.busName).pending;
-                  if (!pending || pending->message != message) return; // a newer one is in its place
+                  if (pending != question) return; // a newer one is in its place
                   pending.reset();
                   // Somebody else may have changed what this one changed too, and it may have been told.
                   const auto still = wish.fields & wishOf(caller, message).fields;

@@ -211,6 +211,12 @@ TEST_F(DaemonTest, WhatTheChargerHeldAtFirstIsGivenBack)
     EXPECT_EQ(givenBack(), std::pair(40, 85));
     firstStart(R"({"version": 2, "hasAdoptedLimit": true})");
     EXPECT_EQ(givenBack(), std::pair(95, 100)) << "it was written to before anybody took notes";
+    const auto types = std::filesystem::path(endFile).replace_filename("charge_types");
+    folder.write(types, "[Standard] Custom\n");
+    firstStart("");
+    folder.write(types, "Standard [Custom]\n"); // as a driver shows what was chosen
+    EXPECT_EQ(givenBack(), std::pair(95, 100)) << "40 to 85 was not in force";
+    std::filesystem::remove(folder.path() / types);
 
     daemon.reset();
     std::filesystem::remove(folder.path() / "settings.json");
@@ -530,8 +536,13 @@ TEST_F(DaemonTest, OfASendersQuestionsTheNewestCounts)
     EXPECT_TRUE(refused.empty()) << "the older message is past, not refused";
     answer(":1.1");
     EXPECT_EQ(end(), 85);
+    send(":1.1", {.customChargeLimit = 88}, 1000);
+    click({.customChargeLimit = 88}); // the same, and now a person may be asked
+    EXPECT_TRUE(refused.empty());
+    answer(":1.1");
+    EXPECT_EQ(end(), 88);
     click({.customChargeLimit = 90});
-    click({.customChargeLimit = 85}); // what is so
+    click({.customChargeLimit = 88}); // what is so
     EXPECT_EQ(withdrawn, 1U);
     click({.customChargeLimit = 90});
     daemon->callerLeft(":1.1");

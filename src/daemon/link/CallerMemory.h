@@ -24,6 +24,8 @@ public:
     struct Question {
         ChargingSettings message;
         bool mayInteract; ///< a person is asked for a password, if need be
+
+        friend bool operator==(const Question&, const Question&) = default;
     };
     struct LastMessages {
         std::optional<uid_t> user{}; ///< not known of one remembered from another run
