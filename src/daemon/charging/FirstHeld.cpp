@@ -11,7 +11,9 @@ bool FirstHeld::observe(const std::vector<BatteryCharger>& chargers, bool isLast
     for (const auto& charger : chargers) {
         const bool isClear = charger.inForce || isLastChance || isTooLate_;
         if (charger.control == ChargeControl::none || !isClear || entries_.size() >= maximumEntries) continue;
-        isNew |= entries_.try_emplace(charger.name, isTooLate_ ? std::nullopt : charger.inForce).second;
+        // The thresholds of a charge type that was not chosen were not in force.
+        const bool isOwn = !isTooLate_ && charger.isObeyed;
+        isNew |= entries_.try_emplace(charger.name, isOwn ? charger.inForce : std::nullopt).second;
     }
     return isNew;
 }

@@ -15,7 +15,8 @@ namespace velmora {
 /// What each charger held before velmorad first wrote to it. It is given back when Velmora is removed.
 class FirstHeld {
 public:
-    /// By the name of the supply; nothing for a charger that did not tell before it was written to.
+    /// By the name of the supply; nothing for a charger that did not tell before it was written to, or that
+    /// did not obey its thresholds.
     using Entries = std::map<std::string, std::optional<Thresholds>>;
 
     /// More batteries than any laptop has.
