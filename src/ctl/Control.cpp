@@ -16,8 +16,12 @@
 #include "texts/PanelTexts.h"
 #include "wire/ChargerInterface.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <nlohmann/json.hpp>
+#include <span>
+#include <string_view>
 #include <system_error>
 
 namespace velmora::ctl {
@@ -29,8 +33,10 @@ using Command = Request::Command;
 /// Standard output may be a full disk.
 ExitStatus print(const std::string& text)
 {
-    const bool isWritten = std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
-    return isWritten ? ExitStatus::done : ExitStatus::failed;
+    if (std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0) return ExitStatus::done;
+    const auto why = std::generic_category().message(errno);
+    std::fprintf(stderr, "velmoractl: %s\n", tr("The output cannot be written: %1.", why).c_str());
+    return ExitStatus::failed;
 }
 
 /// The commands, over a daemon that answers.
@@ -170,6 +176,8 @@ ExitStatus diagnose(const Request& request)
         Control(request).describeTo(diagnosis);
     } catch (const Failure& failure) {
         diagnosis.addAbsence(failure.what());
+    } catch (const std::system_error& failure) {
+        diagnosis.addAbsence(failure.what()); // the bus hung up
     }
     return print(request.isJson ? diagnosis.json() : diagnosis.text());
 }
@@ -192,8 +200,9 @@ ExitStatus run(const Request& request)
 int fail(const Failure& failure, bool isJson)
 {
     const auto status = static_cast<int>(failure.status);
-    std::fprintf(stderr, "velmoractl: %s\n", printable(failure.what()).c_str());
-    if (isJson) print(jsonText({{"error", failure.what()}, {"exitStatus", status}}) + '\n');
+    const auto text = printable(failure.told());
+    std::fprintf(stderr, "velmoractl: %s\n", text.c_str());
+    if (isJson) print(jsonText({{"error", text}, {"exitStatus", status}}) + '\n');
     return status;
 }
 
@@ -202,11 +211,13 @@ int fail(const Failure& failure, bool isJson)
 int runControl(int argc, const char* const* argv)
 {
     const auto count = static_cast<std::size_t>(argc > 1 ? argc - 1 : 0);
-    const auto parsed = parse({argv + 1, count});
+    const std::span words(argv + 1, count);
+    const auto parsed = parse(words);
     const auto* request = std::get_if<Request>(&parsed);
     if (!request) {
         const auto advice = tr("%1 See velmoractl --help.", std::get<std::string>(parsed));
-        return fail({ExitStatus::usage, advice}, false);
+        const bool isJson = std::ranges::find(words, std::string_view("--json")) != words.end();
+        return fail({ExitStatus::usage, advice}, isJson);
     }
     try {
         return static_cast<int>(run(*request));

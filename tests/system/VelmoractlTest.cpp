@@ -104,6 +104,7 @@ TEST_F(VelmoractlTest, UnderstandsACommandLineOrSaysWhatIsWrong)
         {"--version", 0, "velmoractl "},
         {"history --version", 0, "velmoractl "},
         {"charge", 2, "There is no command \"charge\""},
+        {"charge --json", 2, "\"exitStatus\":2"},
         {"'\x1b[2Jx'", 2, "There is no command"},
         {"--all", 2, "There is no option \"--all\""},
         {"full --csv", 2, "\"full\" has no option"},
@@ -303,6 +304,13 @@ TEST_F(VelmoractlTest, DiagnosesWithoutTellingWhoseLaptopItIs)
     for (const auto* word : {"EndThreshold = ", "[daemon: actions]\n1 = 20"})
         EXPECT_NE(outcome.said.find(word), outcome.said.npos) << outcome.said;
     EXPECT_EQ(outcome.said.find("SECRET"), outcome.said.npos) << outcome.said;
+
+    const PrivateBus closed("<deny send_destination=\"app.velmora.daemon\"/>");
+    const auto unreachable = dbus::openSystemBus(loop);
+    dbus::check(sd_bus_request_name(unreachable.get(), wire::serviceName, 0), "name");
+    const auto refused = control("diagnose").said;
+    EXPECT_NE(refused.find("does not let this user"), refused.npos) << refused;
+    EXPECT_EQ(refused.find("uid="), refused.npos) << refused;
 }
 
 } // namespace

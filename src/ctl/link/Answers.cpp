@@ -38,7 +38,24 @@ bool isAnyOf(std::string_view error, std::initializer_list<std::string_view> nam
     return std::ranges::find(names, error) != names.end();
 }
 
-Failure failureOf(const sd_bus_error& error)
+Failure refusal(const std::string& said)
+{
+    const auto user = localUserName(geteuid());
+    return {
+        ExitStatus::failed, tr("Refused: %1.", said),
+        tr("An administrator may do this: run it again with sudo. Members of the group velmora may without: "
+           "sudo usermod -aG velmora %1, from the next log-in on.",
+           user.empty() ? "NAME" : user)};
+}
+
+/// Not in the bus's own words, which name process and user.
+Failure unreachableFailure()
+{
+    return {ExitStatus::failed, tr("The system bus does not let this user ask the Velmora daemon: "
+                                   "app.velmora.daemon.conf, which allows it, may not be installed.")};
+}
+
+Failure failureOf(const sd_bus_error& error, const char* sender)
 {
     const std::string_view name = error.name ? error.name : "";
     if (isAnyOf(name, {SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER}))
@@ -48,13 +65,8 @@ Failure failureOf(const sd_bus_error& error)
         return unansweredFailure();
     const auto said = printable(dbus::textOf(error));
     if (isAnyOf(name, {SD_BUS_ERROR_ACCESS_DENIED, SD_BUS_ERROR_AUTH_FAILED,
-                       SD_BUS_ERROR_INTERACTIVE_AUTHORIZATION_REQUIRED})) {
-        const auto user = localUserName(geteuid());
-        return {ExitStatus::failed,
-                tr("Refused: %1. An administrator may do this: run it again with sudo. Members of the "
-                   "group velmora may without: sudo usermod -aG velmora %2, from the next log-in on.",
-                   said, user.empty() ? "NAME" : user)};
-    }
+                       SD_BUS_ERROR_INTERACTIVE_AUTHORIZATION_REQUIRED}))
+        return sender == std::string_view(dbus::busName) ? unreachableFailure() : refusal(said);
     return {ExitStatus::failed, tr("The daemon answers: %1.", said)};
 }
 
@@ -69,7 +81,10 @@ Failure nonsenseFailure()
 template <typename Read>
 auto readAnswer(const dbus::Message& reply, const char* type, Read read)
 try {
-    if (const auto* error = sd_bus_message_get_error(reply.get())) throw failureOf(*error);
+    if (const auto* error = sd_bus_message_get_error(reply.get())) {
+        const char* sender = sd_bus_message_get_sender(reply.get());
+        throw failureOf(*error, sender ? sender : "");
+    }
     if (sd_bus_message_has_signature(reply.get(), type) <= 0) throw nonsenseFailure();
     return read(reply.get());
 } catch (const std::system_error&) {

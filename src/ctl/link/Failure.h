@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace velmora::ctl {
 
@@ -20,8 +21,16 @@ enum class ExitStatus : std::uint8_t {
 
 /// Why a command ends before it is done; the text is for a person, in the reader's language.
 struct Failure : std::runtime_error {
-    Failure(ExitStatus with, const std::string& text) : std::runtime_error(text), status(with) {}
+    Failure(ExitStatus with, const std::string& text, std::string whatToDo = "")
+        : std::runtime_error(text), status(with), advice(std::move(whatToDo))
+    {
+    }
+
+    /// For the person who asked.
+    std::string told() const { return advice.empty() ? what() : what() + (' ' + advice); }
+
     ExitStatus status;
+    std::string advice; ///< may name the person, which `what` never does
 };
 
 } // namespace velmora::ctl
