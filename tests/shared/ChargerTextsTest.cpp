@@ -196,6 +196,8 @@ TEST(ChargerTexts, PagesSayWhatThisLaptopMakesOfTheSettings)
         EXPECT_EQ(charger::limitEffect({.percentage = 79, .charger = charger}), limit);
         EXPECT_EQ(charger::startEffect({.percentage = 79, .charger = charger}, 80, 2), start);
     }
+    EXPECT_EQ(charger::startEffect({.percentage = 79, .charger = obedient("auto-protect", 79, 80)}, 80, 0),
+              "Charging begins again below 79%.");
 }
 
 TEST(ChargerTexts, EveryRefusalThatConcernsAPersonIsASentenceOfItsOwn)

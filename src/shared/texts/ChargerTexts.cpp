@@ -347,7 +347,7 @@ std::string startEffect(const Situation& now, double limit, double hysteresis)
     if (obstacle(now)) return "";
     const auto& charger = *now.charger;
     if (isStartTheFirmwares(charger)) return tr("This laptop's firmware decides when charging begins again.");
-    const double asked = limit - hysteresis;
+    const double asked = std::min(limit - hysteresis, limit - 1); // a start is always below its end
     const bool isInForce = charger.mode == ChargerReport::Mode::autoProtect &&
                            static_cast<double>(charger.wantedStartThreshold) == std::round(asked);
     if (!isInForce) return tr("With Auto-Protect charging begins again below %1.", percent(asked));
