@@ -250,7 +250,7 @@ class DesktopTest(unittest.TestCase):
             before = self.still()
             output(BIN / "velmora", "--widget", size)
             box = self.changed(before, lambda box: box.width > 100 and box.height > 100)
-            self.assertLess(abs(box.x - x) + abs(box.y - y), 24)
+            self.assertLess(abs(box.x - x) + abs(box.y - y), 32)  # with layer-shell a bar at the top moves it down
         self.picture("widgets")
 
     def test_5_nothing_is_left(self):

@@ -85,6 +85,13 @@ class Session:
         until((self.folder / socket).exists, "the compositor answers")
         os.environ["WAYLAND_DISPLAY"] = socket
 
+    def use_inner_x(self, cookie=""):
+        """The compositor's own X server, on which Velmora may show its windows; some start it for the first of them."""
+        sockets = lambda: sorted(set(os.listdir("/tmp/.X11-unix")) - {f"X{self.outer[1:]}"})
+        os.environ["DISPLAY"] = until(sockets, "the compositor has an X server")[0].replace("X", ":")
+        if cookie:
+            os.environ["XAUTHORITY"] = str(until(lambda: list(self.folder.glob(cookie)), "there is a cookie for it")[0])
+
     def start_laptop(self):
         self.laptop = self.start(BIN / "velmora-laptop", "--into", self.folder / "sys", "--laptop", "thresholds", "--level",
                                  "80", "--speed", "1", "--plain")
@@ -126,19 +133,10 @@ def kde(session):
     session.start(kwin, "--x11-display", session.outer, "--width", WIDTH, "--height", HEIGHT, "--xwayland",
                   "--no-lockscreen", "--socket", "wayland-kde")
     session.await_wayland("wayland-kde")
-    until(lambda: inner_xwayland("DISPLAY"), "KWin has an X server")
-    os.environ["DISPLAY"], os.environ["XAUTHORITY"] = inner_xwayland("DISPLAY"), inner_xwayland("XAUTHORITY")
+    session.use_inner_x()
     session.start(shutil.which("kded6") or "kded5", QT_QPA_PLATFORM="wayland")  # where icons register
     session.start("plasmashell", "--no-respawn", QT_QPA_PLATFORM="wayland")
     session.start("/usr/libexec/xdg-desktop-portal")
-
-
-def inner_xwayland(what):
-    """Of the X server whose command line names it."""
-    line = output("pgrep", "-a", "Xwayland").split()
-    place = {"DISPLAY": next((word for word in line if re.fullmatch(r":\d+", word)), ""),
-             "XAUTHORITY": next((after for word, after in zip(line, line[1:]) if word == "-auth"), "")}
-    return place[what]
 
 
 def gnome(session, *extensions):
@@ -153,9 +151,7 @@ def gnome(session, *extensions):
     output("gsettings", "set", "org.gnome.shell", "welcome-dialog-last-shown-version", "999")
     session.start("gnome-shell", "--nested", "--wayland", "--wayland-display=wayland-gnome", "--unsafe-mode")
     session.await_wayland("wayland-gnome")
-    until(lambda: any(session.folder.glob(".mutter-Xwaylandauth.*")), "there is an X server")
-    os.environ["XAUTHORITY"] = str(next(session.folder.glob(".mutter-Xwaylandauth.*")))
-    os.environ["DISPLAY"] = ":0"
+    session.use_inner_x(".mutter-Xwaylandauth.*")
     until(lambda: "'false'" in shell("Main.overview.hide(); Main.layoutManager._startingUp || Main.overview.visible"),
           "the shell shows an empty desktop")
 
