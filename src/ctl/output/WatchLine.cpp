@@ -46,7 +46,7 @@ std::string line(const std::string& text, const std::string& tooltip, const char
 std::string watchLine(const std::optional<Snapshot>& now, bool isJson)
 {
     if (!now) {
-        const auto why = tr("The Velmora daemon is not running.");
+        const auto why = tr("The Velmora daemon does not answer; it may not be running.");
         return isJson ? line("", why, "no-daemon", std::nullopt) : why;
     }
     const auto situation = situationOf(*now);
