@@ -35,7 +35,8 @@ class Desktop:
 GNOME_DARK = "gsettings", "set", "org.gnome.desktop.interface", "color-scheme", "prefer-dark"
 APPINDICATOR = "ubuntu-appindicators@ubuntu.com"
 DESKTOPS = {
-    "kde": Desktop(session.kde, ("plasma-apply-colorscheme", "BreezeDark")),
+    # Plasma 6 keeps its bar light here, and turns all that is on it white.
+    "kde": Desktop(session.kde, ("plasma-apply-colorscheme", "BreezeDark"), contrast=0.15),
     "gnome": Desktop(lambda it: session.gnome(it), GNOME_DARK, has_icon=False, opens="corner"),
     "gnome-extension": Desktop(lambda it: session.gnome(it, session.EXTENSION), GNOME_DARK, has_icon=False,
                                opens="corner"),
