@@ -220,6 +220,14 @@ TEST_F(DaemonTest, WhatTheChargerHeldAtFirstIsGivenBack)
 
     daemon.reset();
     std::filesystem::remove(folder.path() / "settings.json");
+    hold(0, 0);
+    log.clear();
+    boot();
+    boot();
+    EXPECT_EQ(log.count("set aside"), 0U);
+    EXPECT_EQ(givenBack(), std::pair(95, 100)) << "0 is how some controllers say that there is no limit";
+
+    std::filesystem::remove(folder.path() / "settings.json");
     folder.write(endFile, "");
     boot();
     loop->advance(10s);

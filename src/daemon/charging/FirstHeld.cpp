@@ -11,8 +11,8 @@ bool FirstHeld::observe(const std::vector<BatteryCharger>& chargers, bool isLast
     for (const auto& charger : chargers) {
         const bool isClear = charger.inForce || isLastChance || isTooLate_;
         if (charger.control == ChargeControl::none || !isClear || entries_.size() >= maximumEntries) continue;
-        // The thresholds of a charge type that was not chosen were not in force.
-        const bool isOwn = !isTooLate_ && charger.isObeyed;
+        // The thresholds of a charge type that was not chosen were not in force, and an end of 0 is none.
+        const bool isOwn = !isTooLate_ && charger.isObeyed && charger.inForce && charger.inForce->end > 0;
         isNew |= entries_.try_emplace(charger.name, isOwn ? charger.inForce : std::nullopt).second;
     }
     return isNew;

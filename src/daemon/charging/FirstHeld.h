@@ -16,7 +16,7 @@ namespace velmora {
 class FirstHeld {
 public:
     /// By the name of the supply; nothing for a charger that did not tell before it was written to, or that
-    /// did not obey its thresholds.
+    /// held no limit that was in force.
     using Entries = std::map<std::string, std::optional<Thresholds>>;
 
     /// More batteries than any laptop has.
