@@ -69,6 +69,11 @@ TEST_F(StoresTest, WhatCannotBeIsSetAsideAndTheGoodPartTaken)
         return changed;
     };
     const auto deep = [](std::size_t levels) { return std::string(levels, '[') + std::string(levels, ']'); };
+    const auto many = [](int names) {
+        std::string object = "{\"x\": 1";
+        while (names-- > 0) object += ", \"" + std::to_string(names) + "\": 1";
+        return object + '}';
+    };
     const std::tuple<const char*, std::string, double> cases[] = {
         {"empty", "", 80},
         {"torn", bytes.substr(0, bytes.size() / 2), 80},
@@ -82,6 +87,7 @@ TEST_F(StoresTest, WhatCannotBeIsSetAsideAndTheGoodPartTaken)
          66},
         {"what no charger holds", with("\"firstHeld\": {}", "\"firstHeld\": {\"../x\": {\"end\": 1e9}}"), 66},
         {"nor that", with("\"firstHeld\": {}", "\"firstHeld\": [100]"), 66},
+        {"very many names", with("\"firstHeld\": {}", "\"firstHeld\": " + many(200'000)), 66},
         {"an unknown state", with("\"quickCharge\": \"off\"", "\"quickCharge\": \"on\""), 66},
     };
     std::size_t aside = 0;

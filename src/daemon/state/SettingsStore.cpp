@@ -141,11 +141,18 @@ FirstHeld::Entries decodedFirstHeld(const Json& object, std::string& wrong)
 
 constexpr int currentVersion = 2;
 
-/// What is nested deeper than anything of ours is left out: copying it would take a stack as deep.
-bool isShallow(int depth, Json::parse_event_t, const Json&)
+/// Without what is more than ours ever is: to copy deep nesting takes a stack as deep, and to find a name
+/// among very many takes hours.
+Json parsed(std::string_view bytes)
 {
     constexpr int maximumDepth = 8;
-    return depth <= maximumDepth;
+    constexpr int maximumNames = 10'000;
+    int names = 0;
+    const auto isKept = [&names](int depth, Json::parse_event_t event, const Json&) {
+        const bool isName = event == Json::parse_event_t::key;
+        return depth <= maximumDepth && (!isName || ++names <= maximumNames);
+    };
+    return Json::parse(bytes, isKept, /*allow_exceptions=*/false);
 }
 
 SettingsMask storedOfMachine()
@@ -184,7 +191,7 @@ std::string encodeState(const DaemonState& state)
 std::pair<DaemonState, std::string> decodeState(std::string_view bytes, uid_t owner)
 {
     DaemonState state;
-    const Json document = Json::parse(bytes, isShallow, /*allow_exceptions=*/false);
+    const Json document = parsed(bytes);
     const Json version = document.is_object() ? document.value("version", Json()) : Json();
     if (version != 1 && version != currentVersion) {
         return {state, "it is not a settings file of this version"};
