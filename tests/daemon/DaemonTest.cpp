@@ -777,6 +777,18 @@ TEST_F(DaemonTest, ALimitOfTheFirmwaresOwnStandsInForEveryPercentage)
     const auto givenBack = giveThresholdsBack(Sysfs(folder.path()), settings->load().firstHeld, log).done;
     EXPECT_EQ(givenBack, std::vector<std::string>{"BAT0: the firmware's own limit is on again."});
     EXPECT_TRUE(isOn());
+
+    daemon.reset();
+    std::filesystem::remove(folder.path() / "settings.json");
+    folder.write(mode, "0\n");
+    boot();
+    ASSERT_TRUE(isOn());
+    supply("BAT1", {{"type", "Battery"}, {"present", "1"}, {"capacity", "40"}, {"status", "Charging"}});
+    look();
+    const auto firstHeld = settings->load().firstHeld;
+    EXPECT_EQ(firstHeld.size(), 2U);
+    giveThresholdsBack(Sysfs(folder.path()), firstHeld, log);
+    EXPECT_FALSE(isOn()) << "the second battery saw what was written for the first";
 }
 
 TEST_F(DaemonTest, ALimitThatCannotBeReadAtOnceIsNotOverwrittenAtTheFirstStart)

@@ -55,7 +55,10 @@ constexpr std::array families{
     // `conservation_mode`, or from Linux 6.17 on Long_Life of `charge_types`. Which of its levels a model
     // holds
     // cannot be asked.
-    DriverFamily{.name = "ideapad-laptop", .module = "ideapad_laptop", .fixed = fixedLimit("55-60 or 80")},
+    DriverFamily{.name = "ideapad-laptop",
+                 .module = "ideapad_laptop",
+                 .fixed = fixedLimit("55-60 or 80"),
+                 .isShared = true},
     // Long_Life by whatever driver.
     DriverFamily{.name = "charge_types", .module = "", .fixed = fixedLimit("unknown")},
     DriverFamily{.name = "generic", .module = ""},

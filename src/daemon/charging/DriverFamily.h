@@ -35,6 +35,8 @@ struct DriverFamily {
     bool echoes = false;
     /// What is held while its limiter is on; null: it takes thresholds.
     const FixedLimit* fixed = nullptr;
+    /// It is the machine's, and acts on all batteries at once.
+    bool isShared = false;
 
     /// The nearest that it takes: no end above the wanted one where there is a choice. A fixed limit is on
     /// for whatever is below 100, since it is nearer to what is wanted than no limit.

@@ -13,7 +13,10 @@ bool FirstHeld::observe(const std::vector<BatteryCharger>& chargers, bool isLast
         if (charger.control == ChargeControl::none || !isClear || entries_.size() >= maximumEntries) continue;
         // The thresholds of a charge type that was not chosen were not in force, and an end of 0 is none.
         const bool isOwn = !isTooLate_ && charger.isObeyed && charger.inForce && charger.inForce->end > 0;
-        isNew |= entries_.try_emplace(charger.name, isOwn ? charger.inForce : std::nullopt).second;
+        auto held = isOwn ? charger.inForce : std::nullopt;
+        // A battery that comes later shows what was written since.
+        if (charger.family->isShared && !entries_.empty()) held = entries_.begin()->second;
+        isNew |= entries_.try_emplace(charger.name, held).second;
     }
     return isNew;
 }
