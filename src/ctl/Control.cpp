@@ -147,6 +147,10 @@ private:
     ExitStatus tell()
     {
         const auto now = link_.glance();
+        if (now.charger.isRefused)
+            throw Failure(ExitStatus::failed,
+                          tr("The charger refused the change, and holds what it held. This "
+                             "tells why: journalctl -u app.velmora.daemon"));
         if (request_.isJson) return print(jsonText(statusJson(now)) + '\n');
         const auto situation = situationOf(now);
         std::string text = charger::limiterText(situation) + '\n';

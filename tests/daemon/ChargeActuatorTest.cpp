@@ -222,6 +222,7 @@ TEST_F(ChargeActuatorTest, AHalfFailedPairIsPutBack)
         hold(from);
         log.clear();
         const auto outcome = apply({wanted.start, wanted.end}, true);
+        EXPECT_TRUE(outcome.isRefused);
         EXPECT_TRUE(outcome.changes.empty());
         EXPECT_EQ(held(), from);
         EXPECT_EQ(writes().size(), 3U);

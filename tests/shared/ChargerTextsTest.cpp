@@ -170,6 +170,8 @@ TEST(ChargerTexts, PagesSayWhatThisLaptopMakesOfTheSettings)
     auto rounded = at80;
     rounded.startThreshold = 75;
     rounded.endThreshold = 85;
+    auto refused = rounded;
+    refused.isRefused = true;
     auto silent = at80;
     silent.startThreshold = silent.endThreshold = -1;
     const auto* const firmwares = "This laptop's firmware decides when charging begins again.";
@@ -179,6 +181,8 @@ TEST(ChargerTexts, PagesSayWhatThisLaptopMakesOfTheSettings)
         {ChargerReport{}, "This machine has no battery.", ""},
         {uncontrolled, noControl, ""},
         {rounded, "In force: 85%, since this laptop does not support 80%.",
+         "Charging begins again below 75%."},
+        {refused, "Not in force: the charger refused 80%, and stops at 85%.",
          "Charging begins again below 75%."},
         {silent, "The limit was sent to the charger, which does not report it.",
          "Charging begins again below 78%."},

@@ -148,6 +148,14 @@ TEST_F(VelmoractlTest, SetsTheChargerAndSaysWhatIsInForce)
         expectOutcome(words, 0, said);
         EXPECT_TRUE(becomes(wantedStart, wantedEnd)) << words << ": " << start() << " " << end();
     }
+    const auto threshold = tree() / "class/power_supply/BAT0/charge_control_end_threshold";
+    std::filesystem::copy_file(threshold, tree() / "end");
+    std::filesystem::create_symlink(tree() / "end", tree() / "link"); // readable, and never written to
+    std::filesystem::rename(tree() / "link", threshold);
+    expectOutcome("limit 70", 1, "The charger refused the change");
+    expectOutcome("status", 0, "Not in force: the charger refused 70%, and stops at 80%.");
+    expectOutcome("limit 80 --resume-below 79", 0, "In force: the charger stops at 80%.");
+    std::filesystem::rename(tree() / "end", threshold);
     if (geteuid() != 0) return; // only root can be somebody else
     const auto refused = control(
         "limit 90", [] {}, "setpriv --reuid=65534 --regid=65534 --clear-groups ");

@@ -23,6 +23,7 @@ namespace {
 
 constexpr auto forever = UINT64_MAX;
 constexpr auto settlePatience = 2s;
+constexpr auto restTime = 500ms; // longer than the daemon waits for a controller
 constexpr auto settleInterval = 100ms;
 
 int keepAnswer(sd_bus_message* reply, void* kept, sd_bus_error*)
@@ -142,9 +143,15 @@ ChargerReport DaemonLink::charger()
 ChargerReport DaemonLink::settled(const ChargerReport& before)
 {
     const auto deadline = Clock::now() + settlePatience;
+    auto lastAction = before.lastActionDate;
+    auto lastActionSeen = Clock::now();
     for (;;) {
         auto now = charger();
-        if (holds(now) || now.lastActionDate != before.lastActionDate || Clock::now() > deadline) return now;
+        if (std::exchange(lastAction, now.lastActionDate) != now.lastActionDate)
+            lastActionSeen = Clock::now();
+        // A driver that makes something else of it, or an action that was on its way when it was asked.
+        const bool isAtRest = lastAction != before.lastActionDate && Clock::now() - lastActionSeen > restTime;
+        if (holds(now) || isAtRest || Clock::now() > deadline) return now;
         std::this_thread::sleep_for(settleInterval);
     }
 }

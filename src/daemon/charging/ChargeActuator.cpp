@@ -151,6 +151,7 @@ void ChargeActuator::apply(const std::string& name, const Thresholds& wanted, bo
     const Thresholds aim = before.fitted(wanted);
     const auto from = isTrusted ? before.inForce : std::nullopt;
     const bool isWritten = write(files, before, from, aim);
+    outcome.isRefused |= !isWritten;
     const BatteryCharger after = inspect(name, read(name).attributes);
     if (isWritten && after.inForce != aim) {
         pending_.insert_or_assign(name, Pending{aim, before});

@@ -58,6 +58,7 @@ public:
         std::vector<BatteryCharger> chargers; ///< as they are afterwards
         std::vector<std::string> changes;     ///< sentences; empty where nothing had to be written
         bool isSettling = false;              ///< `settle` is to be called in a moment
+        bool isRefused = false;               ///< a value could not be written; the log says why
     };
 
     ChargeActuator(Sysfs sysfs, Log& log) : sysfs_(std::move(sysfs)), complaints_(log, "ChargeActuator") {}

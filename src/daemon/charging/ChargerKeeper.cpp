@@ -49,6 +49,7 @@ bool ChargerKeeper::hold(const ChargeDecision& decision)
     const bool isRetry = holds && isRetryDue(wanted);
     if (holds && !isAfresh_ && !isRetry) {
         attempted_ = wanted;
+        isRefused_ = false;
         return false;
     }
     if (!holds && !mayWrite(wanted)) return false;
@@ -83,7 +84,9 @@ void ChargerKeeper::settle(const Attempt& attempt)
         [ports = ports_, attempt = Attempt(attempt),
          done = lifetime_.guard([this](const Attempt& settled) { attempted(settled); })]() mutable {
             auto before = std::move(attempt.outcome.changes);
+            const bool isRefused = attempt.outcome.isRefused;
             attempt.outcome = ports.actuator.settle();
+            attempt.outcome.isRefused = isRefused;
             before.insert(before.end(), attempt.outcome.changes.begin(), attempt.outcome.changes.end());
             attempt.outcome.changes = std::move(before);
             ports.loop.post([done, attempt = std::move(attempt)] { done(attempt); });
@@ -95,13 +98,17 @@ bool ChargerKeeper::mayWrite(const Thresholds& wanted)
     if (isAfresh_ || attempted_ != wanted) return true;
     if (repairs_.spend(ports_.clock.sinceBoot())) {
         hasGivenUp_ = false;
-        ports_.log.warning(category, "The charger no longer holds what was set; setting it again.");
+        ports_.log.warning(category, isRefused_
+                                         ? "The charger did not take what was set; trying again."
+                                         : "The charger no longer holds what was set; setting it again.");
         return true;
     }
     if (!std::exchange(hasGivenUp_, true)) {
-        ports_.log.warning(category,
-                           "The charger keeps losing what is set, perhaps to another program; leaving it as "
-                           "it is for up to an hour.");
+        ports_.log.warning(
+            category, isRefused_
+                          ? "The charger keeps refusing what is set; leaving it as it is for up to an hour."
+                          : "The charger keeps losing what is set, perhaps to another program; leaving it "
+                            "as it is for up to an hour.");
     }
     return false;
 }
@@ -144,6 +151,7 @@ void ChargerKeeper::attempted(const Attempt& attempt)
     chargers_ = attempt.outcome.chargers;
     planRetry(attempt.wanted);
     attempted_ = attempt.wanted;
+    isRefused_ = attempt.outcome.isRefused;
     const bool changed = !attempt.outcome.changes.empty();
     if (changed) noteChange(attempt);
     const bool isOutdated = decision_ && decision_->thresholds && decision_->thresholds != attempt.wanted;
@@ -214,6 +222,7 @@ void ChargerKeeper::describe(ChargerReport& report) const
         if (const auto& wanted = decision_->thresholds) {
             report.wantedStartThreshold = wanted->start.value_or(-1);
             report.wantedEndThreshold = wanted->end;
+            report.isRefused = isRefused_ && attempted_ == wanted;
         }
     }
     const auto* limit = fixedLimitInForce();

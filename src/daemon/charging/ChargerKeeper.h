@@ -104,6 +104,7 @@ private:
     bool isActing_ = false;
     bool isAfresh_ = true;
     bool hasGivenUp_ = false; ///< the log has said so
+    bool isRefused_ = false;  ///< the last attempt could not write what it was for
     TokenBucket repairs_{maximumRepairs, std::chrono::minutes{15}};
     MainLoop::Timer settling_;
     std::optional<std::chrono::milliseconds> retryAt_; ///< since boot; absent while no driver deviates

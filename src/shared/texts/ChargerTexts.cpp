@@ -220,6 +220,16 @@ std::string fixedEffect(const ChargerReport& charger)
     return tr("In force: the firmware's own limit, %1 by model. It takes no other.", levelText(limit->text));
 }
 
+/// The driver or its firmware said no.
+std::string refusedEffect(const ChargerReport& charger)
+{
+    if (charger.endThreshold < 0 || charger.control == ChargerReport::Control::fixedLimit)
+        return tr("Not in force: the charger refused the change.");
+    return tr("Not in force: the charger refused %1, and stops at %2.",
+              percent(static_cast<double>(charger.wantedEndThreshold)),
+              percent(static_cast<double>(charger.endThreshold)));
+}
+
 std::string chargingTooltip(const Situation& now, const Order& order, const std::string& level)
 {
     const auto limit = order.limitText();
@@ -334,6 +344,7 @@ std::string limitEffect(const Situation& now)
     const auto wanted = now.charger->wantedEndThreshold;
     const auto held = now.charger->endThreshold;
     if (wanted < 0) return tr("The limit has not been sent to the charger yet.");
+    if (now.charger->isRefused) return refusedEffect(*now.charger);
     if (!now.charger->fixedLimit.empty()) return fixedEffect(*now.charger);
     if (held < 0) return tr("The limit was sent to the charger, which does not report it.");
     const auto limit = percent(static_cast<double>(held));

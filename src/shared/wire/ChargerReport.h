@@ -48,6 +48,7 @@ struct ChargerReport {
     /// While a fixed limit is on: the level that it holds, a text of `FixedLimit`. With "55-60" and "80" the
     /// thresholds say it too.
     std::string fixedLimit{};
+    bool isRefused = false; ///< what is wanted could not be written; the daemon's log says why
     bool isChargingAllowed = true;
     std::string lastAction = "none"; ///< a sentence
     std::string lastReason = "none"; ///< a sentence
@@ -100,6 +101,7 @@ inline constexpr std::array chargerProperties{
     ChargerProperty{"StartThreshold", &ChargerReport::startThreshold},
     ChargerProperty{"EndThreshold", &ChargerReport::endThreshold},
     ChargerProperty{"FixedLimit", &ChargerReport::fixedLimit},
+    ChargerProperty{"IsRefused", &ChargerReport::isRefused},
     ChargerProperty{"IsChargingAllowed", &ChargerReport::isChargingAllowed},
     ChargerProperty{"LastAction", &ChargerReport::lastAction},
     ChargerProperty{"LastReason", &ChargerReport::lastReason},
