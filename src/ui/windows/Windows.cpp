@@ -5,6 +5,7 @@
 
 #include "desktop/PanelPlace.h"
 #include "desktop/Taskbar.h"
+#include "desktop/X11.h"
 #include "wire/ModelFace.h"
 
 #include <QGuiApplication>
@@ -80,7 +81,7 @@ bool Windows::show(const QString& name)
     const auto window = open_.find(name);
     if (window == open_.end()) return open(name, std::nullopt);
     window->second->setProperty(inactiveProperty, false);
-    if (!isHeld_) reveal(*window->second);
+    if (!isHeld_) bringForward(name);
     return true;
 }
 
@@ -138,19 +139,31 @@ bool Windows::open(const QString& name, std::optional<QPoint> click, bool isLeft
         placePanel(*window, click);
         closeOnFocusLoss(name, *window);
     }
-    if (!isHeld_) reveal(*window);
+    if (!isHeld_) bringForward(name);
     connect(window, &QWindow::visibleChanged, this, [this, name](bool isVisible) {
         if (!isVisible) closed(name);
     });
     return true;
 }
 
+void Windows::bringForward(const QString& name)
+{
+    auto& window = *open_[name];
+    const auto panel = open_.find(QString::fromLatin1(wire::windows::panel));
+    const bool takesFocus = !window.property(inactiveProperty).toBool();
+    // GNOME can lose a window's raise while another of the same program goes: the panel goes first. On
+    // Wayland it has to stay, as the window that has the focus may hand it on.
+    if (x11::server() && takesFocus && panel != open_.end() && panel->second.get() != &window)
+        panel->second->close();
+    reveal(window);
+}
+
 void Windows::reveal(QQuickWindow& window)
 {
     window.show();
     if (window.property(inactiveProperty).toBool()) return;
-    window.raise();
     window.requestActivate();
+    window.raise(); // GNOME marks the window as calling for attention if it is raised before it is activated
 }
 
 void Windows::closeOnFocusLoss(const QString& name, QQuickWindow& window)

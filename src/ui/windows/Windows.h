@@ -59,6 +59,7 @@ private:
     static const Kind* kind(const QString& name);
 
     bool open(const QString& name, std::optional<QPoint> click, bool isLeftInactive = false);
+    void bringForward(const QString& name);
     void reveal(QQuickWindow& window);
     void closeOnFocusLoss(const QString& name, QQuickWindow& window);
     /// One that took the focus from the window, and so closed it, may be one on its icon.
