@@ -62,7 +62,7 @@ std::string sentence(const BatteryCharger& charger, const Thresholds& wanted, bo
                   : tr("%1: could not be set back to %2.", name, level);
 }
 
-/// What the actuator has to say, for whoever runs this by hand or removes a package.
+/// Prints warnings and errors: `--restore-thresholds` is run by hand or by a package that is being removed.
 class PrintedLog final : public Log {
 public:
     void write(LogLevel level, std::string_view, std::string_view text) override

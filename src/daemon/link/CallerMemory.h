@@ -16,8 +16,8 @@ namespace velmora {
 
 /// What each client said last. A client sends all its settings whenever anything changes, a pushed state
 /// included, and never reads some of them back: only the fields in which a message differs from that client's
-/// last one are its wish. Without this two clients would flip each other's settings for ever. When
-/// GetSettings has told a client the settings, they count as its last message.
+/// last one are its wish. Without this two clients would flip each other's settings for ever. The
+/// settings that a client was given by GetSettings count as its last message, too.
 class CallerMemory {
 public:
     /// A message whose sender's right to it is being asked for.

@@ -114,8 +114,8 @@ int PowerSupplyMonitor::onMount(sd_event_source*, int, std::uint32_t, void* self
     return 0;
 }
 
-/// Watches every folder that matters and is there now. A folder may have been filled before it was watched,
-/// so whoever calls this has something to tell.
+/// Watches every folder that matters and is there now. Supplies may have come before their folder was
+/// watched: the caller has to announce a change.
 void PowerSupplyMonitor::watchTree()
 {
     if (!watches_.contains("")) awaitRoot(); // first: the root may come right now

@@ -28,7 +28,7 @@ enum class SupplyNews : std::uint8_t { event, secondLook };
 ///
 /// On the kernel's own tree it listens to the device events of the power_supply class, by way of udev. The
 /// kernel sends one when a charger comes or goes and when a supply itself comes or goes; most firmware sends
-/// none as the level drifts, so whoever wants the level must look now and then as well. Should the queue of
+/// none as the level drifts, so the level has to be read at intervals as well. Should the queue of
 /// events overflow, those still in it are told, and each means to look at everything.
 ///
 /// On any other tree a rewrite of `class/power_supply/NAME/uevent` (closed after writing, or renamed into

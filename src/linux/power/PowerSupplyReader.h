@@ -64,10 +64,10 @@ struct PowerSupplyReading {
 /// cells. A full or design value below 0.1 Ah or Wh is in milli-units, and with it the whole family and the
 /// current; so is a voltage below 1 V.
 ///
-/// **Energy.** A full or design value is believed from 0.1 to 1000 Wh or Ah. Without full, design stands in,
-/// for the level and the minutes. "Now" is not believed when negative, beyond 110 % of full (up to there it
-/// is full), when 0 while `capacity` says more than 1, or when more than ten points from a believed
-/// `capacity`: it is then made from that.
+/// **Energy.** A full or design value counts if it is from 0.1 to 1000 Wh or Ah. Where full is missing,
+/// design is used in its place for the level and the minutes. "Now" is not believed when negative, beyond
+/// 110 % of full (up to there it is full), when 0 while `capacity` says more than 1, or when more than ten
+/// points from a believed `capacity`: it is then made from that.
 ///
 /// **Percentage** is `capacity`, up to 110 (more than 100 being 100), unless it says 0 while "now" is above 5
 /// % of full; else now over full; else 100 where status or `capacity_level` is Full.

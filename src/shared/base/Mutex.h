@@ -30,8 +30,8 @@ private:
     std::mutex mutex_;
 };
 
-/// What threads that hold one Mutex wait for. Notify after unlocking it, or whoever wakes waits at once
-/// again.
+/// A condition variable for a Mutex. Notify after unlocking the mutex: a thread that is woken before that has
+/// to wait again for the mutex.
 class Condition {
 public:
     void wait(Mutex& mutex) VELMORA_REQUIRES(mutex)
