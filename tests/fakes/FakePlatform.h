@@ -26,6 +26,7 @@ struct FakePlatform {
     std::shared_ptr<FakeThermalLevel> thermalLevel = std::make_shared<FakeThermalLevel>();
     std::shared_ptr<FakePreferences> preferences = std::make_shared<FakePreferences>();
     std::shared_ptr<FakeServiceManager> serviceManager = std::make_shared<FakeServiceManager>();
+    std::shared_ptr<FakeNotificationCenter> notificationCenter = std::make_shared<FakeNotificationCenter>();
     std::map<std::string, std::shared_ptr<ManualQueue>, std::less<>> queues; ///< by label, once asked for
 
 private:
@@ -43,6 +44,8 @@ public:
         platform.thermalLevel = thermalLevel;
         platform.preferences = preferences;
         platform.serviceManager = serviceManager;
+        platform.notificationCenter = notificationCenter;
+        platform.bundleIdentifier = "app.velmora.Velmora";
         platform.makeWorkQueue = [this](std::string_view label) { return ManualQueue::handle(queue(label)); };
         platform.applicationSupportDirectories = {folder.path() / "support"};
         platform.temporaryDirectory = folder.path() / "tmp";

@@ -3,13 +3,17 @@
 
 #pragma once
 
+#include "platform/NotificationCenter.h"
 #include "platform/PowerSources.h"
 #include "platform/Preferences.h"
 #include "platform/ServiceManager.h"
 #include "platform/ThermalLevel.h"
 
+#include <algorithm>
 #include <map>
+#include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velmora {
@@ -87,6 +91,76 @@ struct FakeServiceManager final : ServiceManager {
 
     Status status() override { return now; }
     void registerService(Completion completion) override { prompts.push_back(std::move(completion)); }
+};
+
+/// A desktop that has given leave, takes every notice at once and keeps them all. Notices may be added on any
+/// thread.
+struct FakeNotificationCenter final : NotificationCenter {
+    bool isGranted = true;
+    std::optional<std::string> authorizationError;
+    std::optional<std::string> deliveryError; ///< where set, every notice fails with it
+    bool holdsAnswers = false;                ///< permission is asked for, and `answer` has not been called
+    NotificationServer now{.name = "fake"};
+
+    void requestAuthorization(Authorization answered) override
+    {
+        requests_.push_back(std::move(answered));
+        if (!holdsAnswers) answer();
+    }
+    /// Answers whoever waits.
+    void answer()
+    {
+        for (const auto& one : std::exchange(requests_, {})) one(isGranted, authorizationError);
+    }
+
+    void add(NotificationRequest request, Completion completed) override
+    {
+        if (!deliveryError) {
+            const std::lock_guard guard(mutex_);
+            std::erase_if(standing_, [&](const auto& one) { return one.identifier == request.identifier; });
+            standing_.push_back(std::move(request));
+            ++delivered_;
+        }
+        completed(deliveryError);
+    }
+    void removePending(std::vector<std::string>) override {}
+    void removeDelivered(std::vector<std::string> identifiers) override
+    {
+        const std::lock_guard guard(mutex_);
+        std::erase_if(standing_,
+                      [&](const auto& one) { return std::ranges::count(identifiers, one.identifier) > 0; });
+    }
+    Subscription observeResponses(std::function<void(const NotificationResponse&)> responded) override
+    {
+        return responses.observe(std::move(responded));
+    }
+    NotificationServer server() const override { return now; }
+    Subscription observeServer(std::function<void()> changed) override
+    {
+        return serverChanges.observe(std::move(changed));
+    }
+
+    /// The notices in the desktop's list, oldest first.
+    std::vector<NotificationRequest> standing() const
+    {
+        const std::lock_guard guard(mutex_);
+        return standing_;
+    }
+    /// How many were delivered, those replaced and removed included.
+    int delivered() const
+    {
+        const std::lock_guard guard(mutex_);
+        return delivered_;
+    }
+
+    Signal<NotificationResponse> responses;
+    Signal<> serverChanges;
+
+private:
+    mutable std::mutex mutex_;
+    std::vector<NotificationRequest> standing_;
+    int delivered_ = 0;
+    std::vector<Authorization> requests_;
 };
 
 } // namespace velmora

@@ -6,6 +6,7 @@
 #include "platform/Clock.h"
 #include "platform/Log.h"
 #include "platform/MainLoop.h"
+#include "platform/NotificationCenter.h"
 #include "platform/PowerSources.h"
 #include "platform/Preferences.h"
 #include "platform/ServiceManager.h"
@@ -16,6 +17,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <typeindex>
 #include <vector>
@@ -32,12 +34,14 @@ struct Platform {
     std::shared_ptr<ThermalLevel> thermalLevel;
     std::shared_ptr<Preferences> preferences;
     std::shared_ptr<ServiceManager> serviceManager;
+    std::shared_ptr<NotificationCenter> notificationCenter;
     /// Makes a serial queue; `label` names its thread.
     std::function<std::unique_ptr<WorkQueue>(std::string_view label)> makeWorkQueue;
     /// The user's data folders for applications, best first; may be empty.
     std::vector<std::filesystem::path> applicationSupportDirectories;
     std::filesystem::path temporaryDirectory; ///< closed to other users; empty where there is none
     SystemVersion systemVersion;
+    std::string bundleIdentifier; ///< under which the desktop knows this program; empty where it does not
 
     /// The one T of this platform, created on first use. Main thread only.
     template <typename T>

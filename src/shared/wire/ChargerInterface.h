@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "wire/ChargeEvent.h"
 #include "wire/ChargerReport.h"
 #include "wire/VelmoraProtocol.h"
 
@@ -64,5 +65,15 @@ inline constexpr std::array reason{Argument{"reason", "s"}};
 /// What this client sent one way was refused; the reason is one of `refusedTexts`. Sent to that client alone,
 /// after the settings as they are.
 inline constexpr Message changeRefused{"ChangeRefused", reason, {}};
+
+/// Starts a quick charge before a journey: one that nobody is sitting in front of, so that a hot battery may
+/// interrupt it. Answers whether one is under way then; errors as of `setSettings`. It is taken back like any
+/// other, by the override's setting.
+inline constexpr std::array isBegun{Argument{"isBegun", "b"}};
+inline constexpr Message beginTravelCharge{"BeginTravelCharge", {}, isBegun};
+
+/// Something has happened that may be worth a notice: a record of ChargeEvent. Sent to all, once.
+inline constexpr std::array event{Argument{"event", recordType}};
+inline constexpr Message occurred{"Occurred", event, {}};
 
 } // namespace velmora::wire::charger

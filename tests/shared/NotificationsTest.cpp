@@ -1,0 +1,167 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "FakePlatform.h"
+#include "alerts/NotificationManager.h"
+#include "alerts/NotificationService.h"
+#include "wire/ChargeEvent.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace velmora {
+namespace {
+
+using testing::StartsWith;
+using namespace std::chrono_literals;
+
+struct NotificationsTest : testing::Test {
+    FakePlatform machine;
+    FakeNotificationCenter& center = *machine.notificationCenter;
+};
+
+TEST_F(NotificationsTest, EachNoticeOfTheManagerHasItsTextsAndLevel)
+{
+    using enum InterruptionLevel;
+    using Manager = NotificationManager;
+    const std::tuple<std::string, std::function<void(Manager&)>, std::string, std::string, InterruptionLevel>
+        cases[] = {
+            {"charging_paused", &Manager::sendChargingPausedNotice, "Charging Paused",
+             "Battery protected at your target. Running on AC.", passive},
+            {"charging_resumed", &Manager::sendChargingResumedNotice, "Charging Resumed",
+             "Battery dropped below threshold. Re-engaging charging.", passive},
+            {"low_battery", &Manager::sendLowBatteryNotice, "Low Battery",
+             "Battery at 20%. Please connect to power to preserve lifespan.", active},
+            {"thermal_pause", &Manager::sendThermalNotice, "Thermal Protection",
+             "Charging paused until battery cools down.", active},
+            {"override_done", &Manager::sendOverrideCompleteNotice, "Full Charge Reached",
+             "Charged to 100%. Resuming health mode.", passive},
+            {"power_change", [](Manager& manager) { manager.sendPowerSourceNotice("AC Power"); },
+             "Power Source Changed", "Your Mac is now running on AC Power.", passive},
+            {"smart_context_travel",
+             [](Manager& manager) { manager.sendSmartContextTravelNotice("Flight \"LH 1\""); },
+             "Charging to 100% for Travel",
+             "Velmora detected \"Flight \"LH 1\"\" in your calendar and is allowing a full charge.", active},
+        };
+    auto& manager = NotificationManager::shared();
+    for (const auto& [identifier, send, title, body, level] : cases) {
+        SCOPED_TRACE(identifier);
+        send(manager);
+        const auto last = center.standing().back();
+        EXPECT_THAT(last.identifier, StartsWith(identifier));
+        EXPECT_EQ(last.identifier.size(), identifier.size() + 36) << "a UUID behind it";
+        EXPECT_EQ(last.title, title);
+        EXPECT_EQ(last.body, body);
+        EXPECT_EQ(last.interruptionLevel, level);
+        EXPECT_TRUE(last.hasDefaultSound);
+    }
+    EXPECT_EQ(center.delivered(), 7) << "one kind does not hold off another";
+    machine.loop->advance(NotificationManager::cooldownPeriod);
+    manager.sendSmartContextTravelNotice(std::nullopt);
+    EXPECT_THAT(center.standing().back().body, testing::HasSubstr("\"a travel event\""));
+}
+
+TEST_F(NotificationsTest, AKindIsHeldOffForAQuarterOfAnHourAfterItsDelivery)
+{
+    auto& manager = NotificationManager::shared();
+    center.deliveryError = "no server";
+    manager.sendLowBatteryNotice();
+    EXPECT_EQ(machine.log->count("Failed to send notification 'low_battery': no server"), 1U);
+    center.deliveryError.reset();
+    manager.sendLowBatteryNotice();
+    EXPECT_EQ(center.delivered(), 1) << "what failed holds nothing off";
+    machine.loop->advance(NotificationManager::cooldownPeriod - 1ms);
+    manager.sendLowBatteryNotice();
+    EXPECT_EQ(center.delivered(), 1);
+    machine.loop->advance(1ms);
+    manager.sendLowBatteryNotice();
+    EXPECT_EQ(center.delivered(), 2);
+}
+
+TEST_F(NotificationsTest, NothingIsSentBeforeTheDesktopHasGivenLeave)
+{
+    center.holdsAnswers = true;
+    auto& manager = NotificationManager::shared();
+    manager.sendThermalNotice();
+    EXPECT_EQ(center.delivered(), 0);
+    center.answer();
+    EXPECT_EQ(center.delivered(), 0) << "what was dropped is not sent later";
+    manager.sendThermalNotice();
+    EXPECT_EQ(center.delivered(), 1);
+
+    center.isGranted = false;
+    center.authorizationError = "refused";
+    center.holdsAnswers = false;
+    NotificationManager refused;
+    refused.sendThermalNotice();
+    EXPECT_EQ(machine.log->count("Notification authorization error: refused"), 1U);
+    machine.platform.bundleIdentifier.clear();
+    NotificationManager nameless;
+    nameless.sendThermalNotice();
+    EXPECT_EQ(machine.log->count("No Bundle ID found. Notifications disabled."), 1U);
+    EXPECT_EQ(center.delivered(), 1);
+}
+
+/// For the thread sanitizer, above all.
+TEST_F(NotificationsTest, TheCooldownHoldsAcrossThreads)
+{
+    auto& manager = NotificationManager::shared();
+    manager.sendThermalNotice();
+    std::vector<std::jthread> senders;
+    for (int i = 0; i < 4; ++i)
+        senders.emplace_back([&manager] {
+            for (int j = 0; j < 100; ++j) {
+                manager.sendThermalNotice();
+                manager.sendLowBatteryNotice();
+            }
+        });
+    senders.clear();
+    const auto standing = center.standing();
+    EXPECT_EQ(
+        std::ranges::count_if(standing, [](const auto& one) { return one.title == "Thermal Protection"; }),
+        1);
+    EXPECT_LE(standing.size(), 5U) << "as many low-battery notices as senders before the first was taken";
+}
+
+TEST_F(NotificationsTest, TheServiceReplacesAndRemovesUnderTheCallersIdentifier)
+{
+    auto& service = NotificationService::shared();
+    service.scheduleNotification("One", "first", "power_change");
+    service.scheduleNotification("Two", "second", "power_change");
+    ASSERT_EQ(center.standing().size(), 1U);
+    EXPECT_EQ(center.standing().front(), (NotificationRequest{"power_change", "Two", "second"}));
+    EXPECT_EQ(center.delivered(), 2) << "there is no cooldown";
+    service.removeNotifications({});
+    EXPECT_EQ(center.standing().size(), 1U);
+    service.removeNotifications({"other", "power_change"});
+    EXPECT_TRUE(center.standing().empty());
+
+    center.deliveryError = "gone";
+    service.scheduleNotification("Three", "", "low_battery");
+    EXPECT_EQ(machine.log->count("Error scheduling notification 'low_battery': gone"), 1U);
+    service.requestPermissions();
+    EXPECT_EQ(machine.log->count("Notification permission granted."), 1U);
+    center.isGranted = false;
+    service.requestPermissions();
+    EXPECT_EQ(machine.log->count("Notification permission"), 1U) << "refused without a reason is no line";
+    center.authorizationError = "refused";
+    service.requestPermissions();
+    EXPECT_EQ(machine.log->count("Notification permission error: refused"), 1U);
+}
+
+TEST(ChargeEventTest, AnEventThatLacksItsValueIsNone)
+{
+    using enum ChargeEvent::Kind;
+    for (const ChargeEvent& event :
+         {ChargeEvent{chargingPaused}, ChargeEvent{.kind = powerSourceChanged, .powerSource = "AC"},
+          ChargeEvent{.kind = levelLost, .level = 0}, ChargeEvent{.kind = cycleCompleted, .cycleCount = 7}})
+        EXPECT_EQ(ChargeEvent::unarchived(event.archived()), event);
+    EXPECT_FALSE(ChargeEvent::unarchived({}));
+    EXPECT_FALSE(ChargeEvent::unarchived(ChargeEvent{powerSourceChanged}.archived()));
+    EXPECT_FALSE(ChargeEvent::unarchived(ChargeEvent{.kind = levelLost, .level = 101}.archived()));
+    EXPECT_FALSE(ChargeEvent::unarchived(ChargeEvent{cycleCompleted}.archived()));
+}
+
+} // namespace
+} // namespace velmora
