@@ -27,6 +27,7 @@ struct FakePlatform {
     std::shared_ptr<FakePreferences> preferences = std::make_shared<FakePreferences>();
     std::shared_ptr<FakeServiceManager> serviceManager = std::make_shared<FakeServiceManager>();
     std::shared_ptr<FakeNotificationCenter> notificationCenter = std::make_shared<FakeNotificationCenter>();
+    std::shared_ptr<FakeCalendarStore> calendarStore = std::make_shared<FakeCalendarStore>();
     std::map<std::string, std::shared_ptr<ManualQueue>, std::less<>> queues; ///< by label, once asked for
 
 private:
@@ -45,6 +46,7 @@ public:
         platform.preferences = preferences;
         platform.serviceManager = serviceManager;
         platform.notificationCenter = notificationCenter;
+        platform.calendarStore = calendarStore;
         platform.bundleIdentifier = "app.velmora.Velmora";
         platform.makeWorkQueue = [this](std::string_view label) { return ManualQueue::handle(queue(label)); };
         platform.applicationSupportDirectories = {folder.path() / "support"};

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "platform/CalendarStore.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PowerSources.h"
 #include "platform/Preferences.h"
@@ -10,6 +11,7 @@
 #include "platform/ThermalLevel.h"
 
 #include <algorithm>
+#include <atomic>
 #include <map>
 #include <mutex>
 #include <string>
@@ -161,6 +163,35 @@ private:
     std::vector<NotificationRequest> standing_;
     int delivered_ = 0;
     std::vector<Authorization> requests_;
+};
+
+/// Calendars that a test fills, and the leave to read them, which is given at once.
+struct FakeCalendarStore final : CalendarStore {
+    Authorization answer = Authorization::fullAccess; ///< what asking leads to
+    std::optional<std::string> error;
+    std::vector<CalendarEvent> calendar; ///< by their start
+    bool isBroken = false;               ///< nothing can be read
+    int readings = 0;
+
+    Authorization authorizationStatus() const override { return status_; }
+    void requestFullAccess(Completion completion) override
+    {
+        status_ = answer;
+        completion(answer == Authorization::fullAccess, error);
+    }
+    void relinquishAccess() override { status_ = Authorization::notDetermined; }
+    std::optional<std::vector<CalendarEvent>> events(Date from, Date to) override
+    {
+        ++readings;
+        if (isBroken) return std::nullopt;
+        std::vector<CalendarEvent> result;
+        for (const auto& event : calendar)
+            if (event.start < to && event.end > from) result.push_back(event);
+        return result;
+    }
+
+private:
+    std::atomic<Authorization> status_ = Authorization::notDetermined;
 };
 
 } // namespace velmora

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "platform/CalendarStore.h"
 #include "platform/Clock.h"
 #include "platform/Log.h"
 #include "platform/MainLoop.h"
@@ -35,6 +36,7 @@ struct Platform {
     std::shared_ptr<Preferences> preferences;
     std::shared_ptr<ServiceManager> serviceManager;
     std::shared_ptr<NotificationCenter> notificationCenter;
+    std::shared_ptr<CalendarStore> calendarStore;
     /// Makes a serial queue; `label` names its thread.
     std::function<std::unique_ptr<WorkQueue>(std::string_view label)> makeWorkQueue;
     /// The user's data folders for applications, best first; may be empty.

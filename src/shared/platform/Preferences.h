@@ -29,6 +29,9 @@ public:
 namespace preference_key {
 inline constexpr std::string_view daemonInstalled = "Velmora_DaemonInstalled";
 inline constexpr std::string_view isLowBatteryNoticeOff = "isLowBatteryNoticeOff";
+inline constexpr std::string_view isCalendarConsentGiven = "isCalendarConsentGiven";
+inline constexpr std::string_view isTravelChargeOn = "isTravelChargeOn";
+inline constexpr std::string_view travelCharges = "travelCharges"; ///< events whose charge has begun
 inline constexpr std::string_view hasSeenGnomeAdvice = "hasSeenGnomeAdvice";
 inline constexpr std::string_view hasSeenVersionNotice = "hasSeenMacOS264Banner";
 } // namespace preference_key
