@@ -37,6 +37,12 @@ const char* textOf(ManualCharging::State state)
                                                    : "charging follows the settings again";
 }
 
+std::optional<std::chrono::milliseconds> earliest(std::optional<std::chrono::milliseconds> one,
+                                                  std::optional<std::chrono::milliseconds> other)
+{
+    return one && other ? std::min(one, other) : one ? one : other;
+}
+
 } // namespace
 
 Daemon::Daemon(const Ports& ports, Outbound outbound)
@@ -50,6 +56,7 @@ Daemon::Daemon(const Ports& ports, Outbound outbound)
       manual_(saved_.manual),
       hasAdoptedLimit_(saved_.hasAdoptedLimit),
       firstHeld_(saved_.firstHeld, saved_.hasAdoptedLimit && saved_.firstHeld.empty()),
+      events_(saved_.told),
       schedule_({ports.loop, ports.clock, ports.hardware, ports.reader, ports.actuator},
                 [this](const Look& look) { seen(look); }),
       keeper_(
@@ -62,7 +69,10 @@ Daemon::Daemon(const Ports& ports, Outbound outbound)
 void Daemon::meetBus(const std::string& busId)
 {
     busId_ = busId;
-    if (saved_.busId == busId_) intake_.restore(saved_.callers);
+    if (saved_.busId == busId_)
+        intake_.restore(saved_.callers);
+    else
+        events_.forgetBoot();
 }
 
 void Daemon::start(std::function<void()> ready)
@@ -99,9 +109,10 @@ void Daemon::seen(const Look& look)
     noteFirstHeld();
     if (battery_ && !isUnreadable_ && keeper_.learn(reading_)) save();
     observeQuickCharge();
-    planNextLook();
     isNowReady(); // before the first push: clients that wait for the first look then get their answers
     if (!hold()) tell();
+    tellEvents();
+    planNextLook();
     retrySaving();
     recordSample(); // what is for the file can wait for what is for people
 }
@@ -155,7 +166,8 @@ void Daemon::observeQuickCharge()
 {
     if (!battery_ || isUnreadable_) return;
     if (const auto ended = quickCharge_.observe(reading_, ports_.clock.sinceBoot())) {
-        ports_.log.info(category, "Quick charge ends: " + std::string(*ended) + ".");
+        ports_.log.info(category, "Quick charge ends: " + std::string(ended->why) + ".");
+        isOverrideFulfilled_ = ended->isFulfilled;
         intake_.announce();
         save();
     }
@@ -190,8 +202,10 @@ bool Daemon::hold()
 {
     const bool isLimitUnknown = !hasAdoptedLimit_ && keeper_.control() != ChargeControl::none;
     if (isLimitUnknown) return false; // what it holds may be its owner's wish
-    return keeper_.hold(
-        decideCharging(intake_.machine(), quickCharge_.isActive(), manual_, keeper_.control()));
+    const auto decision =
+        decideCharging(intake_.machine(), quickCharge_.isActive(), manual_, keeper_.control());
+    mode_ = decision.mode;
+    return keeper_.hold(decision);
 }
 
 void Daemon::acted(bool changed)
@@ -233,6 +247,22 @@ void Daemon::tellState()
     if (isKnown) pacer_.offer(batteryState());
 }
 
+void Daemon::tellEvents()
+{
+    if (!battery_ || isUnreadable_) return;
+    const auto events = events_.observe({.reading = reading_,
+                                         .mode = mode_,
+                                         .inForce = keeper_.inForce(),
+                                         .cycleCount = battery_->cycleCount,
+                                         .isOverrideFulfilled = std::exchange(isOverrideFulfilled_, false)},
+                                        ports_.clock.sinceBoot());
+    for (const auto& event : events) outbound_.occurred(event);
+    // The level is saved with the next thing that is: a disk need not follow each point.
+    const bool isLevelAlone = std::ranges::all_of(
+        events, [](const auto& event) { return event.kind == ChargeEvent::Kind::levelLost; });
+    if (!isLevelAlone) save();
+}
+
 /// In the first minutes, while vendor drivers are still being loaded.
 bool Daemon::seeksControl() const
 {
@@ -250,10 +280,10 @@ void Daemon::planNextLook()
     Pace pace = thermalLevel_ > 0 ? Pace::warm : Pace::resting;
     if (seeksControl() || isWorthWatching()) pace = Pace::moving;
     if (keeper_.chargers().empty()) pace = Pace::none; // a battery that comes announces itself
-    // Nothing ends quick charge while the battery cannot be read: once its time is past, each look would ask
-    // for the next at once.
+    // Nothing that is due comes about while the battery cannot be read: once its time is past, each look
+    // would ask for the next at once.
     const bool isReadable = battery_ && !isUnreadable_;
-    schedule_.plan(pace, isReadable ? quickCharge_.due() : std::nullopt);
+    schedule_.plan(pace, isReadable ? earliest(quickCharge_.due(), events_.due()) : std::nullopt);
 }
 
 HSBatteryState Daemon::batteryState()
@@ -399,6 +429,7 @@ DaemonState Daemon::remembered() const
             .manual = manual_,
             .firstHeld = firstHeld_.entries(),
             .heldLevel = keeper_.heldLevel(),
+            .told = events_.memory(),
             .busId = busId_,
             .callers = intake_.messages()};
 }

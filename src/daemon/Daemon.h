@@ -6,6 +6,7 @@
 #include "LookSchedule.h"
 #include "SettingsIntake.h"
 #include "base/Lifetime.h"
+#include "charging/ChargeEventRules.h"
 #include "charging/ChargerKeeper.h"
 #include "charging/QuickCharge.h"
 #include "link/DaemonService.h"
@@ -34,6 +35,7 @@ public:
         std::function<void(const std::string& busName, const HSBatteryState&)> pushTo;
         std::function<void(const ChargerReport&)> chargerChanged;
         std::function<void(const std::vector<BatteryReport>&)> batteriesChanged;
+        std::function<void(const ChargeEvent&)> occurred;
         std::function<void(const KeyedArchive& settings)> settingsChanged;
         std::function<void(const std::string& busName, const KeyedArchive& settings)> settingsChangedFor;
         std::function<void(const std::string& busName, Refused why)> changeRefusedFor;
@@ -119,6 +121,7 @@ private:
     bool isChargingAllowed() const;
     void tell();
     void tellState();
+    void tellEvents();
     bool seeksControl() const;
     void planNextLook();
     bool isWorthWatching() const;
@@ -137,6 +140,9 @@ private:
     ManualCharging manual_{};
     bool hasAdoptedLimit_ = false;
     FirstHeld firstHeld_;
+    ChargeEventRules events_;
+    bool isOverrideFulfilled_ = false; ///< and has not been told
+    ChargeMode mode_{};
     bool isHistoryLoaded_ = false;
 
     std::vector<BatteryReport> batteries_;  ///< as last read

@@ -91,6 +91,7 @@ Daemon::Outbound Program::outbound()
                          const auto& state) { object_->protocol().push(state, busName); },
         .chargerChanged = [this](const auto& report) { object_->charger().changed(report); },
         .batteriesChanged = [this](const auto& batteries) { object_->batteries().changed(batteries); },
+        .occurred = [this](const auto& event) { object_->charger().occurred(event); },
         .settingsChanged = [this](const auto& settings) { object_->charger().settingsChanged(settings); },
         .settingsChangedFor =
             [this](const auto& busName, const auto& settings) {

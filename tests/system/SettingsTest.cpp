@@ -68,6 +68,7 @@ TEST_F(SettingsTest, TheDaemonDescribesItselfWithEveryNameTypeAndSelector)
     for (const auto* message : wire::charger::messages) expectNamed(*message);
     expectNamed(wire::charger::settingsChanged);
     expectNamed(wire::charger::changeRefused);
+    expectNamed(wire::charger::occurred);
     expectNamed(wire::client_protocol::batteryStateDidChange);
     for (const auto* property : {"EndThreshold\" type=\"x", "Batteries\" type=\"s", "Health\" type=\"d"})
         EXPECT_NE(xml.find(std::string("<property name=\"") + property), xml.npos) << property << xml;

@@ -35,6 +35,7 @@ ChargeReading ChargeReading::of(const PowerSnapshot& snapshot)
     const auto& battery = *snapshot.battery;
     return {.percentage = battery.percentage,
             .isCharging = battery.isCharging,
+            .isDischarging = battery.isDischarging,
             .isFull = battery.isFull,
             .hasExternalPower = snapshot.supplies.isExternallyPowered,
             .chargingPower = battery.power,

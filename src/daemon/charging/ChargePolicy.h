@@ -17,6 +17,7 @@ namespace velmora {
 struct ChargeReading {
     double percentage = 0;
     bool isCharging = false;
+    bool isDischarging = false;            ///< none charges, and any of them gives power
     bool isFull = false;                   ///< the battery itself says so
     bool hasExternalPower = true;          ///< mains, dock or USB; true on a desktop
     std::optional<double> chargingPower{}; ///< watts, negative while the battery gives; absent if not known

@@ -38,20 +38,21 @@ bool QuickCharge::ask(bool wanted)
     return true;
 }
 
-std::optional<std::string_view> QuickCharge::observe(const ChargeReading& reading, Time now)
+std::optional<QuickCharge::End> QuickCharge::observe(const ChargeReading& reading, Time now)
 {
     if (state_ != State::active) return std::nullopt;
     const bool mayBeFull = reading.isFull || (reading.percentage >= nearlyFull && !reading.takesPower());
     follow(fullSince_, mayBeFull && reading.hasExternalPower, now);
     follow(unpluggedSince_, !reading.hasExternalPower, now);
 
-    std::optional<std::string_view> ended;
-    if (reading.isFull && reading.percentage >= believableFull) {
-        ended = "the battery is full";
+    std::optional<End> ended;
+    const bool isFull = reading.percentage >= believableFull;
+    if (reading.isFull && isFull) {
+        ended = {"the battery is full", true};
     } else if (fullSince_ && now - *fullSince_ >= fullPatience) {
-        ended = "the battery takes no more";
+        ended = {"the battery takes no more", isFull};
     } else if (unpluggedSince_ && now - *unpluggedSince_ > unpluggedPatience) {
-        ended = "the charger was unplugged";
+        ended = {"the charger was unplugged", false};
     }
     if (ended) state_ = State::spent;
     return ended;

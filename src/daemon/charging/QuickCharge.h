@@ -33,8 +33,13 @@ public:
     /// A client asks for it or takes it back. Returns whether that changed the state.
     bool ask(bool wanted);
 
-    /// Takes a reading in; returns why it has ended, if it has with this one.
-    std::optional<std::string_view> observe(const ChargeReading& reading, Time now);
+    /// How it has ended by itself.
+    struct End {
+        std::string_view why; ///< a phrase
+        bool isFulfilled;     ///< the battery is as full as it gets
+    };
+    /// Takes a reading in; returns how it has ended, if it has with this one.
+    std::optional<End> observe(const ChargeReading& reading, Time now);
 
     /// When a reading without change would end it; absent if none would.
     std::optional<Time> due() const;

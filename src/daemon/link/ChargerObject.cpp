@@ -31,6 +31,7 @@ ChargerObject::ChargerObject(sd_bus* bus, Clients& clients, DaemonService& servi
     for (const auto& each : chargerProperties) table_.addProperty(each.name, each.type(), property);
     table_.addSignal(charger::settingsChanged);
     table_.addSignal(charger::changeRefused);
+    table_.addSignal(charger::occurred);
 }
 
 void ChargerObject::publish()
@@ -158,6 +159,12 @@ void ChargerObject::changeRefused(Refused why, const std::string& to)
     clients_.send(
         "tell of a refusal", {wire::charger::interface, wire::charger::changeRefused.member()},
         [&](auto* signal) { dbus::check(sd_bus_message_append(signal, "s", textOf(why)), "append"); }, to);
+}
+
+void ChargerObject::occurred(const ChargeEvent& event)
+{
+    clients_.send("tell of an event", {wire::charger::interface, wire::charger::occurred.member()},
+                  [&](auto* signal) { dbus::append(signal, event.archived()); });
 }
 
 void ChargerObject::changed(const ChargerReport& report)

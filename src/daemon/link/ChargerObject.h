@@ -25,6 +25,8 @@ public:
     void changed(const ChargerReport& report);
     /// Tells every client, or the connection `to` alone, that these settings have changed.
     void settingsChanged(const KeyedArchive& settings, const std::string& to = {});
+    /// Tells every client of something that may be worth a notice.
+    void occurred(const ChargeEvent& event);
     /// Tells the connection `to` why the settings that it sent were refused.
     void changeRefused(Refused why, const std::string& to);
 

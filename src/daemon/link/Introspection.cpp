@@ -137,7 +137,8 @@ std::string daemonIntrospection()
 {
     using namespace wire;
     const auto chargerMembers = methods(charger::messages) + signal(charger::settingsChanged) +
-                                signal(charger::changeRefused) + properties(chargerProperties);
+                                signal(charger::changeRefused) + signal(charger::occurred) +
+                                properties(chargerProperties);
     return node(interface(daemon_protocol::interface, methods(daemon_protocol::messages)) +
                 interface(client_protocol::interface, signal(client_protocol::batteryStateDidChange)) +
                 interface(charger::interface, chargerMembers));

@@ -139,6 +139,34 @@ FirstHeld::Entries decodedFirstHeld(const Json& object, std::string& wrong)
     return entries;
 }
 
+Json encodedTold(const ChargeEventRules::Memory& told)
+{
+    return {{"powerSource", told.powerSource},
+            {"level", told.level},
+            {"cycleCount", told.cycleCount},
+            {"pausedAtLimit", told.pausedAtLimit},
+            {"isChargingToLimit", told.isChargingToLimit},
+            {"isHeatTold", told.isHeatTold}};
+}
+
+/// What cannot be is as if nothing had been told.
+ChargeEventRules::Memory decodedTold(const Json& object)
+{
+    ChargeEventRules::Memory told;
+    if (!object.is_object()) return told;
+    const auto source = textAt(object, "powerSource");
+    if (source == "AC" || source == "Battery") told.powerSource = source;
+    told.level = percentAt(object, "level").value_or(-1);
+    const Json cycles = object.value("cycleCount", Json());
+    if (cycles.is_number_unsigned())
+        told.cycleCount =
+            static_cast<std::int64_t>(std::min<std::uint64_t>(cycles.get<std::uint64_t>(), 1'000'000));
+    told.pausedAtLimit = percentAt(object, "pausedAtLimit").value_or(-1);
+    told.isChargingToLimit = object.value("isChargingToLimit", Json()) == true;
+    told.isHeatTold = object.value("isHeatTold", Json()) == true;
+    return told;
+}
+
 constexpr int currentVersion = 2;
 
 /// Without what is more than ours ever is: to copy deep nesting takes a stack as deep, and to find a name
@@ -183,6 +211,7 @@ std::string encodeState(const DaemonState& state)
                            {"charging", rawValue(state.manual.state)},
                            {"pausedAt", state.manual.pausedAt},
                            {"heldLevel", state.heldLevel},
+                           {"told", encodedTold(state.told)},
                            {"busId", state.busId},
                            {"callers", std::move(callers)}};
     return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
@@ -209,6 +238,7 @@ std::pair<DaemonState, std::string> decodeState(std::string_view bytes, uid_t ow
     state.firstHeld = decodedFirstHeld(document.value("firstHeld", Json()), wrong);
     state.manual = decodedManual(document);
     state.heldLevel = HeldLevel(textAt(document, "heldLevel")).text();
+    state.told = decodedTold(document.value("told", Json()));
     state.busId = textAt(document, "busId");
     state.callers = decodedMembers(document.value("callers", Json()));
     return {state, wrong};

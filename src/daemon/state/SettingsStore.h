@@ -4,6 +4,7 @@
 #pragma once
 
 #include "base/StateFile.h"
+#include "charging/ChargeEventRules.h"
 #include "charging/FirstHeld.h"
 #include "charging/QuickCharge.h"
 #include "state/LatestValue.h"
@@ -30,6 +31,7 @@ struct DaemonState {
     FirstHeld::Entries firstHeld{};
     /// At which level the firmware's own limit was seen to hold: a text of `FixedLimit`, or empty.
     std::string heldLevel{};
+    ChargeEventRules::Memory told{};
 
     /// The last message of each client, and the bus on which their names mean something.
     std::string busId{};
