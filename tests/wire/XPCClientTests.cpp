@@ -262,6 +262,48 @@ TEST_F(XPCClientTest, FollowsWhatTheDaemonTellsOfTheCharger)
     EXPECT_TRUE(eventually([&] { return !client->charger(); })) << "there is nobody to ask";
 }
 
+TEST_F(XPCClientTest, TellsOfEventsAndDropsWhatIsNone)
+{
+    Peer daemon(loop);
+    daemon.serve([](sd_bus_message*) { return 0; });
+    const auto client = makeClient();
+    std::vector<ChargeEvent> events;
+    client->onEvent = [&](const auto& event) { events.push_back(event); };
+    const auto tell = [&](const auto& append) {
+        sd_bus_message* made = nullptr;
+        ASSERT_GE(sd_bus_message_new_signal(daemon.bus(), &made, wire::objectPath, wire::charger::interface,
+                                            "Occurred"),
+                  0);
+        const dbus::Message signal(made);
+        append(made);
+        ASSERT_GE(sd_bus_send(daemon.bus(), made, nullptr), 0);
+    };
+    const auto tellRecord = [&](const KeyedArchive& record) {
+        tell([&](auto* signal) { dbus::append(signal, record); });
+    };
+    KeyedArchive stranger;
+    stranger.encode("kind", std::string("meteor"));
+    const ChargeEvent unplugged{.kind = ChargeEvent::Kind::powerSourceChanged, .powerSource = "Battery"};
+    ASSERT_TRUE(eventually([&] { // until the client knows whose signals count
+        tellRecord(unplugged.archived());
+        return !events.empty();
+    }));
+    daemon.sync();
+    serve();
+    events.clear();
+    for (int time = 0; time < 3; ++time) {
+        tellRecord(stranger);
+        tellRecord(ChargeEvent{ChargeEvent::Kind::levelLost}.archived());
+        tell([](auto* signal) { sd_bus_message_append(signal, "s", "unplugged"); });
+    }
+    const ChargeEvent lost{.kind = ChargeEvent::Kind::levelLost, .level = 20};
+    tellRecord(lost.archived());
+    ASSERT_TRUE(eventually([&] { return std::ranges::count(events, lost) == 1; }));
+    std::erase(events, unplugged);
+    EXPECT_EQ(events, std::vector{lost});
+    EXPECT_EQ(log.count("Ignored an event"), 1U);
+}
+
 TEST_F(XPCClientTest, AHugeHistoryLeavesTheLoopToOthers)
 {
     constexpr std::size_t many = 50'000;
@@ -292,6 +334,7 @@ TEST_F(XPCClientTest, APushOfAnybodyElseIsDropped)
     settle(*client);
     ASSERT_TRUE(eventually([&] { return !service.callers.empty(); }));
     const auto victim = service.callers.front();
+    client->onEvent = [](const auto&) { FAIL() << "an event of anybody's"; };
 
     Peer spoofer(loop);
     const auto send = [&](const char* path, const char* interface, const char* member, const auto& append) {
@@ -311,6 +354,8 @@ TEST_F(XPCClientTest, APushOfAnybodyElseIsDropped)
     });
     send(wire::objectPath, wire::charger::interface, "ChangeRefused",
          [&](auto* signal) { sd_bus_message_append(signal, "s", "denied"); });
+    send(wire::objectPath, wire::charger::interface, "Occurred",
+         [](auto* signal) { dbus::append(signal, ChargeEvent{ChargeEvent::Kind::thermalPause}.archived()); });
     spoofer.sync();
     daemon->protocol().push(at(1));
     ASSERT_TRUE(eventually([&] { return !pushed.empty(); }));

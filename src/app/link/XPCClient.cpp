@@ -93,6 +93,12 @@ void XPCClient::followDaemon()
                                     .interface = wire::charger::interface,
                                     .member = wire::charger::changeRefused.member()},
                                    dbus::serve<XPCClient, &XPCClient::changeRefused>, this));
+    matches_.push_back(dbus::match(bus_.get(),
+                                   {.sender = wire::serviceName,
+                                    .path = wire::objectPath,
+                                    .interface = wire::charger::interface,
+                                    .member = wire::charger::occurred.member()},
+                                   dbus::serve<XPCClient, &XPCClient::occurred>, this));
 }
 
 void XPCClient::followRecords()
@@ -277,6 +283,21 @@ int XPCClient::changeRefused(sd_bus_message* signal)
     dbus::check(sd_bus_message_read(signal, "s", &given), "read a refusal");
     const auto* why = std::ranges::find(refusedTexts, std::string_view(given));
     setRefusal(why == refusedTexts.end() ? textOf(Refused::denied) : *why);
+    return 0;
+}
+
+/// What is none is never settled: a daemon of another version may tell good and unknown ones in turn.
+int XPCClient::occurred(sd_bus_message* signal)
+{
+    if (!daemon_->sent(signal)) return 0;
+    std::optional<ChargeEvent> event;
+    if (sd_bus_message_has_signature(signal, wire::recordType) > 0)
+        event = ChargeEvent::unarchived(dbus::readArchive(signal));
+    if (!event)
+        complaints_.raise("no event", "Ignored an event of the daemon, of a kind that is not known here or "
+                                      "without its value. Further ones are ignored without a line.");
+    else if (const auto handler = onEvent)
+        handler(*event);
     return 0;
 }
 

@@ -69,6 +69,10 @@ public:
     /// Called when that has changed.
     std::function<void()> onRefusal;
 
+    /// Called with what the daemon tells all sessions of charging. What is no event, or one of a kind that is
+    /// not known here, is dropped with a log line.
+    std::function<void(const ChargeEvent&)> onEvent;
+
     void fetchCurrentState(StateHandler completion) override;
     /// A long history is read over several turns of the loop.
     void fetchHistory(HistoryHandler completion) override;
@@ -100,6 +104,7 @@ private:
 
     int statePushed(sd_bus_message* signal);
     int changeRefused(sd_bus_message* signal);
+    int occurred(sd_bus_message* signal);
     int disconnected(sd_bus_message* signal);
 
     EventLoop& loop_;

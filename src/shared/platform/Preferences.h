@@ -31,7 +31,8 @@ inline constexpr std::string_view daemonInstalled = "Velmora_DaemonInstalled";
 inline constexpr std::string_view isLowBatteryNoticeOff = "isLowBatteryNoticeOff";
 inline constexpr std::string_view isCalendarConsentGiven = "isCalendarConsentGiven";
 inline constexpr std::string_view isTravelChargeOn = "isTravelChargeOn";
-inline constexpr std::string_view travelCharges = "travelCharges"; ///< events whose charge has begun
+inline constexpr std::string_view travelCharges = "travelCharges";       ///< events whose charge has begun
+inline constexpr std::string_view isLowBatteryTold = "isLowBatteryTold"; ///< in this dip
 inline constexpr std::string_view hasSeenGnomeAdvice = "hasSeenGnomeAdvice";
 inline constexpr std::string_view hasSeenVersionNotice = "hasSeenMacOS264Banner";
 } // namespace preference_key
