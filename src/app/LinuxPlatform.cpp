@@ -8,9 +8,11 @@
 #include "base/PreferencesFile.h"
 #include "base/SystemClock.h"
 #include "base/WorkerThread.h"
+#include "desktop/DesktopNotificationCenter.h"
 #include "power/LinuxPowerSources.h"
 #include "power/LinuxThermalLevel.h"
 #include "systemd/SystemdServiceManager.h"
+#include "wire/ModelFace.h"
 
 #include <cstdlib>
 #include <sys/stat.h>
@@ -88,7 +90,15 @@ LinuxPlatform::LinuxPlatform(const std::string& program) : loop_(std::make_share
     platform_.applicationSupportDirectories = dataFolders();
     platform_.temporaryDirectory = temporaryFolder(log());
     platform_.systemVersion = kernelVersion();
+    platform_.bundleIdentifier = wire::face::serviceName;
+    useSession(nullptr);
     installed_ = Platform::install(platform_);
+}
+
+void LinuxPlatform::useSession(sd_bus* session)
+{
+    platform_.notificationCenter = std::make_shared<DesktopNotificationCenter>(
+        *loop_, session, notifications::Sender{.name = "Velmora", .desktopEntry = wire::face::serviceName});
 }
 
 } // namespace velmora

@@ -9,6 +9,7 @@
 
 #include <memory>
 #include <string>
+#include <systemd/sd-bus.h>
 
 namespace velmora {
 
@@ -20,6 +21,10 @@ public:
     explicit LinuxPlatform(const std::string& program);
     LinuxPlatform(const LinuxPlatform&) = delete;
     LinuxPlatform& operator=(const LinuxPlatform&) = delete;
+
+    /// Makes the ports that reach other programs of the session, over its bus; null: none. To be called
+    /// before anything is created on the platform. The connection may end first.
+    void useSession(sd_bus* session);
 
     EventLoop& loop() { return *loop_; }
     Clock& clock() { return *platform_.clock; }

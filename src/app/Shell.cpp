@@ -42,6 +42,9 @@ Shell::Shell(LinuxPlatform& platform, App& app, SessionBus& session, std::filesy
         if (charger_) charger_->derivedChanged();
         showStateSoon();
     };
+    responses_ = Platform::current().notificationCenter->observeResponses([this](const auto& response) {
+        if (response.action == NotificationResponse::click) open(wire::windows::panel, response.token);
+    });
     modelChanges_ = app_.model().willChange.observe([this] { showStateSoon(); });
     readings_ = app_.model().percentage.observe([this](double) { hasReading_ = true; });
     showState();
@@ -183,6 +186,7 @@ int runApplication(Command command)
         return command == Command::background || session.forward(actionOf(command)) ? 0 : 1;
     if (!isToStay && !session.handle()) return 1; // the log says why
     if (command == Command::quit) return 0;       // no instance is running
+    platform.useSession(session.handle());
     App app(platform);
     Shell shell(platform, app, session, windowsProgram());
     shell.begin(command);

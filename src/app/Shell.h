@@ -69,6 +69,7 @@ private:
     bool isStateDue_ = false;   ///< at the end of this turn
     Subscription modelChanges_;
     Subscription readings_;
+    Subscription responses_;
 };
 
 /// Runs velmora until it is asked to end; returns the exit status.

@@ -47,7 +47,8 @@ struct NotificationResponse {
 
 /// Whoever shows the notices, as far as is known now.
 struct NotificationServer {
-    std::string name{};                ///< empty: there is none
+    std::string name{};                ///< empty: none runs
+    bool isStartable = false;          ///< none runs, and the first notice starts one
     std::optional<bool> isInhibited{}; ///< do not disturb; absent where the server does not say
 
     friend bool operator==(const NotificationServer&, const NotificationServer&) = default;

@@ -1,0 +1,164 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "desktop/DesktopNotificationCenter.h"
+
+#include "Dunst.h"
+#include "LoopTest.h"
+#include "PrivateBus.h"
+
+#include <csignal>
+#include <gmock/gmock.h>
+
+namespace velmora {
+namespace {
+
+using testing::ElementsAre;
+using testing::Field;
+
+/// The adapter on a bus of its own.
+struct DesktopNotificationCenterTest : LoopTest {
+    DesktopNotificationCenterTest()
+        : session(dbus::openSystemBus(loop)), center(std::in_place, loop, session.get(), sender)
+    {
+    }
+
+    void add(const char* identifier, std::string title, std::string body = "",
+             std::optional<InterruptionLevel> level = std::nullopt)
+    {
+        center->add({.identifier = identifier,
+                     .title = std::move(title),
+                     .body = std::move(body),
+                     .interruptionLevel = level},
+                    [this](const auto& error) { outcomes.push_back(error.value_or("")); });
+    }
+    bool areTold(std::size_t number)
+    {
+        return eventually([&] { return outcomes.size() >= number; });
+    }
+    void askLeave()
+    {
+        center->requestAuthorization([this](bool isGranted, const auto&) { grants.push_back(isGranted); });
+    }
+    /// All that is on its way to the bus and back has arrived.
+    void settle()
+    {
+        for (int i = 0; i < 2; ++i)
+            answer(session.get(),
+                   dbus::newCall(session.get(), dbus::busName, dbus::busPath, dbus::busName, "GetId"));
+    }
+
+    const notifications::Sender sender{.name = "Velmora", .desktopEntry = "app.velmora.Velmora"};
+    PrivateBus bus;
+    dbus::Bus session;
+    std::optional<DesktopNotificationCenter> center;
+    std::vector<std::string> outcomes; ///< of each notice: empty for success
+    std::vector<bool> grants;
+};
+
+struct DunstTest : DesktopNotificationCenterTest {
+    void SetUp() override
+    {
+        if (!Dunst::isInstalled()) GTEST_SKIP() << "dunst or Xvfb is not installed";
+        dunst.emplace(bus.address());
+    }
+    bool isThere()
+    {
+        return eventually([&] { return center->server().name == "dunst"; });
+    }
+    bool areDisplayed(int number)
+    {
+        return eventually([&] { return dunst->displayed() == number; });
+    }
+
+    std::optional<Dunst> dunst;
+};
+
+TEST_F(DunstTest, ShowsReplacesAndRemovesUnderTheIdentifier)
+{
+    using enum InterruptionLevel;
+    askLeave();
+    ASSERT_TRUE(isThere());
+    EXPECT_THAT(grants, ElementsAre(true)) << "once there is a server";
+    add("a", "One", "5 < 6 & <b>7</b>\n\xff\u202e", passive);
+    ASSERT_TRUE(areTold(1));
+    add("a", "Two", "", active);
+    add("a", "Three", "", critical);
+    add("b", "Other");
+    ASSERT_TRUE(areTold(4));
+    EXPECT_THAT(outcomes, testing::Each(""));
+    EXPECT_TRUE(areDisplayed(2));
+    const auto shown = dunst->shown();
+    ASSERT_THAT(shown, testing::Contains(Field(&Dunst::Shown::title, "Three")));
+    for (const auto& one : shown) EXPECT_EQ(one.urgency == "CRITICAL", one.title == "Three");
+    EXPECT_EQ(shown.front().body, "5 &lt; 6 &amp; &lt;b&gt;7&lt;/b&gt; ?");
+    EXPECT_EQ(shown.front().urgency, "LOW");
+    EXPECT_EQ(shown.front().application, "Velmora");
+    EXPECT_EQ(shown.front().desktopEntry, "app.velmora.Velmora");
+
+    center->removePending({"a"});
+    center->removeDelivered({"a", "unknown"});
+    EXPECT_TRUE(areDisplayed(1));
+    add("c", "Taken back");
+    center->removePending({"c"});
+    ASSERT_TRUE(areTold(5));
+    EXPECT_TRUE(areDisplayed(1));
+    add("c", "Taken back, and wanted again");
+    center->removePending({"c"});
+    add("c", "Wanted");
+    ASSERT_TRUE(areTold(7));
+    EXPECT_TRUE(areDisplayed(2));
+}
+
+TEST_F(DunstTest, ARestartForgetsTheNumbersAndAHangHurtsNobody)
+{
+    ASSERT_TRUE(isThere());
+    add("a", "Before");
+    ASSERT_TRUE(areTold(1));
+    dunst->stop();
+    ASSERT_TRUE(eventually([&] { return center->server().name.empty(); }));
+    add("a", "Without a server");
+    ASSERT_TRUE(areTold(2));
+    EXPECT_NE(outcomes.back(), "");
+    dunst->start();
+    ASSERT_TRUE(isThere());
+    const auto theirs = notifications::newCall(session.get(), notifications::serviceName, "Notify");
+    dbus::check(sd_bus_message_append(theirs.get(), "susssasa{sv}i", "Other", 0, "", "Theirs", "", 0, 0, -1),
+                "Notify");
+    answer(session.get(), theirs);
+    add("a", "After");
+    ASSERT_TRUE(areTold(3));
+    EXPECT_TRUE(areDisplayed(2)) << "another program's notice with the number of ours stays";
+
+    dunst->signal(SIGSTOP);
+    for (int i = 0; i < 200; ++i) add(("n" + std::to_string(i)).c_str(), "Flood");
+    ASSERT_TRUE(areTold(3 + 200 - DesktopNotificationCenter::maximumWaiting));
+    EXPECT_NE(outcomes.back(), "");
+    for (int i = 0; i < 200; ++i) center->removePending({"n" + std::to_string(i)});
+    settle();
+    dunst->signal(SIGCONT);
+    ASSERT_TRUE(areTold(203));
+    EXPECT_TRUE(areDisplayed(2)) << "what was taken back meanwhile is not shown";
+}
+
+TEST_F(DunstTest, SaysWhetherItIsToDisturbAndWhatAPersonDid)
+{
+    std::vector<NotificationResponse> responses;
+    const auto heard = center->observeResponses([&](const auto& one) { responses.push_back(one); });
+    ASSERT_TRUE(isThere());
+    EXPECT_TRUE(eventually([&] { return center->server().isInhibited == false; }));
+    dunst->pause(true);
+    EXPECT_TRUE(eventually([&] { return center->server().isInhibited == true; }));
+    dunst->pause(false);
+    EXPECT_TRUE(eventually([&] { return center->server().isInhibited == false; }));
+    add("a", "Click");
+    ASSERT_TRUE(areTold(1));
+    ASSERT_TRUE(areDisplayed(1));
+    dunst->click();
+    ASSERT_TRUE(eventually([&] { return !responses.empty(); }));
+    EXPECT_EQ(responses.front().request, "a");
+    EXPECT_EQ(responses.front().action, NotificationResponse::click);
+}
+
+} // namespace
+} // namespace velmora
