@@ -91,6 +91,10 @@ public:
         intake_.take(caller, settings);
     }
     void controlCharging(const Caller& caller, ChargingCommand command, ChargingReply reply) override;
+    void beginTravelCharge(const Caller& caller, ChargingReply reply) override
+    {
+        intake_.beginTravelCharge(caller, std::move(reply));
+    }
     void callerLeft(const std::string& busName) override;
 
 private:

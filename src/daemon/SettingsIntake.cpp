@@ -113,6 +113,14 @@ SettingsMask SettingsIntake::machineChanges(const SettingsChange& wish) const
     return wish.fields & settingsOf(Setting::Owner::machine) & differing(machine(), wish.values);
 }
 
+/// A quick charge before a journey is wanted by somebody, in so many words. A message of all ten values does
+/// not say so: an application repeats with it what it was told.
+bool SettingsIntake::takesOver(const SettingsChange& wish) const
+{
+    return (wish.fields & overrideAlone()).any() && wish.values.isTemporaryOverride &&
+           quickCharge_.isForTravel();
+}
+
 void SettingsIntake::take(const Caller& caller, const ChargingSettings& message)
 {
     auto& last = callers_.of(caller.busName);
@@ -195,18 +203,39 @@ void SettingsIntake::change(const Caller& caller, SettingsChange wish, DaemonSer
     wish.values = combined({}, wish.values, wish.fields);
     if (auto problem = problemWith(wish.values)) return reply(Refusal{Refused::invalid, *problem});
     wish.values = clamped(wish.values);
-    const auto fields = machineChanges(wish);
+    const auto fields = machineChanges(wish) | (takesOver(wish) ? overrideAlone() : SettingsMask());
     const auto decided = [this, caller, wish, reply = std::move(reply)](const auto& refusal) {
         if (refusal) return reply(*refusal);
         auto& last = callers_.of(caller.busName);
         last.user = caller.uid;
         if (last.accepted) last.accepted = combined(*last.accepted, wish.values, wish.fields);
         takeOwn(caller, wish);
+        if (takesOver(wish)) {
+            quickCharge_.takeOver();
+            ports_.save();
+        }
         accept(caller, wish);
         reply(heldFor(caller.uid));
     };
     if (fields.none()) return decided(std::optional<Refusal>{});
     authorise(caller, "change " + listed(wish.values, fields), decided);
+}
+
+void SettingsIntake::beginTravelCharge(const Caller& caller, DaemonService::ChargingReply reply)
+{
+    if (quickCharge_.isActive()) return reply(true);
+    authorise(caller, "begin a charge before a journey",
+              [this, caller, reply = std::move(reply)](const auto& refusal) {
+                  if (refusal) return reply(*refusal);
+                  if (quickCharge_.isActive()) return reply(true); // somebody was faster
+                  const auto before = machine();
+                  quickCharge_.ask(false); // one that was fulfilled is no reason against another
+                  quickCharge_.ask(true, QuickCharge::Cause::travel);
+                  logChange(caller, "quick charge before a journey");
+                  announce();
+                  ports_.changed(caller, before);
+                  reply(quickCharge_.isActive());
+              });
 }
 
 void SettingsIntake::authorise(const Caller& caller, const std::string& what, const Decided& decided)

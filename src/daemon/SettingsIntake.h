@@ -65,6 +65,10 @@ public:
     /// Single values: all of them or none.
     void change(const Caller& caller, SettingsChange wish, DaemonService::SettingsReply reply);
 
+    /// Begins a quick charge before a journey, unless one is under way; what changes nothing needs no right.
+    /// `reply` is told whether one is under way then.
+    void beginTravelCharge(const Caller& caller, DaemonService::ChargingReply reply);
+
     /// Asks for the right to do what `what` says; a refusal is logged.
     void authorise(const Caller& caller, const std::string& what, const Decided& decided);
     /// Logs what was changed, and by whom.
@@ -85,6 +89,7 @@ private:
     ChargingSettings heldFor(uid_t user);
     SettingsChange wishOf(const Caller& caller, const ChargingSettings& message);
     SettingsMask machineChanges(const SettingsChange& wish) const;
+    bool takesOver(const SettingsChange& wish) const;
     void takeOwn(const Caller& caller, const SettingsChange& wish);
     bool isPending(const Caller& caller, const ChargingSettings& message, SettingsMask fields);
     void ask(const Caller& caller, const ChargingSettings& message, const SettingsChange& wish);

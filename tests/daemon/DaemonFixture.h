@@ -144,6 +144,17 @@ struct DaemonTest : testing::Test {
         return allowed;
     }
 
+    /// Whether a quick charge is under way then; nothing after a refusal.
+    std::optional<bool> beginTravelCharge(uid_t user = 0)
+    {
+        std::optional<bool> isBegun;
+        daemon->beginTravelCharge({":1.7", user}, [&](const auto& outcome) {
+            if (const auto* answer = std::get_if<bool>(&outcome)) isBegun = *answer;
+        });
+        settle();
+        return isBegun;
+    }
+
     /// Changes those in which `values` differs from the defaults; the reason of a refusal, empty for none.
     std::string change(const ChargingSettings& values, uid_t user = 0, const std::string& caller = ":1.8")
     {

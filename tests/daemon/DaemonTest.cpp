@@ -230,6 +230,33 @@ TEST_F(DaemonTest, QuickChargeEndsByItselfAndStaysEnded)
     EXPECT_EQ(end(), 80) << "unplugged for over a minute";
 }
 
+TEST_F(DaemonTest, AChargeBeforeAJourneyIsAQuickChargeThatAPersonCanTakeOver)
+{
+    const auto cause = [this] {
+        daemon->save();
+        return rawValue(settings->load().quickChargeCause);
+    };
+    EXPECT_EQ(beginTravelCharge(1000), std::nullopt) << "not for everybody";
+    announced.clear();
+    EXPECT_EQ(beginTravelCharge(), true);
+    EXPECT_EQ(end(), 100);
+    EXPECT_EQ(announced.size(), 1U) << "every switch shows it";
+    EXPECT_EQ(beginTravelCharge(1000), true) << "there is one already";
+    boot();
+    send(":1.1", {.isTemporaryOverride = true}); // which repeats what it was told
+    EXPECT_EQ(cause(), "travel");
+    change({.isTemporaryOverride = true}, 1000);
+    EXPECT_EQ(cause(), "travel") << "without the right";
+    change({.isTemporaryOverride = true});
+    EXPECT_EQ(cause(), "person");
+    battery(100, "Full");
+    EXPECT_EQ(end(), 80);
+    EXPECT_EQ(beginTravelCharge(), true) << "the next journey";
+    EXPECT_EQ(cause(), "travel");
+    send(":1.1", {}); // taken back
+    EXPECT_EQ(end(), 80);
+}
+
 // Rule three: without it every reading wakes every client, and each of them answers.
 TEST_F(DaemonTest, PushesWhatDiffersAtMostEveryTwoSecondsAndAlwaysTheLast)
 {

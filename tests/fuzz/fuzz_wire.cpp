@@ -3,6 +3,7 @@
 
 #include "FuzzedMessage.h"
 #include "bus/Records.h"
+#include "wire/ChargeEvent.h"
 #include "wire/VelmoraProtocol.h"
 
 #include <cstdlib>
@@ -17,9 +18,9 @@ using namespace velmora;
 using fuzz::newMessage;
 using fuzz::seal;
 
-constexpr std::array keys{"percentage",       "isCharging",      "powerSource",
-                          "timeToEmpty",      "timestamp",       "customChargeLimit",
-                          "customHysteresis", "lowBatteryLimit", "notifyOnHeat"};
+constexpr std::array keys{
+    "percentage",       "isCharging",      "powerSource",  "timeToEmpty", "timestamp", "customChargeLimit",
+    "customHysteresis", "lowBatteryLimit", "notifyOnHeat", "level",       "cycleCount"};
 
 KeyedArchive sealedAndRead(const dbus::Message& message)
 {
@@ -63,6 +64,21 @@ void requireSaneSettings(const KeyedArchive& archive)
     if (!(dbus::readSettings(message.get()) == settings)) std::abort();
 }
 
+/// What is taken for an event has its value within range, and survives the wire. Its kind is one of few
+/// texts, on which chance does not come.
+void requireSaneEvent(const KeyedArchive& archive)
+{
+    for (const auto kind : chargeEventKinds) {
+        KeyedArchive named;
+        named.encode("kind", std::string(kind));
+        for (const auto& [key, value] : archive.values()) named.encode(key, value);
+        const auto event = ChargeEvent::unarchived(named);
+        if (!event) continue;
+        if (event->kind == ChargeEvent::Kind::levelLost && event->level > 100) std::abort();
+        requireSurvival(*event);
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
@@ -75,5 +91,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     requireSurvival(HSBatteryState(archive));
     requireSurvival(HSHistorySnapshot(archive, Date{}));
     requireSaneSettings(archive);
+    requireSaneEvent(archive);
     return 0;
 }

@@ -250,10 +250,12 @@ TEST_F(DaemonObjectTest, KeepsTheOrderOfACallerItDoesNotKnowYetAndNoticesItLeave
     const auto name = caller.name();
     caller.send({.customChargeLimit = 70});
     caller.tell(caller.call(wire::daemon_protocol::toggleCharging));
+    caller.tell(
+        caller.call(wire::objectPath, wire::charger::interface, wire::charger::beginTravelCharge.selector));
     caller.send({.customChargeLimit = 90});
-    ASSERT_TRUE(eventually([&] { return service.deeds.size() == 3; }));
-    EXPECT_EQ(service.deeds, (std::vector{"70" + me, "toggle" + me, "90" + me}));
-    EXPECT_EQ(service.callers, std::vector(3, name));
+    ASSERT_TRUE(eventually([&] { return service.deeds.size() == 4; }));
+    EXPECT_EQ(service.deeds, (std::vector{"70" + me, "toggle" + me, "travel" + me, "90" + me}));
+    EXPECT_EQ(service.callers, std::vector(4, name));
     caller.hangUp();
     ASSERT_TRUE(eventually([&] { return !service.left.empty(); }));
     EXPECT_EQ(service.left, std::vector{name});

@@ -54,6 +54,11 @@ struct RecordingService final : DaemonService {
         note("toggle", caller);
         reply(true);
     }
+    void beginTravelCharge(const Caller& caller, ChargingReply reply) override
+    {
+        note("travel", caller);
+        reply(true);
+    }
     void callerLeft(const std::string& busName) override { left.push_back(busName); }
 
     void note(const std::string& deed, const Caller& caller)

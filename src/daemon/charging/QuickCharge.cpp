@@ -29,10 +29,11 @@ void follow(std::optional<QuickCharge::Time>& since, bool holds, QuickCharge::Ti
 
 } // namespace
 
-bool QuickCharge::ask(bool wanted)
+bool QuickCharge::ask(bool wanted, Cause cause)
 {
     if (wanted == (state_ != State::off)) return false;
     state_ = wanted ? State::active : State::off;
+    cause_ = cause;
     fullSince_.reset();
     unpluggedSince_.reset();
     return true;
@@ -66,6 +67,11 @@ std::optional<QuickCharge::Time> QuickCharge::due() const
     if (fullSince_) consider(*fullSince_ + fullPatience);
     if (unpluggedSince_) consider(*unpluggedSince_ + unpluggedPatience + 1ms);
     return first;
+}
+
+std::string_view rawValue(QuickCharge::Cause cause)
+{
+    return cause == QuickCharge::Cause::travel ? "travel" : "person";
 }
 
 std::string_view rawValue(QuickCharge::State state)

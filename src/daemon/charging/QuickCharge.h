@@ -23,15 +23,27 @@ namespace velmora {
 class QuickCharge {
 public:
     enum class State : std::uint8_t { off, active, spent };
+    enum class Cause : std::uint8_t {
+        person, ///< somebody who wants it now, and may sit in front of it
+        travel, ///< a journey ahead: nobody need be there
+    };
     using Time = std::chrono::milliseconds; ///< since boot
 
-    explicit QuickCharge(State state = State::off) : state_(state) {}
+    explicit QuickCharge(State state = State::off, Cause cause = Cause::person) : state_(state), cause_(cause)
+    {
+    }
 
     State state() const { return state_; }
     bool isActive() const { return state_ == State::active; }
 
+    /// What the one that is active was begun for.
+    Cause cause() const { return cause_; }
+    bool isForTravel() const { return isActive() && cause_ == Cause::travel; }
+
     /// A client asks for it or takes it back. Returns whether that changed the state.
-    bool ask(bool wanted);
+    bool ask(bool wanted, Cause cause = Cause::person);
+    /// Somebody asks in so many words for what was begun before a journey: from now on it is theirs.
+    void takeOver() { cause_ = Cause::person; }
 
     /// How it has ended by itself.
     struct End {
@@ -46,10 +58,13 @@ public:
 
 private:
     State state_;
+    Cause cause_;
     std::optional<Time> fullSince_;
     std::optional<Time> unpluggedSince_;
 };
 
+/// "person" or "travel".
+std::string_view rawValue(QuickCharge::Cause cause);
 std::string_view rawValue(QuickCharge::State state);
 std::optional<QuickCharge::State> quickChargeStateFromRawValue(std::string_view text);
 

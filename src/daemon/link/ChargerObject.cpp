@@ -28,6 +28,7 @@ ChargerObject::ChargerObject(sd_bus* bus, Clients& clients, DaemonService& servi
     table_.addMethod(charger::pauseCharging, served<&ChargerObject::control<ChargingCommand::pause>>);
     table_.addMethod(charger::resumeCharging, served<&ChargerObject::control<ChargingCommand::resume>>);
     table_.addMethod(charger::getActions, served<&ChargerObject::getActions>);
+    table_.addMethod(charger::beginTravelCharge, served<&ChargerObject::beginTravelCharge>);
     for (const auto& each : chargerProperties) table_.addProperty(each.name, each.type(), property);
     table_.addSignal(charger::settingsChanged);
     table_.addSignal(charger::changeRefused);
@@ -94,6 +95,14 @@ int ChargerObject::getActions(sd_bus_message* call)
     for (const auto& action : service_.chargerActions()) dbus::append(reply.get(), action.archived());
     dbus::check(sd_bus_message_close_container(reply.get()), "close a list");
     return dbus::send(reply);
+}
+
+int ChargerObject::beginTravelCharge(sd_bus_message* call)
+{
+    clients_.identify(call, [this, reply = chargingReply(call)](const Caller& caller) {
+        service_.beginTravelCharge(caller, reply);
+    });
+    return 1;
 }
 
 /// What sd-bus would answer by itself, once there is something worth telling.

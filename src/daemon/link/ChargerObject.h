@@ -36,6 +36,7 @@ private:
     template <ChargingCommand command>
     int control(sd_bus_message* call);
     int getActions(sd_bus_message* call);
+    int beginTravelCharge(sd_bus_message* call);
     int propertiesAsked(sd_bus_message* call);
     void answerSettings(sd_bus_message* call, const ChargingSettings& settings);
     void answerChange(sd_bus_message* call, const std::variant<ChargingSettings, Refusal>& outcome);

@@ -21,13 +21,17 @@ void answerRefusal(sd_bus_message* call, const Refusal& refusal)
     sd_bus_reply_method_errorf(call, errorFor(refusal.why), "%s", refusal.reason.c_str());
 }
 
-int controlCharging(Clients& clients, DaemonService& service, sd_bus_message* call, ChargingCommand command)
+DaemonService::ChargingReply chargingReply(sd_bus_message* call)
 {
-    const auto reply = [kept = dbus::keep(call)](const std::variant<bool, Refusal>& outcome) {
+    return [kept = dbus::keep(call)](const std::variant<bool, Refusal>& outcome) {
         if (const auto* refusal = std::get_if<Refusal>(&outcome)) return answerRefusal(kept.get(), *refusal);
         sd_bus_reply_method_return(kept.get(), "b", std::get<bool>(outcome));
     };
-    clients.identify(call, [&service, command, reply](const Caller& caller) {
+}
+
+int controlCharging(Clients& clients, DaemonService& service, sd_bus_message* call, ChargingCommand command)
+{
+    clients.identify(call, [&service, command, reply = chargingReply(call)](const Caller& caller) {
         service.controlCharging(caller, command, reply);
     });
     return 1;

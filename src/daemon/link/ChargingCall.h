@@ -11,6 +11,9 @@ namespace velmora {
 /// charging is allowed afterwards, or refused.
 int controlCharging(Clients& clients, DaemonService& service, sd_bus_message* call, ChargingCommand command);
 
+/// Answers `call` with yes or no, or with a refusal.
+DaemonService::ChargingReply chargingReply(sd_bus_message* call);
+
 /// Answers `call` with the error that stands for the refusal: InvalidArgs, AccessDenied, or
 /// InteractiveAuthorizationRequired where a password would help.
 void answerRefusal(sd_bus_message* call, const Refusal& refusal);

@@ -206,6 +206,7 @@ std::string encodeState(const DaemonState& state)
                            {"settings", encoded(state.settings, storedOfMachine())},
                            {"users", std::move(users)},
                            {"quickCharge", rawValue(state.quickCharge)},
+                           {"quickChargeCause", rawValue(state.quickChargeCause)},
                            {"hasAdoptedLimit", state.hasAdoptedLimit},
                            {"firstHeld", std::move(firstHeld)},
                            {"charging", rawValue(state.manual.state)},
@@ -233,6 +234,8 @@ std::pair<DaemonState, std::string> decodeState(std::string_view bytes, uid_t ow
     const auto quickCharge = quickChargeStateFromRawValue(textAt(document, "quickCharge"));
     if (!quickCharge) note(wrong, "quickCharge is none of its states");
     state.quickCharge = quickCharge.value_or(QuickCharge::State::off);
+    if (textAt(document, "quickChargeCause") == rawValue(QuickCharge::Cause::travel))
+        state.quickChargeCause = QuickCharge::Cause::travel;
     state.settings.isTemporaryOverride = state.quickCharge == QuickCharge::State::active;
     state.hasAdoptedLimit = document.value("hasAdoptedLimit", Json()) == true;
     state.firstHeld = decodedFirstHeld(document.value("firstHeld", Json()), wrong);

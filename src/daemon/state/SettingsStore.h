@@ -25,6 +25,7 @@ struct DaemonState {
     ChargingSettings settings{}; ///< the machine's
     UserSettings::Entries users{};
     QuickCharge::State quickCharge = QuickCharge::State::off;
+    QuickCharge::Cause quickChargeCause = QuickCharge::Cause::person;
     /// The charger's own limit was looked at once, or a client has set one since.
     bool hasAdoptedLimit = false;
     ManualCharging manual{};

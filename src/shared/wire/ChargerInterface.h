@@ -53,8 +53,13 @@ inline constexpr Message resumeCharging{"ResumeCharging", {}, daemon_protocol::c
 /// What was done to the charger since the daemon was started, the newest last and twenty at most: records of
 /// ChargerAction.
 inline constexpr Message getActions{"GetActions", {}, actions};
-inline constexpr std::array messages{&getSettings, &setSettings, &pauseCharging, &resumeCharging,
-                                     &getActions};
+/// Starts a quick charge before a journey: one that nobody is sitting in front of, so that a hot battery may
+/// interrupt it. Answers whether one is under way then; errors as of `setSettings`. It is taken back like any
+/// other, by the override's setting.
+inline constexpr std::array isBegun{Argument{"isBegun", "b"}};
+inline constexpr Message beginTravelCharge{"BeginTravelCharge", {}, isBegun};
+inline constexpr std::array messages{&getSettings,    &setSettings, &pauseCharging,
+                                     &resumeCharging, &getActions,  &beginTravelCharge};
 
 /// These settings have changed. Sent to all for the machine's; for a user's own only to that user's
 /// connections which have asked for them. A client whose message was refused or was not followed is sent all
@@ -65,12 +70,6 @@ inline constexpr std::array reason{Argument{"reason", "s"}};
 /// What this client sent one way was refused; the reason is one of `refusedTexts`. Sent to that client alone,
 /// after the settings as they are.
 inline constexpr Message changeRefused{"ChangeRefused", reason, {}};
-
-/// Starts a quick charge before a journey: one that nobody is sitting in front of, so that a hot battery may
-/// interrupt it. Answers whether one is under way then; errors as of `setSettings`. It is taken back like any
-/// other, by the override's setting.
-inline constexpr std::array isBegun{Argument{"isBegun", "b"}};
-inline constexpr Message beginTravelCharge{"BeginTravelCharge", {}, isBegun};
 
 /// Something has happened that may be worth a notice: a record of ChargeEvent. Sent to all, once.
 inline constexpr std::array event{Argument{"event", recordType}};
