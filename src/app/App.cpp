@@ -4,13 +4,15 @@
 #include "App.h"
 
 #include "battery/BatteryHardwareService.h"
+#include "desktop/LoginSession.h"
 #include "platform/Platform.h"
 
 namespace velmora {
 
 App::App(LinuxPlatform& platform)
     : client_(std::make_shared<XPCClient>(platform.loop(), platform.clock(), platform.log())),
-      model_(client_, std::make_shared<BatteryHardwareService>())
+      model_(client_, std::make_shared<BatteryHardwareService>()),
+      notices_([this] { return noticeWishes(); }, isOwnSessionActive)
 {
     // A daemon that starts pushes its state by itself, but not its history.
     client_->onDaemonAppeared = [this] { model_.fetchHistory(); };
@@ -26,8 +28,26 @@ App::App(LinuxPlatform& platform)
     };
     client_->onSettingsChange = [this] {
         if (const auto held = client_->settings()) model_.followSettings(*held, client_->toldLast());
+        hasSettings_ = true;
     };
+    client_->onEvent = [this](const auto& event) { takeEvent(event); };
     rememberLowBatteryNotice();
+}
+
+/// Before the daemon has told the switches nobody knows which notices this user wants.
+void App::takeEvent(const ChargeEvent& event)
+{
+    if (hasSettings_) notices_.take(event);
+}
+
+NoticeWishes App::noticeWishes() const
+{
+    return {.onLimit = model_.notifyOnLimit.get(),
+            .onHeat = model_.notifyOnHeat.get(),
+            .onCycle = model_.notifyOnCycle.get(),
+            .onPowerChange = model_.notifyOnPowerChange.get(),
+            .onLowBattery = model_.notifyOnLowBattery.get(),
+            .lowBatteryLimit = model_.lowBatteryLimit.get()};
 }
 
 /// The one notice that the daemon never learns of. What is kept is that it is off, since it is on where

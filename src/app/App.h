@@ -4,6 +4,7 @@
 #pragma once
 
 #include "LinuxPlatform.h"
+#include "alerts/ChargeNotices.h"
 #include "link/XPCClient.h"
 #include "model/BatteryModel.h"
 
@@ -14,8 +15,8 @@
 namespace velmora {
 
 /// The one model of this run and the services that feed it, created in the order of their dependencies. The
-/// model's settings follow those that the daemon holds, and one preference that it does not. Main thread
-/// only.
+/// model's settings follow those that the daemon holds, and one preference that it does not. What the daemon
+/// tells of charging becomes notices, as this user wants them. Main thread only.
 class App {
 public:
     explicit App(LinuxPlatform& platform);
@@ -47,9 +48,13 @@ public:
 
 private:
     void rememberLowBatteryNotice();
+    void takeEvent(const ChargeEvent& event);
+    NoticeWishes noticeWishes() const;
 
     std::shared_ptr<XPCClient> client_;
     BatteryModel model_;
+    ChargeNotices notices_;
+    bool hasSettings_ = false; ///< the model's switches are this user's, not the initial ones
     Subscription lowBatteryNotice_;
 };
 
