@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "ical/Wall.h"
+#include "platform/CalendarStore.h"
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velmora {
+
+/// Reads iCalendar texts (RFC 5545) and keeps the occurrences that touch a stretch of time: of single and
+/// recurring events, with what was moved, called off or left out. Rules that recur by the minute or faster,
+/// or that would take long to work out, are passed over. For a process with one thread; see Wall.
+class EventReader {
+public:
+    EventReader(Date from, Date to) : from_(from), to_(to) {}
+
+    /// One file, or as much of a calendar as belongs together: what was moved out of a recurring event counts
+    /// for that event in the same text. Returns what was wrong with it, empty for nothing: the rest was
+    /// read all the same.
+    std::string read(std::string_view text);
+
+    const std::vector<CalendarEvent>& events() const { return events_; }
+
+private:
+    /// One VEVENT.
+    struct Source {
+        CalendarEvent event{}; ///< its first occurrence
+        icaltimetype start{};  ///< on the clock of its place
+        std::string zone{};
+        int days = 0; ///< that it lasts, of an all-day event
+        bool isCancelled = false;
+    };
+    /// An occurrence that stands for one of its event's own: at another time, say.
+    struct Override {
+        bool isForAllLater = false;
+        Source source{};
+    };
+    using Overrides = std::map<Date, Override>; ///< by the moment of the occurrence that it stands for
+
+    void readEvent(const std::string& component);
+    std::optional<Source> sourceOf(icalcomponent* event);
+    void setEnd(icalcomponent* event, Source& source);
+    void expand(const std::string& component);
+    std::set<Date> exceptions(icalcomponent* event, const Source& source);
+    void addRule(icalproperty* property, const Source& source, std::set<Date>& starts);
+    void addDates(icalcomponent* event, std::set<Date>& starts);
+    void occur(const Source& source, Date start);
+    void add(CalendarEvent event);
+    Date momentOf(icalproperty* property, const icaltimetype& time);
+    icaltimetype earliest(const Source& source) const;
+    void complain(const char* what);
+
+    Date from_;
+    Date to_;
+    Wall wall_;
+    std::vector<CalendarEvent> events_;
+    std::vector<std::string> recurring_;                      ///< components of this file
+    std::map<std::string, Overrides, std::less<>> overrides_; ///< of this file, by identifier
+    long steps_ = 0;                                          ///< of all rules
+    std::string problem_;
+};
+
+} // namespace velmora
