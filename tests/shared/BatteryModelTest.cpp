@@ -19,6 +19,10 @@ struct BatteryModelIntake {
     {
         model.updateFromSharedState(state);
     }
+    static void check(BatteryModel& model, const std::optional<std::string>& oldPowerSource)
+    {
+        model.checkNotificationTriggers(0, model.chargingState.get(), oldPowerSource);
+    }
 };
 
 namespace {
@@ -318,6 +322,80 @@ TEST_F(BatteryModelTest, LeavingTheSimulationAsksForTheTruth)
         EXPECT_EQ(daemon->stateRequests.size(), 1U);
         EXPECT_EQ(loop.pendingTimers(), 0U);
     }
+}
+
+struct NotificationTriggersTest : testing::Test {
+    /// The identifiers of the notices that the step posts.
+    std::vector<std::string> take(const SharedBatteryState& state)
+    {
+        machine.notificationCenter->removeDelivered(standing());
+        BatteryModelIntake::take(model, state);
+        return standing();
+    }
+    std::vector<std::string> standing() const
+    {
+        std::vector<std::string> identifiers;
+        for (const auto& one : machine.notificationCenter->standing()) identifiers.push_back(one.identifier);
+        return identifiers;
+    }
+
+    FakePlatform machine;
+    BatteryModel model{nullptr, nullptr};
+};
+
+TEST_F(NotificationTriggersTest, ADeviceInTheFleetIsReportedOnceForWhatItDoes)
+{
+    const std::tuple<double, bool, std::vector<std::string>> steps[] = {
+        {79.2, true, {}},
+        {79.2, false, {"limit_reached"}},
+        {79.2, true, {}},
+        {79.2, false, {}}, // once
+        {78.5, true, {"charging_resumed"}},
+        {80, false, {"limit_reached"}},
+        {70, false, {}}, // not yet well below
+        {80, true, {}},
+        {80, false, {}},
+        {69.9, false, {}}, // now it is
+        {80, true, {}},
+        {80, false, {"limit_reached"}},
+        {20, false, {"low_battery"}},
+        {19, false, {}},
+        {25, false, {}},
+        {20, false, {}},
+        {25.1, false, {}},
+        {std::nan(""), false, {"low_battery"}},
+    };
+    model.customHysteresis.set(5);
+    for (const auto& [level, isCharging, posted] : steps)
+        EXPECT_TRUE(take({.percentage = level, .isCharging = isCharging}).empty()) << "none is selected";
+    model.selectedDeviceID.set("other");
+    for (const auto& [level, isCharging, posted] : steps)
+        EXPECT_EQ(take({.percentage = level, .isCharging = isCharging}), posted) << level;
+}
+
+TEST_F(NotificationTriggersTest, SwitchesAndWordsAreTheUsers)
+{
+    model.selectedDeviceID.set("other");
+    const auto pass = [this](bool isWanted) {
+        for (auto* one : {&model.notifyOnLimit, &model.notifyOnLowBattery, &model.notifyOnPowerChange})
+            one->set(isWanted);
+        BatteryModelIntake::take(model, {.percentage = 80, .isCharging = true, .powerSource = "AC Power"});
+        BatteryModelIntake::take(model, {.percentage = 80, .powerSource = "Battery"});
+        for (const auto& old : {std::optional<std::string>(), {"Battery"}, {"AC Power"}})
+            BatteryModelIntake::check(model, old);
+        BatteryModelIntake::take(model, {.percentage = 17.9, .powerSource = "Battery"});
+    };
+    pass(false);
+    EXPECT_EQ(machine.notificationCenter->delivered(), 0);
+    pass(true);
+    EXPECT_EQ(machine.notificationCenter->delivered(), 3);
+    EXPECT_EQ(
+        machine.notificationCenter->standing(),
+        (std::vector<NotificationRequest>{
+            {"limit_reached", "Charge Limit Reached",
+             "Battery protected at target. Your remote Mac is now running on AC."},
+            {"power_change", "Power Source Changed", "Your remote Mac is now on Battery."},
+            {"low_battery", "Remote Mac Battery Low", "Your MacBook is at 17%. Consider plugging it in."}}));
 }
 
 } // namespace

@@ -218,7 +218,11 @@ std::int64_t BatteryModel::minutesToLimit(double level, double limit, std::int64
     return isBelow ? truncated(toLimit / toFull * static_cast<double>(minutesToFull)) : 0;
 }
 
-void BatteryModel::checkNotificationTriggers(double, ChargingState, const std::string&) {}
+void BatteryModel::checkNotificationTriggers(double, ChargingState oldChargingState,
+                                             const std::optional<std::string>& oldPowerSource)
+{
+    triggers_.check(*this, oldChargingState, oldPowerSource);
+}
 
 // -- Simulation
 

@@ -6,6 +6,7 @@
 #include "base/Lifetime.h"
 #include "base/Observable.h"
 #include "battery/BatteryDataSource.h"
+#include "model/NotificationTriggers.h"
 #include "platform/Clock.h"
 #include "platform/Debouncer.h"
 #include "platform/Log.h"
@@ -116,7 +117,7 @@ private:
     void updateFromSharedState(const SharedBatteryState& state);
     void recalculateTimeToLimit();
     void checkNotificationTriggers(double oldPercentage, ChargingState oldChargingState,
-                                   const std::string& oldPowerSource);
+                                   const std::optional<std::string>& oldPowerSource);
 
     void handleModeChange();
     void updateBatteryLevel();
@@ -133,6 +134,7 @@ private:
     std::shared_ptr<Clock> clock_;
     std::shared_ptr<Log> log_;
 
+    NotificationTriggers triggers_;
     Debouncer settingsSync_;
     std::vector<Subscription> cancellables_;
     MainLoop::Timer simulationTimer_;
