@@ -27,7 +27,7 @@ Shell::Shell(LinuxPlatform& platform, App& app, SessionBus& session, std::filesy
 {
     if (sd_bus* bus = session.handle()) {
         serve(bus);
-        gnomeAdvice_.emplace(bus, Platform::current().preferences);
+        trayAdvice_.emplace(bus, Platform::current().preferences);
         // Heat and level move while the firmware holds the charge, and the daemon says so only when asked.
         windowsFollower_.emplace(loop_, bus, [this] { app_.askDaemon(); });
     }
@@ -107,7 +107,7 @@ void Shell::wireTray()
     tray_.onQuit = [this] { loop_.stop(); };
     tray_.onNoHost = [this] {
         hasNoTray_ = true;
-        if (gnomeAdvice_) gnomeAdvice_->give();
+        if (trayAdvice_) trayAdvice_->give();
     };
 }
 

@@ -9,7 +9,7 @@
 #include "bus/Exports.h"
 #include "bus/ModelObject.h"
 #include "bus/SessionBus.h"
-#include "tray/GnomeAdvice.h"
+#include "tray/TrayAdvice.h"
 #include "tray/TrayIcon.h"
 #include "windows/WindowsFollower.h"
 #include "windows/WindowsProgram.h"
@@ -62,7 +62,7 @@ private:
     WindowsProgram windows_;
     std::optional<WindowsFollower> windowsFollower_;
     TrayIcon tray_;
-    std::optional<GnomeAdvice> gnomeAdvice_;
+    std::optional<TrayAdvice> trayAdvice_;
     bool hasNoTray_ = false;
     MainLoop::Timer reopening_; ///< started again before it was known whether there is a tray
     bool hasReading_ = false;   ///< the model shows values of the daemon, not its initial ones

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "tray/GnomeAdvice.h"
+#include "tray/TrayAdvice.h"
 
 #include "SessionTest.h"
 
@@ -14,12 +14,12 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 /// The stranger is GNOME Shell, and shows notices as it does.
-struct GnomeAdviceTest : SessionTest {
-    GnomeAdviceTest()
+struct TrayAdviceTest : SessionTest {
+    TrayAdviceTest()
     {
         for (const auto* path : {"/org/gnome/Shell", "/org/freedesktop/Notifications"})
             dbus::check(sd_bus_add_object(stranger.get(), nullptr, path,
-                                          dbus::serve<GnomeAdviceTest, &GnomeAdviceTest::called>, this),
+                                          dbus::serve<TrayAdviceTest, &TrayAdviceTest::called>, this),
                         path);
         own(stranger.get(), "org.freedesktop.Notifications");
     }
@@ -48,13 +48,13 @@ struct GnomeAdviceTest : SessionTest {
     }
 
     FakePlatform machine;
-    std::optional<GnomeAdvice> advice;
+    std::optional<TrayAdvice> advice;
     std::vector<std::string> notices;
     double state = 1; ///< of the extension; negative: it is not installed
     int questions = 0;
 };
 
-TEST_F(GnomeAdviceTest, IsGivenOnceOnGnomeWhereVelmoraIsNotInQuickSettings)
+TEST_F(TrayAdviceTest, IsGivenOnceOnGnomeWhereVelmoraIsNotInQuickSettings)
 {
     giveAdvice();
     EXPECT_EQ(questions, 0) << "no GNOME";

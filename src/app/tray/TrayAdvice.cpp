@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "tray/GnomeAdvice.h"
+#include "tray/TrayAdvice.h"
 
 #include "base/Translation.h"
 #include "bus/Records.h"
@@ -18,21 +18,21 @@ constexpr double enabled = 1; // of the states of an extension
 
 } // namespace
 
-GnomeAdvice::GnomeAdvice(sd_bus* session, std::shared_ptr<Preferences> preferences)
+TrayAdvice::TrayAdvice(sd_bus* session, std::shared_ptr<Preferences> preferences)
     : session_(session), preferences_(std::move(preferences))
 {
 }
 
-void GnomeAdvice::give()
+void TrayAdvice::give()
 {
     if (preferences_->boolean(preference_key::hasSeenGnomeAdvice)) return;
     const auto call = dbus::newCall(session_, "org.gnome.Shell", "/org/gnome/Shell",
                                     "org.gnome.Shell.Extensions", "GetExtensionInfo");
     dbus::check(sd_bus_message_append(call.get(), "s", extension), "GetExtensionInfo");
-    question_ = dbus::ask(session_, call, dbus::serve<GnomeAdvice, &GnomeAdvice::answered>, this);
+    question_ = dbus::ask(session_, call, dbus::serve<TrayAdvice, &TrayAdvice::answered>, this);
 }
 
-int GnomeAdvice::answered(sd_bus_message* reply)
+int TrayAdvice::answered(sd_bus_message* reply)
 {
     if (sd_bus_message_is_method_error(reply, nullptr)) return 0; // another desktop
     const auto info = dbus::readArchive(reply);
@@ -48,7 +48,7 @@ int GnomeAdvice::answered(sd_bus_message* reply)
     return 0;
 }
 
-void GnomeAdvice::notify(const std::string& body)
+void TrayAdvice::notify(const std::string& body)
 {
     constexpr auto service = "org.freedesktop.Notifications";
     const auto call = dbus::newCall(session_, service, "/org/freedesktop/Notifications", service, "Notify");

@@ -13,12 +13,12 @@ namespace velmora {
 /// Says by a notice of the desktop, once in a user's life, how Velmora comes into GNOME's Quick Settings,
 /// since GNOME shows no tray icons. Says nothing on other desktops, and where Velmora is there already.
 /// Loop's thread only; never blocks.
-class GnomeAdvice {
+class TrayAdvice {
 public:
     /// The bus must outlive the object.
-    GnomeAdvice(sd_bus* session, std::shared_ptr<Preferences> preferences);
-    GnomeAdvice(const GnomeAdvice&) = delete;
-    GnomeAdvice& operator=(const GnomeAdvice&) = delete;
+    TrayAdvice(sd_bus* session, std::shared_ptr<Preferences> preferences);
+    TrayAdvice(const TrayAdvice&) = delete;
+    TrayAdvice& operator=(const TrayAdvice&) = delete;
 
     /// To be called where no tray has been found.
     void give();
