@@ -16,6 +16,8 @@ namespace {
 
 /// Both kinds of tray have been tried by then.
 constexpr auto trayPatience = 2 * TrayIcon::usualPatience + std::chrono::seconds{1};
+/// A desktop that has just begun has its panel by then.
+constexpr std::chrono::seconds advicePatience{15};
 
 } // namespace
 
@@ -27,7 +29,7 @@ Shell::Shell(LinuxPlatform& platform, App& app, SessionBus& session, std::filesy
 {
     if (sd_bus* bus = session.handle()) {
         serve(bus);
-        trayAdvice_.emplace(bus, Platform::current().preferences);
+        trayAdvice_.emplace(bus);
         // Heat and level move while the firmware holds the charge, and the daemon says so only when asked.
         windowsFollower_.emplace(loop_, bus, [this] { app_.askDaemon(); });
     }
@@ -107,7 +109,13 @@ void Shell::wireTray()
     tray_.onQuit = [this] { loop_.stop(); };
     tray_.onNoHost = [this] {
         hasNoTray_ = true;
-        if (trayAdvice_) trayAdvice_->give();
+        // At log-in a desktop's panel may still be on its way.
+        advising_ = loop_.after(
+            advicePatience,
+            [this] {
+                if (trayAdvice_ && !tray_.isShown()) trayAdvice_->give();
+            },
+            advicePatience);
     };
 }
 

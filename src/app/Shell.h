@@ -65,8 +65,9 @@ private:
     std::optional<TrayAdvice> trayAdvice_;
     bool hasNoTray_ = false;
     MainLoop::Timer reopening_; ///< started again before it was known whether there is a tray
-    bool hasReading_ = false;   ///< the model shows values of the daemon, not its initial ones
-    bool isStateDue_ = false;   ///< at the end of this turn
+    MainLoop::Timer advising_;
+    bool hasReading_ = false; ///< the model shows values of the daemon, not its initial ones
+    bool isStateDue_ = false; ///< at the end of this turn
     Subscription modelChanges_;
     Subscription readings_;
     Subscription responses_;

@@ -5,8 +5,9 @@
 
 #include "base/Translation.h"
 #include "bus/Records.h"
-#include "wire/ModelFace.h"
+#include "platform/Platform.h"
 
+#include <optional>
 #include <utility>
 
 namespace velmora {
@@ -16,16 +17,40 @@ namespace {
 constexpr auto extension = "velmora@velmora.app";
 constexpr double enabled = 1; // of the states of an extension
 
-} // namespace
-
-TrayAdvice::TrayAdvice(sd_bus* session, std::shared_ptr<Preferences> preferences)
-    : session_(session), preferences_(std::move(preferences))
+/// What to say where GNOME Shell answers so; nothing where Velmora is in sight.
+std::optional<std::string> adviceAfter(sd_bus_message* reply)
 {
+    if (sd_bus_message_is_method_error(reply, nullptr))
+        return tr("No tray shows Velmora's icon here. Velmora opens from the list of applications, and when "
+                  "you click on its notices.");
+    const auto info = dbus::readArchive(reply);
+    if (info.decodeDouble("state", 0) == enabled) return std::nullopt;
+    if (!info.decodeText("uuid", "").empty())
+        return tr("GNOME shows no tray icons. To have Velmora in Quick Settings, switch it on in the program "
+                  "Extensions, or by: gnome-extensions enable %1",
+                  extension);
+    return tr("GNOME shows no tray icons. To have Velmora in Quick Settings, install the package "
+              "gnome-shell-extension-velmora. Until then Velmora opens from the list of applications.");
 }
+
+bool hasBeenGiven()
+{
+    return Platform::current().preferences->boolean(preference_key::hasSeenGnomeAdvice);
+}
+
+/// A callback for any thread whose first argument reaches `act` on the main one, while its owner is there.
+template <typename Act>
+auto onMainLoop(const Lifetime& owner, Act act)
+{
+    return [act = owner.guard(std::move(act)), loop = Platform::current().mainLoop](
+               const auto& first, const auto&...) { loop->post([act, first] { act(first); }); };
+}
+
+} // namespace
 
 void TrayAdvice::give()
 {
-    if (preferences_->boolean(preference_key::hasSeenGnomeAdvice)) return;
+    if (hasBeenGiven()) return;
     const auto call = dbus::newCall(session_, "org.gnome.Shell", "/org/gnome/Shell",
                                     "org.gnome.Shell.Extensions", "GetExtensionInfo");
     dbus::check(sd_bus_message_append(call.get(), "s", extension), "GetExtensionInfo");
@@ -34,31 +59,26 @@ void TrayAdvice::give()
 
 int TrayAdvice::answered(sd_bus_message* reply)
 {
-    if (sd_bus_message_is_method_error(reply, nullptr)) return 0; // another desktop
-    const auto info = dbus::readArchive(reply);
-    if (info.decodeDouble("state", 0) == enabled) return 0;
-    const bool isInstalled = !info.decodeText("uuid", "").empty();
-    notify(
-        isInstalled
-            ? tr("GNOME shows no tray icons. To have Velmora in Quick Settings, switch it on in the program "
-                 "Extensions, or by: gnome-extensions enable %1",
-                 extension)
-            : tr("GNOME shows no tray icons. To have Velmora in Quick Settings, install the package "
-                 "gnome-shell-extension-velmora. Until then Velmora opens from the list of applications."));
+    auto advice = adviceAfter(reply);
+    if (!advice) return 0;
+    advice_ = std::move(*advice);
+    // At log-in the server may come after us.
+    Platform::current().notificationCenter->requestAuthorization(
+        onMainLoop(lifetime_, [this](bool isGranted) {
+            if (isGranted) post();
+        }));
     return 0;
 }
 
-void TrayAdvice::notify(const std::string& body)
+/// What nobody showed was not said, and is tried again at the next start.
+void TrayAdvice::post()
 {
-    constexpr auto service = "org.freedesktop.Notifications";
-    const auto call = dbus::newCall(session_, service, "/org/freedesktop/Notifications", service, "Notify");
-    dbus::check(sd_bus_message_append(call.get(), "susssasa{sv}i", "Velmora", 0U, wire::face::serviceName,
-                                      tr("Velmora is running").c_str(), body.c_str(), 0, 1, "desktop-entry",
-                                      "s", wire::face::serviceName, -1),
-                "Notify");
-    dbus::check(sd_bus_message_set_expect_reply(call.get(), false), "Notify");
-    dbus::send(call);
-    preferences_->set(preference_key::hasSeenGnomeAdvice, true);
+    if (hasBeenGiven()) return;
+    Platform::current().notificationCenter->add(
+        {.identifier = identifier, .title = tr("Velmora is running"), .body = advice_},
+        onMainLoop(lifetime_, [](const std::optional<std::string>& error) {
+            if (!error) Platform::current().preferences->set(preference_key::hasSeenGnomeAdvice, true);
+        }));
 }
 
 } // namespace velmora

@@ -3,20 +3,22 @@
 
 #pragma once
 
+#include "base/Lifetime.h"
 #include "bus/DBus.h"
-#include "platform/Preferences.h"
 
-#include <memory>
+#include <string>
 
 namespace velmora {
 
-/// Says by a notice of the desktop, once in a user's life, how Velmora comes into GNOME's Quick Settings,
-/// since GNOME shows no tray icons. Says nothing on other desktops, and where Velmora is there already.
-/// Loop's thread only; never blocks.
+/// Says by a notice, once in a user's life, where Velmora is when no tray shows its icon: on GNOME in Quick
+/// Settings, and how it gets there; elsewhere in the list of applications. Says nothing where GNOME's Quick
+/// Settings have it already, and waits for a server that shows notices. Main thread only; never blocks.
 class TrayAdvice {
 public:
+    static constexpr auto identifier = "where_velmora_is"; ///< of the notice
+
     /// The bus must outlive the object.
-    TrayAdvice(sd_bus* session, std::shared_ptr<Preferences> preferences);
+    explicit TrayAdvice(sd_bus* session) : session_(session) {}
     TrayAdvice(const TrayAdvice&) = delete;
     TrayAdvice& operator=(const TrayAdvice&) = delete;
 
@@ -25,10 +27,11 @@ public:
 
 private:
     int answered(sd_bus_message* reply);
-    void notify(const std::string& body);
+    void post();
 
+    Lifetime lifetime_;
     sd_bus* session_;
-    std::shared_ptr<Preferences> preferences_;
+    std::string advice_;
     dbus::Slot question_;
 };
 
