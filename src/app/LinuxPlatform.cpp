@@ -8,6 +8,7 @@
 #include "base/PreferencesFile.h"
 #include "base/SystemClock.h"
 #include "base/WorkerThread.h"
+#include "desktop/CalendarHelpers.h"
 #include "desktop/DesktopNotificationCenter.h"
 #include "power/LinuxPowerSources.h"
 #include "power/LinuxThermalLevel.h"
@@ -72,6 +73,26 @@ std::filesystem::path temporaryFolder(Log& log)
     return {};
 }
 
+/// A program of ours that no person starts: beside this one where it was built, in libexec where it is
+/// installed.
+std::filesystem::path helperProgram(const char* name)
+{
+    std::error_code error;
+    const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    if (auto beside = folder / name; access(beside.c_str(), X_OK) == 0) return beside;
+    return folder.parent_path() / "libexec" / name;
+}
+
+std::shared_ptr<CalendarStore> calendarStore(Log& log)
+{
+    return std::make_shared<CalendarHelpers>(
+        CalendarHelpers::Setup{.files = helperProgram("velmora-calendar"),
+                               .service = helperProgram("velmora-calendar-eds"),
+                               .folders = CalendarHelpers::usualFolders(
+                                   userFolder("XDG_DATA_HOME", ".local/share"), userFolder("HOME", nullptr))},
+        log);
+}
+
 } // namespace
 
 LinuxPlatform::LinuxPlatform(const std::string& program) : loop_(std::make_shared<EventLoop>())
@@ -86,6 +107,7 @@ LinuxPlatform::LinuxPlatform(const std::string& program) : loop_(std::make_share
     platform_.makeWorkQueue = [](std::string_view label) { return std::make_unique<WorkerThread>(label); };
     platform_.preferences = std::make_shared<PreferencesFile>(
         preferencesFolder(), platform_.makeWorkQueue("velmora-prefs"), clock(), log());
+    platform_.calendarStore = calendarStore(log());
     platform_.serviceManager = std::make_shared<SystemdServiceManager>(*loop_, log());
     platform_.applicationSupportDirectories = dataFolders();
     platform_.temporaryDirectory = temporaryFolder(log());

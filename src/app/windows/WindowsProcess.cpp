@@ -6,8 +6,6 @@
 #include "bus/DBus.h"
 
 #include <csignal>
-#include <cstdlib>
-#include <spawn.h>
 #include <sys/epoll.h>
 #include <sys/wait.h>
 #include <utility>
@@ -20,16 +18,6 @@ extern "C" { // which glibc 2.36 forgot to say itself
 namespace velmora {
 
 namespace {
-
-/// Arguments and environment as posix_spawn takes them; the strings must outlive the result.
-std::vector<char*> pointers(std::vector<std::string>& texts)
-{
-    std::vector<char*> result;
-    result.reserve(texts.size() + 1);
-    for (auto& text : texts) result.push_back(text.data());
-    result.push_back(nullptr);
-    return result;
-}
 
 std::vector<std::string> argumentsFor(const std::filesystem::path& program, const WindowRequest& request)
 {
@@ -45,44 +33,10 @@ std::vector<std::string> argumentsFor(const std::filesystem::path& program, cons
 std::vector<std::string> environmentWith(const std::string& token)
 {
     constexpr std::string_view variable = "XDG_ACTIVATION_TOKEN=";
-    std::vector<std::string> environment;
-    for (char** one = environ; one && *one; ++one) {
-        if (!std::string_view(*one).starts_with(variable)) environment.emplace_back(*one);
-    }
+    auto environment = currentEnvironment();
+    std::erase_if(environment, [&](const auto& one) { return one.starts_with(variable); });
     if (!token.empty()) environment.push_back(std::string(variable) + token);
     return environment;
-}
-
-/// The loop takes its signals from a descriptor and has them blocked; a child must not inherit that.
-class SpawnAttributes {
-public:
-    SpawnAttributes()
-    {
-        sigset_t none;
-        sigemptyset(&none);
-        posix_spawnattr_init(&attributes_);
-        posix_spawnattr_setsigmask(&attributes_, &none);
-        posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK);
-    }
-    ~SpawnAttributes() { posix_spawnattr_destroy(&attributes_); }
-    SpawnAttributes(const SpawnAttributes&) = delete;
-    SpawnAttributes& operator=(const SpawnAttributes&) = delete;
-
-    const posix_spawnattr_t* get() const { return &attributes_; }
-
-private:
-    posix_spawnattr_t attributes_{};
-};
-
-pid_t spawn(const std::filesystem::path& program, const WindowRequest& request)
-{
-    auto arguments = argumentsFor(program, request);
-    auto environment = environmentWith(request.token);
-    pid_t id = -1;
-    dbus::check(-posix_spawn(&id, program.c_str(), nullptr, SpawnAttributes().get(),
-                             pointers(arguments).data(), pointers(environment).data()),
-                program.c_str());
-    return id;
 }
 
 std::string fate(const siginfo_t& end)
@@ -95,23 +49,22 @@ std::string fate(const siginfo_t& end)
 
 WindowsProcess::WindowsProcess(EventLoop& loop, const std::filesystem::path& program,
                                const WindowRequest& request, Ended ended)
-    : ended_(std::move(ended)), id_(spawn(program, request)), descriptor_(pidfd_open(id_, 0))
+    : ended_(std::move(ended)), child_(spawn(argumentsFor(program, request), environmentWith(request.token)))
 {
-    dbus::check(descriptor_ ? 0 : -errno, "pidfd_open");
-    dbus::check(sd_event_add_io(loop.handle(), out(source_), descriptor_.get(), EPOLLIN, onEnd, this),
+    dbus::check(sd_event_add_io(loop.handle(), out(source_), child_.process.get(), EPOLLIN, onEnd, this),
                 "sd_event_add_io");
 }
 
 void WindowsProcess::kill() const
 {
-    pidfd_send_signal(descriptor_.get(), SIGKILL, nullptr, 0);
+    pidfd_send_signal(child_.process.get(), SIGKILL, nullptr, 0);
 }
 
 int WindowsProcess::onEnd(sd_event_source*, int, std::uint32_t, void* self) noexcept
 {
     const auto* process = static_cast<WindowsProcess*>(self);
     siginfo_t end{};
-    if (waitid(P_PID, static_cast<id_t>(process->id_), &end, WEXITED | WNOHANG) == 0 && end.si_pid == 0)
+    if (waitid(P_PID, static_cast<id_t>(process->child_.id), &end, WEXITED | WNOHANG) == 0 && end.si_pid == 0)
         return 0;
     const auto ended = process->ended_; // the process goes in it
     ended({fate(end), end.si_code == CLD_EXITED && end.si_status == 0});

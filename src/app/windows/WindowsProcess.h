@@ -4,14 +4,13 @@
 #pragma once
 
 #include "base/EventLoop.h"
-#include "base/FileDescriptor.h"
 #include "base/Handle.h"
+#include "base/Spawn.h"
 #include "windows/WindowRequest.h"
 
 #include <filesystem>
 #include <functional>
 #include <string>
-#include <sys/types.h>
 
 namespace velmora {
 
@@ -39,8 +38,7 @@ private:
     static int onEnd(sd_event_source*, int, std::uint32_t, void* self) noexcept;
 
     Ended ended_;
-    pid_t id_;
-    FileDescriptor descriptor_; ///< of the process
+    Child child_;
     Handle<sd_event_source, sd_event_source_disable_unref> source_;
 };
 

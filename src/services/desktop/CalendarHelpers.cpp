@@ -1,0 +1,144 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "desktop/CalendarHelpers.h"
+
+#include "base/Saturate.h"
+#include "base/Text.h"
+#include "base/Translation.h"
+#include "base/Utf8.h"
+
+#include <cmath>
+#include <unistd.h>
+#include <utility>
+
+namespace velmora {
+
+namespace {
+
+constexpr auto category = "CalendarHelpers";
+
+std::string seconds(double value)
+{
+    return std::to_string(truncated(value));
+}
+
+/// What others wrote, fit to be shown.
+std::string clean(const std::string& text)
+{
+    return printable(cleanUtf8(text));
+}
+
+void clean(CalendarEvent& event)
+{
+    event.identifier = clean(event.identifier);
+    event.location = clean(event.location);
+    if (event.title) event.title = clean(*event.title);
+}
+
+} // namespace
+
+std::vector<std::filesystem::path> CalendarHelpers::usualFolders(const std::filesystem::path& data,
+                                                                 const std::filesystem::path& home)
+{
+    std::vector<std::filesystem::path> folders;
+    if (!data.empty())
+        for (const auto* name : {"velmora/calendars", "calendars", "khal/calendars", "vdirsyncer/calendars",
+                                 "evolution/calendar", "korganizer"})
+            folders.push_back(data / name);
+    if (!home.empty()) folders.push_back(home / ".calendars");
+    return folders;
+}
+
+CalendarHelpers::CalendarHelpers(Setup setup, Log& log) : setup_(std::move(setup)), complaints_(log, category)
+{
+    run_.stop();
+}
+
+std::vector<std::filesystem::path> CalendarHelpers::presentFolders() const
+{
+    std::vector<std::filesystem::path> present;
+    for (const auto& folder : setup_.folders)
+        if (std::error_code error; std::filesystem::is_directory(folder, error)) present.push_back(folder);
+    return present;
+}
+
+bool CalendarHelpers::isServiceThere() const
+{
+    return !setup_.service.empty() && access(setup_.service.c_str(), X_OK) == 0;
+}
+
+CalendarStore::Authorization CalendarHelpers::authorizationStatus() const
+{
+    if (!isAllowed_) return Authorization::notDetermined;
+    const bool isAny = isServiceUsable_ || !presentFolders().empty();
+    return isAny ? Authorization::fullAccess : Authorization::restricted;
+}
+
+void CalendarHelpers::requestFullAccess(Completion completion)
+{
+    isAllowed_ = true;
+    run_.allow();
+    const bool isAnyFolder = !presentFolders().empty();
+    if (!isAnyFolder && isServiceThere()) {
+        // It is there, but may have no calendars: the least that can be asked tells.
+        const auto answer = report(setup_.service, Date{}, Date{}, {});
+        isServiceUsable_ = answer && answer->calendars() > 0;
+    }
+    if (isAnyFolder || isServiceUsable_) return completion(true, std::nullopt);
+    completion(false, tr("there is no calendar on this computer"));
+}
+
+void CalendarHelpers::relinquishAccess()
+{
+    isAllowed_ = false;
+    run_.stop();
+}
+
+std::optional<std::vector<CalendarEvent>> CalendarHelpers::events(Date from, Date to)
+{
+    if (authorizationStatus() != Authorization::fullAccess) return std::nullopt;
+    std::vector<CalendarEvent> result;
+    bool isAny = false;
+    const auto add = [&](std::optional<Reader> found) {
+        if (!found) return;
+        isAny = true;
+        result.insert(result.end(), std::make_move_iterator(found->events().begin()),
+                      std::make_move_iterator(found->events().end()));
+    };
+    if (const auto folders = presentFolders(); !folders.empty()) add(report(setup_.files, from, to, folders));
+    if (isServiceThere()) add(report(setup_.service, from, to, {}));
+    if (!isAny) return std::nullopt;
+    for (auto& event : result) clean(event);
+    wire::calendar::tidy(result);
+    return result;
+}
+
+std::optional<wire::calendar::Reader>
+CalendarHelpers::report(const std::filesystem::path& helper, Date from, Date to,
+                        const std::vector<std::filesystem::path>& folders)
+{
+    std::vector<std::string> arguments{helper, seconds(std::floor(from.unixSeconds())),
+                                       seconds(std::ceil(to.unixSeconds()))};
+    arguments.insert(arguments.end(), folders.begin(), folders.end());
+    Reader reader;
+    auto fate = run_.run(arguments, {.patience = setup_.patience, .bytes = maximumReportBytes},
+                         [&](std::string_view bytes) { reader.take(bytes); });
+    if (run_.isStopped()) return std::nullopt;
+    complain(reader);
+    if (fate.empty() && !reader.isWhole()) fate = "did not tell all";
+    if (!fate.empty()) {
+        complaints_.raise(helper, "The calendars could not be read: " + helper.string() + " " + fate +
+                                      ". What is known of journeys stays as it was.");
+        return std::nullopt;
+    }
+    complaints_.settle(helper);
+    return reader;
+}
+
+void CalendarHelpers::complain(const Reader& reader)
+{
+    for (const auto& problem : reader.problems()) complaints_.raise(problem, clean(problem));
+}
+
+} // namespace velmora

@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "desktop/HelperRun.h"
+#include "platform/CalendarStore.h"
+#include "platform/Complaints.h"
+#include "wire/CalendarReport.h"
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+/// The user's calendars: folders of iCalendar files, and the desktop's calendar service where its helper is
+/// installed. Each reading runs a helper program, which ends after it, so that neither its memory nor what
+/// strangers have written into a calendar is this program's. Readings come one at a time.
+class CalendarHelpers final : public CalendarStore {
+public:
+    struct Setup {
+        std::filesystem::path files;                ///< the helper that reads folders
+        std::filesystem::path service;              ///< the one that asks the service; need not be there
+        std::vector<std::filesystem::path> folders; ///< those that exist are read
+        std::chrono::milliseconds patience = std::chrono::seconds{30}; ///< with each helper
+    };
+    static constexpr std::size_t maximumReportBytes = 32U << 20U;
+
+    /// Where calendar programs and synchronisers keep such files, below the user's data folder and home; an
+    /// empty path is none.
+    static std::vector<std::filesystem::path> usualFolders(const std::filesystem::path& data,
+                                                           const std::filesystem::path& home);
+
+    /// `log` must outlive this.
+    CalendarHelpers(Setup setup, Log& log);
+
+    Authorization authorizationStatus() const override;
+    void requestFullAccess(Completion completion) override;
+    void relinquishAccess() override;
+    std::optional<std::vector<CalendarEvent>> events(Date from, Date to) override;
+
+private:
+    using Reader = wire::calendar::Reader;
+
+    std::vector<std::filesystem::path> presentFolders() const;
+    bool isServiceThere() const;
+    std::optional<Reader> report(const std::filesystem::path& helper, Date from, Date to,
+                                 const std::vector<std::filesystem::path>& folders);
+    void complain(const Reader& reader);
+
+    Setup setup_;
+    HelperRun run_;
+    std::atomic<bool> isAllowed_ = false;
+    std::atomic<bool> isServiceUsable_ = false; ///< it has calendars, as far as was asked
+    Complaints complaints_;
+};
+
+} // namespace velmora
