@@ -12,7 +12,9 @@ namespace velmora {
 App::App(LinuxPlatform& platform)
     : client_(std::make_shared<XPCClient>(platform.loop(), platform.clock(), platform.log())),
       model_(client_, std::make_shared<BatteryHardwareService>()),
-      notices_([this] { return noticeWishes(); }, isOwnSessionActive)
+      notices_([this] { return noticeWishes(); }, isOwnSessionActive),
+      calendarConsent_(CalendarContextManager::shared()),
+      travelCharge_(CalendarContextManager::shared(), travelHands())
 {
     // A daemon that starts pushes its state by itself, but not its history.
     client_->onDaemonAppeared = [this] { model_.fetchHistory(); };
@@ -32,6 +34,31 @@ App::App(LinuxPlatform& platform)
     };
     client_->onEvent = [this](const auto& event) { takeEvent(event); };
     rememberLowBatteryNotice();
+    modelChanges_ = model_.willChange.observe([this] { travelCharge_.chargerChanged(); });
+}
+
+TravelCharge::Hands App::travelHands()
+{
+    return {.look = [this] { return travelCharger(); },
+            .begin = [this](auto completion) { client_->beginTravelCharge(std::move(completion)); },
+            .takeBack =
+                [this] {
+                    if (!model_.isTemporaryOverrideEnabled.get()) return;
+                    asPerson([this] { model_.toggleTemporaryOverride(); });
+                }};
+}
+
+/// Nothing where there is no charger that would have held back.
+std::optional<TravelCharge::Charger> App::travelCharger() const
+{
+    const auto& state = client_->state();
+    const auto& settings = client_->settings();
+    const auto& report = client_->charger();
+    if (!state || !settings || !report) return std::nullopt;
+    if (!report->hasBattery || report->control == ChargerReport::Control::none) return std::nullopt;
+    return TravelCharge::Charger{.isOnMains = state->powerSource != "Battery",
+                                 .percentage = state->percentage,
+                                 .isQuickChargeOn = settings->isTemporaryOverride};
 }
 
 /// Before the daemon has told the switches nobody knows which notices this user wants.

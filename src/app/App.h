@@ -4,7 +4,9 @@
 #pragma once
 
 #include "LinuxPlatform.h"
+#include "alerts/CalendarConsent.h"
 #include "alerts/ChargeNotices.h"
+#include "alerts/TravelCharge.h"
 #include "link/XPCClient.h"
 #include "model/BatteryModel.h"
 
@@ -16,12 +18,16 @@ namespace velmora {
 
 /// The one model of this run and the services that feed it, created in the order of their dependencies. The
 /// model's settings follow those that the daemon holds, and one preference that it does not. What the daemon
-/// tells of charging becomes notices, as this user wants them. Main thread only.
+/// tells of charging becomes notices, as this user wants them, and what the calendar tells of journeys a
+/// charge before them. Main thread only.
 class App {
 public:
     explicit App(LinuxPlatform& platform);
 
     BatteryModel& model() { return model_; }
+
+    CalendarConsent& calendarConsent() { return calendarConsent_; }
+    TravelCharge& travelCharge() { return travelCharge_; }
 
     /// Has the daemon look at the machine, which it does seldom while the firmware holds the charge. What is
     /// new comes with its pushes.
@@ -50,12 +56,17 @@ private:
     void rememberLowBatteryNotice();
     void takeEvent(const ChargeEvent& event);
     NoticeWishes noticeWishes() const;
+    TravelCharge::Hands travelHands();
+    std::optional<TravelCharge::Charger> travelCharger() const;
 
     std::shared_ptr<XPCClient> client_;
     BatteryModel model_;
     ChargeNotices notices_;
     bool hasSettings_ = false; ///< the model's switches are this user's, not the initial ones
     Subscription lowBatteryNotice_;
+    CalendarConsent calendarConsent_;
+    TravelCharge travelCharge_;
+    Subscription modelChanges_;
 };
 
 } // namespace velmora

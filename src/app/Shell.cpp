@@ -70,6 +70,8 @@ void Shell::serve(sd_bus* bus)
     serve(noticeObject_, wire::face::notice::face, notice_);
     serve(smallWidgetObject_, wire::face::widget::small, smallWidget_);
     serve(mediumWidgetObject_, wire::face::widget::medium, mediumWidget_);
+    exports::serve(calendar_.emplace(loop_, bus, wire::face::calendar::face),
+                   CalendarContextManager::shared(), app_.calendarConsent(), app_.travelCharge());
     serveStatus(bus);
     application_.emplace(bus);
     application_->onActivate = [this](const std::string& token) { startedAgain(token); };

@@ -58,6 +58,7 @@ private:
     WidgetSettings mediumWidget_{"medium"};
     std::optional<ExportedObject> smallWidgetObject_;
     std::optional<ExportedObject> mediumWidgetObject_;
+    std::optional<ExportedObject> calendar_;
     std::optional<ApplicationObject> application_;
     WindowsProgram windows_;
     std::optional<WindowsFollower> windowsFollower_;

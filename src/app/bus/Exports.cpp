@@ -46,6 +46,21 @@ void serve(ExportedObject& object, WidgetSettings& widget)
     object.serve();
 }
 
+void serve(ExportedObject& object, CalendarContextManager& calendar, CalendarConsent& consent,
+           TravelCharge& travel)
+{
+    namespace wired = wire::face::calendar;
+    object.bind(wired::isConsentGiven, consent.isGiven);
+    object.bind(wired::isTravelChargeOn, travel.isEnabled);
+    object.bind("calendarAccessGranted", calendar.calendarAccessGranted);
+    object.bind("isTravelDayDetected", calendar.isTravelDayDetected);
+    object.bind("detectedEventTitle", calendar.detectedEventTitle);
+    object.bind(wired::travelChargeStage, travel.stage);
+    object.bind(wired::travelChargeBegins, travel.begins);
+    object.addOperation(wired::checkNow, [&consent] { consent.lookNow(); });
+    object.serve();
+}
+
 void serve(ExportedObject& object, const ChargerSource& report, const std::function<std::string()>& refusal)
 {
     namespace wired = wire::face::charger;

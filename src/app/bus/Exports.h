@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "alerts/CalendarConsent.h"
+#include "alerts/TravelCharge.h"
 #include "bus/ExportedObject.h"
 #include "model/InstallationManager.h"
 #include "model/VersionNotice.h"
@@ -22,6 +24,8 @@ namespace velmora::exports {
 void serve(ExportedObject& object, InstallationManager& manager, std::function<bool()> isDaemonPresent);
 void serve(ExportedObject& object, VersionNotice& notice);
 void serve(ExportedObject& object, WidgetSettings& widget);
+void serve(ExportedObject& object, CalendarContextManager& calendar, CalendarConsent& consent,
+           TravelCharge& travel);
 
 using ChargerSource = std::function<std::optional<ChargerReport>()>; ///< what is known now
 

@@ -16,14 +16,19 @@ namespace velmora {
 struct XPCClient::PendingCall {
     XPCClient& client;
     ReplyHandler handler;
+    std::function<void()> failed;
     std::list<PendingCall>::iterator self{};
     dbus::Slot slot{};
 
     int answered(sd_bus_message* reply)
     {
         const auto complete = std::move(handler);
+        const auto giveUp = std::move(failed);
         client.calls_.erase(self); // `this` goes here, the client perhaps in the next line
-        if (!sd_bus_message_is_method_error(reply, nullptr)) complete(reply);
+        if (!sd_bus_message_is_method_error(reply, nullptr))
+            complete(reply);
+        else if (giveUp)
+            giveUp();
         return 0;
     }
 };
@@ -128,6 +133,7 @@ void XPCClient::takeCharger()
 
 void XPCClient::forgetRecords()
 {
+    state_.reset();
     charger_.reset();
     settings_.reset();
     sentLast_.reset();
@@ -160,15 +166,16 @@ dbus::Message XPCClient::newCall(const wire::Message& message) const
                          message.member().c_str());
 }
 
-void XPCClient::send(dbus::Message call, ReplyHandler handler)
+void XPCClient::send(dbus::Message call, ReplyHandler handler, std::function<void()> failed)
 {
-    const auto pending = calls_.insert(calls_.end(), PendingCall{*this, std::move(handler)});
+    const auto pending = calls_.insert(calls_.end(), PendingCall{*this, std::move(handler), failed});
     pending->self = pending;
     try {
         pending->slot =
             dbus::ask(bus_.get(), call, dbus::serve<PendingCall, &PendingCall::answered>, &*pending);
     } catch (const std::system_error&) {
         calls_.erase(pending); // a lost bus was logged when it was lost
+        if (failed) failed();
     }
 }
 
@@ -201,12 +208,31 @@ std::optional<HSBatteryState> XPCClient::readState(sd_bus_message* message, cons
     return state;
 }
 
+void XPCClient::beginTravelCharge(std::function<void(bool)> completion)
+{
+    const auto& wanted = wire::charger::beginTravelCharge;
+    if (!bus_) return completion(false);
+    const auto refused = [completion] { completion(false); };
+    const auto answered = [this, completion](sd_bus_message* reply) {
+        int isBegun = 0;
+        if (isWellFormed(reply, "an answer about a charge", wire::Message::signature(wanted.reply).c_str()))
+            dbus::check(sd_bus_message_read(reply, "b", &isBegun), "read an answer");
+        completion(isBegun != 0);
+    };
+    send(dbus::newCall(bus_.get(), wire::serviceName, wire::objectPath, wire::charger::interface,
+                       wanted.selector),
+         answered, refused);
+}
+
 void XPCClient::fetchCurrentState(StateHandler completion)
 {
     if (!bus_) return;
     attempt("ask for the state", [&] {
         send(newCall(wire::daemon_protocol::getBatteryState), [this, completion](sd_bus_message* reply) {
-            if (const auto state = readState(reply, "a state")) completion(*state);
+            if (const auto state = readState(reply, "a state")) {
+                state_ = state;
+                completion(*state);
+            }
         });
     });
 }
@@ -262,6 +288,7 @@ int XPCClient::statePushed(sd_bus_message* signal)
 {
     if (!daemon_->sent(signal)) return 0;
     const auto state = readState(signal, "a push");
+    if (state) state_ = state;
     if (const auto handler = onStateChange; handler && state) handler(*state);
     return 0;
 }

@@ -73,6 +73,13 @@ public:
     /// not known here, is dropped with a log line.
     std::function<void(const ChargeEvent&)> onEvent;
 
+    /// The state as the daemon last told it; nothing where there is none, or it has not told yet.
+    const std::optional<HSBatteryState>& state() const { return state_; }
+
+    /// Asks for a charge to 100 % before a journey; nobody is asked for a password. `completion` is called
+    /// once, with whether a quick charge is under way: not where the daemon refuses, or is not there.
+    void beginTravelCharge(std::function<void(bool isBegun)> completion);
+
     void fetchCurrentState(StateHandler completion) override;
     /// A long history is read over several turns of the loop.
     void fetchHistory(HistoryHandler completion) override;
@@ -93,7 +100,8 @@ private:
     void forgetRecords();
     void setDaemonMissing(bool isMissing);
     dbus::Message newCall(const wire::Message& message) const;
-    void send(dbus::Message call, ReplyHandler handler);
+    /// `failed` is called where there is no answer, or an error.
+    void send(dbus::Message call, ReplyHandler handler, std::function<void()> failed = {});
     template <typename Action>
     void attempt(const std::string& action, Action&& act);
     bool isWellFormed(sd_bus_message* message, const char* what, const char* signature);
@@ -115,6 +123,7 @@ private:
     std::optional<NameOwner> daemon_; ///< the only one whose pushes count
     std::optional<RecordFollower> chargerRecord_;
     std::optional<RecordFollower> settingsRecord_;
+    std::optional<HSBatteryState> state_;
     std::optional<ChargerReport> charger_;
     std::optional<ChargingSettings> settings_;
     SettingsMask toldLast_;

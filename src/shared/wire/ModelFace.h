@@ -161,6 +161,32 @@ inline constexpr Face face{objectPath, interface, properties};
 
 } // namespace velmora::wire::face::charger
 
+/// What the calendar tells of journeys, and the charge before them; see velmora::CalendarContextManager,
+/// CalendarConsent and TravelCharge.
+namespace velmora::wire::face::calendar {
+
+inline constexpr auto objectPath = "/app/velmora/CalendarContextManager";
+inline constexpr auto interface = "app.velmora.CalendarContextManager";
+
+inline constexpr auto isConsentGiven = "isConsentGiven";
+inline constexpr auto isTravelChargeOn = "isTravelChargeOn";
+inline constexpr auto travelChargeStage = "travelChargeStage";
+inline constexpr auto travelChargeBegins = "travelChargeBegins";
+inline constexpr std::array properties{
+    Property{isConsentGiven, "b", Access::write}, ///< a person lets the calendars be read
+    Property{isTravelChargeOn, "b", Access::write},
+    Property{"calendarAccessGranted", "b"},
+    Property{"isTravelDayDetected", "b"},
+    Property{"detectedEventTitle", "as"},
+    Property{travelChargeStage, "s"},   ///< one of TravelCharge::stageTexts
+    Property{travelChargeBegins, "ad"}, ///< while it is scheduled: seconds since 2001-01-01 UTC
+};
+inline constexpr Face face{objectPath, interface, properties};
+
+inline constexpr auto checkNow = "checkNow"; ///< a scan, soon; or access is asked for where there is none
+
+} // namespace velmora::wire::face::calendar
+
 /// What the tray icon says, beside the model, for desktops that show it in a way of their own.
 namespace velmora::wire::face::status {
 
