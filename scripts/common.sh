@@ -8,7 +8,7 @@ run_packages=(dbus systemd fuse3 qml6-module-qtqml qml6-module-qtqml-models qml6
 screen_packages=(xvfb xauth dunst) # where there is no display
 picture_packages=(imagemagick xdotool) # for a picture of it with the panel that a click opens
 tray_programs=(cbatticon fdpowermon lxqt-powermanagement xfce4-power-manager) # what Velmora is measured beside
-test_packages=(libgtest-dev libgmock-dev python3 xvfb xauth xdotool at-spi2-core gir1.2-atspi-2.0 python3-gi
+test_packages=(gnome-keyring libsecret-tools libgtest-dev libgmock-dev python3 xvfb xauth xdotool at-spi2-core gir1.2-atspi-2.0 python3-gi
     openbox tint2 dunst systemd polkitd appstream desktop-file-utils)
 machine_packages=(mmdebstrap systemd-container) # for a fresh Debian with a systemd of its own
 case $(. /etc/os-release && echo "${VERSION_ID-}") in

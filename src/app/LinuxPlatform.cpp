@@ -10,6 +10,7 @@
 #include "base/WorkerThread.h"
 #include "desktop/CalendarHelpers.h"
 #include "desktop/DesktopNotificationCenter.h"
+#include "desktop/SecretService.h"
 #include "power/LinuxPowerSources.h"
 #include "power/LinuxThermalLevel.h"
 #include "systemd/SystemdServiceManager.h"
@@ -121,6 +122,7 @@ void LinuxPlatform::useSession(sd_bus* session)
 {
     platform_.notificationCenter = std::make_shared<DesktopNotificationCenter>(
         *loop_, session, notifications::Sender{.name = "Velmora", .desktopEntry = wire::face::serviceName});
+    platform_.secretStore = std::make_shared<SecretService>(*loop_, session);
 }
 
 } // namespace velmora

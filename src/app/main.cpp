@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "Shell.h"
+#include "base/CoreDumps.h"
 #include "base/Heap.h"
 #include "base/Version.h"
 
@@ -18,6 +19,7 @@ int main(int argc, char** argv)
         std::fputs(velmora::versionLine("velmora").c_str(), stdout);
         return 0;
     }
+    velmora::forbidCoreDumps();
     velmora::keepHeapSmall();
     return velmora::runApplication(*command);
 }

@@ -28,6 +28,7 @@ struct FakePlatform {
     std::shared_ptr<FakeServiceManager> serviceManager = std::make_shared<FakeServiceManager>();
     std::shared_ptr<FakeNotificationCenter> notificationCenter = std::make_shared<FakeNotificationCenter>();
     std::shared_ptr<FakeCalendarStore> calendarStore = std::make_shared<FakeCalendarStore>();
+    std::shared_ptr<FakeSecretStore> secretStore = std::make_shared<FakeSecretStore>(loop);
     std::map<std::string, std::shared_ptr<ManualQueue>, std::less<>> queues; ///< by label, once asked for
 
 private:
@@ -47,6 +48,7 @@ public:
         platform.serviceManager = serviceManager;
         platform.notificationCenter = notificationCenter;
         platform.calendarStore = calendarStore;
+        platform.secretStore = secretStore;
         platform.bundleIdentifier = "app.velmora.Velmora";
         platform.makeWorkQueue = [this](std::string_view label) { return ManualQueue::handle(queue(label)); };
         platform.applicationSupportDirectories = {folder.path() / "support"};

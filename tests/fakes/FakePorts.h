@@ -4,9 +4,11 @@
 #pragma once
 
 #include "platform/CalendarStore.h"
+#include "platform/MainLoop.h"
 #include "platform/NotificationCenter.h"
 #include "platform/PowerSources.h"
 #include "platform/Preferences.h"
+#include "platform/SecretStore.h"
 #include "platform/ServiceManager.h"
 #include "platform/ThermalLevel.h"
 
@@ -192,6 +194,57 @@ struct FakeCalendarStore final : CalendarStore {
 
 private:
     std::atomic<Authorization> status_ = Authorization::notDetermined;
+};
+
+/// A store that keeps its items as long as the test, and an account of what it was asked.
+struct FakeSecretStore final : SecretStore {
+    using Address = std::pair<std::string, std::string>; ///< service, account
+
+    explicit FakeSecretStore(std::shared_ptr<MainLoop> loop) : loop_(std::move(loop)) {}
+
+    std::map<Address, std::string> items;
+    bool isAvailable = true;
+    bool holdsReady = false; ///< until `becomeReady`
+    std::vector<SecretItem> added, removed;
+    bool isCancelled = false;
+
+    SecretStatus add(const SecretItem& item) override
+    {
+        added.push_back(item);
+        if (!isAvailable) return SecretStatus::unavailable;
+        return items.emplace(Address{item.service, item.account}, item.data.value()).second
+                   ? SecretStatus::success
+                   : SecretStatus::unavailable; // one an address
+    }
+    SecretStatus copyMatching(SecretItem& item) override
+    {
+        if (!isAvailable) return SecretStatus::unavailable;
+        const auto found = items.find({item.service, item.account});
+        if (found == items.end()) return SecretStatus::notFound;
+        item.data = found->second;
+        return SecretStatus::success;
+    }
+    SecretStatus remove(const SecretItem& item) override
+    {
+        removed.push_back(item);
+        if (!isAvailable) return SecretStatus::unavailable;
+        return items.erase({item.service, item.account}) > 0 ? SecretStatus::success : SecretStatus::notFound;
+    }
+    void whenReady(std::function<void()> ready) override
+    {
+        waiting_.push_back(std::move(ready));
+        if (!holdsReady) becomeReady();
+    }
+    void cancel() override { isCancelled = true; }
+
+    void becomeReady()
+    {
+        for (auto& ready : std::exchange(waiting_, {})) loop_->post(std::move(ready));
+    }
+
+private:
+    std::shared_ptr<MainLoop> loop_;
+    std::vector<std::function<void()>> waiting_;
 };
 
 } // namespace velmora

@@ -62,6 +62,12 @@ std::size_t utf8CharacterLength(std::string_view text)
     return mayFollow(lead, static_cast<unsigned char>(text[1])) ? length : 0;
 }
 
+bool isUtf8(std::string_view text)
+{
+    while (const std::size_t length = utf8CharacterLength(text)) text.remove_prefix(length);
+    return text.empty();
+}
+
 std::string cleanUtf8(std::string_view text)
 {
     std::string clean;

@@ -13,6 +13,9 @@ namespace velmora {
 /// forms and surrogates included) or is empty.
 std::size_t utf8CharacterLength(std::string_view text);
 
+/// Whether all of `text` is UTF-8.
+bool isUtf8(std::string_view text);
+
 /// `text` as a bus accepts it: valid UTF-8 without a NUL and without noncharacters; whatever else
 /// becomes question marks.
 std::string cleanUtf8(std::string_view text);

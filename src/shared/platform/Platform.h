@@ -10,6 +10,7 @@
 #include "platform/NotificationCenter.h"
 #include "platform/PowerSources.h"
 #include "platform/Preferences.h"
+#include "platform/SecretStore.h"
 #include "platform/ServiceManager.h"
 #include "platform/SystemVersion.h"
 #include "platform/ThermalLevel.h"
@@ -36,6 +37,7 @@ struct Platform {
     std::shared_ptr<Preferences> preferences;
     std::shared_ptr<ServiceManager> serviceManager;
     std::shared_ptr<NotificationCenter> notificationCenter;
+    std::shared_ptr<SecretStore> secretStore;
     std::shared_ptr<CalendarStore> calendarStore;
     /// Makes a serial queue; `label` names its thread.
     std::function<std::unique_ptr<WorkQueue>(std::string_view label)> makeWorkQueue;

@@ -1,0 +1,109 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "desktop/SecretService.h"
+
+#include "desktop/SecretSession.h"
+
+#include <cerrno>
+#include <sys/eventfd.h>
+#include <system_error>
+#include <utility>
+
+namespace velmora {
+
+SecretService::SecretService(MainLoop& loop, sd_bus* session)
+    : loop_(loop), bus_(sd_bus_ref(session)), cancelled_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+{
+    dbus::check(cancelled_ ? 0 : -errno, "eventfd");
+}
+
+template <typename Use>
+SecretStatus SecretService::with(Use use) const
+try {
+    const bool isMain = std::this_thread::get_id() == mainThread_;
+    SecretSession session(SecretSession::Clock::now() + (isMain ? patienceOnMainThread : patience),
+                          cancelled_.get());
+    return use(session);
+} catch (const std::system_error&) {
+    return SecretStatus::unavailable;
+}
+
+SecretStatus SecretService::add(const SecretItem& item)
+{
+    return with([&](SecretSession& session) {
+        const bool isStored = session.store(item.service, item.account, item.data.value_or(""));
+        return isStored ? SecretStatus::success : SecretStatus::unavailable;
+    });
+}
+
+SecretStatus SecretService::copyMatching(SecretItem& item)
+{
+    return with([&](SecretSession& session) {
+        const auto found = session.find(item.service, item.account);
+        if (found.empty()) return SecretStatus::notFound;
+        item.data = session.secretOf(found.front());
+        return SecretStatus::success;
+    });
+}
+
+SecretStatus SecretService::remove(const SecretItem& item)
+{
+    return with([&](SecretSession& session) {
+        auto status = SecretStatus::notFound;
+        for (const auto& found : session.find(item.service, item.account))
+            if (session.remove(found)) status = SecretStatus::success;
+        return status;
+    });
+}
+
+void SecretService::cancel()
+{
+    eventfd_write(cancelled_.get(), 1);
+}
+
+// -- At log-in
+
+void SecretService::whenReady(std::function<void()> ready)
+{
+    if (isReady_) return loop_.post(std::move(ready));
+    waiting_.push_back(std::move(ready));
+    if (waiting_.size() > 1) return;
+    deadline_ = loop_.after(bus_ ? patienceAtStart : patienceAtStart.zero(), [this] { becomeReady(); });
+    if (!bus_) return;
+    try {
+        owner_.emplace(bus_.get(), SecretSession::serviceName, [this] { look(); });
+        look();
+    } catch (const std::system_error&) {
+        deadline_ = loop_.after(patienceAtStart.zero(), [this] { becomeReady(); }); // the bus is gone
+    }
+}
+
+void SecretService::look()
+{
+    const auto call = dbus::newCall(bus_.get(), SecretSession::serviceName, SecretSession::servicePath,
+                                    SecretSession::serviceInterface, "ReadAlias");
+    dbus::check(sd_bus_message_set_auto_start(call.get(), true), "ReadAlias");
+    dbus::check(sd_bus_message_append(call.get(), "s", "default"), "ReadAlias");
+    question_ = dbus::ask(bus_.get(), call, dbus::serve<SecretService, &SecretService::answered>, this);
+}
+
+/// Where there is no service the bus answers. One that refuses is there all the same, locked perhaps.
+int SecretService::answered(sd_bus_message* reply)
+{
+    if (owner_ && owner_->sent(reply)) becomeReady();
+    return 0;
+}
+
+void SecretService::becomeReady()
+{
+    isReady_ = true;
+    deadline_.reset();
+    for (auto& ready : std::exchange(waiting_, {})) loop_.post(std::move(ready));
+    loop_.post(lifetime_.guard([this] { // not while one of them is being called
+        owner_.reset();
+        question_.reset();
+    }));
+}
+
+} // namespace velmora
