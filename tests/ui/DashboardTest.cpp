@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "Views.h"
+#include "client/RemoteCalendar.h"
 #include "client/RemoteInstallation.h"
 #include "history/TimeScale.h"
 
@@ -144,6 +145,45 @@ TEST_F(Dashboard, SwitchesAskForWhatTheySay)
     EXPECT_TRUE(property("refusal", "text").startsWith("Not changed: "));
     open("Health");
     EXPECT_EQ(property("cycles", "value"), "7");
+}
+
+TEST_F(Dashboard, JourneysAreShownAsTheCalendarTellsOfThem)
+{
+    auto* calendar = singleton<RemoteCalendar>("CalendarContextManager");
+    QObject::connect(calendar, &RemoteObject::setWanted, [this](const QString& key, const QVariant& value) {
+        asked << key + "=" + value.toString();
+    });
+    QObject::connect(calendar, &RemoteObject::operationWanted,
+                     [this](const QString& operation) { asked << operation; });
+    open("Notifications");
+    EXPECT_EQ(asked.join(' '), "checkNow") << "what is shown is to be so";
+    EXPECT_EQ(property("journey", "text"), "Velmora does not look at your calendar.");
+    EXPECT_FALSE(item("isTravelChargeOn")->isEnabled());
+    const QDateTime evening(QDate(2026, 11, 23), QTime(21, 30));
+    const QList<double> begins{Date::fromUnix(double(evening.toSecsSinceEpoch())).sinceReference};
+    const std::tuple<QVariantMap, const char*, const char*> cases[] = {
+        {{{"isConsentGiven", true}}, "No access: Velmora finds no calendar on this computer.", ""},
+        {{{"calendarAccessGranted", true}}, "No journey within the next 24 hours.", ""},
+        {{{"isTravelDayDetected", true}}, "A journey without a title", ""},
+        {{{"detectedEventTitle", QStringList{"<b>Flight</b>"}}}, "<b>Flight</b>", ""},
+        {{{"travelChargeStage", "scheduled"}, {"travelChargeBegins", QVariant::fromValue(begins)}},
+         "<b>Flight</b>",
+         "The charge to 100 % begins Mon 21:30."},
+        {{{"travelChargeStage", "unplugged"}},
+         "<b>Flight</b>",
+         "The charge to 100 % begins once the charger is plugged in."},
+        {{{"travelChargeStage", "nonsense"}}, "<b>Flight</b>", ""},
+    };
+    for (const auto& [values, journey, charge] : cases) {
+        calendar->apply(values);
+        EXPECT_EQ(property("journey", "text"), journey);
+        EXPECT_EQ(property("travelCharge", "text"), charge);
+        EXPECT_EQ(item("travelCharge")->isVisible(), *charge != 0);
+    }
+    asked.clear();
+    item("isTravelChargeOn")->forceActiveFocus(); // which scrolls to it
+    click("isTravelChargeOn");
+    EXPECT_EQ(asked.join(' '), "isTravelChargeOn=true");
 }
 
 TEST_F(Dashboard, ControlsOfTheLimiterAreUsableWhereTheyHaveAnEffect)

@@ -82,6 +82,9 @@ DashboardPage {
             onChosen: value => page.battery.set("lowBatteryLimit", value)
         }
     }
+    TravelGroup {
+        Layout.fillWidth: true
+    }
     Item {
         Layout.fillHeight: true
     }

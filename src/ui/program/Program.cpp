@@ -6,6 +6,7 @@
 #include "base/Translation.h"
 #include "base/Version.h"
 #include "client/ApplicationLink.h"
+#include "client/RemoteCalendar.h"
 #include "client/RemoteInstallation.h"
 #include "client/RemoteVersionNotice.h"
 #include "client/Widgets.h"
@@ -99,6 +100,7 @@ public:
         engine_.addImportPath(QStringLiteral("qrc:/qt/qml"));
         link_.add(*singleton<RemoteInstallation>("InstallationManager"));
         link_.add(*singleton<RemoteVersionNotice>("VersionNotice"));
+        link_.add(*singleton<RemoteCalendar>("CalendarContextManager"));
         link_.add(*singleton<Widgets>("Widgets")->small());
         link_.add(*singleton<Widgets>("Widgets")->medium());
         QObject::connect(&signals_, &TerminationSignals::received, &windows_,

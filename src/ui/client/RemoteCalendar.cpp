@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "client/RemoteCalendar.h"
+
+#include "base/Date.h"
+#include "base/Saturate.h"
+#include "client/QtText.h"
+
+#include <QDateTime>
+#include <QLocale>
+
+namespace velmora {
+
+namespace wiring = wire::face::calendar;
+
+void RemoteCalendar::checkNow()
+{
+    Q_EMIT operationWanted(QString::fromLatin1(wiring::checkNow));
+}
+
+QString RemoteCalendar::journeyText() const
+{
+    return text(travel::journeyText(situation()));
+}
+
+QString RemoteCalendar::chargeText() const
+{
+    return text(travel::chargeText(situation()));
+}
+
+travel::Situation RemoteCalendar::situation() const
+{
+    travel::Situation now{.isConsentGiven = isConsentGiven(),
+                          .isAccessGranted = calendarAccessGranted(),
+                          .isDetected = isTravelDayDetected(),
+                          .stage = value(wiring::travelChargeStage).toString().toStdString()};
+    const auto titles = value("detectedEventTitle").toStringList();
+    if (!titles.isEmpty()) now.title = titles.first().toStdString();
+    const auto begins = value(wiring::travelChargeBegins).value<QList<double>>();
+    if (!begins.isEmpty()) {
+        const auto moment = QDateTime::fromSecsSinceEpoch(truncated(Date{begins.first()}.unixSeconds()));
+        now.begins = QLocale::c().toString(moment, QStringLiteral("ddd HH:mm")).toStdString();
+    }
+    return now;
+}
+
+} // namespace velmora
