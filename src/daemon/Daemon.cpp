@@ -29,14 +29,6 @@ constexpr auto saveDelay = 2s;
 /// Clients that wait to hear what the charger made of their wish.
 constexpr std::size_t maximumWaiting = 32;
 
-/// A phrase for the log.
-const char* textOf(ManualCharging::State state)
-{
-    if (state == ManualCharging::State::paused) return "charging is paused";
-    return state == ManualCharging::State::resumed ? "charging is resumed"
-                                                   : "charging follows the settings again";
-}
-
 std::optional<std::chrono::milliseconds> earliest(std::optional<std::chrono::milliseconds> one,
                                                   std::optional<std::chrono::milliseconds> other)
 {
@@ -53,7 +45,7 @@ Daemon::Daemon(const Ports& ports, Outbound outbound)
       saved_(ports.settings.load()),
       quickCharge_(saved_.quickCharge, saved_.quickChargeCause),
       intake_(intakePorts(), quickCharge_, saved_.settings, saved_.users),
-      manual_(saved_.manual),
+      manual_(manualPorts(), saved_.manual),
       hasAdoptedLimit_(saved_.hasAdoptedLimit),
       firstHeld_(saved_.firstHeld, saved_.hasAdoptedLimit && saved_.firstHeld.empty()),
       events_(saved_.told),
@@ -134,8 +126,8 @@ void Daemon::noticePlug(bool hadExternalPower)
 {
     if (hadExternalPower || !reading_.hasExternalPower) return;
     keeper_.forgetHistory();
-    if (manual_.state == ManualCharging::State::asSet) return;
-    manual_ = {};
+    if (manual_.isAsSet()) return;
+    manual_.end();
     save();
 }
 
@@ -203,30 +195,25 @@ bool Daemon::hold()
     const bool isLimitUnknown = !hasAdoptedLimit_ && keeper_.control() != ChargeControl::none;
     if (isLimitUnknown) return false; // what it holds may be its owner's wish
     const auto decision =
-        decideCharging(intake_.machine(), quickCharge_.isActive(), manual_, keeper_.control());
+        decideCharging(intake_.machine(), quickCharge_.isActive(), manual_.state(), keeper_.control());
     mode_ = decision.mode;
     return keeper_.hold(decision);
 }
 
 void Daemon::acted(bool changed)
 {
-    const bool isPausing = !commands_.empty() && manual_.state == ManualCharging::State::paused;
-    if (isPausing && isChargingAllowed()) {
+    if (manual_.isPausing() && isChargingAllowed()) {
         changes_.info(keeper_.control() == ChargeControl::none
                           ? "Charging cannot be paused: this charger takes no limit."
-                          : "This charger cannot be paused at " + std::to_string(manual_.pausedAt) + "%.");
-        manual_ = {};
+                          : "This charger cannot be paused at " + std::to_string(manual_.state().pausedAt) +
+                                "%.");
+        manual_.end();
         if (hold()) return;
     }
-    answerCommands();
+    manual_.answer();
     tell();
     save();
     if (changed) schedule_.lookAgainSoon();
-}
-
-void Daemon::answerCommands()
-{
-    for (const auto& reply : std::exchange(commands_, {})) reply(isChargingAllowed());
 }
 
 bool Daemon::isChargingAllowed() const
@@ -272,7 +259,7 @@ bool Daemon::seeksControl() const
 bool Daemon::isWorthWatching() const
 {
     return reading_.isCharging || !reading_.hasExternalPower || quickCharge_.isActive() ||
-           manual_.state != ManualCharging::State::asSet || isUnreadable_;
+           !manual_.isAsSet() || isUnreadable_;
 }
 
 void Daemon::planNextLook()
@@ -347,6 +334,19 @@ SettingsIntake::Ports Daemon::intakePorts()
                              const auto& settings) { outbound_.settingsChangedFor(to, settings); }};
 }
 
+ManualControl::Ports Daemon::manualPorts()
+{
+    return {.reading = reading_,
+            .isChargingAllowed = [this] { return isChargingAllowed(); },
+            .authorise = [this](const auto& caller, const auto& what,
+                                const auto& decided) { intake_.authorise(caller, what, decided); },
+            .logChange = [this](const auto& caller, const auto& what) { intake_.logChange(caller, what); },
+            .changed =
+                [this] {
+                    if (!hold()) acted(false);
+                }};
+}
+
 /// The daemon's own user could as well replace the daemon.
 void Daemon::authorise(const Caller& caller, std::function<void(std::optional<Refused>)> decided)
 {
@@ -356,7 +356,7 @@ void Daemon::authorise(const Caller& caller, std::function<void(std::optional<Re
 
 void Daemon::settingsChanged(const Caller& caller, const ChargingSettings& before)
 {
-    manual_ = {};
+    manual_.end();
     hasAdoptedLimit_ = true;
     noteFirstHeld();
     // A push with the settings before may be on its way: its receiver would take them for news and send them
@@ -382,44 +382,6 @@ void Daemon::tellOnceItShows(const std::string& busName)
     }));
 }
 
-ManualCharging Daemon::afterCommand(ChargingCommand command) const
-{
-    using State = ManualCharging::State;
-    const auto level = static_cast<int>(std::clamp(reading_.lowestLevel(), 0.0, 100.0));
-    const ManualCharging paused{State::paused, level};
-    const bool isPaused = manual_.state == State::paused;
-    if (command == ChargingCommand::pause) return isPaused ? manual_ : paused;
-    if (command == ChargingCommand::resume) return isPaused ? ManualCharging{} : manual_;
-    if (manual_.state != State::asSet) return {};
-    return isChargingAllowed() ? paused : ManualCharging{State::resumed, 0};
-}
-
-void Daemon::controlCharging(const Caller& caller, ChargingCommand command, ChargingReply reply)
-{
-    // What changes nothing needs no right.
-    if (afterCommand(command) == manual_) return obey(caller, command, reply);
-    intake_.authorise(caller, "pause or resume charging",
-                      [this, caller, command, reply](const std::optional<Refusal>& refusal) {
-                          if (refusal) return reply(*refusal);
-                          obey(caller, command, reply);
-                      });
-}
-
-void Daemon::obey(const Caller& caller, ChargingCommand command, const ChargingReply& reply)
-{
-    const auto next = afterCommand(command);
-    const bool isChange = next != manual_;
-    const bool waits = (isChange || !commands_.empty()) && commands_.size() < maximumWaiting;
-    if (waits)
-        commands_.push_back(reply);
-    else
-        reply(isChargingAllowed());
-    if (!isChange) return;
-    manual_ = next;
-    intake_.logChange(caller, textOf(manual_.state));
-    if (!hold()) acted(false);
-}
-
 DaemonState Daemon::remembered() const
 {
     return {.settings = intake_.machine(),
@@ -427,7 +389,7 @@ DaemonState Daemon::remembered() const
             .quickCharge = quickCharge_.state(),
             .quickChargeCause = quickCharge_.cause(),
             .hasAdoptedLimit = hasAdoptedLimit_,
-            .manual = manual_,
+            .manual = manual_.state(),
             .firstHeld = firstHeld_.entries(),
             .heldLevel = keeper_.heldLevel(),
             .told = events_.memory(),

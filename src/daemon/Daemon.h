@@ -4,6 +4,7 @@
 #pragma once
 
 #include "LookSchedule.h"
+#include "ManualControl.h"
 #include "SettingsIntake.h"
 #include "base/Lifetime.h"
 #include "charging/ChargeEventRules.h"
@@ -90,7 +91,10 @@ public:
     {
         intake_.take(caller, settings);
     }
-    void controlCharging(const Caller& caller, ChargingCommand command, ChargingReply reply) override;
+    void controlCharging(const Caller& caller, ChargingCommand command, ChargingReply reply) override
+    {
+        manual_.control(caller, command, reply);
+    }
     void beginTravelCharge(const Caller& caller, ChargingReply reply) override
     {
         intake_.beginTravelCharge(caller, std::move(reply));
@@ -109,19 +113,17 @@ private:
     void saveHistory();
 
     SettingsIntake::Ports intakePorts();
+    ManualControl::Ports manualPorts();
     void authorise(const Caller& caller, std::function<void(std::optional<Refused>)> decided);
     void settingsChanged(const Caller& caller, const ChargingSettings& before);
     HSBatteryState batteryState(const ChargingSettings& settings) const;
     void tellOnceItShows(const std::string& busName);
-    ManualCharging afterCommand(ChargingCommand command) const;
-    void obey(const Caller& caller, ChargingCommand command, const ChargingReply& reply);
     void isNowReady();
     void saveSoon();
 
     bool hold();
     void acted(bool changed);
     void retrySaving();
-    void answerCommands();
     bool isChargingAllowed() const;
     void tell();
     void tellState();
@@ -141,7 +143,7 @@ private:
     DaemonState saved_;
     QuickCharge quickCharge_;
     SettingsIntake intake_;
-    ManualCharging manual_{};
+    ManualControl manual_;
     bool hasAdoptedLimit_ = false;
     FirstHeld firstHeld_;
     ChargeEventRules events_;
@@ -159,7 +161,6 @@ private:
     LookSchedule schedule_;
     ChargerKeeper keeper_;
     PushPacer pacer_;
-    std::vector<ChargingReply> commands_; ///< waiting for the charger
     std::function<void()> ready_;
     MainLoop::Timer readyTimer_;
     std::vector<std::string> unshown_; ///< who changed what the charger does and has not been told of it yet
