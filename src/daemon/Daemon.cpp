@@ -46,6 +46,7 @@ Daemon::Daemon(const Ports& ports, Outbound outbound)
       quickCharge_(saved_.quickCharge, saved_.quickChargeCause),
       intake_(intakePorts(), quickCharge_, saved_.settings, saved_.users),
       manual_(manualPorts(), saved_.manual),
+      heat_(heatPorts(), saved_.isPausedForHeat),
       hasAdoptedLimit_(saved_.hasAdoptedLimit),
       firstHeld_(saved_.firstHeld, saved_.hasAdoptedLimit && saved_.firstHeld.empty()),
       events_(saved_.told),
@@ -86,6 +87,7 @@ void Daemon::isNowReady()
 
 void Daemon::resumed()
 {
+    heat_.wake();
     keeper_.forgetHistory();
     look();
     schedule_.lookAgainSoon();
@@ -101,8 +103,12 @@ void Daemon::seen(const Look& look)
     noteFirstHeld();
     if (battery_ && !isUnreadable_ && keeper_.learn(reading_)) save();
     observeQuickCharge();
+    observeHeat();
     isNowReady(); // before the first push: clients that wait for the first look then get their answers
-    if (!hold()) tell();
+    if (!hold()) {
+        endHeat();
+        tell();
+    }
     tellEvents();
     planNextLook();
     retrySaving();
@@ -157,12 +163,25 @@ void Daemon::adoptExistingLimit()
 void Daemon::observeQuickCharge()
 {
     if (!battery_ || isUnreadable_) return;
-    if (const auto ended = quickCharge_.observe(reading_, ports_.clock.sinceBoot())) {
+    auto reading = reading_;
+    // What firmware says of a battery that it may not charge is no fulfilment.
+    if (heat_.pausedAt()) reading.isFull = false;
+    if (const auto ended = quickCharge_.observe(reading, ports_.clock.sinceBoot())) {
         ports_.log.info(category, "Quick charge ends: " + std::string(ended->why) + ".");
         isOverrideFulfilled_ = ended->isFulfilled;
         intake_.announce();
         save();
     }
+}
+
+void Daemon::observeHeat()
+{
+    const bool isPersons = quickCharge_.isActive() && !quickCharge_.isForTravel();
+    heat_.observe({.reading = reading_,
+                   .temperature = battery_ && !isUnreadable_ ? battery_->temperature : std::nullopt,
+                   .isAvoidable = !isPersons,
+                   .control = keeper_.control()},
+                  ports_.clock.sinceBoot());
 }
 
 /// It is read at first use, which is after the first answer to a client: a thousand samples take a while.
@@ -194,10 +213,32 @@ bool Daemon::hold()
 {
     const bool isLimitUnknown = !hasAdoptedLimit_ && keeper_.control() != ChargeControl::none;
     if (isLimitUnknown) return false; // what it holds may be its owner's wish
-    const auto decision =
-        decideCharging(intake_.machine(), quickCharge_.isActive(), manual_.state(), keeper_.control());
+    const bool isPersons = quickCharge_.isActive() && !quickCharge_.isForTravel();
+    const auto decision = decide(isPersons ? std::nullopt : heat_.pausedAt());
     mode_ = decision.mode;
     return keeper_.hold(decision);
+}
+
+ChargeDecision Daemon::decide(std::optional<int> heatPausedAt) const
+{
+    return decideCharging(intake_.machine(), quickCharge_.isActive(), manual_.state(), keeper_.control(),
+                          heatPausedAt);
+}
+
+/// The charger has been told what there was to tell.
+void Daemon::endHeat()
+{
+    if (mode_ == ChargeMode::heat || !heat_.isNoted()) return;
+    heat_.lifted(keeper_.holdsWanted());
+    save();
+}
+
+bool Daemon::endHeatPause()
+{
+    const auto ordinary = decide(std::nullopt).thresholds;
+    if (!heat_.isNoted() || !ordinary) return false;
+    keeper_.leaveAt(*ordinary);
+    return true;
 }
 
 void Daemon::acted(bool changed)
@@ -210,6 +251,13 @@ void Daemon::acted(bool changed)
         manual_.end();
         if (hold()) return;
     }
+    if (mode_ == ChargeMode::heat && heat_.isFirstAttempt() && isChargingAllowed()) {
+        changes_.info("This charger cannot be paused at " + std::to_string(heat_.pausedAt().value_or(0)) +
+                      "%: it goes on although the battery is hot.");
+        heat_.giveUp();
+        if (hold()) return;
+    }
+    endHeat();
     manual_.answer();
     tell();
     save();
@@ -240,8 +288,10 @@ void Daemon::tellEvents()
     const auto events = events_.observe({.reading = reading_,
                                          .mode = mode_,
                                          .inForce = keeper_.inForce(),
+                                         .isFollowed = keeper_.holdsWanted(),
                                          .cycleCount = battery_->cycleCount,
-                                         .isOverrideFulfilled = std::exchange(isOverrideFulfilled_, false)},
+                                         .isOverrideFulfilled = std::exchange(isOverrideFulfilled_, false),
+                                         .isCool = heat_.isCool()},
                                         ports_.clock.sinceBoot());
     for (const auto& event : events) outbound_.occurred(event);
     // The level is saved with the next thing that is: a disk need not follow each point.
@@ -259,7 +309,7 @@ bool Daemon::seeksControl() const
 bool Daemon::isWorthWatching() const
 {
     return reading_.isCharging || !reading_.hasExternalPower || quickCharge_.isActive() ||
-           !manual_.isAsSet() || isUnreadable_;
+           !manual_.isAsSet() || mode_ == ChargeMode::heat || isUnreadable_;
 }
 
 void Daemon::planNextLook()
@@ -304,6 +354,7 @@ ChargerReport Daemon::charger()
     report.hasBattery = battery_.has_value();
     keeper_.describe(report);
     report.isChargingAllowed = isChargingAllowed();
+    report.canPauseForHeat = heat_.isPossible();
     report.health = battery_ ? battery_->health.value_or(-1) : -1;
     report.cycleCount = battery_ ? battery_->cycleCount.value_or(-1) : -1;
     return report;
@@ -332,6 +383,17 @@ SettingsIntake::Ports Daemon::intakePorts()
         .announce = [this](const auto& settings) { outbound_.settingsChanged(settings); },
         .announceTo = [this](const auto& to,
                              const auto& settings) { outbound_.settingsChangedFor(to, settings); }};
+}
+
+HeatGuard::Ports Daemon::heatPorts()
+{
+    return {.log = ports_.log,
+            .save = [this](const auto& done) { saveNow(done); },
+            .delaySleep = [this](bool isWanted) { outbound_.delaySleep(isWanted); },
+            .changed =
+                [this] {
+                    if (!hold()) acted(false);
+                }};
 }
 
 ManualControl::Ports Daemon::manualPorts()
@@ -393,6 +455,7 @@ DaemonState Daemon::remembered() const
             .firstHeld = firstHeld_.entries(),
             .heldLevel = keeper_.heldLevel(),
             .told = events_.memory(),
+            .isPausedForHeat = heat_.isNoted(),
             .busId = busId_,
             .callers = intake_.messages()};
 }
@@ -422,6 +485,17 @@ void Daemon::save()
     if (ports_.settings.put(saved_)) {
         ports_.files.async([&store = ports_.settings] { store.saveNewest(); });
     }
+}
+
+/// Once a worker has done so, `done` is told whether it is on the disk.
+void Daemon::saveNow(const std::function<void(bool)>& done)
+{
+    saved_ = remembered();
+    ports_.settings.put(saved_);
+    ports_.files.async([&store = ports_.settings, &loop = ports_.loop, done] {
+        store.saveNewest();
+        loop.post([done, isSaved = !store.hasFailed()] { done(isSaved); });
+    });
 }
 
 } // namespace velmora

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "HeatGuard.h"
 #include "LookSchedule.h"
 #include "ManualControl.h"
 #include "SettingsIntake.h"
@@ -37,6 +38,8 @@ public:
         std::function<void(const ChargerReport&)> chargerChanged;
         std::function<void(const std::vector<BatteryReport>&)> batteriesChanged;
         std::function<void(const ChargeEvent&)> occurred;
+        /// Has the machine wait a moment with going to sleep, or no longer.
+        std::function<void(bool)> delaySleep;
         std::function<void(const KeyedArchive& settings)> settingsChanged;
         std::function<void(const std::string& busName, const KeyedArchive& settings)> settingsChangedFor;
         std::function<void(const std::string& busName, Refused why)> changeRefusedFor;
@@ -71,10 +74,15 @@ public:
 
     /// Something about the power supplies may have changed; `afresh`: this is the first look at it.
     void look(bool afresh = true) { schedule_.look(afresh); }
+    /// The machine is going to sleep; `done` is called once that may be.
+    void goToSleep(std::function<void()> done) { heat_.goToSleep(std::move(done)); }
     /// The machine woke up: firmware and drivers may have reset the charger.
     void resumed();
     /// Hands what is not saved yet to the files' worker.
     void save();
+    /// For the end of the program: hands what ends a pause for heat to the hardware's worker. Whether there
+    /// is one.
+    bool endHeatPause();
 
     void ask(std::function<void()> answer) override { schedule_.ask(std::move(answer)); }
     HSBatteryState batteryState() override;
@@ -108,11 +116,15 @@ private:
     void noteFirstHeld();
     void adoptExistingLimit();
     void observeQuickCharge();
+    void observeHeat();
+    void endHeat();
+    ChargeDecision decide(std::optional<int> heatPausedAt) const;
     HistoryStore& history();
     void recordSample();
     void saveHistory();
 
     SettingsIntake::Ports intakePorts();
+    HeatGuard::Ports heatPorts();
     ManualControl::Ports manualPorts();
     void authorise(const Caller& caller, std::function<void(std::optional<Refused>)> decided);
     void settingsChanged(const Caller& caller, const ChargingSettings& before);
@@ -120,6 +132,7 @@ private:
     void tellOnceItShows(const std::string& busName);
     void isNowReady();
     void saveSoon();
+    void saveNow(const std::function<void(bool)>& done);
 
     bool hold();
     void acted(bool changed);
@@ -144,6 +157,7 @@ private:
     QuickCharge quickCharge_;
     SettingsIntake intake_;
     ManualControl manual_;
+    HeatGuard heat_;
     bool hasAdoptedLimit_ = false;
     FirstHeld firstHeld_;
     ChargeEventRules events_;

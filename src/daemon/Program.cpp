@@ -92,6 +92,7 @@ Daemon::Outbound Program::outbound()
         .chargerChanged = [this](const auto& report) { object_->charger().changed(report); },
         .batteriesChanged = [this](const auto& batteries) { object_->batteries().changed(batteries); },
         .occurred = [this](const auto& event) { object_->charger().occurred(event); },
+        .delaySleep = [this](bool isWanted) { object_->delaySleep(isWanted); },
         .settingsChanged = [this](const auto& settings) { object_->charger().settingsChanged(settings); },
         .settingsChangedFor =
             [this](const auto& busName, const auto& settings) {
@@ -109,11 +110,12 @@ int Program::run()
 {
     meetBus();
     loop_.run();
+    const auto patience = isInCharge_ && daemon_.endHeatPause() ? 3s : 200ms;
     if (isInCharge_) daemon_.save();
     const bool isSaved = files_.finish(500ms);
     if (!isSaved) log_.error("velmorad", "The state could not be saved in time.");
     // A worker that waits for firmware would keep the process for as long as the firmware likes.
-    if (!isSaved || !hardware_.finish(200ms)) std::_Exit(status_);
+    if (!isSaved || !hardware_.finish(patience)) std::_Exit(status_);
     return status_;
 }
 
@@ -122,6 +124,7 @@ try {
     object_ = std::make_unique<DaemonObject>(loop_, daemon_, log_);
     object_->onOwned = [this] { begin(); };
     object_->onRefused = [this](const std::string& why) { giveUp(why); };
+    object_->onSleep = [this](auto done) { daemon_.goToSleep(std::move(done)); };
     object_->onResumed = [this] { daemon_.resumed(); };
     object_->onBusLost = [this] { giveUp("the system bus hung up"); };
 } catch (const std::system_error& failure) {

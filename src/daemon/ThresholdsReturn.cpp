@@ -6,7 +6,6 @@
 #include "base/JournalLog.h"
 #include "base/SystemClock.h"
 #include "base/Translation.h"
-#include "state/SettingsStore.h"
 #include "state/StateDirectory.h"
 
 #include <chrono>
@@ -85,6 +84,34 @@ ThresholdsReturn giveThresholdsBack(const Sysfs& sysfs, const FirstHeld::Entries
         (isDone ? result.done : result.failed).push_back(sentence(charger, wanted, isDone));
     }
     return result;
+}
+
+bool liftHeatPause(const Sysfs& sysfs, SettingsStore& settings, Log& log)
+{
+    auto state = settings.load();
+    if (!state.isPausedForHeat) return true;
+    ChargeActuator actuator(sysfs, log);
+    const bool isQuickCharging = state.quickCharge == QuickCharge::State::active;
+    bool isDone = true;
+    for (const auto& charger : actuator.inspect(PowerSupplyReader(sysfs, log).read(true).batteries)) {
+        const auto ordinary = decideCharging(state.settings, isQuickCharging, state.manual, charger.control);
+        const auto& wanted = ordinary.thresholds;
+        if (wanted && !written(actuator, charger.name, *wanted).holds(*wanted)) isDone = false;
+    }
+    if (!isDone) {
+        log.error("velmorad", "A charger could not be told that the pause for heat is over.");
+        return false;
+    }
+    state.isPausedForHeat = false;
+    return settings.save(state);
+}
+
+int liftHeatPause()
+{
+    PrintedLog log;
+    const SystemClock clock;
+    SettingsStore settings(stateDirectory() / "settings.json", clock, log);
+    return liftHeatPause(Sysfs::ofEnvironment(), settings, log) ? 0 : 1;
 }
 
 int restoreThresholds()

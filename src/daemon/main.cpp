@@ -16,6 +16,8 @@ constexpr auto usage =
     velmora::trMark("usage: velmorad                         the daemon; systemd starts it\n"
                     "       velmorad --restore-thresholds    gives the charger what it held before Velmora,\n"
                     "                                        and ends; stop the daemon first\n"
+                    "       velmorad --lift-heat-pause       ends a pause for heat that was left behind;\n"
+                    "                                        systemd runs it after the daemon\n"
                     "       velmorad --help | --version\n");
 
 bool print(const std::string& text)
@@ -29,6 +31,7 @@ int main(int argc, char** argv)
 {
     const std::string_view option = argc == 2 ? argv[1] : "";
     if (option == "--restore-thresholds") return velmora::restoreThresholds();
+    if (option == "--lift-heat-pause") return velmora::liftHeatPause();
     if (option == "--version") return print(velmora::versionLine("velmorad")) ? 0 : 1;
     if (option == "--help") return print(velmora::tr(usage)) ? 0 : 1;
     if (argc > 1) {

@@ -49,7 +49,6 @@ TEST_F(DaemonEventsTest, ALimitPausesAChargeOnceAndResumesItOnce)
     change({.isTemporaryOverride = true, .customChargeLimit = 90, .customHysteresis = 5});
     EXPECT_EQ(at(95, "Charging"), "");
     EXPECT_EQ(at(100, "Full"), "override completed. ") << "and no pause: it is full";
-    change({.customChargeLimit = 90, .customHysteresis = 5});
     EXPECT_EQ(at(100, "Not charging"), "");
 }
 
@@ -61,7 +60,7 @@ TEST_F(DaemonEventsTest, WhatAPersonDoesOrNoLimitDidIsNoPause)
     EXPECT_EQ(at(60, "Charging"), "");
     change({.isTemporaryOverride = true, .customHysteresis = 5});
     EXPECT_EQ(at(85, "Charging"), "");
-    change({.customHysteresis = 5});
+    takeBack();
     EXPECT_EQ(at(85, "Not charging"), "") << "a quick charge that was taken back is not completed";
     change({.isTemporaryOverride = true, .customHysteresis = 5});
     at(85, "Discharging", false);

@@ -84,6 +84,7 @@ struct DaemonTest : testing::Test {
                 .chargerChanged = [](const auto&) {},
                 .batteriesChanged = [](const auto&) {},
                 .occurred = [this](const auto& event) { note(event); },
+                .delaySleep = [this](bool isWanted) { isSleepDelayed = isWanted; },
                 .settingsChanged = [this](const auto& news) { announced.push_back(news); },
                 .settingsChangedFor = [this](const auto& to, const auto&) { corrected.push_back(to); },
                 .changeRefusedFor = [this](const auto& to, Refused why) { refused.emplace_back(to, why); },
@@ -155,6 +156,13 @@ struct DaemonTest : testing::Test {
         return isBegun;
     }
 
+    /// All settings as they are by default, by somebody who knows what they were.
+    void takeBack()
+    {
+        daemon->settings({":1.6", 0});
+        send(":1.6", {});
+    }
+
     /// Changes those in which `values` differs from the defaults; the reason of a refusal, empty for none.
     std::string change(const ChargingSettings& values, uid_t user = 0, const std::string& caller = ":1.8")
     {
@@ -181,6 +189,7 @@ struct DaemonTest : testing::Test {
     std::optional<ChargeActuator> actuator;
     std::optional<PowerSnapshotReader> reader;
     std::vector<HSBatteryState> pushes;
+    bool isSleepDelayed = false;
     std::string events; ///< "charging paused. level lost 19. "
     std::vector<std::pair<std::string, HSBatteryState>> told;
     std::vector<KeyedArchive> announced; ///< settings, to all

@@ -45,6 +45,7 @@ const auto quickCharge = obedient("quick charge", 99, 100);
 const auto resumed = obedient("resumed", 99, 100);
 const auto unlimited = obedient("auto-protect", 98, 100);
 const auto paused = obedient("paused", 0, 79);
+const auto hot = obedient("paused for heat", 0, 63);
 /// The firmware's own limit, on; asked for was 80%.
 ChargerReport fixedAt(std::string_view level, std::string_view mode = "auto-protect", int end = -1)
 {
@@ -113,6 +114,9 @@ TEST(ChargerTexts, TrayWidgetsAndPagesAgree)
         {{.percentage = 85, .charger = fixedAt("55-60 or 80", "paused")},
          "85%, plugged in, paused by hand | Paused | "
          "Paused by hand, until the next plug or changed setting."},
+        {{.percentage = 63, .charger = hot},
+         "63%, plugged in, paused until the battery has cooled down | Cooling down | "
+         "The battery is hot: charging waits until it has cooled down."},
         {{.percentage = 99.5, .charger = fixedAt("", "quick charge", 100)},
          "99%, plugged in, full | Full | Full: plugged in, quick charge is on."},
         {{.percentage = 50, .charger = storage},

@@ -5,6 +5,9 @@
 
 #include "bus/Records.h"
 
+#include <array>
+#include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 namespace velmora {
@@ -201,7 +204,7 @@ TEST_F(DaemonObjectTest, AnswersWithWhatALookShows)
     EXPECT_EQ(one("NoSuchThing"), -1);
 }
 
-TEST_F(DaemonObjectTest, BelievesLogindAloneThatTheMachineWokeUp)
+TEST_F(DaemonObjectTest, BelievesLogindAloneAndHasItWaitWithASleep)
 {
     const auto daemon = startDaemon();
     int resumed = 0;
@@ -214,12 +217,12 @@ TEST_F(DaemonObjectTest, BelievesLogindAloneThatTheMachineWokeUp)
     const dbus::Message owner(made);
     const char* name = nullptr;
     sd_bus_message_read(made, "s", &name);
-    const auto wakeUp = [&] {
+    const auto wakeUp = [&](bool isSleep = false) {
         sd_bus_message* signal = nullptr;
         sd_bus_message_new_signal(peer.bus(), &signal, "/org/freedesktop/login1",
                                   "org.freedesktop.login1.Manager", "PrepareForSleep");
         const dbus::Message sent(signal);
-        sd_bus_message_append(signal, "b", 0);
+        sd_bus_message_append(signal, "b", isSleep);
         ASSERT_GE(sd_bus_send_to(peer.bus(), signal, name, nullptr), 0);
     };
     wakeUp();
@@ -228,6 +231,33 @@ TEST_F(DaemonObjectTest, BelievesLogindAloneThatTheMachineWokeUp)
     wakeUp();
     ASSERT_TRUE(eventually([&] { return resumed > 0; }));
     EXPECT_EQ(resumed, 1);
+
+    // And for as long as it is asked to, the machine waits with its sleep.
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
+    const FileDescriptor end(pipe[0]);
+    FileDescriptor held(pipe[1]); // of which the daemon gets a copy
+    const auto inhibit = [](sd_bus_message* call, void* self, sd_bus_error*) {
+        auto& given = *static_cast<FileDescriptor*>(self);
+        const int sent = sd_bus_reply_method_return(call, "h", given.get());
+        given = FileDescriptor();
+        return sent;
+    };
+    dbus::Slot login;
+    ASSERT_GE(sd_bus_add_object(peer.bus(), out(login), "/org/freedesktop/login1", inhibit, &held), 0);
+    const auto isWaiting = [&] {
+        pollfd state{end.get(), POLLIN, 0};
+        return ::poll(&state, 1, 0) == 0;
+    };
+    std::function<void()> done;
+    daemon->onSleep = [&](auto ready) { done = std::move(ready); };
+    daemon->delaySleep(true);
+    ASSERT_TRUE(eventually([&] { return !held; }));
+    wakeUp(true);
+    ASSERT_TRUE(eventually([&] { return static_cast<bool>(done); }));
+    EXPECT_TRUE(isWaiting());
+    done();
+    EXPECT_TRUE(eventually([&] { return !isWaiting(); }));
 }
 
 TEST(CallBudgetTest, GivesEachUserAFewAtOnceAndThenOneNowAndThen)

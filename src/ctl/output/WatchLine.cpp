@@ -25,7 +25,8 @@ const char* classOf(const Situation& now)
     if (now.isCharging) return "charging";
     if (now.isOnBattery) return "discharging";
     const auto& charger = *now.charger;
-    if (charger.mode == ChargerReport::Mode::paused) return "paused";
+    using Mode = ChargerReport::Mode;
+    if (charger.mode == Mode::paused || charger.mode == Mode::pausedForHeat) return "paused";
     const auto* own = fixedLimit(charger.fixedLimit);
     if (own && own->isExact && own->start >= 0 && now.percentage >= own->start) return "held";
     const bool isLimited = charger.endThreshold >= 0 && charger.endThreshold < 100;

@@ -68,11 +68,11 @@ void ChargeEventRules::followSource(bool hasExternalPower, Time now)
 void ChargeEventRules::followLimit(const Facts& facts)
 {
     const auto& reading = facts.reading;
-    if (otherSourceSince_) return; // a bouncing plug says nothing about the limit
+    if (otherSourceSince_) return;       // a bouncing plug says nothing about the limit
+    if (facts.isPausedForHeat()) return; // nor does a charge that waits for something else
+    if (!facts.isFollowed) return;
     const auto limit = reading.hasExternalPower ? limitOf(facts) : std::nullopt;
     if (!limit || limit->end != memory_.pausedAtLimit) memory_.pausedAtLimit = -1;
-    const bool isHeldOff = facts.isPausedForHeat; // neither has the limit stopped it
-    if (isHeldOff) return;
     if (!limit) {
         // A limit that is switched on in the middle of a charge stops that one too.
         memory_.isChargingToLimit = reading.takesPower() && facts.mode == ChargeMode::off;
@@ -94,7 +94,7 @@ void ChargeEventRules::followHeat(const Facts& facts)
 {
     if (facts.isCool) memory_.isHeatTold = false;
     const bool hasStopped = facts.reading.hasExternalPower && !facts.reading.takesPower();
-    if (!facts.isPausedForHeat || !hasStopped || memory_.isHeatTold) return;
+    if (!facts.isPausedForHeat() || !hasStopped || memory_.isHeatTold) return;
     memory_.isHeatTold = true;
     tell({Kind::thermalPause});
 }

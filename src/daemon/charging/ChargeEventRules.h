@@ -24,7 +24,8 @@ namespace velmora {
 ///
 /// **Power source**: another than was last told, for three seconds without a break. **Level lost**: the whole
 /// percents are fewer than last told, while the battery gives power; several lost between two looks are one
-/// event. **Cycle**: the count is greater by exactly one; anything else is another battery.
+/// event. **Heat**: a charge waits for the battery to cool down; once until it is cool. **Cycle**: the count
+/// is greater by exactly one; anything else is another battery.
 class ChargeEventRules {
 public:
     using Time = std::chrono::milliseconds; ///< since boot
@@ -34,10 +35,12 @@ public:
         ChargeReading reading;
         ChargeMode mode = ChargeMode::off;
         std::optional<Thresholds> inForce{};
+        bool isFollowed = true; ///< the charger does what was decided, as far as it can
         std::optional<std::int64_t> cycleCount{};
         bool isOverrideFulfilled = false; ///< a quick charge has come to its end with this look
-        bool isPausedForHeat = false;
-        bool isCool = false; ///< the battery's temperature is known, and no reason to pause
+        bool isCool = false;              ///< the battery's temperature is known, and no reason to pause
+
+        bool isPausedForHeat() const { return mode == ChargeMode::heat; }
     };
 
     /// What was told last.

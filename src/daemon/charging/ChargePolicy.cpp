@@ -92,6 +92,8 @@ std::string_view name(ChargeMode mode)
         return ChargerReport::Mode::paused;
     case ChargeMode::resumed:
         return ChargerReport::Mode::resumed;
+    case ChargeMode::heat:
+        return ChargerReport::Mode::pausedForHeat;
     case ChargeMode::off:
         break;
     }
@@ -99,7 +101,8 @@ std::string_view name(ChargeMode mode)
 }
 
 ChargeDecision decideCharging(const ChargingSettings& settings, bool isQuickCharging,
-                              const ManualCharging& manual, ChargeControl control)
+                              const ManualCharging& manual, ChargeControl control,
+                              std::optional<int> heatPausedAt)
 {
     ChargeDecision decision;
     Thresholds wanted{startWithoutLimit, 100};
@@ -118,6 +121,10 @@ ChargeDecision decideCharging(const ChargingSettings& settings, bool isQuickChar
     } else if (settings.isAppleRecommendedMode) {
         decision.mode = ChargeMode::autoProtect;
         wanted = band(settings.customChargeLimit, settings.customHysteresis);
+    }
+    if (heatPausedAt && decision.mode != ChargeMode::paused) {
+        decision.mode = ChargeMode::heat;
+        wanted = {0, std::min(std::clamp(*heatPausedAt, 1, 100), wanted.end)};
     }
     if (control != ChargeControl::thresholds) wanted.start.reset();
     if (control != ChargeControl::none) decision.thresholds = wanted;

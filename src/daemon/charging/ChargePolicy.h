@@ -50,7 +50,7 @@ struct ManualCharging {
 std::string_view rawValue(ManualCharging::State state);
 std::optional<ManualCharging::State> manualStateFromRawValue(std::string_view text);
 
-enum class ChargeMode : std::uint8_t { off, autoProtect, storage, quickCharge, paused, resumed };
+enum class ChargeMode : std::uint8_t { off, autoProtect, storage, quickCharge, paused, resumed, heat };
 std::string_view name(ChargeMode mode);
 
 /// Start and end of charging, in whole percent: charging begins below `start` and stops at `end`.
@@ -69,13 +69,17 @@ struct ChargeDecision {
     friend bool operator==(const ChargeDecision&, const ChargeDecision&) = default;
 };
 
-/// What the charger is to hold. The toggle beats quick charge, which beats storage mode, which beats
-/// Auto-Protect, which beats nothing.
+/// What the charger is to hold. A pause by the toggle beats all, one for heat beats whatever would charge;
+/// then the toggle beats quick charge, which beats storage mode, which beats Auto-Protect, which beats
+/// nothing.
+///
+/// `heatPausedAt`: the level, percent, at which charging waits for the battery to cool down; absent for none.
 ///
 /// Hysteresis is the start threshold where the charger has one. An end threshold alone leaves resuming to the
 /// firmware: moving the end up and down would drain on some controllers and wear all of them.
 ChargeDecision decideCharging(const ChargingSettings& settings, bool isQuickCharging,
-                              const ManualCharging& manual, ChargeControl control);
+                              const ManualCharging& manual, ChargeControl control,
+                              std::optional<int> heatPausedAt = std::nullopt);
 
 /// Whether a charger that holds `inForce` lets the battery charge at this level. Between start and end it
 /// goes on with what it did, which is what the reading shows.

@@ -57,12 +57,32 @@ bool ChargerKeeper::hold(const ChargeDecision& decision)
     return true;
 }
 
+std::vector<std::string> ChargerKeeper::batteries() const
+{
+    std::vector<std::string> names;
+    for (const auto& one : chargers_) names.push_back(one.name);
+    return names;
+}
+
+bool ChargerKeeper::holdsWanted() const
+{
+    if (isActing_ || !decision_) return false;
+    const auto& wanted = decision_->thresholds;
+    return !wanted || std::ranges::all_of(chargers_, [&](const auto& one) { return one.holds(*wanted); });
+}
+
+void ChargerKeeper::leaveAt(const Thresholds& wanted)
+{
+    ports_.hardware.async([&actuator = ports_.actuator, batteries = batteries(), wanted] {
+        actuator.apply(batteries, wanted, /*afresh=*/true);
+    });
+}
+
 void ChargerKeeper::begin(const Thresholds& wanted, const std::string& reason, bool afresh)
 {
     isActing_ = true;
-    std::vector<std::string> batteries;
-    for (const auto& one : chargers_) batteries.push_back(one.name);
-    ports_.hardware.async([ports = ports_, batteries, attempt = Attempt{wanted, reason, {}}, afresh,
+    ports_.hardware.async([ports = ports_, batteries = batteries(), attempt = Attempt{wanted, reason, {}},
+                           afresh,
                            done = lifetime_.guard([this](const Attempt& made) { wrote(made); })]() mutable {
         attempt.outcome = ports.actuator.apply(batteries, attempt.wanted, afresh);
         ports.loop.post([done, attempt = std::move(attempt)] { done(attempt); });

@@ -53,6 +53,13 @@ public:
     /// of which `acted` will tell.
     bool hold(const ChargeDecision& decision);
 
+    /// Whether the chargers hold what was decided last, as far as they can be told.
+    bool holdsWanted() const;
+
+    /// Has the worker tell the chargers this, whatever it is doing now, and hears no more of it: for the end
+    /// of the program.
+    void leaveAt(const Thresholds& wanted);
+
     /// After a plug or a resume: what the driver made of values is forgotten, and the next `hold` is no
     /// repair.
     void forgetHistory();
@@ -87,6 +94,7 @@ private:
     bool mayWrite(const Thresholds& wanted);
     bool deviates(const Thresholds& wanted) const;
     bool isRetryDue(const Thresholds& wanted);
+    std::vector<std::string> batteries() const;
     void begin(const Thresholds& wanted, const std::string& reason, bool afresh);
     void wrote(Attempt attempt);
     void settle(const Attempt& attempt);

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cerrno>
+#include <fcntl.h>
 #include <system_error>
 
 namespace velmora {
@@ -17,6 +18,8 @@ template <int (DaemonObject::*Method)(sd_bus_message*)>
 constexpr sd_bus_message_handler_t served = dbus::serve<DaemonObject, Method>;
 
 constexpr auto loginName = "org.freedesktop.login1";
+constexpr auto loginPath = "/org/freedesktop/login1";
+constexpr auto loginManager = "org.freedesktop.login1.Manager";
 
 /// Throws std::system_error unless the bus's answer to RequestName is that the name is ours.
 void checkOwned(sd_bus_message* reply)
@@ -81,12 +84,10 @@ void DaemonObject::takeUp()
                                   served<&DaemonObject::introspect>, this),
                 "sd_bus_add_object");
     login_.emplace(bus_.get(), loginName);
-    slots_.push_back(dbus::match(bus_.get(),
-                                 {.sender = loginName,
-                                  .path = "/org/freedesktop/login1",
-                                  .interface = "org.freedesktop.login1.Manager",
-                                  .member = "PrepareForSleep"},
-                                 served<&DaemonObject::sleepChanged>, this));
+    slots_.push_back(dbus::match(
+        bus_.get(),
+        {.sender = loginName, .path = loginPath, .interface = loginManager, .member = "PrepareForSleep"},
+        served<&DaemonObject::sleepChanged>, this));
 }
 
 int DaemonObject::introspect(sd_bus_message* call)
@@ -108,8 +109,35 @@ int DaemonObject::sleepChanged(sd_bus_message* signal)
 {
     if (!login_->sent(signal)) return 0;
     int isGoingToSleep = 1;
-    if (sd_bus_message_read(signal, "b", &isGoingToSleep) < 0 || isGoingToSleep) return 0;
-    if (const auto handler = onResumed) handler();
+    if (sd_bus_message_read(signal, "b", &isGoingToSleep) < 0) return 0;
+    if (!isGoingToSleep) {
+        if (const auto handler = onResumed) handler();
+    } else if (const auto handler = onSleep) {
+        handler(lifetime_.guard([this] { delaySleep(false); }));
+    }
+    return 0;
+}
+
+void DaemonObject::delaySleep(bool isWanted)
+{
+    delayAsked_.reset();
+    if (!isWanted) sleepDelay_ = FileDescriptor();
+    if (!isWanted || sleepDelay_ || !login_) return;
+    // Where there is no logind this fails, and nothing sleeps by its leave.
+    sd_bus_call_method_async(bus_.get(), out(delayAsked_), loginName, loginPath, loginManager, "Inhibit",
+                             served<&DaemonObject::sleepDelayed>, this, "ssss", "sleep", "Velmora",
+                             "Charging is paused for heat, which has to end first", "delay");
+}
+
+int DaemonObject::sleepDelayed(sd_bus_message* reply)
+{
+    int file = -1;
+    if (sd_bus_message_is_method_error(reply, nullptr) || sd_bus_message_read(reply, "h", &file) < 0) {
+        log_.warning("DaemonObject", "Cannot have the machine wait with its sleep until a pause for heat has "
+                                     "ended: the pause may last over the sleep.");
+        return 0;
+    }
+    sleepDelay_ = FileDescriptor(::fcntl(file, F_DUPFD_CLOEXEC, 0)); // the message closes its own
     return 0;
 }
 

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "base/FileDescriptor.h"
+#include "base/Lifetime.h"
 #include "bus/NameOwner.h"
 #include "link/Authority.h"
 #include "link/BatteryObjects.h"
@@ -55,6 +57,14 @@ public:
     /// Called when the machine has woken up, where logind is there to tell.
     std::function<void()> onResumed;
 
+    /// Called when the machine is going to sleep; it waits, if `delaySleep` asked for that, until `done` is
+    /// called.
+    std::function<void(std::function<void()> done)> onSleep;
+
+    /// Asks logind that the machine wait before it sleeps until what has to be done then is done, or takes
+    /// that back. logind does not wait for long. Without logind nothing does.
+    void delaySleep(bool isWanted);
+
     /// Called when the bus hung up, which it does only at its own end. Nobody can be served any more.
     std::function<void()> onBusLost;
 
@@ -63,8 +73,10 @@ private:
     void takeUp();
     int introspect(sd_bus_message* call);
     int sleepChanged(sd_bus_message* signal);
+    int sleepDelayed(sd_bus_message* reply);
     int disconnected(sd_bus_message* signal);
 
+    Lifetime lifetime_;
     Log& log_;
     dbus::Bus bus_;
     Clients clients_;
@@ -72,6 +84,8 @@ private:
     ProtocolObject protocol_;
     ChargerObject charger_;
     BatteryObjects batteries_;
+    dbus::Slot delayAsked_;          ///< the question to logind
+    FileDescriptor sleepDelay_;      ///< the machine waits with its sleep for as long as this is open
     std::optional<NameOwner> login_; ///< logind: sleep signals of others are ignored
     std::vector<dbus::Slot> slots_;
 };

@@ -213,6 +213,7 @@ std::string encodeState(const DaemonState& state)
                            {"pausedAt", state.manual.pausedAt},
                            {"heldLevel", state.heldLevel},
                            {"told", encodedTold(state.told)},
+                           {"isPausedForHeat", state.isPausedForHeat},
                            {"busId", state.busId},
                            {"callers", std::move(callers)}};
     return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
@@ -242,6 +243,7 @@ std::pair<DaemonState, std::string> decodeState(std::string_view bytes, uid_t ow
     state.manual = decodedManual(document);
     state.heldLevel = HeldLevel(textAt(document, "heldLevel")).text();
     state.told = decodedTold(document.value("told", Json()));
+    state.isPausedForHeat = document.value("isPausedForHeat", Json()) == true;
     state.busId = textAt(document, "busId");
     state.callers = decodedMembers(document.value("callers", Json()));
     return {state, wrong};

@@ -33,6 +33,8 @@ struct DaemonState {
     /// At which level the firmware's own limit was seen to hold: a text of `FixedLimit`, or empty.
     std::string heldLevel{};
     ChargeEventRules::Memory told{};
+    /// A pause for heat may be in force: noted before the charger is told.
+    bool isPausedForHeat = false;
 
     /// The last message of each client, and the bus on which their names mean something.
     std::string busId{};

@@ -91,8 +91,10 @@ std::optional<MachineBattery> MachineBattery::of(const Batteries& batteries)
         !machine.isCharging && (any(batteries, SupplyStatus::discharging) || machine.rate.value_or(0) < 0);
     machine.isFull =
         std::ranges::all_of(batteries, [](const auto& one) { return one.status == SupplyStatus::full; });
-    for (const auto& battery : batteries)
+    for (const auto& battery : batteries) {
         machine.cycleCount = std::max(machine.cycleCount, battery.cycleCount);
+        machine.temperature = std::max(machine.temperature, battery.temperature);
+    }
     if (batteries.size() == 1) {
         machine.timeToFull = batteries.front().timeToFull;
         machine.timeToEmpty = batteries.front().timeToEmpty;

@@ -25,6 +25,7 @@ struct MachineBattery {
     std::optional<double> power;                 ///< W at the terminals, positive into the batteries
     std::optional<double> health;                ///< percent, weighted by design
     std::optional<std::int64_t> cycleCount;      ///< of the battery that has most
+    std::optional<double> temperature;           ///< degrees Celsius, of the hottest
     std::optional<std::chrono::seconds> timeToFull, timeToEmpty; ///< the driver's own, of a single battery
 
     /// Nothing where the level of no battery is known: a level of 0 would be a false alarm.

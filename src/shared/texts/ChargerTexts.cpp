@@ -21,7 +21,7 @@ constexpr double fullLevel = 99; // percent; many a battery stops there
 constexpr auto percent = panel::percentageText;
 
 /// What holds the charger.
-enum class Rule : std::uint8_t { none, autoProtect, storage, quickCharge, resumed, paused };
+enum class Rule : std::uint8_t { none, autoProtect, storage, quickCharge, resumed, paused, heat };
 
 Rule ruleOf(std::string_view mode)
 {
@@ -30,12 +30,18 @@ Rule ruleOf(std::string_view mode)
     if (mode == Mode::storage) return Rule::storage;
     if (mode == Mode::quickCharge) return Rule::quickCharge;
     if (mode == Mode::resumed) return Rule::resumed;
+    if (mode == Mode::pausedForHeat) return Rule::heat;
     return mode == Mode::paused ? Rule::paused : Rule::none;
+}
+
+bool isPause(Rule rule)
+{
+    return rule == Rule::paused || rule == Rule::heat;
 }
 
 bool isLimiting(Rule rule)
 {
-    return rule == Rule::autoProtect || rule == Rule::storage || rule == Rule::paused;
+    return rule == Rule::autoProtect || rule == Rule::storage || isPause(rule);
 }
 
 /// What is in force.
@@ -88,7 +94,7 @@ Order orderOf(const ChargerReport& charger)
     order.limit = inForce(charger.endThreshold, charger.wantedEndThreshold);
     if (!isStartTheFirmwares(charger))
         order.resume = inForce(charger.startThreshold, charger.wantedStartThreshold);
-    if (order.limit >= 100 && order.rule != Rule::paused) order.rule = Rule::none;
+    if (order.limit >= 100 && !isPause(order.rule)) order.rule = Rule::none;
     return order;
 }
 
@@ -106,6 +112,7 @@ enum class Activity : std::uint8_t {
     chargingPastLimit,
     full,
     paused,
+    cooling, ///< charging waits for the battery to cool down
     aboveLimit,
     limitReached,
     resting, ///< between the limit and the level at which charging begins again
@@ -119,6 +126,7 @@ Activity activityOf(const Situation& now, const Order& order)
     const bool isHeld = isLimiting(order.rule) && order.limit >= 0;
     if (now.isCharging) return isHeld && now.percentage >= order.limit ? chargingPastLimit : charging;
     if (order.rule == Rule::paused) return paused;
+    if (order.rule == Rule::heat) return cooling;
     if (!isHeld) return now.percentage >= fullLevel ? full : notCharging;
     if (order.isExact && now.percentage >= order.limit + 1) return aboveLimit;
     if (now.percentage >= std::min(order.limit, order.reached)) return limitReached;
@@ -146,7 +154,7 @@ struct RuleTexts {
 
 constexpr auto takesNoCharge = trMark("Plugged in, but the battery takes no charge right now.");
 
-/// In the order of Rule; for a pause see `pauseText`. Below a limit a battery is never full.
+/// In the order of Rule, but for the pauses: see `pauseText`. Below a limit a battery is never full.
 constexpr std::array ruleTexts{
     RuleTexts{trMark("On battery: charging will go on to %1, no limit is set."),
               trMark("Charging to %1: no limit is set."), trMark("Full: plugged in, no limit is set."),
@@ -164,8 +172,11 @@ constexpr std::array ruleTexts{
               trMark("Plugged in, but the battery takes no charge right now: it was resumed by hand.")},
 };
 
+constexpr auto waitsForCool = trMark("The battery is hot: charging waits until it has cooled down.");
+
 std::string pauseText(const Order& order)
 {
+    if (order.rule == Rule::heat) return tr(waitsForCool);
     if (order.limit < 0 || !order.words.empty())
         return tr("Paused by hand, until the next plug or changed setting.");
     return tr("Paused at %1 by hand, until the next plug or changed setting.", order.limitText());
@@ -185,6 +196,7 @@ std::string activityText(const Situation& now, const Order& order)
     case Activity::full:
         return tr(texts.full);
     case Activity::paused:
+    case Activity::cooling:
         return pauseText(order);
     case Activity::aboveLimit:
         return tr("Not charging: the battery is above the limit of %1.", limit);
@@ -259,6 +271,8 @@ std::string batteryTooltip(const Situation& now, const Order& order)
         return tr("%1, plugged in, full", level);
     case Activity::paused:
         return tr("%1, plugged in, paused by hand", level);
+    case Activity::cooling:
+        return tr("%1, plugged in, paused until the battery has cooled down", level);
     case Activity::aboveLimit:
         return tr("%1, plugged in, above the limit of %2", level, limit);
     case Activity::limitReached:
@@ -301,6 +315,7 @@ std::string reason(std::string_view mode, std::optional<int> end, std::optional<
 {
     if (!end) return tr("This laptop's charger takes no limit from software: it charges to 100%.");
     const auto rule = ruleOf(mode);
+    if (rule == Rule::heat) return tr(waitsForCool);
     if (rule == Rule::paused) return tr("Paused by hand, until the next plug or changed setting.");
     if (rule == Rule::resumed) return tr("Resumed by hand, until the next plug or changed setting.");
     if (rule == Rule::quickCharge) return tr("Quick charge is on: charging goes on to 100% once.");
@@ -333,7 +348,7 @@ std::string limiterText(const Situation& now)
 {
     if (const auto why = obstacle(now)) return *why;
     const auto order = orderOf(now);
-    if (order.rule == Rule::paused) return pauseText(order);
+    if (isPause(order.rule)) return pauseText(order);
     if (order.limit < 0) return tr("The limit has not been sent to the charger yet.");
     return activityText(now, order);
 }
@@ -395,6 +410,8 @@ std::string stateText(const Situation& now)
         return tr("Full");
     case Activity::paused:
         return tr("Paused");
+    case Activity::cooling:
+        return tr("Cooling down");
     case Activity::aboveLimit:
         return tr("Above the limit");
     case Activity::limitReached:

@@ -30,6 +30,8 @@ struct ChargerReport {
     struct Mode {
         static constexpr std::string_view paused = "paused"; ///< by the charging toggle, as is the next
         static constexpr std::string_view resumed = "resumed";
+        /// Until the battery has cooled down.
+        static constexpr std::string_view pausedForHeat = "paused for heat";
         static constexpr std::string_view quickCharge = "quick charge";
         static constexpr std::string_view storage = "storage";
         static constexpr std::string_view autoProtect = "auto-protect";
@@ -50,6 +52,8 @@ struct ChargerReport {
     std::string fixedLimit{};
     bool isRefused = false; ///< what is wanted could not be written; the daemon's log says why
     bool isChargingAllowed = true;
+    /// The battery tells its temperature, and the charger takes a level to stop at.
+    bool canPauseForHeat = false;
     std::string lastAction = "none"; ///< a sentence
     std::string lastReason = "none"; ///< a sentence
     Date lastActionDate{};           ///< of `lastAction`; 0 before the first
@@ -103,6 +107,7 @@ inline constexpr std::array chargerProperties{
     ChargerProperty{"FixedLimit", &ChargerReport::fixedLimit},
     ChargerProperty{"IsRefused", &ChargerReport::isRefused},
     ChargerProperty{"IsChargingAllowed", &ChargerReport::isChargingAllowed},
+    ChargerProperty{"CanPauseForHeat", &ChargerReport::canPauseForHeat},
     ChargerProperty{"LastAction", &ChargerReport::lastAction},
     ChargerProperty{"LastReason", &ChargerReport::lastReason},
     ChargerProperty{"LastActionDate", &ChargerReport::lastActionDate},
