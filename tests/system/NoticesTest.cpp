@@ -1,0 +1,199 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "Dunst.h"
+#include "SimulatedLaptopTest.h"
+#include "wire/ModelFace.h"
+
+#include <cstdlib>
+#include <gmock/gmock.h>
+#include <list>
+#include <unistd.h>
+
+namespace velmora {
+namespace {
+
+using testing::ElementsAre;
+using Titles = std::vector<std::string>;
+
+/// A person's desktop: a session bus and a notification server of its own, and velmora on it.
+class Desktop {
+public:
+    static constexpr double lowBatteryLimit = 25; ///< not the usual one, so that it tells who knows it
+
+    /// `sessions` has the files of logind that this desktop's velmora sees, where `session` is its own; an
+    /// empty name for a desktop without logind.
+    Desktop(EventLoop& loop, Process::Environment environment, const std::filesystem::path& sessions,
+            const std::string& session)
+        : environment_(std::move(environment))
+    {
+        environment_["DBUS_SESSION_BUS_ADDRESS"] = bus_.address();
+        environment_["XDG_CONFIG_HOME"] = folder_.path() / "config";
+        environment_["XDG_RUNTIME_DIR"] = folder_.path();
+        environment_["XDG_SESSION_ID"] = session;
+        environment_["DISPLAY"] = environment_["WAYLAND_DISPLAY"] = "";
+        folder_.write("config/velmora/preferences.conf", "hasSeenGnomeAdvice=true\n");
+        folder_.write("start", "#!/bin/sh\n" +
+                                   (session.empty() ? ""
+                                                    : "mount -t tmpfs none /run && "
+                                                      "mkdir -p /run/systemd/sessions && mount --bind " +
+                                                          sessions.string() + " /run/systemd/sessions &&\n") +
+                                   "exec " VELMORA_BIN "/velmora --background\n");
+        if (!session.empty())
+            folder_.write("apart",
+                          "#!/bin/sh\nexec unshare -m " + (folder_.path() / "start").string() + "\n");
+        for (const auto* script : {"start", "apart"})
+            if (std::filesystem::exists(folder_.path() / script))
+                std::filesystem::permissions(folder_.path() / script, std::filesystem::perms{0700});
+        program_ = folder_.path() / (session.empty() ? "start" : "apart");
+        setenv("DBUS_SESSION_BUS_ADDRESS", bus_.address().c_str(), 1);
+        script_ = dbus::openSessionBus(loop);
+    }
+
+    void logIn()
+    {
+        velmora_.reset();
+        velmora_.emplace(program_, environment_, folder_.path() / "log");
+    }
+
+    /// It has a server to show notices, and the daemon has told it this user's switches.
+    bool isReady()
+    {
+        double limit = 0;
+        sd_bus_get_property_trivial(script_.get(), wire::face::serviceName, wire::face::objectPath,
+                                    wire::face::interface, "lowBatteryLimit", nullptr, 'd', &limit);
+        return limit == lowBatteryLimit && dunst_.displayed() >= 0;
+    }
+
+    Titles titles() const
+    {
+        Titles all;
+        for (const auto& notice : dunst_.shown()) all.push_back(notice.title);
+        return all;
+    }
+    std::string lastBody() const { return dunst_.shown().back().body; }
+    std::string log() const { return folder_.read("log"); }
+
+private:
+    PrivateBus bus_;
+    TemporaryFolder folder_;
+    Process::Environment environment_;
+    std::filesystem::path program_;
+    Dunst dunst_{bus_.address()};
+    dbus::Bus script_;
+    std::optional<Process> velmora_;
+};
+
+/// Notices as people see them, over a laptop whose time the test moves. A notice comes when all is done that
+/// leads to it; that another did not come shows in the one that comes next.
+struct NoticesTest : SimulatedLaptopTest {
+    void SetUp() override
+    {
+        if (!Dunst::isInstalled()) GTEST_SKIP() << "dunst or Xvfb is not installed";
+        SimulatedLaptopTest::SetUp();
+        if (IsSkipped()) return;
+        with([](auto& one) { one.setLevel(70); });
+        startDaemon();
+        ASSERT_TRUE(becomes(78, 80));
+        ASSERT_TRUE(peer.set({.lowBatteryLimit = Desktop::lowBatteryLimit}));
+    }
+    void TearDown() override
+    {
+        for (const auto& desktop : desktops)
+            if (HasFailure()) std::fputs(desktop.log().c_str(), stderr);
+        desktops.clear();
+        unsetenv("DBUS_SESSION_BUS_ADDRESS");
+        SimulatedLaptopTest::TearDown();
+    }
+
+    Desktop& sitDown(const std::string& session = "")
+    {
+        auto& desktop = desktops.emplace_back(loop, environment(), folder.path() / "sessions", session);
+        setenv("DBUS_SYSTEM_BUS_ADDRESS", bus.address().c_str(), 1); // another bus took the name over
+        logIn(desktop);
+        return desktop;
+    }
+    void logIn(Desktop& desktop)
+    {
+        desktop.logIn();
+        ASSERT_TRUE(eventually([&] { return desktop.isReady(); }));
+    }
+    void restartDaemon()
+    {
+        stopDaemon();
+        startDaemon();
+    }
+
+    /// In that order, and no other.
+    bool areShown(const Desktop& desktop, const Titles& titles)
+    {
+        eventually([&] { return desktop.titles().size() >= titles.size(); });
+        EXPECT_EQ(desktop.titles(), titles);
+        return desktop.titles() == titles;
+    }
+
+    std::list<Desktop> desktops;
+};
+
+TEST_F(NoticesTest, EachThingThatHappensIsOneNotice)
+{
+    auto& desktop = sitDown();
+    Titles told{"Charging Paused"};
+    ASSERT_TRUE(passUntil(75, "Charging") && shows(75, true));
+    ASSERT_TRUE(passUntil(80, "Not charging"));
+    ASSERT_TRUE(areShown(desktop, told));
+    passHours(24);
+
+    plug(false);
+    told.push_back("Power Source Changed");
+    ASSERT_TRUE(areShown(desktop, told));
+    EXPECT_EQ(desktop.lastBody(), "Your Mac is now running on Battery Power.");
+
+    ASSERT_TRUE(passUntil(25, "Discharging"));
+    told.push_back("Low Battery");
+    ASSERT_TRUE(areShown(desktop, told));
+    logIn(desktop);
+    ASSERT_TRUE(passUntil(20, "Discharging") && shows(20, false));
+    restartDaemon();
+    ASSERT_TRUE(passUntil(15, "Discharging") && shows(15, false));
+
+    plug(true);
+    told.push_back("Power Source Changed");
+    ASSERT_TRUE(areShown(desktop, told)) << "the dip was told before either restart";
+    EXPECT_EQ(desktop.lastBody(), "Your Mac is now running on AC Power.");
+    ASSERT_TRUE(peer.set({.isTemporaryOverride = true, .lowBatteryLimit = Desktop::lowBatteryLimit}));
+    ASSERT_TRUE(becomes(99, 100) && passUntil(100, "Full"));
+    told.push_back("Full Charge Reached");
+    areShown(desktop, told);
+}
+
+TEST_F(NoticesTest, OfTwoSessionsTheOneInUseIsTold)
+{
+    if (geteuid() != 0) GTEST_SKIP() << "only root can stand in for logind";
+    const auto give = [this](const std::string& session, bool isActive) {
+        folder.write("sessions/" + session,
+                     isActive ? "ACTIVE=1\nSTATE=active\n" : "ACTIVE=0\nSTATE=online\n");
+    };
+    give("velmora1", true);
+    give("velmora2", false);
+    auto& first = sitDown("velmora1");
+    auto& second = sitDown("velmora2");
+    plug(false);
+    ASSERT_TRUE(areShown(first, {"Power Source Changed"}));
+    ASSERT_TRUE(passUntil(25, "Discharging"));
+    ASSERT_TRUE(areShown(first, {"Power Source Changed", "Low Battery"}));
+
+    give("velmora1", false);
+    give("velmora2", true);
+    ASSERT_TRUE(passUntil(22, "Discharging"));
+    ASSERT_TRUE(areShown(second, {"Low Battery"})) << "it is news to who sits there now";
+    logIn(first);
+    logIn(second);
+    ASSERT_TRUE(passUntil(18, "Discharging"));
+    plug(true);
+    ASSERT_TRUE(areShown(second, {"Low Battery", "Power Source Changed"}));
+    EXPECT_EQ(first.titles().size(), 2U);
+}
+
+} // namespace
+} // namespace velmora
