@@ -5,14 +5,19 @@
 #include "ManualQueue.h"
 #include "RecordingLog.h"
 #include "TemporaryFolder.h"
+#include "base/CoreDumps.h"
 #include "base/JournalLog.h"
 #include "base/KernelVersion.h"
 #include "base/PreferencesFile.h"
 #include "base/UserName.h"
 #include "base/Utf8.h"
 
+#include <csignal>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace velmora {
 namespace {
@@ -158,6 +163,29 @@ TEST_F(PreferencesFileTest, AFileThatCannotBeWrittenIsALineInTheLogAndNothingLos
     queue->run();
     EXPECT_TRUE(homeless.boolean("seen"));
     EXPECT_EQ(log.count(), 1U);
+}
+
+TEST(CoreDumps, AreForbiddenHereAndInWhatIsStartedUnlessAllowed)
+{
+    const auto limitOf = [](pid_t process) {
+        rlimit limit{};
+        EXPECT_EQ(prlimit(process, RLIMIT_CORE, nullptr, &limit), 0);
+        return limit.rlim_cur;
+    };
+    rlimit before{};
+    getrlimit(RLIMIT_CORE, &before);
+    const rlimit usual{.rlim_cur = std::min<rlim_t>(4096, before.rlim_max), .rlim_max = before.rlim_max};
+    setrlimit(RLIMIT_CORE, &usual);
+    forbidCoreDumps();
+    EXPECT_EQ(limitOf(0), 0U);
+    const pid_t child = fork();
+    if (child == 0) pause();
+    EXPECT_EQ(limitOf(child), 0U);
+    allowCoreDumpsOf(child);
+    EXPECT_EQ(limitOf(child), usual.rlim_cur);
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    setrlimit(RLIMIT_CORE, &before);
 }
 
 } // namespace
