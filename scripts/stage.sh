@@ -64,11 +64,15 @@ XML
     await "The $1 bus" "$scene/complaints"
 }
 
-# A private display with a tray, and a private session bus.
+# The session's secret service, with an unlocked collection; the empty line is its password.
+keyring() { exec gnome-keyring-daemon --unlock --components=secrets --foreground <<<'' >/dev/null 2>&1; }
+
+# A private display with a tray, and a private session bus with a secret service.
 start_desktop() {
     export DBUS_SESSION_BUS_ADDRESS=unix:path=$scene/session XAUTHORITY=$scene/Xauthority XDG_RUNTIME_DIR=$scene
     unset WAYLAND_DISPLAY
     start_bus session
+    start keyring
     local cookie
     cookie=$(mcookie)
     xauth -q add :0 . "$cookie" 2>/dev/null # the server asks for the cookie alone, whatever the display's number
