@@ -69,6 +69,8 @@ void Shell::serve(sd_bus* bus)
                    Platform::current().singleton<InstallationManager>(),
                    [this] { return !app_.isDaemonMissing(); });
     serve(noticeObject_, wire::face::notice::face, notice_);
+    exports::serve(notificationsObject_.emplace(loop_, bus, wire::face::notifications::face), notifications_,
+                   DeliveredNotices::shared());
     serve(smallWidgetObject_, wire::face::widget::small, smallWidget_);
     serve(mediumWidgetObject_, wire::face::widget::medium, mediumWidget_);
     exports::serve(calendar_.emplace(loop_, bus, wire::face::calendar::face),

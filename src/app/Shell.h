@@ -54,6 +54,8 @@ private:
     std::optional<ExportedObject> installation_;
     VersionNotice notice_;
     std::optional<ExportedObject> noticeObject_;
+    NotificationStatus notifications_;
+    std::optional<ExportedObject> notificationsObject_;
     WidgetSettings smallWidget_{"small"};
     WidgetSettings mediumWidget_{"medium"};
     std::optional<ExportedObject> smallWidgetObject_;

@@ -2,8 +2,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "FakePlatform.h"
+#include "alerts/DeliveredNotices.h"
 #include "alerts/NotificationManager.h"
 #include "alerts/NotificationService.h"
+#include "alerts/NotificationStatus.h"
 #include "wire/ChargeEvent.h"
 
 #include <gmock/gmock.h>
@@ -148,6 +150,47 @@ TEST_F(NotificationsTest, TheServiceReplacesAndRemovesUnderTheCallersIdentifier)
     center.authorizationError = "refused";
     service.requestPermissions();
     EXPECT_EQ(machine.log->count("Notification permission error: refused"), 1U);
+}
+
+TEST_F(NotificationsTest, TheLastDeliveryOfEachKindIsRememberedOverRestarts)
+{
+    NotificationManager::shared().sendOverrideCompleteNotice();
+    NotificationService::shared().scheduleNotification("", "", "cycle_completed");
+    center.deliveryError = "gone";
+    NotificationManager::shared().sendThermalNotice();
+    machine.settle();
+    machine.loop->advance(90s);
+    center.deliveryError.reset();
+    NotificationService::shared().scheduleNotification("", "", "low_battery");
+    NotificationService::shared().scheduleNotification("", "", "of no kind");
+    machine.settle();
+    machine.preferences->setText("lastPowerNotice", "12x");
+    DeliveredNotices restarted;
+    for (const auto* known : {&DeliveredNotices::shared(), &restarted}) {
+        EXPECT_EQ(known->lastLimitNotice.get(), ManualClock::start);
+        EXPECT_EQ(known->lastCycleNotice.get(), ManualClock::start);
+        EXPECT_EQ(known->lastLowBatteryNotice.get(), ManualClock::start + 90);
+        EXPECT_FALSE(known->lastHeatNotice.get()) << "it was not delivered";
+        EXPECT_FALSE(known->lastPowerNotice.get());
+    }
+}
+
+TEST_F(NotificationsTest, TheStatusFollowsTheServerAndSaysWhatBecameOfATest)
+{
+    NotificationStatus status;
+    EXPECT_EQ(status.server.get(), "fake");
+    center.now = {.name = "other", .isInhibited = true};
+    center.serverChanges.emit();
+    EXPECT_EQ(status.server.get(), "other");
+    EXPECT_TRUE(status.isInhibited.get());
+    for (const auto& error : {std::optional<std::string>("no room"), {}}) {
+        center.deliveryError = error;
+        status.sendTestNotice();
+        EXPECT_FALSE(status.testResult.get()) << "on its way";
+        machine.settle();
+        EXPECT_EQ(status.testResult.get(), error.value_or(""));
+    }
+    EXPECT_EQ(center.standing().size(), 1U);
 }
 
 TEST(ChargeEventTest, AnEventThatLacksItsValueIsNone)

@@ -4,6 +4,7 @@
 #include "Views.h"
 #include "client/RemoteCalendar.h"
 #include "client/RemoteInstallation.h"
+#include "client/RemoteNotifications.h"
 #include "history/TimeScale.h"
 
 #include <QDateTime>
@@ -184,6 +185,33 @@ TEST_F(Dashboard, JourneysAreShownAsTheCalendarTellsOfThem)
     item("isTravelChargeOn")->forceActiveFocus(); // which scrolls to it
     click("isTravelChargeOn");
     EXPECT_EQ(asked.join(' '), "isTravelChargeOn=true");
+}
+
+TEST_F(Dashboard, TheNotificationsPageSaysWhoShowsThemAndWhenTheLastOneWas)
+{
+    auto& notices = *singleton<RemoteNotifications>("Notifications");
+    QObject::connect(&notices, &RemoteObject::operationWanted,
+                     [this](const QString& operation) { asked << operation; });
+    model.charger().apply(charger);
+    open("Notifications");
+    asked.clear();
+    EXPECT_FALSE(item("sendTestNotice")->isEnabled()) << "nobody shows any";
+    EXPECT_EQ(property("serverText", "text"), "Nothing on this desktop shows notices.");
+    notices.apply({{"isServerStartable", true}});
+    EXPECT_TRUE(property("serverText", "text").startsWith("The desktop starts"));
+    notices.apply({{"server", "dunst"}, {"lastHeatNotice", QVariant::fromValue(QList<double>{815'400'000})}});
+    EXPECT_EQ(property("serverText", "text"), "Notices are shown by dunst.");
+    EXPECT_TRUE(property("notifyOnHeat", "subtitle").contains("Last sent on 3 Nov 2026"));
+    EXPECT_FALSE(property("notifyOnLimit", "subtitle").contains("Last sent"));
+    click("sendTestNotice");
+    EXPECT_EQ(asked, QStringList("sendTestNotice"));
+    EXPECT_FALSE(item("testText")->isVisible());
+    notices.apply({{"testResult", QStringList("")}, {"isInhibited", true}});
+    EXPECT_EQ(property("serverText", "text"), "Do not disturb is on: dunst keeps notices to itself.");
+    EXPECT_EQ(property("testText", "text"), "Sent; it is shown when do not disturb ends.");
+    EXPECT_TRUE(item("notifyOnCycle")->isEnabled());
+    model.charger().apply({{"CycleCount", qint64{-1}}});
+    EXPECT_FALSE(item("notifyOnCycle")->isEnabled());
 }
 
 TEST_F(Dashboard, ControlsOfTheLimiterAreUsableWhereTheyHaveAnEffect)

@@ -5,6 +5,7 @@
 #include "Pictures.h"
 #include "Views.h"
 #include "client/RemoteInstallation.h"
+#include "client/RemoteNotifications.h"
 
 #include <QPainter>
 #include <cmath>
@@ -62,6 +63,12 @@ QVariantMap charger()
             {"CycleCount", qint64{224}}};
 }
 
+QVariantMap notifications()
+{
+    const auto last = QVariant::fromValue(QList<double>{today.sinceReference - 2 * hour});
+    return {{"server", "gnome-shell"}, {"lastLimitNotice", last}, {"testResult", QStringList("")}};
+}
+
 TEST(PictureComparison, SeesWhatPeopleSeeAndNotHowTypeIsDrawn)
 {
     struct Look {
@@ -108,6 +115,7 @@ struct Pictures : Views, testing::WithParamInterface<const char*> {
     {
         model.apply(laptop());
         model.charger().apply(charger());
+        singleton<RemoteNotifications>("Notifications")->apply(notifications());
     }
 
     void open(const QString& name)

@@ -61,6 +61,23 @@ void serve(ExportedObject& object, CalendarContextManager& calendar, CalendarCon
     object.serve();
 }
 
+void serve(ExportedObject& object, NotificationStatus& status, DeliveredNotices& delivered)
+{
+    namespace wired = wire::face::notifications;
+    object.bind("server", status.server);
+    object.bind("isServerStartable", status.isServerStartable);
+    object.bind("isInhibited", status.isInhibited);
+    object.bind(wired::testResult, status.testResult);
+    object.bind("lastLimitNotice", delivered.lastLimitNotice);
+    object.bind("lastPowerNotice", delivered.lastPowerNotice);
+    object.bind("lastHeatNotice", delivered.lastHeatNotice);
+    object.bind("lastCycleNotice", delivered.lastCycleNotice);
+    object.bind("lastLowBatteryNotice", delivered.lastLowBatteryNotice);
+    object.bind("lastTravelNotice", delivered.lastTravelNotice);
+    object.addOperation(wired::sendTestNotice, [&status] { status.sendTestNotice(); });
+    object.serve();
+}
+
 void serve(ExportedObject& object, const ChargerSource& report, const std::function<std::string()>& refusal)
 {
     namespace wired = wire::face::charger;

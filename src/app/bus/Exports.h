@@ -4,6 +4,8 @@
 #pragma once
 
 #include "alerts/CalendarConsent.h"
+#include "alerts/DeliveredNotices.h"
+#include "alerts/NotificationStatus.h"
 #include "alerts/TravelCharge.h"
 #include "bus/ExportedObject.h"
 #include "model/InstallationManager.h"
@@ -15,8 +17,9 @@
 #include <optional>
 #include <string>
 
-/// Exports core objects on the session bus, beside the model. Each function binds one to its exported object;
-/// both must have the same lifetime. Throws std::system_error where the bus refuses the object.
+/// Exports core objects on the session bus, beside the model. Each function binds what it is given to its
+/// exported object; all must have the same lifetime. Throws std::system_error where the bus refuses the
+/// object.
 namespace velmora::exports {
 
 /// `isDaemonPresent`: somebody serves the battery. That it may be otherwise, `derivedChanged` tells the
@@ -26,6 +29,7 @@ void serve(ExportedObject& object, VersionNotice& notice);
 void serve(ExportedObject& object, WidgetSettings& widget);
 void serve(ExportedObject& object, CalendarContextManager& calendar, CalendarConsent& consent,
            TravelCharge& travel);
+void serve(ExportedObject& object, NotificationStatus& status, DeliveredNotices& delivered);
 
 using ChargerSource = std::function<std::optional<ChargerReport>()>; ///< what is known now
 

@@ -3,6 +3,7 @@
 
 #include "alerts/NotificationManager.h"
 
+#include "alerts/DeliveredNotices.h"
 #include "base/Translation.h"
 #include "base/Uuid.h"
 #include "platform/Platform.h"
@@ -26,7 +27,8 @@ NotificationManager& NotificationManager::shared()
 NotificationManager::NotificationManager()
     : center_(Platform::current().notificationCenter),
       clock_(Platform::current().clock),
-      log_(Platform::current().log)
+      log_(Platform::current().log),
+      loop_(Platform::current().mainLoop)
 {
     requestAuthorization();
 }
@@ -95,15 +97,15 @@ void NotificationManager::send(const std::string& id, std::string title, std::st
                                 .body = std::move(body),
                                 .interruptionLevel = priority,
                                 .actions = std::move(actions)};
-    center_->add(std::move(request),
-                 [id, weak = std::weak_ptr(state_), clock = clock_, log = log_](const auto& error) {
-                     if (error)
-                         return log->error(category, "Failed to send notification '" + id + "': " + *error);
-                     const auto state = weak.lock();
-                     if (!state) return;
-                     const MutexLock lock(state->mutex);
-                     state->lastSentTimestamps.insert_or_assign(id, clock->sinceBoot());
-                 });
+    center_->add(std::move(request), [id, weak = std::weak_ptr(state_), clock = clock_, log = log_,
+                                      loop = loop_](const auto& error) {
+        if (error) return log->error(category, "Failed to send notification '" + id + "': " + *error);
+        const auto state = weak.lock();
+        if (!state) return;
+        loop->post([id] { DeliveredNotices::shared().note(id); });
+        const MutexLock lock(state->mutex);
+        state->lastSentTimestamps.insert_or_assign(id, clock->sinceBoot());
+    });
 }
 
 std::optional<std::chrono::milliseconds> NotificationManager::lastSent(const std::string& id) const

@@ -6,6 +6,7 @@
 #include "base/Mutex.h"
 #include "platform/Clock.h"
 #include "platform/Log.h"
+#include "platform/MainLoop.h"
 #include "platform/NotificationCenter.h"
 
 #include <atomic>
@@ -69,6 +70,7 @@ private:
     std::shared_ptr<NotificationCenter> center_;
     std::shared_ptr<Clock> clock_;
     std::shared_ptr<Log> log_;
+    std::shared_ptr<MainLoop> loop_;
     std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 

@@ -3,6 +3,7 @@
 
 #include "alerts/NotificationService.h"
 
+#include "alerts/DeliveredNotices.h"
 #include "platform/Platform.h"
 
 #include <utility>
@@ -19,7 +20,9 @@ NotificationService& NotificationService::shared()
 }
 
 NotificationService::NotificationService()
-    : center_(Platform::current().notificationCenter), log_(Platform::current().log)
+    : center_(Platform::current().notificationCenter),
+      log_(Platform::current().log),
+      loop_(Platform::current().mainLoop)
 {
 }
 
@@ -36,8 +39,11 @@ void NotificationService::requestPermissions()
 void NotificationService::scheduleNotification(std::string title, std::string body, std::string identifier)
 {
     NotificationRequest request{.identifier = identifier, .title = std::move(title), .body = std::move(body)};
-    center_->add(std::move(request), [log = log_, identifier = std::move(identifier)](const auto& error) {
-        if (error) log->error(category, "Error scheduling notification '" + identifier + "': " + *error);
+    center_->add(std::move(request), [log = log_, loop = loop_,
+                                      identifier = std::move(identifier)](const auto& error) {
+        if (error)
+            return log->error(category, "Error scheduling notification '" + identifier + "': " + *error);
+        loop->post([identifier] { DeliveredNotices::shared().note(identifier); });
     });
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/Log.h"
+#include "platform/MainLoop.h"
 #include "platform/NotificationCenter.h"
 
 #include <memory>
@@ -33,6 +34,7 @@ public:
 private:
     std::shared_ptr<NotificationCenter> center_;
     std::shared_ptr<Log> log_;
+    std::shared_ptr<MainLoop> loop_;
 };
 
 } // namespace velmora

@@ -187,6 +187,34 @@ inline constexpr auto checkNow = "checkNow"; ///< a scan, soon; or access is ask
 
 } // namespace velmora::wire::face::calendar
 
+/// The desktop's notices, beside the model under the same name; see velmora::NotificationStatus and
+/// velmora::DeliveredNotices.
+namespace velmora::wire::face::notifications {
+
+inline constexpr auto objectPath = "/app/velmora/NotificationManager";
+inline constexpr auto interface = "app.velmora.NotificationManager";
+
+inline constexpr auto testResult = "testResult";
+inline constexpr std::array properties{
+    Property{"server", "s"}, ///< empty: none runs
+    Property{"isServerStartable", "b"},
+    Property{"isInhibited", "b"}, ///< do not disturb, as far as the server says so
+    Property{testResult, "as"},   ///< of the last test notice: an empty text, or why it failed
+    // When a notice of that kind was last delivered, in seconds since 2001-01-01 UTC.
+    Property{"lastLimitNotice", "ad"},
+    Property{"lastPowerNotice", "ad"},
+    Property{"lastHeatNotice", "ad"},
+    Property{"lastCycleNotice", "ad"},
+    Property{"lastLowBatteryNotice", "ad"},
+    Property{"lastTravelNotice", "ad"},
+};
+inline constexpr Face face{objectPath, interface, properties};
+
+/// Shows a notice for once.
+inline constexpr auto sendTestNotice = "sendTestNotice";
+
+} // namespace velmora::wire::face::notifications
+
 /// What the tray icon says, beside the model, for desktops that show it in a way of their own.
 namespace velmora::wire::face::status {
 

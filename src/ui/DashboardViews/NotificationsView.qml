@@ -12,6 +12,57 @@ DashboardPage {
     title: qsTr("Notifications")
     subtitle: qsTr("What is worth a notice on the desktop")
 
+    /// What a switch is for, and when it last did something.
+    function caption(what: string, last: string): string {
+        return last ? what + " " + last : what;
+    }
+
+    PodBackground {
+        Layout.fillWidth: true
+        implicitHeight: server.implicitHeight + 28
+
+        RowLayout {
+            id: server
+
+            anchors.left: parent.left
+            anchors.right: parent.right
+            anchors.margins: 14
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: 12
+
+            SymbolImage {
+                name: "bell.badge.fill"
+                size: Math.round(20 * Theme.fontScale)
+                color: Theme.colors.accent
+            }
+            ColumnLayout {
+                spacing: 2
+
+                Label {
+                    objectName: "serverText"
+                    Layout.fillWidth: true
+                    text: Notifications.serverText
+                    font: Theme.typography.headlineFont
+                    wrapMode: Text.Wrap
+                }
+                Label {
+                    objectName: "testText"
+                    Layout.fillWidth: true
+                    visible: text
+                    text: Notifications.testText
+                    font: Theme.font(11, Font.Normal)
+                    color: Theme.colors.secondary
+                    wrapMode: Text.Wrap
+                }
+            }
+            SmallButton {
+                objectName: "sendTestNotice"
+                enabled: Notifications.server || Notifications.isServerStartable
+                text: qsTr("Send a test notice")
+                onClicked: Notifications.sendTestNotice()
+            }
+        }
+    }
     SettingsGroup {
         Layout.fillWidth: true
 
@@ -19,7 +70,7 @@ DashboardPage {
             objectName: "notifyOnLimit"
             Layout.fillWidth: true
             title: qsTr("Charge limit")
-            subtitle: qsTr("The battery has reached its limit, or charges again.")
+            subtitle: page.caption(qsTr("Charging has stopped at the limit or at 100%, or goes on."), Notifications.lastLimit)
             isOn: page.battery.notifyOnLimit
             onFlipped: on => page.battery.set("notifyOnLimit", on)
         }
@@ -30,7 +81,7 @@ DashboardPage {
             objectName: "notifyOnPowerChange"
             Layout.fillWidth: true
             title: qsTr("Power source")
-            subtitle: qsTr("The charger was plugged in or pulled out.")
+            subtitle: page.caption(qsTr("The charger was plugged in or pulled out."), Notifications.lastPower)
             isOn: page.battery.notifyOnPowerChange
             onFlipped: on => page.battery.set("notifyOnPowerChange", on)
         }
@@ -41,7 +92,7 @@ DashboardPage {
             objectName: "notifyOnHeat"
             Layout.fillWidth: true
             title: qsTr("Heat")
-            subtitle: qsTr("The laptop has become hot.")
+            subtitle: page.caption(qsTr("The battery has become hot, and charging waits until it has cooled down."), Notifications.lastHeat)
             isOn: page.battery.notifyOnHeat
             onFlipped: on => page.battery.set("notifyOnHeat", on)
         }
@@ -51,8 +102,9 @@ DashboardPage {
         ToggleRow {
             objectName: "notifyOnCycle"
             Layout.fillWidth: true
+            enabled: page.battery.countsCycles
             title: qsTr("Charge cycles")
-            subtitle: qsTr("The battery has completed a cycle.")
+            subtitle: page.caption(page.battery.cycleCaption, Notifications.lastCycle)
             isOn: page.battery.notifyOnCycle
             onFlipped: on => page.battery.set("notifyOnCycle", on)
         }
@@ -64,7 +116,7 @@ DashboardPage {
             objectName: "notifyOnLowBattery"
             Layout.fillWidth: true
             title: qsTr("Low battery")
-            subtitle: qsTr("The level has fallen to the threshold.")
+            subtitle: page.caption(qsTr("The level has fallen to the threshold."), Notifications.lastLowBattery)
             isOn: page.battery.notifyOnLowBattery
             onFlipped: on => page.battery.set("notifyOnLowBattery", on)
         }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "texts/DashboardTexts.h"
+#include "texts/NoticeTexts.h"
 #include "texts/WidgetTexts.h"
 #include "wire/VelmoraProtocol.h"
 
@@ -57,6 +58,8 @@ class RemoteModel : public velmora::RemoteObject {
     Q_PROPERTY(QString refusalText READ refusalText NOTIFY changed) ///< empty: nothing was refused
     Q_PROPERTY(bool hasLimiter READ hasLimiter NOTIFY changed)
     Q_PROPERTY(bool hasHysteresis READ hasHysteresis NOTIFY changed)
+    Q_PROPERTY(bool countsCycles READ countsCycles NOTIFY changed)
+    Q_PROPERTY(QString cycleCaption READ cycleCaption NOTIFY changed)
     Q_PROPERTY(QString cycles READ cycles NOTIFY changed) ///< empty: the laptop does not count them
     // What the desktop's widgets say; see widget.
     Q_PROPERTY(bool isWatched READ isWatched NOTIFY changed)
@@ -96,6 +99,8 @@ public:
     bool hasLimiter() const;
     /// Likewise when charging begins again.
     bool hasHysteresis() const;
+    bool countsCycles() const { return notices::countsCycles(situation()); }
+    QString cycleCaption() const { return said(notices::cycleCaption); }
     QString cycles() const;
     bool isWatched() const { return dashboard::isWatched(situation()); }
     QString firstSampleText() const { return said(dashboard::firstSampleText); }

@@ -8,6 +8,7 @@
 #include "client/ApplicationLink.h"
 #include "client/RemoteCalendar.h"
 #include "client/RemoteInstallation.h"
+#include "client/RemoteNotifications.h"
 #include "client/RemoteVersionNotice.h"
 #include "client/Widgets.h"
 #include "desktop/Appearance.h"
@@ -101,6 +102,7 @@ public:
         link_.add(*singleton<RemoteInstallation>("InstallationManager"));
         link_.add(*singleton<RemoteVersionNotice>("VersionNotice"));
         link_.add(*singleton<RemoteCalendar>("CalendarContextManager"));
+        link_.add(*singleton<RemoteNotifications>("Notifications"));
         link_.add(*singleton<Widgets>("Widgets")->small());
         link_.add(*singleton<Widgets>("Widgets")->medium());
         QObject::connect(&signals_, &TerminationSignals::received, &windows_,
