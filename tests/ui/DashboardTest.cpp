@@ -201,7 +201,8 @@ TEST_F(Dashboard, TheNotificationsPageSaysWhoShowsThemAndWhenTheLastOneWas)
     EXPECT_TRUE(property("serverText", "text").startsWith("The desktop starts"));
     notices.apply({{"server", "dunst"}, {"lastHeatNotice", QVariant::fromValue(QList<double>{815'400'000})}});
     EXPECT_EQ(property("serverText", "text"), "Notices are shown by dunst.");
-    EXPECT_TRUE(property("notifyOnHeat", "subtitle").contains("Last sent on 3 Nov 2026"));
+    EXPECT_TRUE(
+        property("notifyOnHeat", "subtitle").endsWith("cannot be paused. Last sent on 3 Nov 2026, 12:00."));
     EXPECT_FALSE(property("notifyOnLimit", "subtitle").contains("Last sent"));
     click("sendTestNotice");
     EXPECT_EQ(asked, QStringList("sendTestNotice"));
@@ -210,8 +211,10 @@ TEST_F(Dashboard, TheNotificationsPageSaysWhoShowsThemAndWhenTheLastOneWas)
     EXPECT_EQ(property("serverText", "text"), "Do not disturb is on: dunst keeps notices to itself.");
     EXPECT_EQ(property("testText", "text"), "Sent; it is shown when do not disturb ends.");
     EXPECT_TRUE(item("notifyOnCycle")->isEnabled());
-    model.charger().apply({{"CycleCount", qint64{-1}}});
+    EXPECT_FALSE(item("notifyOnHeat")->isEnabled());
+    model.charger().apply({{"CycleCount", qint64{-1}}, {"CanPauseForHeat", true}});
     EXPECT_FALSE(item("notifyOnCycle")->isEnabled());
+    EXPECT_TRUE(item("notifyOnHeat")->isEnabled());
 }
 
 TEST_F(Dashboard, ControlsOfTheLimiterAreUsableWhereTheyHaveAnEffect)

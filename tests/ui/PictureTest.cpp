@@ -60,6 +60,7 @@ QVariantMap charger()
             {"WantedEndThreshold", qint64{80}},
             {"StartThreshold", qint64{75}},
             {"EndThreshold", qint64{85}},
+            {"CanPauseForHeat", true},
             {"CycleCount", qint64{224}}};
 }
 

@@ -30,6 +30,18 @@ std::string lastText(const std::string& date)
     return date.empty() ? date : tr("Last sent on %1.", date);
 }
 
+bool pausesForHeat(const Situation& now)
+{
+    return !now.charger || !now.charger->hasBattery || now.charger->canPauseForHeat;
+}
+
+std::string heatCaption(const Situation& now)
+{
+    return pausesForHeat(now)
+               ? tr("The battery has become hot, and charging waits until it has cooled down.")
+               : tr("This laptop does not tell how warm its battery is, or its charging cannot be paused.");
+}
+
 bool countsCycles(const Situation& now)
 {
     return !now.charger || !now.charger->hasBattery || now.charger->cycleCount >= 0;

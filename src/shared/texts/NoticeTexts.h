@@ -20,6 +20,11 @@ std::string testText(const std::optional<std::string>& result, bool isInhibited)
 /// When a notice was sent; `date` as it is shown. Nothing for none.
 std::string lastText(const std::string& date);
 
+/// Charging waits here for a hot battery to cool down, as far as is known.
+bool pausesForHeat(const Situation& now);
+/// Below the switch of that notice.
+std::string heatCaption(const Situation& now);
+
 /// The laptop counts its battery's charge cycles, as far as is known.
 bool countsCycles(const Situation& now);
 /// Below the switch of that notice.

@@ -91,8 +91,9 @@ DashboardPage {
         ToggleRow {
             objectName: "notifyOnHeat"
             Layout.fillWidth: true
+            enabled: page.battery.pausesForHeat
             title: qsTr("Heat")
-            subtitle: page.caption(qsTr("The battery has become hot, and charging waits until it has cooled down."), Notifications.lastHeat)
+            subtitle: page.caption(page.battery.heatCaption, Notifications.lastHeat)
             isOn: page.battery.notifyOnHeat
             onFlipped: on => page.battery.set("notifyOnHeat", on)
         }

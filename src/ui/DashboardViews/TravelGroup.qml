@@ -27,7 +27,10 @@ SettingsGroup {
         Layout.fillWidth: true
         enabled: CalendarContextManager.isConsentGiven
         title: qsTr("Charge to 100 % before a journey")
-        subtitle: qsTr("Ten hours before it, or at eight in the evening before a whole day.")
+        subtitle: {
+            const when = qsTr("Ten hours before it, or at eight in the evening before a whole day.");
+            return Notifications.lastTravel ? when + " " + Notifications.lastTravel : when;
+        }
         isOn: CalendarContextManager.isTravelChargeOn
         onFlipped: on => CalendarContextManager.set("isTravelChargeOn", on)
     }

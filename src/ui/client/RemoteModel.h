@@ -58,6 +58,8 @@ class RemoteModel : public velmora::RemoteObject {
     Q_PROPERTY(QString refusalText READ refusalText NOTIFY changed) ///< empty: nothing was refused
     Q_PROPERTY(bool hasLimiter READ hasLimiter NOTIFY changed)
     Q_PROPERTY(bool hasHysteresis READ hasHysteresis NOTIFY changed)
+    Q_PROPERTY(bool pausesForHeat READ pausesForHeat NOTIFY changed)
+    Q_PROPERTY(QString heatCaption READ heatCaption NOTIFY changed)
     Q_PROPERTY(bool countsCycles READ countsCycles NOTIFY changed)
     Q_PROPERTY(QString cycleCaption READ cycleCaption NOTIFY changed)
     Q_PROPERTY(QString cycles READ cycles NOTIFY changed) ///< empty: the laptop does not count them
@@ -99,6 +101,8 @@ public:
     bool hasLimiter() const;
     /// Likewise when charging begins again.
     bool hasHysteresis() const;
+    bool pausesForHeat() const { return notices::pausesForHeat(situation()); }
+    QString heatCaption() const { return said(notices::heatCaption); }
     bool countsCycles() const { return notices::countsCycles(situation()); }
     QString cycleCaption() const { return said(notices::cycleCaption); }
     QString cycles() const;
