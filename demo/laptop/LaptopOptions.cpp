@@ -24,6 +24,7 @@ constexpr option known[] = {
     {"level", required_argument, nullptr, 'p'},
     {"unplugged", no_argument, nullptr, 'u'},
     {"load", required_argument, nullptr, 'w'},
+    {"heat", required_argument, nullptr, 't'},
     {"plain", no_argument, nullptr, 'f'},
     {"quiet", no_argument, nullptr, 'q'},
     {"hold-writes", required_argument, nullptr, 'h'},
@@ -62,6 +63,9 @@ void take(LaptopOptions& options, int letter)
         break;
     case 'w':
         options.load = number("load", 0, 150);
+        break;
+    case 't':
+        options.heat = number("heat", -20, 80);
         break;
     case 'h':
         options.tree.heldWrite =
@@ -151,6 +155,7 @@ std::string LaptopOptions::usage()
            "  --level PERCENT      charge at the beginning\n"
            "  --unplugged          begin on battery\n"
            "  --load WATTS         what the machine draws\n"
+           "  --heat DEGREES       at which its batteries are kept, in °C\n"
            "  --hold-writes SECONDS  slow firmware\n"
            "  --plain              plain files rather than a mounted file system\n"
            "  --quiet              say no more than \"ready\"";

@@ -19,6 +19,7 @@ struct LaptopOptions {
     std::optional<double> health;      ///< percent of what every battery was made for
     std::optional<double> level;       ///< percent, of every battery
     std::optional<double> load;        ///< watts
+    std::optional<double> heat;        ///< °C, at which every battery is kept
     bool isUnplugged = false;
     bool isQuiet = false;
 

@@ -27,19 +27,37 @@ bool LaptopShow::command(std::string_view line)
     const auto blank = line.find(' ');
     const auto verb = line.substr(0, blank);
     const auto argument = blank == line.npos ? std::string_view() : line.substr(blank + 1);
-    double number = 0;
     if (verb == "quit" && argument.empty()) return false;
+    if (!line.empty() && !obey(verb, argument))
+        tell_("not understood; say plug, unplug, load WATTS, level PERCENT, heat DEGREES, heat off, cycle or "
+              "quit");
+    follow();
+    return true;
+}
+
+/// Whether it was understood.
+bool LaptopShow::obey(std::string_view verb, std::string_view argument)
+{
+    double number = 0;
+    const auto order = [this](const auto& act) { laptop_.with(act); };
     if ((verb == "plug" || verb == "unplug") && argument.empty()) {
-        laptop_.with([&](SimulatedLaptop& laptop) { laptop.plug(verb == "plug"); });
+        order([&](SimulatedLaptop& laptop) { laptop.plug(verb == "plug"); });
     } else if (verb == "load" && parseNumber(argument, 0, 150, number)) {
-        laptop_.with([&](SimulatedLaptop& laptop) { laptop.setLoad(number); });
+        order([&](SimulatedLaptop& laptop) { laptop.setLoad(number); });
         tell_("the machine draws " + std::string(argument) + " W");
     } else if (verb == "level" && parseNumber(argument, 0, 100, number)) {
-        laptop_.with([&](SimulatedLaptop& laptop) { laptop.setLevel(number); });
-    } else if (!line.empty()) {
-        tell_("not understood; say plug, unplug, load WATTS, level PERCENT or quit");
+        order([&](SimulatedLaptop& laptop) { laptop.setLevel(number); });
+    } else if (verb == "heat" && parseNumber(argument, -20, 80, number)) {
+        order([&](SimulatedLaptop& laptop) { laptop.setHeat(number); });
+        tell_("the battery is kept at " + std::string(argument) + " °C");
+    } else if (verb == "heat" && argument == "off") {
+        order([](SimulatedLaptop& laptop) { laptop.setHeat(std::nullopt); });
+        tell_("the battery is as warm as its current makes it");
+    } else if (verb == "cycle" && argument.empty()) {
+        order([](SimulatedLaptop& laptop) { laptop.addCycle(); });
+    } else {
+        return false;
     }
-    follow();
     return true;
 }
 

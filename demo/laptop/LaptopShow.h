@@ -26,11 +26,12 @@ public:
     /// So much of real time has passed; `speed` times as much passes for the laptop.
     void pass(std::chrono::milliseconds time);
 
-    /// "plug", "unplug", "load WATTS", "level PERCENT" or "quit"; anything else is told to be none of these.
-    /// Whether the show goes on.
+    /// "plug", "unplug", "load WATTS", "level PERCENT", "heat DEGREES" of the batteries, "heat off", "cycle"
+    /// or "quit"; anything else is told to be none of these. Whether the show goes on.
     bool command(std::string_view line);
 
 private:
+    bool obey(std::string_view verb, std::string_view argument);
     void follow();
     void announce();
 

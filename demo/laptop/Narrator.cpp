@@ -107,10 +107,13 @@ void Narrator::tellPlug(const LaptopLook& look)
 
 void Narrator::tellBattery(const LaptopLook& look, const LaptopLook::Battery& battery, Told& told)
 {
+    if (!isFirst_ && battery.cycles > told.cycles)
+        lines_.push_back(nameOf(battery.name) + "cycle " + std::to_string(battery.cycles) + " is completed");
+    told.cycles = battery.cycles;
     const bool hasMoved = std::abs(battery.percent - told.percent) >= step;
     if (battery.status == told.status && !hasMoved) return;
     lines_.push_back(nameOf(battery.name) + sentence(look, battery, told.status));
-    told = {battery.status, battery.percent};
+    told = {battery.status, battery.percent, battery.cycles};
 }
 
 std::string Narrator::nameOf(const std::string& battery) const

@@ -20,6 +20,7 @@ private:
     struct Told {
         std::string status;
         int percent = 0; ///< last one that was worth a line
+        int cycles = 0;
     };
     void tellWrite(const SimulatedLaptop::Write& write);
     void tellPlug(const LaptopLook& look);

@@ -71,8 +71,15 @@ void SimulatedBattery::flow(double watts, double seconds, double ambient)
     watts_ = watts;
     now_ = std::clamp(now_ + watts * seconds / 3600, 0.0, full_);
     cycles_ += std::max(0.0, now_ - before) / full_;
+    if (keptAt_) return;
     const double settled = ambient + warmth * std::abs(watts);
     celsius_ += (settled - celsius_) * (1 - std::exp(-seconds / warmingSeconds));
+}
+
+void SimulatedBattery::setHeat(std::optional<double> celsius)
+{
+    keptAt_ = celsius;
+    celsius_ = celsius.value_or(celsius_);
 }
 
 void SimulatedBattery::setLevel(double percent)

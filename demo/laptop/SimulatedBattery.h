@@ -5,6 +5,8 @@
 
 #include "ThresholdDriver.h"
 
+#include <optional>
+
 namespace velmora {
 
 /// What a battery pack is made of and how it stands.
@@ -53,6 +55,10 @@ public:
 
     /// Fills or empties it at once. Percent.
     void setLevel(double percent);
+    /// Something keeps it at that many °C, or no longer.
+    void setHeat(std::optional<double> celsius);
+    /// One more full cycle is behind it.
+    void addCycle() { cycles_ += 1; }
 
 private:
     double full_;
@@ -60,6 +66,7 @@ private:
     double designVoltage_;
     double watts_;
     double celsius_;
+    std::optional<double> keptAt_; ///< °C
     double cycles_;
     bool isCharging_;
 };

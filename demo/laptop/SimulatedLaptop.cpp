@@ -138,6 +138,18 @@ void SimulatedLaptop::setLevel(double percent)
     announceChanges();
 }
 
+void SimulatedLaptop::setHeat(std::optional<double> celsius)
+{
+    for (auto& battery : physics_.batteries()) battery.setHeat(celsius);
+    announceBatteries();
+}
+
+void SimulatedLaptop::addCycle()
+{
+    for (auto& battery : physics_.batteries()) battery.addCycle();
+    announceBatteries();
+}
+
 LaptopLook SimulatedLaptop::look() const
 {
     LaptopLook look{.isPlugged = physics_.isPlugged(), .load = physics_.load(), .batteries = {}};
@@ -147,7 +159,8 @@ LaptopLook SimulatedLaptop::look() const
                                   .status = CapturedBattery::status(battery),
                                   .percent = static_cast<int>(battery.level()),
                                   .watts = battery.watts(),
-                                  .thresholds = battery.thresholds});
+                                  .thresholds = battery.thresholds,
+                                  .cycles = battery.cycles()});
     }
     return look;
 }
@@ -311,6 +324,11 @@ void SimulatedLaptop::announce(const std::string& supply)
 {
     const bool isPending = std::ranges::find(announcements_, supply) != announcements_.end();
     if (!isPending && !load(supplyPath(supply) + "/uevent").bytes.empty()) announcements_.push_back(supply);
+}
+
+void SimulatedLaptop::announceBatteries()
+{
+    for (const auto& battery : batteries_) announce(battery.name);
 }
 
 void SimulatedLaptop::announceChanges()

@@ -38,6 +38,7 @@ struct LaptopLook {
         int percent = 0;
         double watts = 0; ///< positive into the battery
         ChargeThresholds thresholds{};
+        int cycles = 0;
     };
     bool isPlugged = false;
     double load = 0; ///< watts
@@ -61,6 +62,10 @@ public:
     void setLoad(double watts);
     /// Every battery is at so many percent now.
     void setLevel(double percent);
+    /// Something keeps every battery at so many °C, or no longer.
+    void setHeat(std::optional<double> celsius);
+    /// Every battery has another full cycle behind it.
+    void addCycle();
 
     LaptopLook look() const;
 
@@ -126,6 +131,7 @@ private:
     std::string uevent(const std::string& supply) const;
     void announce(const std::string& supply);
     void announceChanges();
+    void announceBatteries();
     std::string digest(std::size_t battery) const;
 
     LaptopMake make_;

@@ -94,6 +94,7 @@ int run(int argc, char** argv)
     laptop.with([&](SimulatedLaptop& made) {
         if (options.level) made.setLevel(*options.level);
         if (options.load) made.setLoad(*options.load);
+        if (options.heat) made.setHeat(*options.heat);
         if (options.isUnplugged) made.plug(false);
         made.takeAnnouncements();
     });

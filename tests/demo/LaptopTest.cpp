@@ -82,6 +82,22 @@ TEST(SimulatedLaptop, AnnouncesAsTheKernelDoes)
     EXPECT_EQ(laptop.takeAnnouncements(), Names{"BAT0"}) << "a few percent less";
 }
 
+TEST(SimulatedLaptop, IsAsHotAndAsOldAsItIsTold)
+{
+    Laptop laptop("thresholds");
+    laptop.setHeat(46.5);
+    laptop.advance(60 * minute);
+    EXPECT_EQ(laptop.text(battery + "temp"), "465");
+    laptop.setHeat(std::nullopt);
+    laptop.advance(60 * minute);
+    EXPECT_LT(laptop.number(battery + "temp"), 400);
+    const double before = laptop.number(battery + "cycle_count");
+    laptop.takeAnnouncements();
+    laptop.addCycle();
+    EXPECT_EQ(laptop.number(battery + "cycle_count"), before + 1);
+    EXPECT_EQ(laptop.takeAnnouncements().size(), 1U);
+}
+
 TEST(SimulatedLaptop, HoldsItsFirmwaresOwnLimitWhileThatIsOn)
 {
     const std::string mode = "bus/platform/drivers/ideapad_acpi/VPC2004:00/conservation_mode";
