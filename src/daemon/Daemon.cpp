@@ -46,7 +46,7 @@ Daemon::Daemon(const Ports& ports, Outbound outbound)
       quickCharge_(saved_.quickCharge, saved_.quickChargeCause),
       intake_(intakePorts(), quickCharge_, saved_.settings, saved_.users),
       manual_(manualPorts(), saved_.manual),
-      heat_(heatPorts(), saved_.isPausedForHeat),
+      heat_(heatPorts(), saved_.isPausedForHeat, ports.heatPatience),
       hasAdoptedLimit_(saved_.hasAdoptedLimit),
       firstHeld_(saved_.firstHeld, saved_.hasAdoptedLimit && saved_.firstHeld.empty()),
       events_(saved_.told),

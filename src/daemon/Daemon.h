@@ -59,6 +59,7 @@ public:
         SettingsStore& settings;
         HistoryStore& history;
         uid_t ownUser = 0; ///< may change settings, as root may: nobody is asked about these two
+        std::chrono::seconds heatPatience = HeatPause::usualPatience;
     };
 
     /// Loads the settings; the history is read after the first answer.

@@ -7,8 +7,8 @@
 
 namespace velmora {
 
-HeatGuard::HeatGuard(Ports ports, bool isNoted)
-    : ports_(std::move(ports)), complaints_(ports_.log, "HeatGuard"), isNoted_(isNoted)
+HeatGuard::HeatGuard(Ports ports, bool isNoted, std::chrono::seconds patience)
+    : ports_(std::move(ports)), complaints_(ports_.log, "HeatGuard"), rules_(patience), isNoted_(isNoted)
 {
 }
 

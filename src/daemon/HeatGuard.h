@@ -27,8 +27,9 @@ public:
         std::function<void()> changed; ///< the charger is to be told anew
     };
 
-    /// `isNoted`: the last run ended with a pause in force, as far as anybody knows.
-    HeatGuard(Ports ports, bool isNoted);
+    /// `isNoted`: the last run ended with a pause in force, as far as anybody knows. `patience`: see
+    /// HeatPause.
+    HeatGuard(Ports ports, bool isNoted, std::chrono::seconds patience);
 
     void observe(const HeatPause::Facts& facts, std::chrono::milliseconds sinceBoot);
 

@@ -35,6 +35,18 @@ std::filesystem::path madeStateDirectory(Log& log)
     return folder;
 }
 
+/// For trying it out: nobody wants to wait for five minutes.
+std::chrono::seconds heatPatience(Log& log)
+{
+    const char* text = std::getenv("VELMORA_HEAT_PATIENCE");
+    if (!text || !*text) return HeatPause::usualPatience;
+    const auto seconds = parseInteger(text).value_or(0);
+    if (seconds >= 1 && seconds <= 3600) return std::chrono::seconds(seconds);
+    log.warning("velmorad", "VELMORA_HEAT_PATIENCE is not a number of seconds from 1 to 3600; waiting five "
+                            "minutes as usual.");
+    return HeatPause::usualPatience;
+}
+
 /// The parts of the program in the order in which they need each other.
 class Program {
 public:
@@ -76,7 +88,8 @@ Program::Program()
                .files = files_,
                .settings = settings_,
                .history = history_,
-               .ownUser = geteuid()},
+               .ownUser = geteuid(),
+               .heatPatience = heatPatience(log_)},
               outbound())
 {
     loop_.stopOn({SIGTERM, SIGINT});

@@ -12,9 +12,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr HeatPause::Time patience = 5min;
 constexpr HeatPause::Time widestGap = 3min;
-constexpr HeatPause::Time doubt = 20s;
 constexpr double largestStep = 10; // degrees Celsius
 /// After a pause that ended for the level's sake, or a machine that takes more than its charger gives would
 /// go to and fro at 30 %.
@@ -38,7 +36,7 @@ void HeatPause::feel(double celsius, Time now)
     const bool isContinued = last_ && now - lastTime_ <= widestGap;
     const bool isLeap = isContinued && std::abs(celsius - *last_) > largestStep;
     if (isLeap && !doubtedSince_) doubtedSince_ = now;
-    if (isLeap && now - *doubtedSince_ < doubt) return;
+    if (isLeap && now - *doubtedSince_ < patience_ / 15) return;
     doubtedSince_.reset();
     last_ = celsius;
     lastTime_ = now;
@@ -46,7 +44,7 @@ void HeatPause::feel(double celsius, Time now)
     if (celsius < coolBelow) lowestLevel_ = lowest;
     if (celsius < hotFrom) return hotSince_.reset();
     if (!hotSince_ || !isContinued) hotSince_ = now;
-    if (now - *hotSince_ >= patience) isHot_ = true;
+    if (now - *hotSince_ >= patience_) isHot_ = true;
 }
 
 void HeatPause::forget()

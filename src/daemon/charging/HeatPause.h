@@ -17,10 +17,15 @@ namespace velmora {
 /// A battery below 30 % is charged all the same, and one that is not charging has nothing to pause. Looks
 /// that are more than three minutes apart, as those around a sleep are, say nothing of the time between them.
 /// Batteries do not change by more than ten degrees from one look to the next: a reading that says so counts
-/// once others have agreed for some seconds. A sensor that falls silent for three minutes is taken for none.
+/// once others have agreed for a fifteenth of the five minutes. A sensor that falls silent for three minutes
+/// is taken for none.
 class HeatPause {
 public:
     using Time = std::chrono::milliseconds; ///< since boot
+
+    static constexpr std::chrono::seconds usualPatience{300};
+    /// `patience`: how long a battery has to be hot.
+    explicit HeatPause(std::chrono::seconds patience = usualPatience) : patience_(patience) {}
 
     struct Facts {
         ChargeReading reading;
@@ -47,11 +52,12 @@ private:
     void forget();
     void decide(const Facts& facts);
 
+    Time patience_;
     std::optional<double> last_; ///< degrees Celsius, as believed
     Time lastTime_{};
     std::optional<Time> doubtedSince_; ///< readings are too far from the last that was believed
-    std::optional<Time> hotSince_; ///< and at every look since
-    bool isHot_ = false;           ///< has been for long, and is not cool yet
+    std::optional<Time> hotSince_;     ///< and at every look since
+    bool isHot_ = false;               ///< has been for long, and is not cool yet
     bool hasGivenUp_ = false;
     bool hasSensor_ = false;
     bool hasMeans_ = false;
