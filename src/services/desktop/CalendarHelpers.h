@@ -27,7 +27,7 @@ public:
         std::vector<std::filesystem::path> folders; ///< those that exist are read
         std::chrono::milliseconds patience = std::chrono::seconds{30}; ///< with each helper
     };
-    static constexpr std::size_t maximumReportBytes = 32U << 20U;
+    static constexpr std::size_t maximumReportBytes = 16U << 20U;
 
     /// Where calendar programs and synchronisers keep such files, below the user's data folder and home; an
     /// empty path is none.
