@@ -36,7 +36,7 @@ std::string journeyText(const Situation& now)
 std::string chargeText(const Situation& now)
 {
     if (!now.isConsentGiven || !now.isDetected) return "";
-    using enum Stage;
+    using enum TravelCharge::Stage;
     switch (stageOf(now.stage)) {
     case scheduled:
         return tr("The charge to 100 % begins %1.", now.begins);

@@ -152,8 +152,8 @@ void tidy(std::vector<CalendarEvent>& events)
         return std::tie(one.start, one.identifier, one.identifier.empty() ? one.title : any);
     };
     std::ranges::stable_sort(events, {}, key);
-    const auto same = std::ranges::unique(events, {}, key);
-    events.erase(same.begin(), same.end());
+    const auto isSame = [&](const auto& one, const auto& other) { return key(one) == key(other); };
+    events.erase(std::unique(events.begin(), events.end(), isSame), events.end());
 }
 
 } // namespace velmora::wire::calendar
