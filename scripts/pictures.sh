@@ -48,6 +48,7 @@ take_pictures() {
     take_picture widget-medium widget-medium
     $has_desktop || take_desktop
     echo "Pictures of all windows: $pictures"
+    ! tells_of_everything || take_notices
 }
 
 # show_widget SIZE TITLE X Y : where the model says that it was left.
@@ -67,4 +68,42 @@ take_desktop() {
     xdotool mousemove "${spot[@]}" click 1
     within 10 shows Velmora && sleep 1 # it opens with an animation
     import -silent -window root "$pictures/desktop.png"
+}
+
+# The display is ours, and the laptop one that can do all that there are notices for.
+tells_of_everything() { ! $has_desktop && ! $real && [ "$laptop" = thresholds ]; }
+
+# order WORDS : to the laptop.
+order() { echo "$*" >&4; }
+
+# take_notice NAME TITLE SECONDS : as the server shows it, once it has come.
+take_notice() {
+    if within "$3" grep -qsF "summary: '$2'" "$scene/notices"; then
+        sleep 0.5 # it is drawn
+        import -silent -window "$(xdotool search --onlyvisible --class dunst | tail -1)" "$pictures/notice-$1.png"
+    else
+        echo "This notice has not come: $2." >&2
+    fi
+    dunstctl close-all
+    : >"$scene/notices"
+}
+
+# What happens to the laptop, one after another.
+take_notices() {
+    order level 79
+    take_notice limit "Charging Paused" 60
+    order heat 46
+    order unplug
+    take_notice unplugged "Power Source Changed" 40
+    order level 21
+    order load 40
+    take_notice low "Low Battery" 60
+    order load 8
+    order level 35
+    order plug
+    take_notice heat "Thermal Protection" 90
+    order heat 30
+    order level 60
+    take_picture dashboard-notifications dashboard Notifications # which says when the last ones were sent
+    echo "Pictures of the notices: $pictures"
 }

@@ -67,7 +67,26 @@ XML
 # The session's secret service, with an unlocked collection; the empty line is its password.
 keyring() { exec gnome-keyring-daemon --unlock --components=secrets --foreground <<<'' >/dev/null 2>&1; }
 
-# A private display with a tray, and a private session bus with a secret service.
+# What shows notices, until they are closed; each is a paragraph of $scene/notices, too.
+notices() {
+    cat >"$scene/dunstrc" <<CONF
+[global]
+origin = bottom-left
+offset = 24x24
+width = 420
+font = Sans 11
+icon_path = $PWD/packaging/icons
+max_icon_size = 48
+show_indicators = false
+[urgency_low]
+timeout = 0
+[urgency_normal]
+timeout = 0
+CONF
+    exec dunst -conf "$scene/dunstrc" -print >>"$scene/notices" 2>/dev/null
+}
+
+# A private display with a tray, and a private session bus with a secret service and a server for notices.
 start_desktop() {
     export DBUS_SESSION_BUS_ADDRESS=unix:path=$scene/session XAUTHORITY=$scene/Xauthority XDG_RUNTIME_DIR=$scene
     unset WAYLAND_DISPLAY
@@ -80,6 +99,7 @@ start_desktop() {
     await "The virtual display" "$scene/complaints"
     export DISPLAY=:$answer
     xauth -q add "$DISPLAY" . "$cookie"
+    start notices
     start build/bin/velmora-trayhost > >(tray_says)
     await "The tray"
 }
