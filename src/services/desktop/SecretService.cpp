@@ -6,6 +6,7 @@
 #include "desktop/SecretSession.h"
 
 #include <cerrno>
+#include <string_view>
 #include <sys/eventfd.h>
 #include <system_error>
 #include <utility>
@@ -32,7 +33,8 @@ try {
 SecretStatus SecretService::add(const SecretItem& item)
 {
     return with([&](SecretSession& session) {
-        const bool isStored = session.store(item.service, item.account, item.data.value_or(""));
+        const std::string_view secret = item.data ? *item.data : std::string_view(); // no copy to be wiped
+        const bool isStored = session.store(item.service, item.account, secret);
         return isStored ? SecretStatus::success : SecretStatus::unavailable;
     });
 }

@@ -42,7 +42,7 @@ void appendProperties(sd_bus_message* call, const std::string& service, const st
     for (int level = 0; level < 3; ++level) check(sd_bus_message_close_container(call), "properties");
 }
 
-void appendSecret(sd_bus_message* call, const std::string& session, const std::string& secret)
+void appendSecret(sd_bus_message* call, const std::string& session, std::string_view secret)
 {
     check(sd_bus_message_open_container(call, 'r', "oayays"), "secret");
     check(sd_bus_message_append(call, "oay", session.c_str(), 0), "session");
@@ -142,7 +142,7 @@ std::string SecretSession::secretOf(const std::string& item)
     return {static_cast<const char*>(bytes), size};
 }
 
-bool SecretSession::store(const std::string& service, const std::string& account, const std::string& secret)
+bool SecretSession::store(const std::string& service, const std::string& account, std::string_view secret)
 {
     const auto call = newCall(defaultCollection, collectionInterface, "CreateItem");
     check(sd_bus_message_sensitive(call.get()), "sd_bus_message_sensitive");

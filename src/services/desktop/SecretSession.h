@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace velmora {
@@ -37,7 +38,7 @@ public:
 
     std::string secretOf(const std::string& item);
     /// Whether it was stored, in place of one with the same attributes.
-    bool store(const std::string& service, const std::string& account, const std::string& secret);
+    bool store(const std::string& service, const std::string& account, std::string_view secret);
     /// Whether it is gone.
     bool remove(const std::string& item);
 
