@@ -52,7 +52,7 @@ public:
 
     void logIn()
     {
-        velmora_.reset();
+        if (velmora_) velmora_->terminate();
         velmora_.emplace(program_, environment_, folder_.path() / "log");
     }
 
@@ -93,9 +93,10 @@ struct NoticesTest : SimulatedLaptopTest {
         SimulatedLaptopTest::SetUp();
         if (IsSkipped()) return;
         with([](auto& one) { one.setLevel(70); });
+        setenv("VELMORA_HEAT_PATIENCE", "1", 1);
         startDaemon();
         ASSERT_TRUE(becomes(78, 80));
-        ASSERT_TRUE(peer.set({.lowBatteryLimit = Desktop::lowBatteryLimit}));
+        ASSERT_TRUE(peer.set(wanted));
     }
     void TearDown() override
     {
@@ -103,6 +104,7 @@ struct NoticesTest : SimulatedLaptopTest {
             if (HasFailure()) std::fputs(desktop.log().c_str(), stderr);
         desktops.clear();
         unsetenv("DBUS_SESSION_BUS_ADDRESS");
+        unsetenv("VELMORA_HEAT_PATIENCE");
         SimulatedLaptopTest::TearDown();
     }
 
@@ -132,6 +134,7 @@ struct NoticesTest : SimulatedLaptopTest {
         return desktop.titles() == titles;
     }
 
+    ChargingSettings wanted{.notifyOnCycle = true, .lowBatteryLimit = Desktop::lowBatteryLimit};
     std::list<Desktop> desktops;
 };
 
@@ -161,8 +164,17 @@ TEST_F(NoticesTest, EachThingThatHappensIsOneNotice)
     told.push_back("Power Source Changed");
     ASSERT_TRUE(areShown(desktop, told)) << "the dip was told before either restart";
     EXPECT_EQ(desktop.lastBody(), "Your Mac is now running on AC Power.");
-    ASSERT_TRUE(peer.set({.isTemporaryOverride = true, .lowBatteryLimit = Desktop::lowBatteryLimit}));
-    ASSERT_TRUE(becomes(99, 100) && passUntil(100, "Full"));
+    with([](auto& one) { one.setLevel(50), one.setHeat(46); });
+    told.push_back("Thermal Protection");
+    ASSERT_TRUE(eventually([&] {
+        with([](auto& one) { one.advance(1); });
+        return desktop.titles() == told;
+    }));
+    with([](auto& one) { one.setHeat(30), one.addCycle(); });
+    told.push_back("Charge Cycle Completed");
+    ASSERT_TRUE(areShown(desktop, told));
+    wanted.isTemporaryOverride = true;
+    ASSERT_TRUE(peer.set(wanted) && becomes(99, 100) && passUntil(100, "Full"));
     told.push_back("Full Charge Reached");
     areShown(desktop, told);
 }
