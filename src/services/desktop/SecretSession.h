@@ -27,8 +27,8 @@ public:
     static constexpr auto serviceName = "org.freedesktop.secrets";
     static constexpr auto servicePath = "/org/freedesktop/secrets";
     static constexpr auto serviceInterface = "org.freedesktop.Secret.Service";
-    static constexpr std::size_t maximumItems = 16;        ///< of one address; further ones are passed over
-    static constexpr std::size_t maximumBytes = 64 * 1024; ///< of a secret; a larger one is an error
+    static constexpr std::size_t maximumItems = 16;     ///< of one address; further ones are passed over
+    static constexpr std::size_t maximumBytes = 65'536; ///< of a secret; a larger one is an error
 
     /// Waiting ends at the deadline, or once `cancelled`, a descriptor, can be read.
     SecretSession(Clock::time_point deadline, int cancelled);

@@ -57,7 +57,7 @@ std::string agreedUuid(const fs::path& file, Log& log)
     const auto& keychain = KeychainHelper::shared();
     const auto stored = uuidIn(keychain.read(DeviceIdentity::service, DeviceIdentity::account));
     const auto filed = file.empty() ? std::nullopt : uuidIn(readWholeFile(file));
-    const std::string uuid = stored ? *stored : filed ? *filed : makeUuid();
+    std::string uuid = stored ? *stored : filed ? *filed : makeUuid();
     if (!stored && !keychain.save(uuid, DeviceIdentity::service, DeviceIdentity::account))
         log.info(category, "The secret store takes nothing, being locked, absent or slow: this machine's "
                            "identity is kept in a file alone.");
