@@ -2,6 +2,7 @@
 
 manager=(app.velmora.Velmora /app/velmora/InstallationManager app.velmora.InstallationManager)
 model=(app.velmora.Velmora /app/velmora/Velmora app.velmora.Model)
+calendar=(app.velmora.Velmora /app/velmora/CalendarContextManager app.velmora.CalendarContextManager)
 is_installed() { [ "$(busctl --user get-property "${manager[@]}" isInstallationCompleted)" = 'b true' ]; }
 heard_of_the_battery() { [ "$(busctl --user get-property "${model[@]}" percentage)" != 'd 50' ]; }
 heard_of_the_past() {
@@ -104,6 +105,10 @@ take_notices() {
     take_notice heat "Thermal Protection" 90
     order heat 30
     order level 60
+    put_travel_event 5 "Flight to Lisbon"
+    busctl --user set-property "${calendar[@]}" isConsentGiven b true
+    busctl --user set-property "${calendar[@]}" isTravelChargeOn b true
+    take_notice travel "Charging to 100% for Travel" 60
     take_picture dashboard-notifications dashboard Notifications # which says when the last ones were sent
     echo "Pictures of the notices: $pictures"
 }

@@ -126,3 +126,10 @@ laptop_says() {
 
 # What the programs log, a line each, beside what they show.
 logged() { sed -u 's/^<[0-7]>app\.velmora\[\(.*\)\]: /log:     \1: /' >&2; }
+
+# put_travel_event HOURS TITLE : into the calendar that Velmora reads here.
+put_travel_event() {
+    mkdir -p "$XDG_DATA_HOME/velmora/calendars"
+    printf 'BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Velmora//run//EN\r\nBEGIN:VEVENT\r\nUID:%s\r\nSUMMARY:%s\r\nDTSTART:%s\r\nDURATION:PT3H\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n' \
+        "$1-$2" "$2" "$(date -u -d "+$1 hours" +%Y%m%dT%H%M%SZ)" >"$XDG_DATA_HOME/velmora/calendars/travel.ics"
+}

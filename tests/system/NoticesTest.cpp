@@ -6,6 +6,7 @@
 #include "wire/ModelFace.h"
 
 #include <cstdlib>
+#include <ctime>
 #include <gmock/gmock.h>
 #include <list>
 #include <unistd.h>
@@ -70,6 +71,23 @@ public:
         Titles all;
         for (const auto& notice : dunst_.shown()) all.push_back(notice.title);
         return all;
+    }
+    /// As the page does it.
+    void switchOn(const char* property)
+    {
+        using namespace wire::face;
+        EXPECT_GE(sd_bus_set_property(script_.get(), serviceName, calendar::objectPath, calendar::interface,
+                                      property, nullptr, "b", 1),
+                  0);
+    }
+    std::string travelStage() const
+    {
+        using namespace wire::face;
+        char* stage = nullptr;
+        sd_bus_get_property_string(script_.get(), serviceName, calendar::objectPath, calendar::interface,
+                                   calendar::travelChargeStage, nullptr, &stage);
+        const std::unique_ptr<char, decltype(&std::free)> kept(stage, &std::free);
+        return stage ? stage : "";
     }
     std::string lastBody() const { return dunst_.shown().back().body; }
     std::string log() const { return folder_.read("log"); }
@@ -177,6 +195,38 @@ TEST_F(NoticesTest, EachThingThatHappensIsOneNotice)
     ASSERT_TRUE(peer.set(wanted) && becomes(99, 100) && passUntil(100, "Full"));
     told.push_back("Full Charge Reached");
     areShown(desktop, told);
+}
+
+TEST_F(NoticesTest, AJourneyInTheCalendarIsChargedFor)
+{
+    const auto inFiveHours = std::time(nullptr) + 5 * 60 * 60;
+    char start[32];
+    std::strftime(start, sizeof start, "%Y%m%dT%H%M%SZ", std::gmtime(&inFiveHours));
+    folder.write("data/velmora/calendars/trip.ics",
+                 std::string("BEGIN:VEVENT\nUID:1\nSUMMARY:Flight to Lisbon\nDTSTART:") + start +
+                     "\nEND:VEVENT\n");
+    auto& desktop = sitDown();
+    ASSERT_TRUE(passUntil(75, "Charging") && shows(75, true));
+    ASSERT_TRUE(passUntil(80, "Not charging"));
+    Titles told{"Charging Paused"};
+    ASSERT_TRUE(areShown(desktop, told));
+    desktop.switchOn(wire::face::calendar::isConsentGiven);
+    desktop.switchOn(wire::face::calendar::isTravelChargeOn);
+    ASSERT_TRUE(becomes(99, 100));
+    told.push_back("Charging to 100% for Travel");
+    ASSERT_TRUE(areShown(desktop, told));
+    EXPECT_EQ(desktop.lastBody(),
+              "Velmora detected \"Flight to Lisbon\" in your calendar and is allowing a full charge.");
+
+    for (const bool isWanted : {true, false})
+        ASSERT_TRUE(peer.set({.isTemporaryOverride = isWanted, .lowBatteryLimit = Desktop::lowBatteryLimit}));
+    ASSERT_TRUE(becomes(78, 80));
+    logIn(desktop);
+    plug(false);
+    told.push_back("Power Source Changed");
+    ASSERT_TRUE(areShown(desktop, told))
+        << "once an event, though it was taken back and the program restarted";
+    EXPECT_EQ(end(), 80);
 }
 
 TEST_F(NoticesTest, OfTwoSessionsTheOneInUseIsTold)
