@@ -34,6 +34,8 @@ App::App(LinuxPlatform& platform)
     };
     client_->onEvent = [this](const auto& event) { takeEvent(event); };
     rememberLowBatteryNotice();
+    // The daemon looks at the zones while they are hot: each of its pushes is an occasion.
+    heat_ = model_.thermalState.observe([&platform](auto) { platform.lookAtHeat(); });
     modelChanges_ = model_.willChange.observe([this] { travelCharge_.chargerChanged(); });
 }
 

@@ -67,6 +67,7 @@ private:
     CalendarConsent calendarConsent_;
     TravelCharge travelCharge_;
     Subscription modelChanges_;
+    Subscription heat_;
 };
 
 } // namespace velmora

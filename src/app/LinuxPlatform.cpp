@@ -12,7 +12,6 @@
 #include "desktop/DesktopNotificationCenter.h"
 #include "desktop/SecretService.h"
 #include "power/LinuxPowerSources.h"
-#include "power/LinuxThermalLevel.h"
 #include "systemd/SystemdServiceManager.h"
 #include "wire/ModelFace.h"
 
@@ -104,7 +103,9 @@ LinuxPlatform::LinuxPlatform(const std::string& program) : loop_(std::make_share
     platform_.log = std::make_shared<JournalLog>(program);
     monitor_ = std::make_unique<PowerSupplyMonitor>(*loop_, sysfs, log());
     platform_.powerSources = std::make_shared<LinuxPowerSources>(sysfs, clock(), log(), monitor_.get());
-    platform_.thermalLevel = std::make_shared<LinuxThermalLevel>(sysfs, log());
+    thermalEvents_ = std::make_unique<ThermalEvents>(*loop_, sysfs);
+    thermal_ = std::make_shared<LinuxThermalLevel>(sysfs, log(), thermalEvents_.get());
+    platform_.thermalLevel = thermal_;
     platform_.makeWorkQueue = [](std::string_view label) { return std::make_unique<WorkerThread>(label); };
     platform_.preferences = std::make_shared<PreferencesFile>(
         preferencesFolder(), platform_.makeWorkQueue("velmora-prefs"), clock(), log());

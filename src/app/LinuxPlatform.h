@@ -5,6 +5,7 @@
 
 #include "base/EventLoop.h"
 #include "platform/Platform.h"
+#include "power/LinuxThermalLevel.h"
 #include "power/PowerSupplyMonitor.h"
 
 #include <memory>
@@ -26,6 +27,9 @@ public:
     /// before anything is created on the platform. The connection may end first.
     void useSession(sd_bus* session);
 
+    /// The machine may be hotter or cooler than before: who wants to know is told.
+    void lookAtHeat() { thermal_->look(); }
+
     EventLoop& loop() { return *loop_; }
     Clock& clock() { return *platform_.clock; }
     Log& log() { return *platform_.log; }
@@ -33,6 +37,8 @@ public:
 private:
     std::shared_ptr<EventLoop> loop_;
     std::unique_ptr<PowerSupplyMonitor> monitor_;
+    std::unique_ptr<ThermalEvents> thermalEvents_;
+    std::shared_ptr<LinuxThermalLevel> thermal_;
     std::shared_ptr<void> installed_; // before the platform, so that it ends after the singletons
     Platform platform_;
 };

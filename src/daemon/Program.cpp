@@ -11,6 +11,7 @@
 #include "link/DaemonObject.h"
 #include "power/PowerSnapshot.h"
 #include "power/PowerSupplyMonitor.h"
+#include "power/ThermalEvents.h"
 #include "state/StateDirectory.h"
 
 #include <csignal>
@@ -64,6 +65,7 @@ private:
     SystemClock clock_;
     Sysfs sysfs_ = Sysfs::ofEnvironment();
     PowerSupplyMonitor monitor_{loop_, sysfs_, log_};
+    ThermalEvents heat_{loop_, sysfs_};
     PowerSnapshotReader reader_{sysfs_, clock_, log_};
     ChargeActuator actuator_{sysfs_, log_};
     std::filesystem::path state_ = madeStateDirectory(log_);
@@ -73,7 +75,7 @@ private:
     WorkerThread files_{"velmorad-state"};
     std::unique_ptr<DaemonObject> object_; ///< null where there is no bus
     Daemon daemon_;
-    Subscription changes_;
+    Subscription changes_, heatChanges_;
     bool isInCharge_ = false; ///< owns the service name: before that nothing is written anywhere
     int status_ = 0;
 };
@@ -149,6 +151,7 @@ void Program::begin()
     isInCharge_ = true;
     daemon_.meetBus(object_->busId());
     changes_ = monitor_.observe([this](SupplyNews news) { daemon_.look(news == SupplyNews::event); });
+    heatChanges_ = heat_.observe([this] { daemon_.look(/*afresh=*/false); });
     daemon_.start([this] { object_->serve(); });
 }
 

@@ -81,11 +81,14 @@ int LinuxThermalLevel::level()
 
 Subscription LinuxThermalLevel::observeChanges(std::function<void()> changed)
 {
+    if (!changes_.isObserved()) seen_ = level();
+    if (events_ && !kernel_) kernel_ = events_->observe([this] { look(); });
     return changes_.observe(std::move(changed));
 }
 
 void LinuxThermalLevel::look()
 {
+    if (!changes_.isObserved()) return;
     const int now = level();
     if (now == seen_) return;
     seen_ = now;

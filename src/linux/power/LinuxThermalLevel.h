@@ -7,6 +7,7 @@
 #include "platform/Complaints.h"
 #include "platform/ThermalLevel.h"
 #include "power/DeviceClass.h"
+#include "power/ThermalEvents.h"
 
 #include <functional>
 
@@ -29,26 +30,32 @@ namespace velmora {
 /// ceiling, fair within 15. The hottest zone's level is the machine's.
 class LinuxThermalLevel final : public ThermalLevel {
 public:
-    LinuxThermalLevel(const Sysfs& sysfs, Log& log)
-        : complaints_(log, "LinuxThermalLevel"), zones_(sysfs, "class/thermal", complaints_, "thermal_zone")
+    /// Listens to `events`, where given, once somebody observes; they must outlive this.
+    LinuxThermalLevel(const Sysfs& sysfs, Log& log, ThermalEvents* events = nullptr)
+        : complaints_(log, "LinuxThermalLevel"),
+          zones_(sysfs, "class/thermal", complaints_, "thermal_zone"),
+          events_(events)
     {
     }
 
     /// Any thread, one at a time.
     int level() override;
 
-    /// The kernel announces temperatures only to a governor that no laptop uses: nothing is heard here unless
-    /// `look` is called now and then. On its thread.
+    /// The kernel announces that a trip was crossed, where it announces anything: between two trips nothing
+    /// is heard unless `look` is called now and then. On its thread.
     [[nodiscard]] Subscription observeChanges(std::function<void()> changed) override;
 
-    /// Reads the level and tells the observers if it is another than at the last look.
+    /// Reads the level and tells the observers if it is another than at the last look. Without observers it
+    /// reads nothing.
     void look();
 
 private:
     Complaints complaints_;
     DeviceClass zones_;
+    ThermalEvents* events_;
     Signal<> changes_;
     int seen_ = 0;
+    Subscription kernel_; ///< last: what it calls outlives it
 };
 
 } // namespace velmora

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -35,6 +36,11 @@ public:
         auto kept = std::make_shared<const Kept>(std::make_shared<const Observer>(std::move(observer)));
         observers_.emplace_back(kept);
         return kept;
+    }
+
+    bool isObserved() const
+    {
+        return std::ranges::any_of(observers_, [](const auto& one) { return !one.expired(); });
     }
 
 private:
