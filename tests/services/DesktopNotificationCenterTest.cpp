@@ -5,6 +5,7 @@
 
 #include "Dunst.h"
 #include "LoopTest.h"
+#include "ManualLoop.h"
 #include "PrivateBus.h"
 
 #include <csignal>
@@ -158,6 +159,132 @@ TEST_F(DunstTest, SaysWhetherItIsToDisturbAndWhatAPersonDid)
     ASSERT_TRUE(eventually([&] { return !responses.empty(); }));
     EXPECT_EQ(responses.front().request, "a");
     EXPECT_EQ(responses.front().action, NotificationResponse::click);
+}
+
+/// A server that answers as the test wants. Timers are the test's, too.
+struct OddServerTest : LoopTest {
+    OddServerTest()
+    {
+        dbus::check(sd_bus_add_object(server.get(), nullptr, notifications::objectPath,
+                                      dbus::serve<OddServerTest, &OddServerTest::called>, this),
+                    "object");
+        dbus::check(sd_bus_request_name(server.get(), notifications::serviceName, 0), "name");
+    }
+
+    void serve() override
+    {
+        LoopTest::serve();
+        time.runPosted();
+    }
+    int called(sd_bus_message* call)
+    {
+        const std::string member = sd_bus_message_get_member(call);
+        calls.push_back(member);
+        if (member == "GetCapabilities" && isMute) return 1;
+        if (member == "GetCapabilities" && isAble)
+            return sd_bus_reply_method_return(call, "as", 1, "actions");
+        if (member == "GetCapabilities") return sd_bus_reply_method_return(call, "u", 7U);
+        if (member == "Notify") {
+            const char *body = nullptr, *action = nullptr;
+            std::uint32_t replaced = 0;
+            sd_bus_message_read(call, "susss", nullptr, &replaced, nullptr, nullptr, &body);
+            sd_bus_message_enter_container(call, 'a', "s");
+            sd_bus_message_read(call, "s", &action);
+            notices.push_back(std::to_string(replaced) + body + (action ? action : ""));
+            return isAble ? sd_bus_reply_method_return(call, "u", ++last)
+                          : sd_bus_reply_method_return(call, "s", "nonsense");
+        }
+        if (member == "CloseNotification") return 1;
+        return sd_bus_reply_method_return(call, "s", "\xe2\x80\xae");
+    }
+    void signal(sd_bus* from, const char* member, std::uint32_t of, const char* text) const
+    {
+        dbus::Message message;
+        dbus::check(sd_bus_message_new_signal(from, out(message), notifications::objectPath,
+                                              notifications::serviceName, member),
+                    member);
+        dbus::check(sd_bus_message_append(message.get(), "us", of, text), member);
+        sd_bus_message_set_destination(message.get(), name.c_str());
+        dbus::send(message);
+    }
+    void add(std::string body)
+    {
+        center.add({.identifier = "a", .title = "", .body = std::move(body)},
+                   [this](const auto& error) { outcomes.push_back(error.value_or("")); });
+    }
+    bool areTold(std::size_t number)
+    {
+        return eventually([&] { return outcomes.size() >= number; });
+    }
+
+    PrivateBus bus;
+    dbus::Bus server = dbus::openSystemBus(loop), stranger = dbus::openSystemBus(loop),
+              session = dbus::openSystemBus(loop);
+    std::string name = [this] {
+        const char* unique = nullptr;
+        dbus::check(sd_bus_get_unique_name(session.get(), &unique), "name");
+        return std::string(unique);
+    }();
+    ManualLoop time;
+    DesktopNotificationCenter center{time, session.get(), {.name = "Velmora", .desktopEntry = ""}};
+    bool isAble = true, isMute = false;
+    std::uint32_t last = 6; ///< number given to a notice
+    std::vector<std::string> calls, notices, outcomes;
+};
+
+TEST_F(OddServerTest, NonsenseAndSilenceHurtNobody)
+{
+    bool isGranted = false;
+    isAble = false;
+    center.requestAuthorization([&](bool granted, const auto&) { isGranted = granted; });
+    EXPECT_TRUE(eventually([&] { return isGranted; })) << "it is a server";
+    EXPECT_EQ(center.server().name, notifications::serviceName);
+    add("<1>");
+    EXPECT_TRUE(areTold(1));
+    isMute = true;
+    add("2");
+    EXPECT_TRUE(eventually([&] { return std::ranges::count(calls, "GetCapabilities") == 2; }));
+    time.advance(DesktopNotice::patience);
+    ASSERT_TRUE(areTold(2));
+    EXPECT_EQ(outcomes, (std::vector<std::string>{"", "The notification server does not answer."}));
+    add("3");
+    sd_bus_release_name(server.get(), notifications::serviceName);
+    server.reset(); // dies in the call
+    EXPECT_TRUE(areTold(3));
+    EXPECT_NE(outcomes.back(), "");
+    EXPECT_THAT(notices, ElementsAre("0<1>")) << "without markup as it is, and without actions";
+    EXPECT_TRUE(eventually([&] { return center.server() == NotificationServer{}; }));
+}
+
+TEST_F(OddServerTest, APersonsWordIsTakenOnceAndFromTheServerAlone)
+{
+    std::vector<std::string> heard;
+    const auto subscription = center.observeResponses(
+        [&](const auto& one) { heard.push_back(one.request + one.action + one.token); });
+    add("1");
+    ASSERT_TRUE(areTold(1));
+    for (int i = 0; i < 1000; ++i) signal(stranger.get(), "ActionInvoked", 7, "default");
+    signal(server.get(), "ActionInvoked", 8, "default");
+    signal(server.get(), "ActionInvoked", 7, "unknown");
+    signal(server.get(), "ActivationToken", 7, "token");
+    for (int i = 0; i < 1000; ++i) signal(server.get(), "ActionInvoked", 7, "default");
+    ASSERT_TRUE(eventually([&] { return !heard.empty(); }));
+    add("2");
+    ASSERT_TRUE(areTold(2));
+    EXPECT_THAT(heard, ElementsAre("adefaulttoken"));
+    EXPECT_THAT(notices, ElementsAre("01default", "72default"));
+}
+
+TEST(DesktopNotificationCenter, WithoutASessionEveryNoticeFails)
+{
+    ManualLoop time;
+    DesktopNotificationCenter center(time, nullptr, {});
+    std::optional<std::string> outcome;
+    center.add({}, [&](const auto& error) { outcome = error; });
+    center.removeDelivered({""});
+    EXPECT_FALSE(outcome) << "not from inside the call";
+    time.runPosted();
+    EXPECT_TRUE(outcome);
 }
 
 } // namespace
