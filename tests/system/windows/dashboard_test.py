@@ -6,6 +6,7 @@
 
 import json
 import os
+import shutil
 import subprocess
 import unittest
 from pathlib import Path
@@ -22,8 +23,9 @@ PAGES = {
     "Ecosystem Sync": ("Ecosystem Sync", []),
     "Thresholds": ("Thresholds", ["Auto-Protect", "Charge limit", "Hysteresis", "Storage mode", "Quick Charge to 100%",
                                   "Small widget at log-in", "Show small widget"]),  # without scrolling
-    "Notifications": ("Notifications", ["Charge limit", "Power source", "Heat", "Charge cycles", "Low battery",
-                                        "Low-battery threshold"]),
+    "Notifications": ("Notifications", ["Send a test notice", "Charge limit", "Power source", "Heat", "Charge cycles",
+                                        "Low battery", "Low-battery threshold",
+                                        "Look for journeys in the calendar"]),
 }
 
 
@@ -60,6 +62,18 @@ class DashboardTest(WindowTest):
             usable = [one.get_name() for one in everything(self.window(self.title))
                       if has("SHOWING", one) and has("FOCUSABLE", one) and one.get_role_name() != "label"]
             self.assertCountEqual(usable, [*LINKS, "Width of the sidebar", *controls], page)
+
+    @unittest.skipUnless(shutil.which("dunstctl"), "dunst is not installed")
+    def test_a_test_notice_is_shown_and_a_click_on_it_opens_the_panel(self):
+        self.open_dashboard("Notifications")
+        self.widget("label", "Nothing on this desktop shows notices.")
+        dunst = self.start("/usr/bin/dunst", "-conf", os.devnull, "-print")
+        self.widget("label", "Notices are shown by dunst.")
+        self.press("button", "Send a test notice")
+        dunst.says("^\tbody: 'This is how Velmora's notices look.'")
+        self.widget("label", "Sent.")
+        subprocess.run(["dunstctl", "action"], check=True)
+        until(self.panel, "the panel is open")
 
     def test_thresholds_reach_the_charger(self):
         self.open_dashboard("Thresholds")
