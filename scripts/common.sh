@@ -16,7 +16,7 @@ case $(. /etc/os-release && echo "${VERSION_ID-}") in
     *) clang=19 build_packages+=(liblayershellqtinterface-dev libwayland-dev) run_packages+=(layer-shell-qt) ;; # before, it was Qt 5's
 esac
 clang_packages=(clang "libclang-rt-$clang-dev")
-all_packages=("${clang_packages[@]}" clang-tidy)
+all_packages=("${clang_packages[@]}" clang-tidy libecal2.0-dev evolution-data-server)
 
 # as_root WHAT COMMAND... : as root; where that cannot be, ends and says that WHAT is missing.
 as_root() {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "Helper.h"
+#include "program/Helper.h"
 
 #include "wire/CalendarReport.h"
 
@@ -18,8 +18,6 @@
 namespace velmora {
 
 namespace {
-
-constexpr rlim_t maximumMemory = 1U << 30U;
 
 /// A line that is ready for a signal's handler, which may do little.
 std::array<char, wire::calendar::maximumLineBytes> lastWords{};
@@ -43,24 +41,21 @@ std::optional<Date> dateOf(std::string_view text)
 
 } // namespace
 
-std::optional<Helper> Helper::ofArguments(int argc, char** argv)
+std::optional<Helper::Span> Helper::spanOf(int argc, char** argv)
 {
     const auto from = argc > 2 ? dateOf(argv[1]) : std::nullopt;
     const auto to = argc > 2 ? dateOf(argv[2]) : std::nullopt;
     if (!from || !to || *to < *from) return std::nullopt;
-    return Helper(*from, *to);
+    return Span{*from, *to};
 }
 
 void Helper::confineProcess(unsigned seconds)
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    const rlimit memory{maximumMemory, maximumMemory};
-    setrlimit(RLIMIT_DATA, &memory);
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none); // a calendar is nobody else's business
-    errno = 0;
-    static_cast<void>(!nice(10));
+    setpriority(PRIO_PROCESS, 0, 10);
     setSubject("the calendars");
     std::signal(SIGALRM, timeIsUp);
     alarm(seconds);
@@ -77,7 +72,7 @@ void Helper::setSubject(const std::string& subject)
 void Helper::read(const std::string& subject, const std::string& text)
 {
     setSubject(subject);
-    if (const auto problem = reader_->read(text); !problem.empty())
+    if (const auto problem = reader_.read(text); !problem.empty())
         complain(subject + " is not understood in all: " + problem + ".");
 }
 
@@ -89,7 +84,7 @@ void Helper::complain(const std::string& problem)
 
 int Helper::finish(std::size_t calendars)
 {
-    auto events = reader_->events();
+    auto events = reader_.events();
     wire::calendar::tidy(events);
     for (const auto& event : events) std::fputs(wire::calendar::line(event).c_str(), stdout);
     std::fputs(wire::calendar::endLine(calendars).c_str(), stdout);

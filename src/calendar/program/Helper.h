@@ -11,18 +11,24 @@
 namespace velmora {
 
 /// What the programs that read calendars have in common: they are run by another program with a stretch of
-/// time, tell on standard output what they find (wire/CalendarReport.h), and end. They read what strangers
-/// wrote, so that they bound themselves in time and memory, and end with the program that runs them.
+/// time, tell on standard output what they find (wire/CalendarReport.h), and end. They bound themselves in
+/// time, since they read what strangers wrote, and end with the program that runs them.
 class Helper {
 public:
+    struct Span {
+        Date from;
+        Date to;
+    };
     /// The stretch of time that the first two arguments say, in seconds since 1970; nothing where they do
     /// not.
-    static std::optional<Helper> ofArguments(int argc, char** argv);
+    static std::optional<Span> spanOf(int argc, char** argv);
 
     /// Limits the process from here on. First thing in `main`.
     static void confineProcess(unsigned seconds);
     /// What is being read, to be named should time be up.
     static void setSubject(const std::string& subject);
+
+    explicit Helper(Span span) : reader_(span.from, span.to) {}
 
     /// Adds the events of a text; `subject` says whose it is.
     void read(const std::string& subject, const std::string& text);
@@ -32,9 +38,7 @@ public:
     int finish(std::size_t calendars);
 
 private:
-    Helper(Date from, Date to) : reader_(std::make_unique<EventReader>(from, to)) {}
-
-    std::unique_ptr<EventReader> reader_;
+    EventReader reader_;
     int problems_ = 0;
 };
 
