@@ -20,12 +20,8 @@ constexpr auto category = "Daemon";
 /// Vendor drivers bring the thresholds some time after the battery and announce nothing: that long after the
 /// start a battery without any is looked at now and then.
 constexpr auto controlPatience = 10min;
-/// How often a charger is asked what it holds before it is told what to hold. Some never tell before that.
-constexpr int maximumReadAttempts = 3;
 /// By then the charger has followed what was written, and has been looked at.
 constexpr auto effectTime = 2s;
-/// For how long a change of a user's own settings is in memory alone.
-constexpr auto saveDelay = 2s;
 /// Clients that wait to hear what the charger made of their wish.
 constexpr std::size_t maximumWaiting = 32;
 
@@ -40,21 +36,20 @@ std::optional<std::chrono::milliseconds> earliest(std::optional<std::chrono::mil
 Daemon::Daemon(const Ports& ports, Outbound outbound)
     : ports_(ports),
       outbound_(std::move(outbound)),
-      complaints_(ports.log, category),
       changes_(ports.loop, ports.log, ports.clock, category, LogBudget::manyAtOnce),
-      saved_(ports.settings.load()),
-      quickCharge_(saved_.quickCharge, saved_.quickChargeCause),
-      intake_(intakePorts(), quickCharge_, saved_.settings, saved_.users),
-      manual_(manualPorts(), saved_.manual),
-      heat_(heatPorts(), saved_.isPausedForHeat, ports.heatPatience),
-      hasAdoptedLimit_(saved_.hasAdoptedLimit),
-      firstHeld_(saved_.firstHeld, saved_.hasAdoptedLimit && saved_.firstHeld.empty()),
-      events_(saved_.told),
+      state_({ports.loop, ports.files, ports.settings, [this] { return remembered(); }}),
+      past_({ports.clock, ports.files, ports.history}),
+      quickCharge_(state_.saved().quickCharge, state_.saved().quickChargeCause),
+      intake_(intakePorts(), quickCharge_, state_.saved().settings, state_.saved().users),
+      manual_(manualPorts(), state_.saved().manual),
+      heat_(heatPorts(), state_.saved().isPausedForHeat, ports.heatPatience),
+      adoption_(adoptionPorts(), state_.saved().hasAdoptedLimit, state_.saved().firstHeld),
+      events_(state_.saved().told),
       schedule_({ports.loop, ports.clock, ports.hardware, ports.reader, ports.actuator},
                 [this](const Look& look) { seen(look); }),
       keeper_(
           {ports.loop, ports.clock, ports.log, ports.hardware, ports.actuator},
-          [this](bool changed) { acted(changed); }, saved_.heldLevel),
+          [this](bool changed) { acted(changed); }, state_.saved().heldLevel),
       pacer_(ports.loop, ports.clock, [this](const HSBatteryState& state) { outbound_.push(state); })
 {
 }
@@ -62,8 +57,8 @@ Daemon::Daemon(const Ports& ports, Outbound outbound)
 void Daemon::meetBus(const std::string& busId)
 {
     busId_ = busId;
-    if (saved_.busId == busId_)
-        intake_.restore(saved_.callers);
+    if (state_.saved().busId == busId_)
+        intake_.restore(state_.saved().callers);
     else
         events_.forgetBoot();
 }
@@ -99,8 +94,7 @@ void Daemon::seen(const Look& look)
     keeper_.observe(look.chargers);
     readBattery(look);
     noticePlug(hadExternalPower);
-    adoptExistingLimit();
-    noteFirstHeld();
+    adoption_.observe();
     if (battery_ && !isUnreadable_ && keeper_.learn(reading_)) save();
     observeQuickCharge();
     observeHeat();
@@ -111,8 +105,9 @@ void Daemon::seen(const Look& look)
     }
     tellEvents();
     planNextLook();
-    retrySaving();
-    recordSample(); // what is for the file can wait for what is for people
+    // What is for the disk can wait for what is for people; one that was full may have room again.
+    if (state_.hasFailed() || past_.hasFailed()) save();
+    if (battery_ && !isUnreadable_) past_.record(*battery_, thermalLevel_);
 }
 
 void Daemon::readBattery(const Look& look)
@@ -137,29 +132,6 @@ void Daemon::noticePlug(bool hadExternalPower)
     save();
 }
 
-/// Before anything is written: without an adopted limit `hold` leaves the chargers alone.
-void Daemon::noteFirstHeld()
-{
-    if (firstHeld_.observe(keeper_.chargers(), hasAdoptedLimit_)) save();
-}
-
-void Daemon::adoptExistingLimit()
-{
-    const auto held = keeper_.inForce();
-    if (hasAdoptedLimit_ || keeper_.control() == ChargeControl::none) return;
-    if (!held && ++readAttempts_ < maximumReadAttempts) return schedule_.lookAgainSoon();
-    hasAdoptedLimit_ = true;
-    // Somebody limited this charger before this daemon came: that is the owner's wish. A value below what can
-    // be asked for is a controller's nonsense after a reset, and a fixed limit is nobody's wish for a number.
-    const bool isWish = held && held->end >= 20 && held->end < 100;
-    if (isWish && keeper_.control() != ChargeControl::fixedLimit) {
-        intake_.adoptLimit(held->end);
-        ports_.log.info(category, "The charger already stops at " + std::to_string(held->end) +
-                                      "%: that becomes the limit.");
-    }
-    save();
-}
-
 void Daemon::observeQuickCharge()
 {
     if (!battery_ || isUnreadable_) return;
@@ -176,45 +148,18 @@ void Daemon::observeQuickCharge()
 
 void Daemon::observeHeat()
 {
-    const bool isPersons = quickCharge_.isActive() && !quickCharge_.isForTravel();
     heat_.observe({.reading = reading_,
                    .temperature = battery_ && !isUnreadable_ ? battery_->temperature : std::nullopt,
-                   .isAvoidable = !isPersons,
+                   .isAvoidable = !quickCharge_.isForPerson(),
                    .control = keeper_.control()},
                   ports_.clock.sinceBoot());
 }
 
-/// It is read at first use, which is after the first answer to a client: a thousand samples take a while.
-HistoryStore& Daemon::history()
-{
-    if (!std::exchange(isHistoryLoaded_, true)) ports_.history.load();
-    return ports_.history;
-}
-
-void Daemon::recordSample()
-{
-    if (!battery_ || isUnreadable_) return;
-    const auto& samples = history().samples();
-    // A driver that does not tell the design capacity tells of no wear.
-    const double health = battery_->health.value_or(samples.empty() ? 100 : samples.back().health);
-    const auto thermal = ThermalMonitorService::thermalState(thermalLevel_);
-    const bool isKept =
-        ports_.history.record({ports_.clock.now(), battery_->percentage, health,
-                               std::string(ThermalMonitorService::rawValue(thermal)), battery_->isCharging});
-    if (isKept) saveHistory();
-}
-
-void Daemon::saveHistory()
-{
-    ports_.files.async([&store = ports_.history, bytes = ports_.history.encoded()] { store.save(bytes); });
-}
-
 bool Daemon::hold()
 {
-    const bool isLimitUnknown = !hasAdoptedLimit_ && keeper_.control() != ChargeControl::none;
+    const bool isLimitUnknown = !adoption_.isDone() && keeper_.control() != ChargeControl::none;
     if (isLimitUnknown) return false; // what it holds may be its owner's wish
-    const bool isPersons = quickCharge_.isActive() && !quickCharge_.isForTravel();
-    const auto decision = decide(isPersons ? std::nullopt : heat_.pausedAt());
+    const auto decision = decide(quickCharge_.isForPerson() ? std::nullopt : heat_.pausedAt());
     mode_ = decision.mode;
     return keeper_.hold(decision);
 }
@@ -345,7 +290,7 @@ HSBatteryState Daemon::batteryState(const ChargingSettings& settings) const
 
 const std::vector<HSHistorySnapshot>& Daemon::analyticsHistory()
 {
-    return history().samples();
+    return past_.samples();
 }
 
 ChargerReport Daemon::charger()
@@ -379,16 +324,25 @@ SettingsIntake::Ports Daemon::intakePorts()
                 outbound_.pushTo(caller.busName, batteryState());
                 outbound_.changeRefusedFor(caller.busName, why);
             },
-        .save = [this] { saveSoon(); },
+        .save = [this] { state_.saveSoon(); },
         .announce = [this](const auto& settings) { outbound_.settingsChanged(settings); },
         .announceTo = [this](const auto& to,
                              const auto& settings) { outbound_.settingsChangedFor(to, settings); }};
 }
 
+LimitAdoption::Ports Daemon::adoptionPorts()
+{
+    return {.log = ports_.log,
+            .keeper = keeper_,
+            .adopt = [this](double percent) { intake_.adoptLimit(percent); },
+            .lookAgain = [this] { schedule_.lookAgainSoon(); },
+            .save = [this] { save(); }};
+}
+
 HeatGuard::Ports Daemon::heatPorts()
 {
     return {.log = ports_.log,
-            .save = [this](const auto& done) { saveNow(done); },
+            .save = [this](const auto& done) { state_.saveNow(done); },
             .delaySleep = [this](bool isWanted) { outbound_.delaySleep(isWanted); },
             .changed =
                 [this] {
@@ -419,8 +373,7 @@ void Daemon::authorise(const Caller& caller, std::function<void(std::optional<Re
 void Daemon::settingsChanged(const Caller& caller, const ChargingSettings& before)
 {
     manual_.end();
-    hasAdoptedLimit_ = true;
-    noteFirstHeld();
+    adoption_.settle();
     // A push with the settings before may be on its way: its receiver would take them for news and send them
     // back half a second later, while the next regular push may be two seconds off.
     if (batteryState() != batteryState(before))
@@ -450,9 +403,9 @@ DaemonState Daemon::remembered() const
             .users = intake_.users().entries(),
             .quickCharge = quickCharge_.state(),
             .quickChargeCause = quickCharge_.cause(),
-            .hasAdoptedLimit = hasAdoptedLimit_,
+            .hasAdoptedLimit = adoption_.isDone(),
             .manual = manual_.state(),
-            .firstHeld = firstHeld_.entries(),
+            .firstHeld = adoption_.firstHeld(),
             .heldLevel = keeper_.heldLevel(),
             .told = events_.memory(),
             .isPausedForHeat = heat_.isNoted(),
@@ -460,42 +413,10 @@ DaemonState Daemon::remembered() const
             .callers = intake_.messages()};
 }
 
-/// A full disk may have room again.
-void Daemon::retrySaving()
-{
-    if (ports_.settings.hasFailed() || ports_.history.hasFailed()) save();
-}
-
-/// Anybody may change their own settings at any pace: the disk need not follow each change.
-void Daemon::saveSoon()
-{
-    if (saving_) return;
-    saving_ = ports_.loop.after(saveDelay, lifetime_.guard([this] {
-        const auto spent = std::exchange(saving_, nullptr);
-        save();
-    }));
-}
-
 void Daemon::save()
 {
-    if (ports_.history.hasFailed()) saveHistory();
-    DaemonState now = remembered();
-    if (now == saved_ && !ports_.settings.hasFailed()) return;
-    saved_ = std::move(now);
-    if (ports_.settings.put(saved_)) {
-        ports_.files.async([&store = ports_.settings] { store.saveNewest(); });
-    }
-}
-
-/// Once a worker has done so, `done` is told whether it is on the disk.
-void Daemon::saveNow(const std::function<void(bool)>& done)
-{
-    saved_ = remembered();
-    ports_.settings.put(saved_);
-    ports_.files.async([&store = ports_.settings, &loop = ports_.loop, done] {
-        store.saveNewest();
-        loop.post([done, isSaved = !store.hasFailed()] { done(isSaved); });
-    });
+    if (past_.hasFailed()) past_.save();
+    state_.save();
 }
 
 } // namespace velmora

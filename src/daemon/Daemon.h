@@ -4,9 +4,12 @@
 #pragma once
 
 #include "HeatGuard.h"
+#include "HistoryRecorder.h"
+#include "LimitAdoption.h"
 #include "LookSchedule.h"
 #include "ManualControl.h"
 #include "SettingsIntake.h"
+#include "StateKeeper.h"
 #include "base/Lifetime.h"
 #include "charging/ChargeEventRules.h"
 #include "charging/ChargerKeeper.h"
@@ -15,8 +18,6 @@
 #include "link/PushPacer.h"
 #include "platform/LogBudget.h"
 #include "power/TimeEstimator.h"
-#include "state/HistoryStore.h"
-#include "state/SettingsStore.h"
 
 #include <functional>
 #include <memory>
@@ -114,30 +115,23 @@ private:
     void seen(const Look& look);
     void readBattery(const Look& look);
     void noticePlug(bool hadExternalPower);
-    void noteFirstHeld();
-    void adoptExistingLimit();
     void observeQuickCharge();
     void observeHeat();
     void endHeat();
     ChargeDecision decide(std::optional<int> heatPausedAt) const;
-    HistoryStore& history();
-    void recordSample();
-    void saveHistory();
 
     SettingsIntake::Ports intakePorts();
     HeatGuard::Ports heatPorts();
+    LimitAdoption::Ports adoptionPorts();
     ManualControl::Ports manualPorts();
     void authorise(const Caller& caller, std::function<void(std::optional<Refused>)> decided);
     void settingsChanged(const Caller& caller, const ChargingSettings& before);
     HSBatteryState batteryState(const ChargingSettings& settings) const;
     void tellOnceItShows(const std::string& busName);
     void isNowReady();
-    void saveSoon();
-    void saveNow(const std::function<void(bool)>& done);
 
     bool hold();
     void acted(bool changed);
-    void retrySaving();
     bool isChargingAllowed() const;
     void tell();
     void tellState();
@@ -151,20 +145,18 @@ private:
     Ports ports_;
     Outbound outbound_;
     std::string busId_;
-    Complaints complaints_;
     LogBudget changes_;
 
-    DaemonState saved_;
+    StateKeeper state_;
+    HistoryRecorder past_;
     QuickCharge quickCharge_;
     SettingsIntake intake_;
     ManualControl manual_;
     HeatGuard heat_;
-    bool hasAdoptedLimit_ = false;
-    FirstHeld firstHeld_;
+    LimitAdoption adoption_;
     ChargeEventRules events_;
     bool isOverrideFulfilled_ = false; ///< and has not been told
     ChargeMode mode_{};
-    bool isHistoryLoaded_ = false;
 
     std::vector<BatteryReport> batteries_;  ///< as last read
     std::optional<MachineBattery> battery_; ///< absent on a machine without one, and before the first look
@@ -180,9 +172,7 @@ private:
     MainLoop::Timer readyTimer_;
     std::vector<std::string> unshown_; ///< who changed what the charger does and has not been told of it yet
     MainLoop::Timer effect_;
-    MainLoop::Timer saving_;
     std::chrono::milliseconds started_{};
-    int readAttempts_ = 0;      ///< looks at a charger that did not tell what it holds
     bool isUnreadable_ = false; ///< there is a battery, but the last look could not read it
 };
 

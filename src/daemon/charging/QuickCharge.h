@@ -38,6 +38,7 @@ public:
 
     /// What the one that is active was begun for.
     Cause cause() const { return cause_; }
+    bool isForPerson() const { return isActive() && cause_ == Cause::person; }
     bool isForTravel() const { return isActive() && cause_ == Cause::travel; }
 
     /// A client asks for it or takes it back. Returns whether that changed the state.
