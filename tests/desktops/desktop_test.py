@@ -29,20 +29,27 @@ class Desktop:
     clicks: int = 1             # that open the panel
     opens: str = "icon"         # or in the "corner" at the top right, or "anywhere": the bar cannot say where it is
     raises: bool = True         # what asks for the focus; else it is only marked
+    server: str = "gnome-shell" # that shows notices; nothing where none does
     contrast: float = 0.35      # of the icon to the bar, at least; 0 to 1
 
 
+# Plasma keeps notices to itself as long as who asks for that is there.
+INHIBIT = """const {Gio, GLib} = imports.gi, name = 'org.freedesktop.Notifications';
+Gio.DBus.session.call_sync(name, '/org/freedesktop/Notifications', name, 'Inhibit',
+    new GLib.Variant('(ssa{sv})', ['app.velmora.Velmora', 'test', {}]), null, 0, -1, null);
+new GLib.MainLoop(null, false).run();"""
 GNOME_DARK = "gsettings", "set", "org.gnome.desktop.interface", "color-scheme", "prefer-dark"
 APPINDICATOR = "ubuntu-appindicators@ubuntu.com"
 DESKTOPS = {
     # Plasma 6 keeps its bar light here, and turns all that is on it white.
-    "kde": Desktop(session.kde, ("plasma-apply-colorscheme", "BreezeDark"), contrast=0.15),
+    "kde": Desktop(session.kde, ("plasma-apply-colorscheme", "BreezeDark"), server="Plasma", contrast=0.15),
     "gnome": Desktop(lambda it: session.gnome(it), GNOME_DARK, has_icon=False, opens="corner"),
     "gnome-extension": Desktop(lambda it: session.gnome(it, session.EXTENSION), GNOME_DARK, has_icon=False,
                                opens="corner"),
     "gnome-appindicator": Desktop(lambda it: session.gnome(it, APPINDICATOR), GNOME_DARK, clicks=2),
     # Debian 12 has no LayerShellQt for Qt 6: there sway places the panel; waybar draws the icon in the file's grey.
-    "sway": Desktop(session.sway, GNOME_DARK, opens="anywhere", raises=False, contrast=0.05),
+    "sway": Desktop(session.sway, GNOME_DARK, opens="anywhere", raises=False, server="",
+                    contrast=0.05),
 }
 
 
@@ -239,6 +246,23 @@ class DesktopTest(unittest.TestCase):
         self.session.point(panel.x + LAUNCH[0], panel.y + panel.height + LAUNCH[1], "click", 1)
         if self.desktop.raises:
             until(lambda: not is_red(self.picture("now"), middle), "the dashboard is in front")
+
+    def test_3_notices_are_shown_as_the_desktop_is_set(self):
+        notices = lambda name: output("busctl", "--user", "get-property", "app.velmora.Velmora",
+                                      "/app/velmora/NotificationManager", "app.velmora.NotificationManager", name)
+        if not self.desktop.server:
+            return self.assertEqual((notices("server"), notices("isServerStartable")), ('s ""', "b false"))
+        until(lambda: notices("server") == f's "{self.desktop.server}"', "velmora knows who shows notices")
+        output("busctl", "--user", "call", "app.velmora.Velmora", "/app/velmora/NotificationManager",
+               "app.velmora.NotificationManager", "sendTestNotice")
+        until(lambda: notices("testResult") == 'as 1 ""', "the notice is taken")
+        time.sleep(1)
+        self.picture("notice")
+        if self.name == "kde":
+            inhibitor = self.session.start("gjs", "-c", INHIBIT)
+            until(lambda: notices("isInhibited") == "b true", "do not disturb is on")
+            inhibitor.kill()
+            until(lambda: notices("isInhibited") == "b false", "do not disturb is off")
 
     def test_4_widgets_lie_where_they_were_left(self):
         output(BIN / "velmora", "--quit")
