@@ -161,6 +161,28 @@ TEST_F(DunstTest, SaysWhetherItIsToDisturbAndWhatAPersonDid)
     EXPECT_EQ(responses.front().action, NotificationResponse::click);
 }
 
+TEST_F(DunstTest, OneThatTheBusStartsIsAsGoodAsOneThatRuns)
+{
+    const TemporaryFolder services;
+    const PrivateBus other("</policy><servicedir>" + services.path().string() +
+                           "</servicedir><policy context=\"default\">");
+    session = dbus::openSystemBus(loop);
+    dunst.emplace(other.address());
+    dunst->stop();
+    services.write("notices.service", std::string("[D-BUS Service]\nName=") + notifications::serviceName +
+                                          "\nExec=" + dunst->program() + "\nUser=root\n");
+    answer(session.get(),
+           dbus::newCall(session.get(), dbus::busName, dbus::busPath, dbus::busName, "ReloadConfig"));
+    center.emplace(loop, session.get(), sender);
+    askLeave();
+    ASSERT_TRUE(eventually([&] { return center->server().isStartable; }));
+    EXPECT_TRUE(eventually([&] { return grants.size() == 1; }));
+    add("a", "First");
+    ASSERT_TRUE(areTold(1));
+    EXPECT_TRUE(areDisplayed(1));
+    EXPECT_EQ(center->server().name, "dunst");
+}
+
 /// A server that answers as the test wants. Timers are the test's, too.
 struct OddServerTest : LoopTest {
     OddServerTest()

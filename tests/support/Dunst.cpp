@@ -25,8 +25,9 @@ Dunst::Dunst(std::string bus) : bus_(std::move(bus))
                            path("number") + "\n");
     folder_.write("dunstrc", "[global]\nmarkup = full\n[urgency_low]\ntimeout = 0\n"
                              "[urgency_normal]\ntimeout = 0\n[urgency_critical]\ntimeout = 0\n");
-    folder_.write("server",
-                  "#!/bin/sh\nexec dunst -conf " + path("dunstrc") + " -print >>" + path("shown") + "\n");
+    folder_.write("server", "#!/bin/sh\nexport DBUS_SESSION_BUS_ADDRESS=" + bus_ + " DISPLAY=:$(cat " +
+                                path("number") + ")\nexec dunst -conf " + path("dunstrc") + " -print >>" +
+                                path("shown") + "\n");
     for (const auto* script : {"x", "server"})
         std::filesystem::permissions(path(script), std::filesystem::perms{0700});
     display_.emplace(path("x"), Process::Environment{}, path("log"));
@@ -40,11 +41,7 @@ Dunst::Dunst(std::string bus) : bus_(std::move(bus))
 
 void Dunst::start()
 {
-    const auto number = folder_.read("number");
-    server_.emplace(folder_.path() / "server",
-                    Process::Environment{{"DBUS_SESSION_BUS_ADDRESS", bus_},
-                                         {"DISPLAY", ":" + number.substr(0, number.size() - 1)}},
-                    folder_.path() / "log");
+    server_.emplace(program(), Process::Environment{}, folder_.path() / "log");
 }
 
 std::vector<Dunst::Shown> Dunst::shown() const

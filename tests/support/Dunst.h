@@ -27,6 +27,8 @@ public:
     explicit Dunst(std::string bus);
 
     void start();
+    /// The program that `start` runs, for a bus that starts it.
+    std::string program() const { return folder_.path() / "server"; }
     void signal(int number) const { server_->signal(number); }
     void stop() { server_->terminate(); }
 
