@@ -233,6 +233,7 @@ void Daemon::tellEvents()
     const auto events = events_.observe({.reading = reading_,
                                          .mode = mode_,
                                          .inForce = keeper_.inForce(),
+                                         .isFixed = keeper_.control() == ChargeControl::fixedLimit,
                                          .isFollowed = keeper_.holdsWanted(),
                                          .cycleCount = battery_->cycleCount,
                                          .isOverrideFulfilled = std::exchange(isOverrideFulfilled_, false),

@@ -14,6 +14,8 @@ namespace {
 
 constexpr auto movingInterval = 30s;
 constexpr auto movingSlack = 30s;
+/// What is due may come with whatever else wakes the daemon by then.
+constexpr auto dueSlack = 2s;
 constexpr auto warmInterval = 1min;
 constexpr auto warmSlack = 30s;
 constexpr auto restingInterval = 10min;
@@ -72,7 +74,7 @@ void LookSchedule::plan(Pace pace, std::optional<std::chrono::milliseconds> due)
     next_.reset();
     if (due) {
         const auto left = std::max(*due - ports_.clock.sinceBoot(), 0ms);
-        if (left < movingInterval) return lookIn(left, 0ms);
+        if (left < movingInterval) return lookIn(left, dueSlack);
     }
     switch (pace) {
     case Pace::none:

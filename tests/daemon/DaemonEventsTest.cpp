@@ -52,6 +52,20 @@ TEST_F(DaemonEventsTest, ALimitPausesAChargeOnceAndResumesItOnce)
     EXPECT_EQ(at(100, "Not charging"), "");
 }
 
+TEST_F(DaemonEventsTest, AFirmwaresOwnLimitStopsWhereItLikes)
+{
+    daemon.reset();
+    for (const auto* file : {startFile, endFile, "settings.json"})
+        std::filesystem::remove(folder.path() / file);
+    folder.write("bus/platform/drivers/ideapad_acpi/VPC2004:00/conservation_mode", "1\n");
+    boot();
+    EXPECT_EQ(at(54, "Charging"), "");
+    EXPECT_EQ(at(58, "Charging"), "");
+    EXPECT_EQ(at(58, "Not charging"), "charging paused. ");
+    EXPECT_EQ(at(57, "Charging"), "");
+    EXPECT_EQ(at(54, "Charging"), "charging resumed. ");
+}
+
 TEST_F(DaemonEventsTest, WhatAPersonDoesOrNoLimitDidIsNoPause)
 {
     toggle();

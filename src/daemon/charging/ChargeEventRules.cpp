@@ -30,9 +30,10 @@ std::optional<Thresholds> limitOf(const ChargeEventRules::Facts& facts)
 }
 
 /// From this level on charging may come and go without meaning anything.
-double edgeOf(const Thresholds& limit)
+double edgeOf(const Thresholds& limit, bool isFixed)
 {
-    return limit.end - (limit.start ? 1 : 2);
+    if (!limit.start) return limit.end - 2;
+    return isFixed ? *limit.start : limit.end - 1;
 }
 
 } // namespace
@@ -78,7 +79,7 @@ void ChargeEventRules::followLimit(const Facts& facts)
         memory_.isChargingToLimit = reading.takesPower() && facts.mode == ChargeMode::off;
         return;
     }
-    const bool isWellBelow = reading.lowestLevel() < edgeOf(*limit);
+    const bool isWellBelow = reading.lowestLevel() < edgeOf(*limit, facts.isFixed);
     if (reading.takesPower() && isWellBelow) {
         if (memory_.pausedAtLimit >= 0) tell({Kind::chargingResumed});
         memory_.pausedAtLimit = -1;

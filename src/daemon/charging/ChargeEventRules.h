@@ -35,6 +35,7 @@ public:
         ChargeReading reading;
         ChargeMode mode = ChargeMode::off;
         std::optional<Thresholds> inForce{};
+        bool isFixed = false;   ///< the limit is the firmware's own, somewhere from its start to its end
         bool isFollowed = true; ///< the charger does what was decided, as far as it can
         std::optional<std::int64_t> cycleCount{};
         bool isOverrideFulfilled = false; ///< a quick charge has come to its end with this look

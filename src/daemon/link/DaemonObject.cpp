@@ -123,7 +123,6 @@ void DaemonObject::delaySleep(bool isWanted)
     delayAsked_.reset();
     if (!isWanted) sleepDelay_ = FileDescriptor();
     if (!isWanted || sleepDelay_ || !login_) return;
-    // Where there is no logind this fails, and nothing sleeps by its leave.
     sd_bus_call_method_async(bus_.get(), out(delayAsked_), loginName, loginPath, loginManager, "Inhibit",
                              served<&DaemonObject::sleepDelayed>, this, "ssss", "sleep", "Velmora",
                              "Charging is paused for heat, which has to end first", "delay");
@@ -132,7 +131,9 @@ void DaemonObject::delaySleep(bool isWanted)
 int DaemonObject::sleepDelayed(sd_bus_message* reply)
 {
     int file = -1;
-    if (sd_bus_message_is_method_error(reply, nullptr) || sd_bus_message_read(reply, "h", &file) < 0) {
+    // Without logind nobody asks for leave to sleep.
+    if (sd_bus_message_is_method_error(reply, SD_BUS_ERROR_SERVICE_UNKNOWN) > 0) return 0;
+    if (sd_bus_message_is_method_error(reply, nullptr) > 0 || sd_bus_message_read(reply, "h", &file) < 0) {
         log_.warning("DaemonObject", "Cannot have the machine wait with its sleep until a pause for heat has "
                                      "ended: the pause may last over the sleep.");
         return 0;
