@@ -4,8 +4,10 @@
 #include "Keyring.h"
 #include "LoopTest.h"
 #include "PrivateBus.h"
+#include "wire/ModelFace.h"
 
 #include <csignal>
+#include <cstdlib>
 
 namespace velmora {
 namespace {
@@ -14,20 +16,33 @@ struct IdentityTest : LoopTest {
     PrivateBus bus;
     TemporaryFolder folder;
     std::optional<Process> velmora;
+    dbus::Bus session;
+
+    IdentityTest()
+    {
+        setenv("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str(), 1);
+        session = dbus::openSessionBus(loop);
+    }
+    ~IdentityTest() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
 
     void logIn()
     {
         velmora.reset();
         const std::string home = folder.path();
         velmora.emplace(VELMORA_BIN "/velmora",
-                        Process::Environment{{"DBUS_SESSION_BUS_ADDRESS", bus.address()},
-                                             {"XDG_CONFIG_HOME", home},
+                        Process::Environment{{"XDG_CONFIG_HOME", home},
                                              {"XDG_DATA_HOME", home},
                                              {"XDG_RUNTIME_DIR", home},
                                              {"DISPLAY", ""},
                                              {"WAYLAND_DISPLAY", ""},
                                              {"VELMORA_LOG", "stderr"}},
                         folder.path() / "log");
+    }
+    bool isRunning()
+    {
+        const auto self = dbus::newCall(session.get(), wire::face::serviceName, wire::face::objectPath,
+                                        "org.freedesktop.DBus.Peer", "Ping");
+        return !sd_bus_message_is_method_error(answer(session.get(), self).get(), nullptr);
     }
     std::string filed() const { return folder.read("Velmora/device-identity"); }
 };
@@ -44,6 +59,7 @@ TEST_F(IdentityTest, IsFoundBySecretToolAndOutlivesTheKeyring)
 
     keyring->signal(SIGSTOP);
     logIn();
+    ASSERT_TRUE(eventually([this] { return isRunning(); }));
     EXPECT_EQ(velmora->terminate(), 0) << "nobody waits for a keyring that hangs";
     keyring.emplace(bus.address());
     logIn();
