@@ -182,13 +182,13 @@ struct FakeCalendarStore final : CalendarStore {
         completion(answer == Authorization::fullAccess, error);
     }
     void relinquishAccess() override { status_ = Authorization::notDetermined; }
-    std::optional<std::vector<CalendarEvent>> events(Date from, Date to) override
+    std::optional<std::vector<CalendarEvent>> events(Date from, Date to, const Predicate& isWanted) override
     {
         ++readings;
         if (isBroken) return std::nullopt;
         std::vector<CalendarEvent> result;
         for (const auto& event : calendar)
-            if (event.start < to && event.end > from) result.push_back(event);
+            if (event.start < to && event.end > from && isWanted(event)) result.push_back(event);
         return result;
     }
 

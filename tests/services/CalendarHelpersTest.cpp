@@ -57,6 +57,10 @@ struct CalendarHelpersTest : testing::Test {
         });
         return isGranted;
     }
+    static auto all(CalendarHelpers& calendars)
+    {
+        return calendars.events(from, to, [](const auto&) { return true; });
+    }
     static std::string titles(const std::optional<std::vector<CalendarEvent>>& events)
     {
         if (!events) return "nothing";
@@ -74,7 +78,7 @@ TEST_F(CalendarHelpersTest, ReadsAllFoldersByStartAndWhatTheyShareOnce)
     EXPECT_FALSE(ask(calendars, &why));
     EXPECT_EQ(why, "there is no calendar on this computer");
     EXPECT_EQ(calendars.authorizationStatus(), Authorization::restricted);
-    EXPECT_EQ(titles(calendars.events(from, to)), "nothing");
+    EXPECT_EQ(titles(all(calendars)), "nothing");
 
     put("a/work/one.ics",
         event("1", "08", "Lunch") + event("2", "06", "Flight\\nto \xe2\x80\xae Lis\tbon\\\\"));
@@ -82,13 +86,15 @@ TEST_F(CalendarHelpersTest, ReadsAllFoldersByStartAndWhatTheyShareOnce)
         event("1", "08", "Lunch") + event("3", "07", "bad \xff text") + event("4", "09", "\xc3"));
     EXPECT_EQ(calendars.authorizationStatus(), Authorization::fullAccess) << "made since it was asked";
     EXPECT_TRUE(ask(calendars, &why));
-    EXPECT_EQ(titles(calendars.events(from, to)), "Flight to  Lis bon\\, bad ? text, Lunch, ?");
-    EXPECT_EQ(titles(calendars.events(to, to + duration::day)), "");
+    EXPECT_EQ(titles(all(calendars)), "Flight to  Lis bon\\, bad ? text, Lunch, ?");
+    EXPECT_EQ(titles(calendars.events(from, to, [](const auto& one) { return one.title == "Lunch"; })),
+              "Lunch");
+    EXPECT_EQ(titles(calendars.events(to, to + duration::day, [](const auto&) { return true; })), "");
     put("b/three.ics", "BEGIN:VEVENT\nUID:9\n");
-    for (int scan = 0; scan < 3; ++scan) calendars.events(from, to);
+    for (int scan = 0; scan < 3; ++scan) all(calendars);
     EXPECT_EQ(log.count("three.ics is not understood in all"), 1U);
     calendars.relinquishAccess();
-    EXPECT_EQ(titles(calendars.events(from, to)), "nothing");
+    EXPECT_EQ(titles(all(calendars)), "nothing");
     EXPECT_EQ(calendars.authorizationStatus(), Authorization::notDetermined);
 }
 
@@ -115,7 +121,7 @@ TEST_F(CalendarHelpersTest, AHelperThatMisbehavesCostsItsReadingAlone)
         setup.files = text.empty() ? root.path() / "none" : script("helper", text);
         CalendarHelpers calendars(setup, log);
         ask(calendars);
-        EXPECT_EQ(titles(calendars.events(from, to)), expected);
+        EXPECT_EQ(titles(all(calendars)), expected);
         EXPECT_GE(log.count(line), 1U);
     }
 }
@@ -128,11 +134,11 @@ TEST_F(CalendarHelpersTest, TheServiceAloneIsAccessIfItHasCalendars)
     script("service", "[ $1 -lt 1783209600 ] || printf "
                       "'event\\t1783209600\\t1783213200\\t0\\t1\\t5\\tTrip\\t\\n'\nprintf 'end\\t2\\n'\n");
     EXPECT_TRUE(ask(calendars));
-    EXPECT_EQ(titles(calendars.events(from, to)), "Trip");
+    EXPECT_EQ(titles(all(calendars)), "Trip");
     put("a/one.ics", event("5", "00", "Trip") + event("6", "01", "Lunch"));
-    EXPECT_EQ(titles(calendars.events(from, to)), "Trip, Lunch") << "what both tell counts once";
+    EXPECT_EQ(titles(all(calendars)), "Trip, Lunch") << "what both tell counts once";
     script("service", "exit 1\n");
-    EXPECT_EQ(titles(calendars.events(from, to)), "Trip, Lunch") << "one of two is enough";
+    EXPECT_EQ(titles(all(calendars)), "Trip, Lunch") << "one of two is enough";
 }
 
 TEST_F(CalendarHelpersTest, AReadingEndsWithTheLeave)
@@ -142,7 +148,7 @@ TEST_F(CalendarHelpersTest, AReadingEndsWithTheLeave)
     setup.patience = 1000s;
     CalendarHelpers calendars(setup, log);
     ASSERT_TRUE(ask(calendars));
-    auto reading = std::async(std::launch::async, [&] { return calendars.events(from, to); });
+    auto reading = std::async(std::launch::async, [&] { return all(calendars); });
     std::optional<std::string> id;
     while (!id || id->empty()) {
         std::this_thread::sleep_for(1ms);

@@ -82,7 +82,7 @@ void CalendarHelpers::requestFullAccess(Completion completion)
     const bool isAnyFolder = !presentFolders().empty();
     if (!isAnyFolder && isServiceThere()) {
         // It is there, but may have no calendars: the least that can be asked tells.
-        const auto answer = report(setup_.service, Date{}, Date{}, {});
+        const auto answer = report({.helper = setup_.service}, {});
         isServiceUsable_ = answer && answer->calendars() > 0;
     }
     if (isAnyFolder || isServiceUsable_) return completion(true, std::nullopt);
@@ -95,7 +95,8 @@ void CalendarHelpers::relinquishAccess()
     run_.stop();
 }
 
-std::optional<std::vector<CalendarEvent>> CalendarHelpers::events(Date from, Date to)
+std::optional<std::vector<CalendarEvent>> CalendarHelpers::events(Date from, Date to,
+                                                                  const Predicate& isWanted)
 {
     if (authorizationStatus() != Authorization::fullAccess) return std::nullopt;
     std::vector<CalendarEvent> result;
@@ -106,22 +107,25 @@ std::optional<std::vector<CalendarEvent>> CalendarHelpers::events(Date from, Dat
         result.insert(result.end(), std::make_move_iterator(found->events().begin()),
                       std::make_move_iterator(found->events().end()));
     };
-    if (const auto folders = presentFolders(); !folders.empty()) add(report(setup_.files, from, to, folders));
-    if (isServiceThere()) add(report(setup_.service, from, to, {}));
+    if (auto folders = presentFolders(); !folders.empty())
+        add(report({setup_.files, from, to, std::move(folders)}, isWanted));
+    if (isServiceThere()) add(report({setup_.service, from, to}, isWanted));
     if (!isAny) return std::nullopt;
-    for (auto& event : result) clean(event);
     wire::calendar::tidy(result);
     return result;
 }
 
-std::optional<wire::calendar::Reader>
-CalendarHelpers::report(const std::filesystem::path& helper, Date from, Date to,
-                        const std::vector<std::filesystem::path>& folders)
+std::optional<wire::calendar::Reader> CalendarHelpers::report(const Question& question,
+                                                              const Predicate& isWanted)
 {
-    std::vector<std::string> arguments{helper, seconds(std::floor(from.unixSeconds())),
-                                       seconds(std::ceil(to.unixSeconds()))};
-    arguments.insert(arguments.end(), folders.begin(), folders.end());
-    Reader reader;
+    const auto& helper = question.helper;
+    std::vector<std::string> arguments{helper, seconds(std::floor(question.from.unixSeconds())),
+                                       seconds(std::ceil(question.to.unixSeconds()))};
+    arguments.insert(arguments.end(), question.folders.begin(), question.folders.end());
+    Reader reader([&isWanted](CalendarEvent& event) {
+        clean(event);
+        return isWanted && isWanted(event);
+    });
     auto fate = run_.run(arguments, {.patience = setup_.patience, .bytes = maximumReportBytes},
                          [&](std::string_view bytes) { reader.take(bytes); });
     if (run_.isStopped()) return std::nullopt;

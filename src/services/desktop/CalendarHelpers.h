@@ -40,15 +40,22 @@ public:
     Authorization authorizationStatus() const override;
     void requestFullAccess(Completion completion) override;
     void relinquishAccess() override;
-    std::optional<std::vector<CalendarEvent>> events(Date from, Date to) override;
+    std::optional<std::vector<CalendarEvent>> events(Date from, Date to, const Predicate& isWanted) override;
 
 private:
     using Reader = wire::calendar::Reader;
 
     std::vector<std::filesystem::path> presentFolders() const;
     bool isServiceThere() const;
-    std::optional<Reader> report(const std::filesystem::path& helper, Date from, Date to,
-                                 const std::vector<std::filesystem::path>& folders);
+    /// One reading.
+    struct Question {
+        std::filesystem::path helper;
+        Date from{};
+        Date to{};
+        std::vector<std::filesystem::path> folders{};
+    };
+
+    std::optional<Reader> report(const Question& question, const Predicate& isWanted);
     void complain(const Reader& reader);
 
     Setup setup_;

@@ -100,15 +100,11 @@ bool CalendarContextManager::checkNow()
 std::optional<CalendarContextManager::TravelDetectionResult> CalendarContextManager::detectTravelDay()
 {
     const Date now = clock_->now();
-    auto events = store_->events(now, now + lookahead);
+    auto events = store_->events(now, now + lookahead, isTravel);
     if (!events) return std::nullopt;
-    TravelDetectionResult result;
-    for (auto& event : *events) {
-        if (!isTravel(event)) continue;
-        if (!result.detected) result.eventTitle = event.title;
-        result.detected = true;
-        if (result.events.size() < maximumTravelEvents) result.events.push_back(std::move(event));
-    }
+    if (events->size() > maximumTravelEvents) events->resize(maximumTravelEvents);
+    TravelDetectionResult result{.detected = !events->empty(), .events = std::move(*events)};
+    if (result.detected) result.eventTitle = result.events.front().title;
     return result;
 }
 

@@ -37,6 +37,8 @@ public:
     /// `error` says in words why there is no answer; absent for a plain yes or no.
     using Completion = std::function<void(bool isGranted, const std::optional<std::string>& error)>;
 
+    using Predicate = std::function<bool(const CalendarEvent&)>;
+
     virtual ~CalendarStore() = default;
 
     virtual Authorization authorizationStatus() const = 0;
@@ -47,10 +49,11 @@ public:
     /// Gives the leave back. A reading under way ends at once, with nothing.
     virtual void relinquishAccess() = 0;
 
-    /// The events of all calendars that touch the time between two moments, by their start. Nothing without
-    /// leave, and where they could not be read, which the log then says. May take many seconds: not for the
-    /// main thread.
-    virtual std::optional<std::vector<CalendarEvent>> events(Date from, Date to) = 0;
+    /// The events of all calendars that touch the time between two moments and are wanted, by their start.
+    /// Nothing without leave, and where they could not be read, which the log then says. May take many
+    /// seconds: not for the main thread. `isWanted` is asked meanwhile, so that the others take no memory.
+    virtual std::optional<std::vector<CalendarEvent>> events(Date from, Date to,
+                                                             const Predicate& isWanted) = 0;
 };
 
 } // namespace velmora

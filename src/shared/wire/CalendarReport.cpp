@@ -135,7 +135,8 @@ void Reader::takeLine(std::string_view line)
 {
     const auto fields = fieldsOf(line);
     if (fields[0] == eventMark && events_.size() < maximumEvents) {
-        if (auto event = eventOf(fields)) events_.push_back(std::move(*event));
+        auto event = eventOf(fields);
+        if (event && (!filter_ || filter_(*event))) events_.push_back(std::move(*event));
     } else if (fields[0] == problemMark && problems_.size() < maximumProblems) {
         problems_.push_back(unescaped(fields[1]));
     } else if (const auto count = number(fields[1]); fields[0] == endMark && count && *count >= 0) {

@@ -6,8 +6,10 @@
 #include "platform/CalendarStore.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// What a program that reads calendars tells on its standard output, a line each: events, what was wrong, and
@@ -26,6 +28,11 @@ std::string endLine(std::size_t calendars);
 /// Reads a report as it comes, in pieces of any size. What it does not understand it passes over.
 class Reader {
 public:
+    /// Sees each event first, may change it, and says whether it is to be kept.
+    using Filter = std::function<bool(CalendarEvent&)>;
+
+    explicit Reader(Filter filter = {}) : filter_(std::move(filter)) {}
+
     void take(std::string_view bytes);
 
     bool isWhole() const { return isWhole_; }
@@ -36,6 +43,7 @@ public:
 private:
     void takeLine(std::string_view line);
 
+    Filter filter_;
     std::string rest_; ///< the beginning of a line
     bool isWhole_ = false;
     std::size_t calendars_ = 0;
