@@ -42,7 +42,7 @@ App::App(LinuxPlatform& platform)
 TravelCharge::Hands App::travelHands()
 {
     return {.look = [this] { return travelCharger(); },
-            .begin = [this](auto completion) { client_->beginTravelCharge(std::move(completion)); },
+            .begin = [this](const auto& completion) { client_->beginTravelCharge(completion); },
             .takeBack =
                 [this] {
                     if (!model_.isTemporaryOverrideEnabled.get()) return;

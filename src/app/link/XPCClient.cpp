@@ -86,24 +86,21 @@ void XPCClient::followDaemon()
     };
     daemon_.emplace(bus_.get(), wire::serviceName, appeared, gone);
     followRecords();
+    follow(wire::client_protocol::interface, wire::client_protocol::batteryStateDidChange,
+           dbus::serve<XPCClient, &XPCClient::statePushed>);
+    follow(wire::charger::interface, wire::charger::changeRefused,
+           dbus::serve<XPCClient, &XPCClient::changeRefused>);
+    follow(wire::charger::interface, wire::charger::occurred, dbus::serve<XPCClient, &XPCClient::occurred>);
+}
+
+void XPCClient::follow(const char* interface, const wire::Message& signal, sd_bus_message_handler_t handler)
+{
     matches_.push_back(dbus::match(bus_.get(),
                                    {.sender = wire::serviceName,
                                     .path = wire::objectPath,
-                                    .interface = wire::client_protocol::interface,
-                                    .member = wire::client_protocol::batteryStateDidChange.member()},
-                                   dbus::serve<XPCClient, &XPCClient::statePushed>, this));
-    matches_.push_back(dbus::match(bus_.get(),
-                                   {.sender = wire::serviceName,
-                                    .path = wire::objectPath,
-                                    .interface = wire::charger::interface,
-                                    .member = wire::charger::changeRefused.member()},
-                                   dbus::serve<XPCClient, &XPCClient::changeRefused>, this));
-    matches_.push_back(dbus::match(bus_.get(),
-                                   {.sender = wire::serviceName,
-                                    .path = wire::objectPath,
-                                    .interface = wire::charger::interface,
-                                    .member = wire::charger::occurred.member()},
-                                   dbus::serve<XPCClient, &XPCClient::occurred>, this));
+                                    .interface = interface,
+                                    .member = signal.member()},
+                                   handler, this));
 }
 
 void XPCClient::followRecords()
@@ -166,7 +163,7 @@ dbus::Message XPCClient::newCall(const wire::Message& message) const
                          message.member().c_str());
 }
 
-void XPCClient::send(dbus::Message call, ReplyHandler handler, std::function<void()> failed)
+void XPCClient::send(dbus::Message call, ReplyHandler handler, const std::function<void()>& failed)
 {
     const auto pending = calls_.insert(calls_.end(), PendingCall{*this, std::move(handler), failed});
     pending->self = pending;
@@ -208,7 +205,7 @@ std::optional<HSBatteryState> XPCClient::readState(sd_bus_message* message, cons
     return state;
 }
 
-void XPCClient::beginTravelCharge(std::function<void(bool)> completion)
+void XPCClient::beginTravelCharge(const std::function<void(bool)>& completion)
 {
     const auto& wanted = wire::charger::beginTravelCharge;
     if (!bus_) return completion(false);

@@ -78,7 +78,7 @@ public:
 
     /// Asks for a charge to 100 % before a journey; nobody is asked for a password. `completion` is called
     /// once, with whether a quick charge is under way: not where the daemon refuses, or is not there.
-    void beginTravelCharge(std::function<void(bool isBegun)> completion);
+    void beginTravelCharge(const std::function<void(bool isBegun)>& completion);
 
     void fetchCurrentState(StateHandler completion) override;
     /// A long history is read over several turns of the loop.
@@ -94,6 +94,7 @@ private:
 
     void connect(const EventLoop& loop);
     void followDaemon();
+    void follow(const char* interface, const wire::Message& signal, sd_bus_message_handler_t handler);
     void followRecords();
     void takeCharger();
     void takeSettings(const KeyedArchive& news);
@@ -101,7 +102,7 @@ private:
     void setDaemonMissing(bool isMissing);
     dbus::Message newCall(const wire::Message& message) const;
     /// `failed` is called where there is no answer, or an error.
-    void send(dbus::Message call, ReplyHandler handler, std::function<void()> failed = {});
+    void send(dbus::Message call, ReplyHandler handler, const std::function<void()>& failed = {});
     template <typename Action>
     void attempt(const std::string& action, Action&& act);
     bool isWellFormed(sd_bus_message* message, const char* what, const char* signature);
