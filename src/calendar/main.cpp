@@ -10,7 +10,7 @@
 /// iCalendar files below the folders have.
 int main(int argc, char** argv)
 {
-    constexpr unsigned patience = 20; // seconds
+    constexpr unsigned patience = 40; // seconds, on a busy machine
     velmora::Helper::confineProcess(patience);
     const auto span = velmora::Helper::spanOf(argc, argv);
     if (!span) {

@@ -15,7 +15,7 @@ namespace {
 using velmora::Date;
 using velmora::Helper;
 
-constexpr unsigned patience = 25;                // seconds; the first question starts the service
+constexpr unsigned patience = 40;                // seconds; the first question starts the service
 constexpr std::size_t maximumBytes = 64U << 20U; // of all calendars
 constexpr std::array<char, 2> marks{'C', 'P'};   // a calendar, a problem
 

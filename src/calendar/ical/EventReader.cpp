@@ -18,10 +18,11 @@ namespace {
 using Component = Handle<icalcomponent, icalcomponent_free>;
 using Iterator = Handle<icalrecur_iterator, icalrecur_iterator_free>;
 
-constexpr long maximumSteps = 200'000;        ///< of one rule: 22 years of hours
-constexpr long maximumStepsInAll = 5'000'000; ///< some seconds
-constexpr int maximumDates = 5'000;           ///< that one event lists
-constexpr int maximumRules = 4;               ///< of one event
+// Of the processor's time; what is no rule is read all the same.
+constexpr std::clock_t patienceWithText = 3 * CLOCKS_PER_SEC;
+constexpr std::clock_t patienceWithAll = 12 * CLOCKS_PER_SEC;
+constexpr int maximumDates = 5'000; ///< that one event lists
+constexpr int maximumRules = 4;     ///< of one event
 /// Occurrences that were moved by more than this are not looked for far from where they were.
 constexpr double farthestMove = 7 * duration::day;
 
@@ -94,6 +95,7 @@ icaltimetype aboutAt(Date moment, bool isDate)
 std::string EventReader::read(std::string_view text)
 {
     problem_.clear();
+    textBegan_ = std::clock();
     recurring_.clear();
     overrides_.clear();
     wall_.beginFile();
@@ -105,6 +107,13 @@ std::string EventReader::read(std::string_view text)
     if (!splitComponents(text, events)) complain("a component has no end, or is too long");
     for (const auto& component : recurring_) expand(component);
     return problem_;
+}
+
+/// A rule may keep the library busy for a moment before it gives its first occurrence, or none.
+bool EventReader::isTimeUp() const
+{
+    const auto now = std::clock();
+    return now - textBegan_ > patienceWithText || now - began_ > patienceWithAll;
 }
 
 void EventReader::complain(const char* what)
@@ -125,8 +134,11 @@ void EventReader::readEvent(const std::string& text)
         if (!isSane(instead)) return complain("an occurrence was moved from no time");
         auto* range = icalproperty_get_first_parameter(stands, ICAL_RANGE_PARAMETER);
         const bool isForAllLater = range && icalparameter_get_range(range) == ICAL_RANGE_THISANDFUTURE;
-        overrides_[source->event.identifier].insert_or_assign(momentOf(stands, instead),
-                                                              Override{isForAllLater, *source});
+        auto& overrides = overrides_[source->event.identifier];
+        const Date moment = momentOf(stands, instead);
+        overrides.moments.insert(moment);
+        if (isForAllLater && std::abs(source->event.start - moment) <= farthestMove)
+            overrides.later.insert_or_assign(moment, *source);
     } else if (icalcomponent_get_first_property(event.get(), ICAL_RRULE_PROPERTY) ||
                icalcomponent_get_first_property(event.get(), ICAL_RDATE_PROPERTY)) {
         if (!source->isCancelled) recurring_.push_back(text);
@@ -202,6 +214,7 @@ icaltimetype EventReader::earliest(const Source& source) const
 
 void EventReader::addRule(icalproperty* property, const Source& source, std::set<Date>& starts)
 {
+    if (isTimeUp()) return complain("its rules take too long, and some were passed over");
     auto rule = icalproperty_get_rrule(property);
     if (!isCheap(rule)) return complain("a rule was passed over, which no calendar needs");
     // The library compares an end at Greenwich with a start elsewhere.
@@ -215,7 +228,7 @@ void EventReader::addRule(icalproperty* property, const Source& source, std::set
     // The library counts from there: right for days, but not for hours.
     if (isOld && rule.count == 0 && rule.freq != ICAL_HOURLY_RECURRENCE)
         icalrecur_iterator_set_start(iterator.get(), first);
-    for (long step = 0; step < maximumSteps && steps_ < maximumStepsInAll; ++step, ++steps_) {
+    while (!isTimeUp()) {
         const auto next = icalrecur_iterator_next(iterator.get());
         if (icaltime_is_null_time(next)) return;
         if (isOld && icaltime_compare(next, first) < 0) continue;
@@ -223,7 +236,7 @@ void EventReader::addRule(icalproperty* property, const Source& source, std::set
         if (start > std::min(last, to_ + farthestMove)) return;
         starts.insert(start);
     }
-    complain("a rule was not followed to its end");
+    complain("its rules take too long, and one was not followed to its end");
 }
 
 void EventReader::addDates(icalcomponent* event, std::set<Date>& starts)
@@ -254,7 +267,7 @@ std::set<Date> EventReader::exceptions(icalcomponent* event, const Source& sourc
         }
     });
     if (const auto found = overrides_.find(source.event.identifier); found != overrides_.end())
-        for (const auto& [moment, instead] : found->second) left.insert(moment);
+        left.insert(found->second.moments.begin(), found->second.moments.end());
     return left;
 }
 
@@ -264,11 +277,11 @@ void EventReader::occur(const Source& source, Date start)
     const Source* as = &source;
     double move = 0;
     if (const auto found = overrides_.find(source.event.identifier); found != overrides_.end()) {
-        for (const auto& [moment, instead] : found->second) {
-            const double moved = instead.source.event.start - moment;
-            if (!instead.isForAllLater || moment > start || std::abs(moved) > farthestMove) continue;
-            as = &instead.source;
-            move = moved;
+        const auto& later = found->second.later;
+        if (const auto next = later.upper_bound(start); next != later.begin()) {
+            const auto& [moment, instead] = *std::prev(next);
+            as = &instead;
+            move = instead.event.start - moment;
         }
     }
     if (as->isCancelled) return;

@@ -6,6 +6,7 @@
 #include "ical/Wall.h"
 #include "platform/CalendarStore.h"
 
+#include <ctime>
 #include <map>
 #include <optional>
 #include <set>
@@ -38,12 +39,11 @@ private:
         int days = 0; ///< that it lasts, of an all-day event
         bool isCancelled = false;
     };
-    /// An occurrence that stands for one of its event's own: at another time, say.
-    struct Override {
-        bool isForAllLater = false;
-        Source source{};
+    /// What a recurring event's own occurrences give way to.
+    struct Overrides {
+        std::set<Date> moments{};       ///< of the occurrences that others stand for
+        std::map<Date, Source> later{}; ///< as it is from that moment on
     };
-    using Overrides = std::map<Date, Override>; ///< by the moment of the occurrence that it stands for
 
     void readEvent(const std::string& component);
     std::optional<Source> sourceOf(icalcomponent* event);
@@ -56,6 +56,7 @@ private:
     void add(CalendarEvent event);
     Date momentOf(icalproperty* property, const icaltimetype& time);
     icaltimetype earliest(const Source& source) const;
+    bool isTimeUp() const;
     void complain(const char* what);
 
     Date from_;
@@ -64,7 +65,8 @@ private:
     std::vector<CalendarEvent> events_;
     std::vector<std::string> recurring_;                      ///< components of this file
     std::map<std::string, Overrides, std::less<>> overrides_; ///< of this file, by identifier
-    long steps_ = 0;                                          ///< of all rules
+    std::clock_t began_ = std::clock(); ///< by the processor time of this process
+    std::clock_t textBegan_ = 0;
     std::string problem_;
 };
 

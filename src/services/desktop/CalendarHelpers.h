@@ -25,7 +25,7 @@ public:
         std::filesystem::path files;                ///< the helper that reads folders
         std::filesystem::path service;              ///< the one that asks the service; need not be there
         std::vector<std::filesystem::path> folders; ///< those that exist are read
-        std::chrono::milliseconds patience = std::chrono::seconds{30}; ///< with each helper
+        std::chrono::milliseconds patience = std::chrono::seconds{60}; ///< with each helper
     };
     static constexpr std::size_t maximumReportBytes = 16U << 20U;
 
