@@ -209,7 +209,7 @@ TEST_F(Dashboard, TheNotificationsPageSaysWhoShowsThemAndWhenTheLastOneWas)
     EXPECT_FALSE(item("testText")->isVisible());
     notices.apply({{"testResult", QStringList("")}, {"isInhibited", true}});
     EXPECT_EQ(property("serverText", "text"), "Do not disturb is on: dunst keeps notices to itself.");
-    EXPECT_EQ(property("testText", "text"), "Sent; it is shown when do not disturb ends.");
+    EXPECT_EQ(property("testText", "text"), "Sent, and kept back by do not disturb.");
     EXPECT_TRUE(item("notifyOnCycle")->isEnabled());
     EXPECT_FALSE(item("notifyOnHeat")->isEnabled());
     model.charger().apply({{"CycleCount", qint64{-1}}, {"CanPauseForHeat", true}});

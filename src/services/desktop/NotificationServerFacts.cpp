@@ -77,7 +77,7 @@ int NotificationServerFacts::informed(sd_bus_message* reply)
     if (!sd_bus_message_is_method_error(reply, nullptr) && sd_bus_message_read(reply, "s", &name) > 0)
         next.name = notifications::shownText(name, maximumNameBytes);
     if (next.name.empty()) next.name = notifications::serviceName;
-    become(std::move(next));
+    become(next);
     answerAll();
     return 0;
 }
@@ -90,7 +90,7 @@ int NotificationServerFacts::told(sd_bus_message* reply)
         return 0;
     auto next = now_;
     next.isInhibited = isInhibited != 0;
-    become(std::move(next));
+    become(next);
     return 0;
 }
 
@@ -105,7 +105,7 @@ int NotificationServerFacts::changed(sd_bus_message* signal)
         const auto* isInhibited = value ? std::get_if<bool>(value) : nullptr;
         auto next = now_;
         if (isInhibited) next.isInhibited = *isInhibited;
-        become(std::move(next));
+        become(next);
         break;
     }
     return 0;
@@ -141,7 +141,7 @@ int NotificationServerFacts::listed(sd_bus_message* reply)
     return 0;
 }
 
-void NotificationServerFacts::become(NotificationServer next)
+void NotificationServerFacts::become(const NotificationServer& next)
 {
     if (std::exchange(now_, next) != next) changed_();
 }

@@ -37,7 +37,7 @@ private:
     int told(sd_bus_message* reply);
     int changed(sd_bus_message* signal);
     void askWhetherStartable();
-    void become(NotificationServer next);
+    void become(const NotificationServer& next);
     void answerAll();
 
     sd_bus* bus_;

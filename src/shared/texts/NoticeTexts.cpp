@@ -22,7 +22,7 @@ std::string testText(const std::optional<std::string>& result, bool isInhibited)
 {
     if (!result) return {};
     if (!result->empty()) return tr("It could not be shown: %1", printable(*result));
-    return isInhibited ? tr("Sent; it is shown when do not disturb ends.") : tr("Sent.");
+    return isInhibited ? tr("Sent, and kept back by do not disturb.") : tr("Sent.");
 }
 
 std::string lastText(const std::string& date)
