@@ -143,7 +143,9 @@ int NotificationServerFacts::listed(sd_bus_message* reply)
 
 void NotificationServerFacts::become(const NotificationServer& next)
 {
-    if (std::exchange(now_, next) != next) changed_();
+    if (now_ == next) return;
+    now_ = next;
+    changed_();
 }
 
 void NotificationServerFacts::answerAll()
