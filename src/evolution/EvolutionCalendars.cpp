@@ -80,9 +80,9 @@ public:
         for (auto* one = found; one; one = one->next) {
             auto* component = static_cast<ICalComponent*>(one->data);
             const char* uid = i_cal_component_get_uid(component);
-            if (uid && e_cal_util_component_has_recurrences(component))
-                recurring.insert(uid);
-            else if (uid && e_cal_util_component_is_instance(component))
+            const bool isOneOfMany = e_cal_util_component_has_recurrences(component) ||
+                                     e_cal_util_component_is_instance(component);
+            if (uid && isOneOfMany)
                 recurring.insert(uid);
             else
                 append(result, component);

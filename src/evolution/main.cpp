@@ -61,7 +61,7 @@ std::string takeText(std::string_view& bytes)
         bytes = {};
         return {};
     }
-    const std::string text(bytes.substr(0, end));
+    std::string text(bytes.substr(0, end));
     bytes.remove_prefix(end + 1);
     return text;
 }
