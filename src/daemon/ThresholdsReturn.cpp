@@ -88,7 +88,7 @@ ThresholdsReturn giveThresholdsBack(const Sysfs& sysfs, const FirstHeld::Entries
 
 bool liftHeatPause(const Sysfs& sysfs, SettingsStore& settings, Log& log)
 {
-    auto state = settings.load();
+    auto state = settings.peek();
     if (!state.isPausedForHeat) return true;
     ChargeActuator actuator(sysfs, log);
     const bool isQuickCharging = state.quickCharge == QuickCharge::State::active;

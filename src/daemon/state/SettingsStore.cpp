@@ -258,6 +258,12 @@ DaemonState SettingsStore::load()
     return state;
 }
 
+DaemonState SettingsStore::peek()
+{
+    const auto bytes = file_.read();
+    return bytes ? decodeState(*bytes, geteuid()).first : DaemonState{};
+}
+
 bool SettingsStore::save(const DaemonState& state)
 {
     const bool isSaved = file_.write(encodeState(state));

@@ -57,6 +57,8 @@ public:
     /// Defaults where there is no file. A file that is not this program's, torn, or holds a value that cannot
     /// be is set aside, and what in it is good is taken.
     DaemonState load();
+    /// The same, leaving the file as it is: for who is not the daemon.
+    DaemonState peek();
     bool save(const DaemonState& state);
 
     /// Leaves `state` for a worker to save, in place of one that still waits: a disk slower than the clients
