@@ -297,6 +297,20 @@ TEST_F(OddServerTest, APersonsWordIsTakenOnceAndFromTheServerAlone)
     EXPECT_THAT(notices, ElementsAre("01default", "72default"));
 }
 
+TEST_F(OddServerTest, ASessionThatEndsTakesNothingAlong)
+{
+    add("1");
+    add("2");
+    bool isAsked = false;
+    center.requestAuthorization([&](bool, const auto&) { isAsked = true; });
+    sd_bus_close(session.get());
+    EXPECT_TRUE(areTold(2));
+    center.removeDelivered({"a"});
+    time.runPosted();
+    EXPECT_FALSE(isAsked);
+    EXPECT_NE(outcomes.back(), "");
+}
+
 TEST(DesktopNotificationCenter, WithoutASessionEveryNoticeFails)
 {
     ManualLoop time;

@@ -8,6 +8,7 @@
 #include "platform/Platform.h"
 
 #include <optional>
+#include <system_error>
 #include <utility>
 
 namespace velmora {
@@ -51,10 +52,14 @@ auto onMainLoop(const Lifetime& owner, Act act)
 void TrayAdvice::give()
 {
     if (hasBeenGiven()) return;
-    const auto call = dbus::newCall(session_, "org.gnome.Shell", "/org/gnome/Shell",
-                                    "org.gnome.Shell.Extensions", "GetExtensionInfo");
-    dbus::check(sd_bus_message_append(call.get(), "s", extension), "GetExtensionInfo");
-    question_ = dbus::ask(session_, call, dbus::serve<TrayAdvice, &TrayAdvice::answered>, this);
+    try {
+        const auto call = dbus::newCall(session_, "org.gnome.Shell", "/org/gnome/Shell",
+                                        "org.gnome.Shell.Extensions", "GetExtensionInfo");
+        dbus::check(sd_bus_message_append(call.get(), "s", extension), "GetExtensionInfo");
+        question_ = dbus::ask(session_, call, dbus::serve<TrayAdvice, &TrayAdvice::answered>, this);
+    } catch (const std::system_error&) {
+        // The connection is gone, and the session with it.
+    }
 }
 
 int TrayAdvice::answered(sd_bus_message* reply)

@@ -26,8 +26,16 @@ DesktopNotificationCenter::DesktopNotificationCenter(MainLoop& loop, sd_bus* ses
 
 void DesktopNotificationCenter::listen()
 {
+    owner_.emplace(
+        bus_.get(), notifications::serviceName, [this] { serverChanged(); }, [this] { serverChanged(); });
+    facts_.emplace(bus_.get(), *owner_, [this] { serverChanges_.emit(); });
+}
+
+/// Only while there are notices of ours: some servers tell everybody of every program's.
+void DesktopNotificationCenter::follow()
+{
     using Self = DesktopNotificationCenter;
-    const auto follow = [this](const char* member, sd_bus_message_handler_t handler) {
+    const auto match = [this](const char* member, sd_bus_message_handler_t handler) {
         signals_.push_back(dbus::match(bus_.get(),
                                        {.sender = notifications::serviceName,
                                         .path = notifications::objectPath,
@@ -35,12 +43,9 @@ void DesktopNotificationCenter::listen()
                                         .member = member},
                                        handler, this));
     };
-    follow("ActionInvoked", dbus::serve<Self, &Self::invoked>);
-    follow("NotificationClosed", dbus::serve<Self, &Self::closed>);
-    follow("ActivationToken", dbus::serve<Self, &Self::tokenGiven>);
-    owner_.emplace(
-        bus_.get(), notifications::serviceName, [this] { serverChanged(); }, [this] { serverChanged(); });
-    facts_.emplace(bus_.get(), *owner_, [this] { serverChanges_.emit(); });
+    match("ActionInvoked", dbus::serve<Self, &Self::invoked>);
+    match("NotificationClosed", dbus::serve<Self, &Self::closed>);
+    match("ActivationToken", dbus::serve<Self, &Self::tokenGiven>);
 }
 
 void DesktopNotificationCenter::requestAuthorization(Authorization answered)
@@ -65,16 +70,21 @@ void DesktopNotificationCenter::show(NotificationRequest request, Completion com
         std::accumulate(notices_.begin(), notices_.end(), std::size_t{0},
                         [](std::size_t sum, const DesktopNotice& one) { return sum + one.waiting(); });
     if (waiting >= maximumWaiting) return completed(tr("Too many notices wait for the notification server."));
-    auto& notice = noticeOf(request.identifier);
-    notice.show(std::move(request), std::move(completed));
+    try {
+        noticeOf(request.identifier).show(std::move(request), completed);
+    } catch (const std::system_error& failure) {
+        completed(failure.what());
+    }
 }
 
 DesktopNotice& DesktopNotificationCenter::noticeOf(const std::string& identifier)
 {
     if (auto* known = find(identifier)) return *known;
     forgetOldest();
+    if (signals_.empty()) follow();
     const auto place = notices_.emplace(notices_.end(), desk_, identifier, [this, identifier] {
         notices_.remove_if([&](const auto& one) { return one.identifier() == identifier; });
+        if (notices_.empty()) signals_.clear();
     });
     return *place;
 }

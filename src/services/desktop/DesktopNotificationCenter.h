@@ -53,6 +53,7 @@ public:
 
 private:
     void listen();
+    void follow();
     void show(NotificationRequest request, Completion completed);
     DesktopNotice& noticeOf(const std::string& identifier);
     DesktopNotice* find(const std::string& identifier);

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <variant>
 
@@ -115,7 +116,11 @@ void NotificationServerFacts::whenThere(NotificationCenter::Authorization answer
 {
     waiting_.push_back(std::move(answered));
     if (owner_.exists() && !now_.name.empty()) return answerAll();
-    if (!owner_.exists()) askWhetherStartable();
+    try {
+        if (!owner_.exists()) askWhetherStartable();
+    } catch (const std::system_error&) {
+        // The connection is gone, and the session with it.
+    }
 }
 
 void NotificationServerFacts::askWhetherStartable()
