@@ -65,7 +65,7 @@ private:
     std::vector<CalendarEvent> events_;
     std::vector<std::string> recurring_;                      ///< components of this file
     std::map<std::string, Overrides, std::less<>> overrides_; ///< of this file, by identifier
-    std::clock_t began_ = std::clock(); ///< by the processor time of this process
+    std::clock_t began_ = std::clock();                       ///< by the processor time of this process
     std::clock_t textBegan_ = 0;
     std::string problem_;
 };
