@@ -124,6 +124,38 @@ TEST_F(XPCClientTest, ADaemonThatDiesInACallAnswersNothing)
     EXPECT_FALSE(answered);
 }
 
+TEST_F(XPCClientTest, EachQuestionForAChargeBeforeAJourneyIsAnsweredOnce)
+{
+    const auto client = makeClient();
+    std::vector<bool> answers;
+    const auto ask = [&] {
+        const auto before = answers.size();
+        client->beginTravelCharge([&](bool isBegun) { answers.push_back(isBegun); });
+        return eventually([&] { return answers.size() > before; });
+    };
+    EXPECT_TRUE(ask()) << "without a daemon";
+    {
+        const auto daemon = startDaemon();
+        EXPECT_TRUE(ask());
+        EXPECT_EQ(service.deeds.size(), 1U);
+    }
+    Peer odd(loop);
+    std::function<int(sd_bus_message*)> answer;
+    odd.serve([&](sd_bus_message* call) {
+        const bool isAsked = sd_bus_message_is_method_call(call, nullptr, "BeginTravelCharge") > 0;
+        return isAsked ? answer(call) : 0;
+    });
+    answer = [](auto* call) { return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_ACCESS_DENIED, "no"); };
+    EXPECT_TRUE(ask());
+    answer = [](auto* call) { return sd_bus_reply_method_return(call, "s", "yes"); };
+    EXPECT_TRUE(ask());
+    answer = [](auto* call) { return sd_bus_reply_method_return(call, "b", 0); };
+    EXPECT_TRUE(ask());
+    answer = [&](auto*) { return odd.hangUp(), 1; };
+    EXPECT_TRUE(ask()) << "it died in the call";
+    EXPECT_EQ(answers, (std::vector<bool>{false, true, false, false, false, false}));
+}
+
 TEST_F(XPCClientTest, MayBeDestroyedByWhatItCalls)
 {
     const auto daemon = startDaemon();
@@ -149,6 +181,7 @@ TEST_F(XPCClientTest, NeitherABusThatEndsNorOneThatIsNotThereIsMoreThanALogLine)
         client.fetchCurrentState([](const auto&) { FAIL(); });
         client.fetchHistory([](const auto&) { FAIL(); });
         client.updateSettings({});
+        client.beginTravelCharge([](bool isBegun) { EXPECT_FALSE(isBegun); });
     };
     const auto daemon = startDaemon();
     const auto client = makeClient();
