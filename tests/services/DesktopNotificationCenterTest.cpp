@@ -213,6 +213,8 @@ struct OddServerTest : LoopTest {
             sd_bus_message_enter_container(call, 'a', "s");
             sd_bus_message_read(call, "s", &action);
             notices.push_back(std::to_string(replaced) + body + (action ? action : ""));
+            if (isLate) late.push_back(dbus::keep(call));
+            if (isLate) return 1;
             return isAble ? sd_bus_reply_method_return(call, "u", ++last)
                           : sd_bus_reply_method_return(call, "s", "nonsense");
         }
@@ -249,8 +251,9 @@ struct OddServerTest : LoopTest {
     }();
     ManualLoop time;
     DesktopNotificationCenter center{time, session.get(), {.name = "Velmora", .desktopEntry = ""}};
-    bool isAble = true, isMute = false;
-    std::uint32_t last = 6; ///< number given to a notice
+    bool isAble = true, isMute = false, isLate = false;
+    std::vector<std::shared_ptr<sd_bus_message>> late; ///< unanswered
+    std::uint32_t last = 6;                            ///< number given to a notice
     std::vector<std::string> calls, notices, outcomes;
 };
 
@@ -276,6 +279,25 @@ TEST_F(OddServerTest, NonsenseAndSilenceHurtNobody)
     EXPECT_NE(outcomes.back(), "");
     EXPECT_THAT(notices, ElementsAre("0<1>")) << "without markup as it is, and without actions";
     EXPECT_TRUE(eventually([&] { return center.server() == NotificationServer{}; }));
+}
+
+TEST_F(OddServerTest, WhatIsShownTooLateIsTakenBackUnlessSomethingElseTakesItsPlace)
+{
+    isLate = true;
+    for (const auto* body : {"1", "2"}) {
+        add(body);
+        ASSERT_TRUE(eventually([&] { return late.size() == 1; }));
+        time.advance(DesktopNotice::patience);
+        EXPECT_NE(outcomes.back(), "");
+        isLate = body[0] == '1';
+        if (!isLate) add("3");
+        serve(); // which is too early for it
+        sd_bus_reply_method_return(std::exchange(late, {}).front().get(), "u", ++last);
+        ASSERT_TRUE(eventually([&] { return isLate ? calls.back() == "CloseNotification" : areTold(3); }));
+    }
+    EXPECT_EQ(outcomes.back(), "");
+    EXPECT_THAT(notices, ElementsAre("01default", "02default", "83default"));
+    EXPECT_EQ(std::ranges::count(calls, "CloseNotification"), 1);
 }
 
 TEST_F(OddServerTest, APersonsWordIsTakenOnceAndFromTheServerAlone)
