@@ -5,6 +5,7 @@
 
 #include "base/Saturate.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace velmora {
@@ -104,7 +105,9 @@ void ChargeEventRules::followLevel(const ChargeReading& reading)
 {
     const std::int64_t level = truncated(reading.percentage);
     const bool givesPower = reading.isDischarging || !reading.hasExternalPower;
-    if (givesPower && level < memory_.level) tell({.kind = Kind::levelLost, .level = level});
+    // One by one after a sleep, too: who listens for a level is not to miss it.
+    for (auto lost = memory_.level - 1; givesPower && lost >= std::max<std::int64_t>(level, 0); --lost)
+        tell({.kind = Kind::levelLost, .level = lost});
     // A gauge that wavers by a point while the battery empties has lost each point once.
     const bool isWavering = givesPower && level == memory_.level + 1;
     if (!isWavering || memory_.level < 0) memory_.level = level;

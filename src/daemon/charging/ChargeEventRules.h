@@ -23,9 +23,9 @@ namespace velmora {
 /// that is pulled, end the pause without an event.
 ///
 /// **Power source**: another than was last told, for three seconds without a break. **Level lost**: the whole
-/// percents are fewer than last told, while the battery gives power; several lost between two looks are one
-/// event. **Heat**: a charge waits for the battery to cool down; once until it is cool. **Cycle**: the count
-/// is greater by exactly one; anything else is another battery.
+/// percents are fewer than last told, while the battery gives power; each of them is an event. **Heat**: a
+/// charge waits for the battery to cool down; once until it is cool. **Cycle**: the count is greater by
+/// exactly one; anything else is another battery.
 class ChargeEventRules {
 public:
     using Time = std::chrono::milliseconds; ///< since boot
