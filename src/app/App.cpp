@@ -31,11 +31,13 @@ App::App(LinuxPlatform& platform)
     client_->onSettingsChange = [this] {
         if (const auto held = client_->settings()) model_.followSettings(*held, client_->toldLast());
         hasSettings_ = true;
+        takeLevel();
     };
     client_->onEvent = [this](const auto& event) { takeEvent(event); };
     rememberLowBatteryNotice();
     // The daemon looks at the zones while they are hot: each of its pushes is an occasion.
     heat_ = model_.thermalState.observe([&platform](auto) { platform.lookAtHeat(); });
+    levels_ = model_.percentage.observe([this](double) { takeLevel(); });
     modelChanges_ = model_.willChange.observe([this] { travelCharge_.chargerChanged(); });
 }
 
@@ -67,6 +69,12 @@ std::optional<TravelCharge::Charger> App::travelCharger() const
 void App::takeEvent(const ChargeEvent& event)
 {
     if (hasSettings_) notices_.take(event);
+}
+
+/// The battery's, whatever else the model may show.
+void App::takeLevel()
+{
+    if (const auto& state = client_->state(); state && hasSettings_) notices_.takeLevel(state->percentage);
 }
 
 NoticeWishes App::noticeWishes() const

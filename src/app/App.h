@@ -55,6 +55,7 @@ public:
 private:
     void rememberLowBatteryNotice();
     void takeEvent(const ChargeEvent& event);
+    void takeLevel();
     NoticeWishes noticeWishes() const;
     TravelCharge::Hands travelHands();
     std::optional<TravelCharge::Charger> travelCharger() const;
@@ -66,6 +67,7 @@ private:
     Subscription lowBatteryNotice_;
     CalendarConsent calendarConsent_;
     TravelCharge travelCharge_;
+    Subscription levels_;
     Subscription modelChanges_;
     Subscription heat_;
 };

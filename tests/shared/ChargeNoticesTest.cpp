@@ -81,6 +81,10 @@ TEST_F(ChargeNoticesTest, ALowBatteryIsToldOnceADip)
     };
     for (const auto& [level, expected, why] : steps) EXPECT_EQ(at(level), expected) << level << ": " << why;
 
+    notices->takeLevel(24.9);
+    EXPECT_EQ(at(12), 0);
+    notices->takeLevel(25);
+    EXPECT_EQ(at(12), 1) << "charged, and drained again while nobody looked";
     notices = start();
     EXPECT_EQ(at(11), 0) << "remembered over a restart";
     wishes.lowBatteryLimit = 5;

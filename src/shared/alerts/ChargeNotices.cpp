@@ -54,15 +54,20 @@ ChargeNotices::ChargeNotices(std::function<NoticeWishes()> wishes, std::function
 void ChargeNotices::take(const ChargeEvent& event)
 {
     const auto wishes = wishes_();
-    if (event.kind == Kind::levelLost) return takeLevel(event.level, wishes);
+    if (event.kind == Kind::levelLost) return takeLoss(event.level, wishes);
     if (isWanted(event.kind, wishes) && isSessionActive_()) post(event);
 }
 
-/// The level was one point higher just before. A limit near 100 % is left by a full charge.
-void ChargeNotices::takeLevel(std::int64_t level, const NoticeWishes& wishes)
+/// A limit near 100 % is left by a full charge.
+void ChargeNotices::takeLevel(double percentage)
+{
+    if (percentage >= std::min(wishes_().lowBatteryLimit + dipEndsAbove, 100.0)) setDipTold(false);
+}
+
+void ChargeNotices::takeLoss(std::int64_t level, const NoticeWishes& wishes)
 {
     const auto percent = static_cast<double>(level);
-    if (percent + 1 >= std::min(wishes.lowBatteryLimit + dipEndsAbove, 100.0)) setDipTold(false);
+    takeLevel(percent + 1); // where it was just before
     if (!wishes.onLowBattery || percent > wishes.lowBatteryLimit || isDipTold()) return;
     // Otherwise the dip is not told yet: the next point lost tries again.
     if (!manager_.isAuthorized() || !isSessionActive_()) return;

@@ -38,9 +38,11 @@ public:
     ChargeNotices(std::function<NoticeWishes()> wishes, std::function<bool()> isSessionActive);
 
     void take(const ChargeEvent& event);
+    /// The battery is at so many percent: a charge may have ended the dip, with no event of its own.
+    void takeLevel(double percentage);
 
 private:
-    void takeLevel(std::int64_t level, const NoticeWishes& wishes);
+    void takeLoss(std::int64_t level, const NoticeWishes& wishes);
     void post(const ChargeEvent& event);
     void postSource(const std::string& powerSource);
     bool isDipTold() const;
