@@ -114,7 +114,13 @@ TEST_F(TravelTest, ScansComeEachHalfHourAndEndWithTheConsent)
     pass(90min);
     EXPECT_EQ(store.readings, 4);
 
-    store.calendar = {eventIn(4, "Trip")};
+    for (const auto next : {Authorization::restricted, Authorization::fullAccess}) { // the folder goes, comes
+        store.answer = next;
+        store.requestFullAccess([](bool, const auto&) {});
+        pass(60min);
+        EXPECT_EQ(calendar.calendarAccessGranted.get(), next == Authorization::fullAccess);
+    }
+    store.calendar = {eventIn(6, "Trip")};
     pass(30min);
     EXPECT_TRUE(calendar.isTravelDayDetected.get());
     calendar.checkSoon();

@@ -109,7 +109,11 @@ std::optional<std::vector<CalendarEvent>> CalendarHelpers::events(Date from, Dat
     };
     if (auto folders = presentFolders(); !folders.empty())
         add(report({setup_.files, from, to, std::move(folders)}, isWanted));
-    if (isServiceThere()) add(report({setup_.service, from, to}, isWanted));
+    if (isServiceThere()) {
+        auto found = report({setup_.service, from, to}, isWanted);
+        if (found) isServiceUsable_ = found->calendars() > 0;
+        add(std::move(found));
+    }
     if (!isAny) return std::nullopt;
     wire::calendar::tidy(result);
     return result;

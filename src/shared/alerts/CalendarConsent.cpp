@@ -31,18 +31,21 @@ void CalendarConsent::follow()
         Manager::detectionInterval, [this] { askAgain(); }, Manager::detectionSlack);
 }
 
-/// Asked while there is still no calendar, it would be a line in the log each time.
+/// Asked although nothing has changed, it would be a line in the log each time.
 void CalendarConsent::askAgain()
 {
-    if (calendar_.calendarAccessGranted.get()) return later_.reset();
-    if (calendar_.authorizationStatus() == CalendarStore::Authorization::fullAccess)
-        calendar_.requestAccess();
+    if (isReadable() != calendar_.calendarAccessGranted.get()) calendar_.requestAccess();
+}
+
+bool CalendarConsent::isReadable() const
+{
+    return calendar_.authorizationStatus() == CalendarStore::Authorization::fullAccess;
 }
 
 void CalendarConsent::lookNow()
 {
     if (!isGiven.get()) return;
-    if (calendar_.calendarAccessGranted.get())
+    if (isReadable() && calendar_.calendarAccessGranted.get())
         calendar_.checkSoon();
     else
         calendar_.requestAccess();

@@ -11,8 +11,8 @@
 namespace velmora {
 
 /// The user's word that Velmora may read the calendars, which is a preference. With it access is asked for at
-/// the start, and again later where there was none: a calendar may be set up at any time. Taking it back ends
-/// all reading. Main thread only.
+/// the start, and again whenever calendars have come or gone, which is looked at each half hour. Taking it
+/// back ends all reading. Main thread only.
 class CalendarConsent {
     CalendarContextManager& calendar_;
     std::shared_ptr<Preferences> preferences_;
@@ -32,6 +32,7 @@ public:
 private:
     void follow();
     void askAgain();
+    bool isReadable() const;
 
     MainLoop::Timer later_;
 };
