@@ -79,6 +79,10 @@ TEST_F(CalendarHelpersTest, ReadsAllFoldersByStartAndWhatTheyShareOnce)
     EXPECT_EQ(why, "there is no calendar on this computer");
     EXPECT_EQ(calendars.authorizationStatus(), Authorization::restricted);
     EXPECT_EQ(titles(all(calendars)), "nothing");
+    setup.files = "/none/velmora-calendar";
+    CalendarHelpers readerless(setup, log);
+    EXPECT_FALSE(ask(readerless, &why));
+    EXPECT_EQ(why, "/none/velmora-calendar is not installed");
 
     put("a/work/one.ics",
         event("1", "08", "Lunch") + event("2", "06", "Flight\\nto \xe2\x80\xae Lis\tbon\\\\"));
@@ -118,7 +122,8 @@ TEST_F(CalendarHelpersTest, AHelperThatMisbehavesCostsItsReadingAlone)
     };
     for (const auto& [text, line, expected] : cases) {
         SCOPED_TRACE(text);
-        setup.files = text.empty() ? root.path() / "none" : script("helper", text);
+        setup.files = script("helper", text);
+        if (text.empty()) put("helper", "no program");
         CalendarHelpers calendars(setup, log);
         ask(calendars);
         EXPECT_EQ(titles(all(calendars)), expected);

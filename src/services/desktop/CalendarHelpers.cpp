@@ -29,6 +29,11 @@ std::string clean(const std::string& text)
     return printable(cleanUtf8(text));
 }
 
+bool isThere(const std::filesystem::path& program)
+{
+    return access(program.c_str(), X_OK) == 0;
+}
+
 void clean(CalendarEvent& event)
 {
     event.identifier = clean(event.identifier);
@@ -58,14 +63,10 @@ CalendarHelpers::CalendarHelpers(Setup setup, Log& log) : setup_(std::move(setup
 std::vector<std::filesystem::path> CalendarHelpers::presentFolders() const
 {
     std::vector<std::filesystem::path> present;
+    if (!isThere(setup_.files)) return present; // there would be nobody to read them
     for (const auto& folder : setup_.folders)
         if (std::error_code error; std::filesystem::is_directory(folder, error)) present.push_back(folder);
     return present;
-}
-
-bool CalendarHelpers::isServiceThere() const
-{
-    return !setup_.service.empty() && access(setup_.service.c_str(), X_OK) == 0;
 }
 
 CalendarStore::Authorization CalendarHelpers::authorizationStatus() const
@@ -80,13 +81,14 @@ void CalendarHelpers::requestFullAccess(Completion completion)
     isAllowed_ = true;
     run_.allow();
     const bool isAnyFolder = !presentFolders().empty();
-    if (!isAnyFolder && isServiceThere()) {
+    if (!isAnyFolder && isThere(setup_.service)) {
         // It is there, but may have no calendars: the least that can be asked tells.
         const auto answer = report({.helper = setup_.service}, {});
         isServiceUsable_ = answer && answer->calendars() > 0;
     }
     if (isAnyFolder || isServiceUsable_) return completion(true, std::nullopt);
-    completion(false, tr("there is no calendar on this computer"));
+    completion(false, isThere(setup_.files) ? tr("there is no calendar on this computer")
+                                            : tr("%1 is not installed", setup_.files.string()));
 }
 
 void CalendarHelpers::relinquishAccess()
@@ -109,7 +111,7 @@ std::optional<std::vector<CalendarEvent>> CalendarHelpers::events(Date from, Dat
     };
     if (auto folders = presentFolders(); !folders.empty())
         add(report({setup_.files, from, to, std::move(folders)}, isWanted));
-    if (isServiceThere()) {
+    if (isThere(setup_.service)) {
         auto found = report({setup_.service, from, to}, isWanted);
         if (found) isServiceUsable_ = found->calendars() > 0;
         add(std::move(found));

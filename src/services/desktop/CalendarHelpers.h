@@ -45,8 +45,7 @@ public:
 private:
     using Reader = wire::calendar::Reader;
 
-    std::vector<std::filesystem::path> presentFolders() const;
-    bool isServiceThere() const;
+    std::vector<std::filesystem::path> presentFolders() const; ///< that can be read
     /// One reading.
     struct Question {
         std::filesystem::path helper;
