@@ -132,7 +132,8 @@ TEST_F(DeviceIdentityTest, WaitsForTheStoreAndNotForItsEnd)
 
     machine.platform.applicationSupportDirectories.clear();
     store.holdsReady = false;
-    EXPECT_EQ(identityInOneLife(), stored()) << "without a folder";
+    const auto withoutFolder = identityInOneLife();
+    EXPECT_EQ(withoutFolder, stored());
 }
 
 } // namespace
