@@ -4,6 +4,7 @@
 #include "texts/ChargerTexts.h"
 
 #include "base/Translation.h"
+#include "texts/ChargerOrder.h"
 #include "texts/PanelTexts.h"
 #include "wire/ChargerInterface.h"
 #include "wire/FixedLimit.h"
@@ -16,122 +17,7 @@ namespace velmora::charger {
 
 namespace {
 
-constexpr double fullLevel = 99; // percent; many a battery stops there
-
 constexpr auto percent = panel::percentageText;
-
-/// What holds the charger.
-enum class Rule : std::uint8_t { none, autoProtect, storage, quickCharge, resumed, paused, heat };
-
-Rule ruleOf(std::string_view mode)
-{
-    using Mode = ChargerReport::Mode;
-    if (mode == Mode::autoProtect) return Rule::autoProtect;
-    if (mode == Mode::storage) return Rule::storage;
-    if (mode == Mode::quickCharge) return Rule::quickCharge;
-    if (mode == Mode::resumed) return Rule::resumed;
-    if (mode == Mode::pausedForHeat) return Rule::heat;
-    return mode == Mode::paused ? Rule::paused : Rule::none;
-}
-
-bool isPause(Rule rule)
-{
-    return rule == Rule::paused || rule == Rule::heat;
-}
-
-bool isLimiting(Rule rule)
-{
-    return rule == Rule::autoProtect || rule == Rule::storage || isPause(rule);
-}
-
-/// What is in force.
-struct Order {
-    Rule rule = Rule::none;
-    double limit = 100; ///< percent; 100: none, negative: not known
-    double resume = -1; ///< percent; negative: not known
-    // For a limit that is no single number:
-    double reached = 100; ///< percent; from here on, too, a battery that is not charged is held
-    std::string words{};  ///< that stand for the number
-    bool isExact = true;  ///< false where it is one of several
-
-    std::string limitText() const { return words.empty() ? percent(limit) : words; }
-};
-
-/// The threshold that the charger reports; the wanted one where it reports none.
-double inForce(std::int64_t held, std::int64_t wanted)
-{
-    return static_cast<double>(held >= 0 ? held : wanted);
-}
-
-bool isStartTheFirmwares(const ChargerReport& charger)
-{
-    return charger.control == ChargerReport::Control::endThreshold ||
-           charger.control == ChargerReport::Control::fixedLimit;
-}
-
-/// What is surely so of a level that the firmware does not tell.
-Order fixedOrder(Rule rule, const ChargerReport& charger)
-{
-    const auto* told = fixedLimit(charger.fixedLimit);
-    const auto& limit = told ? *told : fixedLimits.back();
-    const bool isUnknown = &limit == &fixedLimits.back();
-    return {.rule = rule,
-            .limit = static_cast<double>(limit.end),
-            .resume = isUnknown ? -1 : static_cast<double>(limit.start),
-            .reached = static_cast<double>(isUnknown || limit.start < 0 ? limit.end : limit.start),
-            .words = limit.text == "80" ? "" : levelText(limit.text),
-            .isExact = limit.isExact};
-}
-
-Order orderOf(const ChargerReport& charger)
-{
-    if (charger.control == ChargerReport::Control::none) return {};
-    Order order{.rule = ruleOf(charger.mode)};
-    if (!isLimiting(order.rule)) return order;
-    const bool isOff = charger.endThreshold >= 100;
-    if (charger.control == ChargerReport::Control::fixedLimit && !isOff)
-        return fixedOrder(order.rule, charger);
-    order.limit = inForce(charger.endThreshold, charger.wantedEndThreshold);
-    if (!isStartTheFirmwares(charger))
-        order.resume = inForce(charger.startThreshold, charger.wantedStartThreshold);
-    if (order.limit >= 100 && !isPause(order.rule)) order.rule = Rule::none;
-    return order;
-}
-
-/// A simulated battery follows the user's settings, whatever charger there is.
-Order orderOf(const Situation& now)
-{
-    if (!now.isSimulated) return now.charger ? orderOf(*now.charger) : Order{.limit = -1};
-    if (!now.isAutoProtectOn || now.limit >= 100) return {};
-    return {.rule = Rule::autoProtect, .limit = now.limit};
-}
-
-enum class Activity : std::uint8_t {
-    onBattery,
-    charging,
-    chargingPastLimit,
-    full,
-    paused,
-    cooling, ///< charging waits for the battery to cool down
-    aboveLimit,
-    limitReached,
-    resting, ///< between the limit and the level at which charging begins again
-    notCharging,
-};
-
-Activity activityOf(const Situation& now, const Order& order)
-{
-    using enum Activity;
-    if (now.isOnBattery && !now.isCharging) return onBattery;
-    const bool isHeld = isLimiting(order.rule) && order.limit >= 0;
-    if (now.isCharging) return isHeld && now.percentage >= order.limit ? chargingPastLimit : charging;
-    if (order.rule == Rule::paused) return paused;
-    if (order.rule == Rule::heat) return cooling;
-    if (!isHeld) return now.percentage >= fullLevel ? full : notCharging;
-    if (order.isExact && now.percentage >= order.limit + 1) return aboveLimit;
-    if (now.percentage >= std::min(order.limit, order.reached)) return limitReached;
-    return order.resume < 0 || now.percentage >= order.resume ? resting : notCharging;
-}
 
 /// Why no limit can be held here, if so.
 std::optional<std::string> obstacle(const Situation& now)
@@ -302,13 +188,6 @@ std::string timeText(std::int64_t minutes)
 {
     if (minutes < 60) return tr("%1m", std::to_string(minutes));
     return tr("%1h %2m", std::to_string(minutes / 60), std::to_string(minutes % 60));
-}
-
-std::string levelText(std::string_view limit)
-{
-    if (limit == "55-60") return tr("55-60%");
-    if (limit == "80") return percent(80);
-    return limit == "55-60 or 80" ? tr("55-60% or 80%") : tr("the firmware's own limit");
 }
 
 std::string reason(std::string_view mode, std::optional<int> end, std::optional<int> start, bool isFixed)

@@ -27,9 +27,6 @@ inline constexpr std::int64_t workingOut = -2; ///< minutes that are not known y
 std::string reason(std::string_view mode, std::optional<int> end, std::optional<int> start,
                    bool isFixed = false);
 
-/// A text of `FixedLimit` in words that stand for a percentage: "55-60%".
-std::string levelText(std::string_view fixedLimit);
-
 /// Below the switch of Auto-Protect: the limit that the user asked for, or what stands in for it where the
 /// laptop has a limit of its own.
 std::string limitCaption(const Situation& now);
