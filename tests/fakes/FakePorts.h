@@ -172,7 +172,7 @@ struct FakeCalendarStore final : CalendarStore {
     Authorization answer = Authorization::fullAccess; ///< what asking leads to
     std::optional<std::string> error;
     std::vector<CalendarEvent> calendar; ///< by their start
-    bool isBroken = false;               ///< nothing can be read
+    bool isBroken = false;               ///< it cannot be read, and tells what it had
     int readings = 0;
 
     Authorization authorizationStatus() const override { return status_; }
@@ -182,13 +182,13 @@ struct FakeCalendarStore final : CalendarStore {
         completion(answer == Authorization::fullAccess, error);
     }
     void relinquishAccess() override { status_ = Authorization::notDetermined; }
-    std::optional<std::vector<CalendarEvent>> events(Date from, Date to, const Predicate& isWanted) override
+    std::optional<CalendarReading> events(Date from, Date to, const Predicate& isWanted) override
     {
         ++readings;
-        if (isBroken) return std::nullopt;
-        std::vector<CalendarEvent> result;
+        if (status_ != Authorization::fullAccess) return std::nullopt;
+        CalendarReading result{.isWhole = !isBroken};
         for (const auto& event : calendar)
-            if (event.start < to && event.end > from && isWanted(event)) result.push_back(event);
+            if (event.touches(from, to) && isWanted(event)) result.events.push_back(event);
         return result;
     }
 

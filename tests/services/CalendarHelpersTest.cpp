@@ -57,15 +57,15 @@ struct CalendarHelpersTest : testing::Test {
         });
         return isGranted;
     }
-    static auto all(CalendarHelpers& calendars)
+    static auto all(CalendarHelpers& calendars, Date begin = from)
     {
-        return calendars.events(from, to, [](const auto&) { return true; });
+        return calendars.events(begin, to, [](const auto&) { return true; });
     }
-    static std::string titles(const std::optional<std::vector<CalendarEvent>>& events)
+    static std::string titles(const std::optional<CalendarReading>& reading)
     {
-        if (!events) return "nothing";
-        std::string all;
-        for (const auto& one : *events) all += (all.empty() ? "" : ", ") + one.title.value_or("-");
+        if (!reading) return "nothing";
+        std::string all = reading->isWhole ? "" : "in part";
+        for (const auto& one : reading->events) all += (all.empty() ? "" : ", ") + one.title.value_or("-");
         return all;
     }
 };
@@ -109,15 +109,15 @@ TEST_F(CalendarHelpersTest, AHelperThatMisbehavesCostsItsReadingAlone)
     const std::string tell = "printf '%s' '" + good + "'\n";
     setup.patience = 500ms;
     const std::tuple<std::string, std::string, std::string> cases[] = {
-        {"", "could not be run", "nothing"},
-        {tell + "exit 3\n", "ended with status 3", "nothing"},
-        {tell + "kill -9 $$\n", "was ended by signal 9", "nothing"},
-        {tell, "did not tell all", "nothing"},
-        {"exec sleep 100\n", "did not end in time and was killed", "nothing"},
-        {"exec >&-\nexec sleep 100\n", "did not end in time and was killed", "nothing"},
-        {"exec tr '\\0' x </dev/zero\n", "said too much and was killed", "nothing"},
+        {"", "could not be run", "in part"},
+        {tell + "exit 3\n", "ended with status 3", "in part"},
+        {tell + "kill -9 $$\n", "was ended by signal 9", "in part"},
+        {tell, "did not tell all", "in part"},
+        {"exec sleep 100\n", "did not end in time and was killed", "in part"},
+        {"exec >&-\nexec sleep 100\n", "did not end in time and was killed", "in part"},
+        {"exec tr '\\0' x </dev/zero\n", "said too much and was killed", "in part"},
         {"echo; echo event; printf 'event\\tx\\t1\\n'; printf 'end\\t-1\\nend\\n\\0'\n", "did not tell all",
-         "nothing"},
+         "in part"},
         {tell + "printf 'problem\\tA file is odd.\\nend\\t1\\n'\nsleep 2 &\n", "A file is odd.", "Trip"},
     };
     for (const auto& [text, line, expected] : cases) {
@@ -142,8 +142,12 @@ TEST_F(CalendarHelpersTest, TheServiceAloneIsAccessIfItHasCalendars)
     EXPECT_EQ(titles(all(calendars)), "Trip");
     put("a/one.ics", event("5", "00", "Trip") + event("6", "01", "Lunch"));
     EXPECT_EQ(titles(all(calendars)), "Trip, Lunch") << "what both tell counts once";
+    put("a/one.ics", event("6", "01", "Lunch"));
     script("service", "exit 1\n");
-    EXPECT_EQ(titles(all(calendars)), "Trip, Lunch") << "one of two is enough";
+    EXPECT_EQ(titles(all(calendars)), "in part, Trip, Lunch") << "what one of two knew stays";
+    EXPECT_EQ(titles(all(calendars, from + duration::hour)), "in part, Lunch") << "until it is over";
+    fs::remove(root.path() / "service");
+    EXPECT_EQ(titles(all(calendars)), "Lunch") << "what is not there any more knows nothing";
 }
 
 TEST_F(CalendarHelpersTest, AReadingEndsWithTheLeave)

@@ -97,6 +97,7 @@ TEST_F(TravelTest, WithoutAccessNothingIsReadAndNothingChanges)
     store.isBroken = true;
     scan();
     EXPECT_TRUE(calendar.isTravelDayDetected.get()) << "what cannot be read says nothing";
+    EXPECT_FALSE(calendar.isLastScanWhole.get());
 }
 
 TEST_F(TravelTest, ScansComeEachHalfHourAndEndWithTheConsent)

@@ -294,8 +294,7 @@ void EventReader::occur(const Source& source, Date start)
 
 void EventReader::add(CalendarEvent event)
 {
-    const bool touches = event.start < to_ && (event.end > from_ || event.start >= from_);
-    if (!touches) return;
+    if (!event.touches(from_, to_)) return;
     if (events_.size() >= wire::calendar::maximumEvents) return complain("there are too many events");
     events_.push_back(std::move(event));
 }

@@ -95,30 +95,43 @@ void CalendarHelpers::relinquishAccess()
 {
     isAllowed_ = false;
     run_.stop();
+    const MutexLock lock(mutex_);
+    ofFiles_.clear();
+    ofService_.clear();
 }
 
-std::optional<std::vector<CalendarEvent>> CalendarHelpers::events(Date from, Date to,
-                                                                  const Predicate& isWanted)
+std::optional<CalendarReading> CalendarHelpers::events(Date from, Date to, const Predicate& isWanted)
 {
     if (authorizationStatus() != Authorization::fullAccess) return std::nullopt;
-    std::vector<CalendarEvent> result;
-    bool isAny = false;
-    const auto add = [&](std::optional<Reader> found) {
-        if (!found) return;
-        isAny = true;
-        result.insert(result.end(), std::make_move_iterator(found->events().begin()),
-                      std::make_move_iterator(found->events().end()));
-    };
-    if (auto folders = presentFolders(); !folders.empty())
-        add(report({setup_.files, from, to, std::move(folders)}, isWanted));
-    if (isThere(setup_.service)) {
-        auto found = report({setup_.service, from, to}, isWanted);
-        if (found) isServiceUsable_ = found->calendars() > 0;
-        add(std::move(found));
+    auto folders = presentFolders();
+    const bool isAnyFolder = !folders.empty();
+    const bool isAnyService = isThere(setup_.service);
+    auto ofFiles =
+        isAnyFolder ? report({setup_.files, from, to, std::move(folders)}, isWanted) : std::nullopt;
+    auto ofService = isAnyService ? report({setup_.service, from, to}, isWanted) : std::nullopt;
+    if (ofService) isServiceUsable_ = ofService->calendars() > 0;
+    CalendarReading result;
+    {
+        const MutexLock lock(mutex_);
+        if (!isAllowed_) return std::nullopt; // taken back meanwhile
+        const bool isFilesTold = follow(ofFiles_, isAnyFolder, ofFiles);
+        const bool isServiceTold = follow(ofService_, isAnyService, ofService);
+        result.isWhole = isFilesTold && isServiceTold;
+        for (const auto* told : {&ofFiles_, &ofService_})
+            for (const auto& event : *told)
+                if (event.touches(from, to)) result.events.push_back(event);
     }
-    if (!isAny) return std::nullopt;
-    wire::calendar::tidy(result);
+    wire::calendar::tidy(result.events);
     return result;
+}
+
+bool CalendarHelpers::follow(Events& told, bool isThere, std::optional<Reader>& found)
+{
+    if (found)
+        told = std::move(found->events());
+    else if (!isThere)
+        told.clear();
+    return found || !isThere;
 }
 
 std::optional<wire::calendar::Reader> CalendarHelpers::report(const Question& question,

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "base/Mutex.h"
 #include "desktop/HelperRun.h"
 #include "platform/CalendarStore.h"
 #include "platform/Complaints.h"
@@ -11,6 +12,7 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,7 +42,7 @@ public:
     Authorization authorizationStatus() const override;
     void requestFullAccess(Completion completion) override;
     void relinquishAccess() override;
-    std::optional<std::vector<CalendarEvent>> events(Date from, Date to, const Predicate& isWanted) override;
+    std::optional<CalendarReading> events(Date from, Date to, const Predicate& isWanted) override;
 
 private:
     using Reader = wire::calendar::Reader;
@@ -54,6 +56,10 @@ private:
         std::vector<std::filesystem::path> folders{};
     };
 
+    using Events = std::vector<CalendarEvent>;
+
+    /// Puts what a source tells now into `told`, which stays as it is where the source fails: false.
+    static bool follow(Events& told, bool isThere, std::optional<Reader>& found);
     std::optional<Reader> report(const Question& question, const Predicate& isWanted);
     void complain(const Reader& reader);
 
@@ -62,6 +68,9 @@ private:
     std::atomic<bool> isAllowed_ = false;
     std::atomic<bool> isServiceUsable_ = false; ///< it has calendars, as far as was asked
     Complaints complaints_;
+    Mutex mutex_;
+    Events ofFiles_ VELMORA_GUARDED_BY(mutex_); ///< as each told them last; none without leave
+    Events ofService_ VELMORA_GUARDED_BY(mutex_);
 };
 
 } // namespace velmora

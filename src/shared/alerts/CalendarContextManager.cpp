@@ -100,10 +100,12 @@ bool CalendarContextManager::checkNow()
 std::optional<CalendarContextManager::TravelDetectionResult> CalendarContextManager::detectTravelDay()
 {
     const Date now = clock_->now();
-    auto events = store_->events(now, now + lookahead, isTravel);
-    if (!events) return std::nullopt;
-    if (events->size() > maximumTravelEvents) events->resize(maximumTravelEvents);
-    TravelDetectionResult result{.detected = !events->empty(), .events = std::move(*events)};
+    auto reading = store_->events(now, now + lookahead, isTravel);
+    if (!reading) return std::nullopt;
+    auto& events = reading->events;
+    if (events.size() > maximumTravelEvents) events.resize(maximumTravelEvents);
+    TravelDetectionResult result{
+        .detected = !events.empty(), .events = std::move(events), .isWhole = reading->isWhole};
     if (result.detected) result.eventTitle = result.events.front().title;
     return result;
 }
@@ -113,6 +115,7 @@ void CalendarContextManager::publish(const TravelDetectionResult& result)
     isTravelDayDetected.set(result.detected);
     detectedEventTitle.set(result.eventTitle);
     travelEvents.set(result.events);
+    isLastScanWhole.set(result.isWhole);
 }
 
 void CalendarContextManager::startPeriodicDetection()

@@ -59,6 +59,8 @@ public:
     Observable<std::optional<std::string>> detectedEventTitle{std::nullopt};
     /// All that the scan has found, by their start; `maximumTravelEvents` at most.
     Observable<std::vector<CalendarEvent>> travelEvents{{}};
+    /// The last scan has read all calendars; of the others it has told what they had before.
+    Observable<bool> isLastScanWhole{true};
 
     /// Asks for access; once that is given, scans begin.
     void requestAccess();
@@ -82,6 +84,7 @@ private:
         bool detected = false;
         std::optional<std::string> eventTitle{};
         std::vector<CalendarEvent> events{};
+        bool isWhole = true;
     };
 
     std::optional<TravelDetectionResult> detectTravelDay();

@@ -22,7 +22,16 @@ struct CalendarEvent {
     Date end{};
     bool isAllDay = false; ///< `start` is a midnight where this machine is
 
+    /// Whether any of it lies between two moments.
+    bool touches(Date from, Date to) const { return start < to && (end > from || start >= from); }
+
     friend bool operator==(const CalendarEvent&, const CalendarEvent&) = default;
+};
+
+/// What the calendars held when they were last looked at.
+struct CalendarReading {
+    std::vector<CalendarEvent> events{};
+    bool isWhole = true; ///< otherwise some could not be read, for which stands what they told last
 };
 
 /// The user's calendars, as far as this machine has them. Any thread.
@@ -50,10 +59,9 @@ public:
     virtual void relinquishAccess() = 0;
 
     /// The events of all calendars that touch the time between two moments and are wanted, by their start.
-    /// Nothing without leave, and where they could not be read, which the log then says. May take many
-    /// seconds: not for the main thread. `isWanted` is asked meanwhile, so that the others take no memory.
-    virtual std::optional<std::vector<CalendarEvent>> events(Date from, Date to,
-                                                             const Predicate& isWanted) = 0;
+    /// Nothing without leave; what could not be read the log says. May take many seconds: not for the main
+    /// thread. `isWanted` is asked meanwhile, so that the others take no memory; it is to be always the same.
+    virtual std::optional<CalendarReading> events(Date from, Date to, const Predicate& isWanted) = 0;
 };
 
 } // namespace velmora
