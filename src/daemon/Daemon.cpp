@@ -135,10 +135,7 @@ void Daemon::noticePlug(bool hadExternalPower)
 void Daemon::observeQuickCharge()
 {
     if (!battery_ || isUnreadable_) return;
-    auto reading = reading_;
-    // What firmware says of a battery that it may not charge is no fulfilment.
-    if (heat_.pausedAt()) reading.isFull = false;
-    if (const auto ended = quickCharge_.observe(reading, ports_.clock.sinceBoot())) {
+    if (const auto ended = quickCharge_.observe(reading_, ports_.clock.sinceBoot(), isPaused())) {
         ports_.log.info(category, "Quick charge ends: " + std::string(ended->why) + ".");
         isOverrideFulfilled_ = ended->isFulfilled;
         intake_.announce();
@@ -199,7 +196,8 @@ void Daemon::acted(bool changed)
     if (mode_ == ChargeMode::heat && heat_.isFirstAttempt() && isChargingAllowed()) {
         changes_.info("This charger cannot be paused at " + std::to_string(heat_.pausedAt().value_or(0)) +
                       "%: it goes on although the battery is hot.");
-        heat_.giveUp();
+        const auto held = keeper_.inForce();
+        heat_.giveUp(held ? std::optional(held->end) : std::nullopt);
         if (hold()) return;
     }
     endHeat();
@@ -212,6 +210,12 @@ void Daemon::acted(bool changed)
 bool Daemon::isChargingAllowed() const
 {
     return velmora::isChargingAllowed(keeper_.inForce(), reading_);
+}
+
+/// By a person, or because the battery is hot.
+bool Daemon::isPaused() const
+{
+    return manual_.isPaused() || mode_ == ChargeMode::heat;
 }
 
 void Daemon::tell()
@@ -319,6 +323,7 @@ SettingsIntake::Ports Daemon::intakePorts()
         .clock = ports_.clock,
         .authorise = [this](const Caller& caller, auto decided) { authorise(caller, std::move(decided)); },
         .withdraw = [this](const std::string& busName) { outbound_.withdrawQuestion(busName); },
+        .isPaused = [this] { return isPaused(); },
         .changed = [this](const auto& caller, const auto& before) { settingsChanged(caller, before); },
         .refused =
             [this](const Caller& caller, Refused why) {

@@ -133,6 +133,7 @@ private:
     bool hold();
     void acted(bool changed);
     bool isChargingAllowed() const;
+    bool isPaused() const;
     void tell();
     void tellState();
     void tellEvents();

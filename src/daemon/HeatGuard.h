@@ -42,8 +42,8 @@ public:
 
     /// The charger has been told of the pause: whether for the first time since it began.
     bool isFirstAttempt();
-    /// The charger cannot hold it: nothing more until the battery is cool.
-    void giveUp() { rules_.giveUp(); }
+    /// See HeatPause::giveUp.
+    void giveUp(std::optional<int> end) { rules_.giveUp(end); }
 
     /// The charger has been told to do as without a pause; `isRestored`: and does.
     void lifted(bool isRestored);

@@ -223,18 +223,21 @@ void SettingsIntake::change(const Caller& caller, SettingsChange wish, DaemonSer
 
 void SettingsIntake::beginTravelCharge(const Caller& caller, DaemonService::ChargingReply reply)
 {
-    if (quickCharge_.isActive()) return reply(true);
+    const auto isUnderWay = [this] { return quickCharge_.isActive() && !ports_.isPaused(); };
+    // What was paused has its reason, and is not to be undone by a plan that nobody is watching.
+    const auto isNothingToDo = [this] { return quickCharge_.isActive() || ports_.isPaused(); };
+    if (isNothingToDo()) return reply(isUnderWay());
     authorise(caller, "begin a charge before a journey",
-              [this, caller, reply = std::move(reply)](const auto& refusal) {
+              [this, caller, isUnderWay, isNothingToDo, reply = std::move(reply)](const auto& refusal) {
                   if (refusal) return reply(*refusal);
-                  if (quickCharge_.isActive()) return reply(true); // somebody was faster
+                  if (isNothingToDo()) return reply(isUnderWay()); // much may have come since
                   const auto before = machine();
                   quickCharge_.ask(false); // one that was fulfilled is no reason against another
                   quickCharge_.ask(true, QuickCharge::Cause::travel);
                   logChange(caller, "quick charge before a journey");
                   announce();
                   ports_.changed(caller, before);
-                  reply(quickCharge_.isActive());
+                  reply(isUnderWay());
               });
 }
 

@@ -37,6 +37,7 @@ public:
         std::function<void(const Caller&, std::function<void(std::optional<Refused>)>)> authorise;
         /// Drops what this connection has asked: nobody decides it any more.
         std::function<void(const std::string& busName)> withdraw;
+        std::function<bool()> isPaused; ///< charging is: by a person, or because the battery is hot
         /// The charger's settings have changed from `before` by the wish of this client.
         std::function<void(const Caller&, const ChargingSettings& before)> changed;
         /// A message of this client was refused; not called for one that repeats it.
@@ -65,8 +66,8 @@ public:
     /// Single values: all of them or none.
     void change(const Caller& caller, SettingsChange wish, DaemonService::SettingsReply reply);
 
-    /// Begins a quick charge before a journey, unless one is under way; what changes nothing needs no right.
-    /// `reply` is told whether one is under way then.
+    /// Begins a quick charge before a journey, unless one is under way or charging is paused; what changes
+    /// nothing needs no right. `reply` is told whether the battery is being charged for it then.
     void beginTravelCharge(const Caller& caller, DaemonService::ChargingReply reply);
 
     /// Asks for the right to do what `what` says; a refusal is logged.

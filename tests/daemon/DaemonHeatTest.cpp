@@ -83,14 +83,20 @@ TEST_F(DaemonHeatTest, NotInAPersonsQuickChargeNorBelowThirtyPercentNorOverAPers
     change({.isTemporaryOverride = true});
     expectOrdinary("quick charge", 100);
     takeBack();
-    beginTravelCharge();
-    look();
+    EXPECT_EQ(beginTravelCharge(), false) << "not in the middle of a pause";
+    warm("39.0");
+    EXPECT_EQ(beginTravelCharge(), true);
+    warm("46.0", 7min);
+    EXPECT_EQ(beginTravelCharge(), false);
     expectPaused();
     for (int i = 0; i < 10; ++i) { // as firmware that holds a threshold
         battery(60, "Full");
         loop->advance(1min);
     }
     EXPECT_EQ(happened(), "thermal pause. ");
+    stops(99); // nor does its level mean that the charge was completed
+    loop->advance(10min);
+    EXPECT_EQ(happened(), "");
     warm("39.0");
     expectOrdinary("quick charge", 100);
     battery(60, "Charging");
@@ -101,6 +107,7 @@ TEST_F(DaemonHeatTest, NotInAPersonsQuickChargeNorBelowThirtyPercentNorOverAPers
     EXPECT_EQ(toggle(0, ChargingCommand::pause), false);
     EXPECT_EQ(mode(), "paused");
     warm("39.0");
+    EXPECT_EQ(beginTravelCharge(), false);
     EXPECT_EQ(mode(), "paused") << "what a person paused stays so";
     toggle(0, ChargingCommand::resume);
     expectOrdinary();
@@ -160,6 +167,16 @@ TEST_F(DaemonHeatTest, WhereTheChargerCannotStopThereIsNeitherPauseNorEvent)
     EXPECT_EQ(happened(), "");
     EXPECT_EQ(log.count("although the battery is hot"), 1U);
     std::filesystem::remove(folder.path() / startFile);
+    std::filesystem::rename(folder.path() / "module/lg_laptop", folder.path() / "module/fujitsu_laptop");
+    battery(45, "Charging"); // takes no end below 50
+    boot();
+    warm("46.0", 20min);
+    expectOrdinary();
+    battery(49, "Charging");
+    expectOrdinary();
+    battery(50, "Charging");
+    EXPECT_EQ(mode(), "paused for heat") << "from where it can";
+    EXPECT_EQ(end(), 50);
     std::filesystem::remove(folder.path() / endFile);
     boot();
     warm("46.0", 20min);

@@ -40,7 +40,7 @@ void HeatPause::feel(double celsius, Time now)
     doubtedSince_.reset();
     last_ = celsius;
     lastTime_ = now;
-    if (celsius < coolBelow) isHot_ = hasGivenUp_ = false;
+    if (celsius < coolBelow) isHot_ = false;
     if (celsius < coolBelow) lowestLevel_ = lowest;
     if (celsius < hotFrom) return hotSince_.reset();
     if (!hotSince_ || !isContinued) hotSince_ = now;
@@ -58,21 +58,21 @@ void HeatPause::forget()
 void HeatPause::decide(const Facts& facts)
 {
     const auto& reading = facts.reading;
-    const bool isHeld =
-        isHot_ && !hasGivenUp_ && isPossible() && facts.isAvoidable && reading.hasExternalPower;
+    const bool isHeld = isHot_ && isPossible() && facts.isAvoidable && reading.hasExternalPower;
     if (!isHeld) return pausedAt_.reset();
     const double level = reading.lowestLevel();
     if (pausedAt_ && level < lowest) {
-        lowestLevel_ = lowestAgain;
+        lowestLevel_ = std::max(lowestLevel_, lowestAgain);
         return pausedAt_.reset();
     }
     if (!pausedAt_ && level >= lowestLevel_ && reading.takesPower())
         pausedAt_ = static_cast<int>(std::clamp(level, 1.0, 100.0));
 }
 
-void HeatPause::giveUp()
+void HeatPause::giveUp(std::optional<int> end)
 {
-    hasGivenUp_ = true;
+    constexpr double never = 101;
+    lowestLevel_ = end.value_or(never);
     pausedAt_.reset();
 }
 

@@ -41,8 +41,9 @@ public:
     bool isCool() const { return last_ && *last_ < coolBelow; }
     /// This laptop can be paused: its battery has a sensor, and its charger takes a level to stop at.
     bool isPossible() const { return hasSensor_ && hasMeans_; }
-    /// The charger cannot hold this: nothing more until the battery is cool.
-    void giveUp();
+    /// The charger cannot stop at this level: no more attempt below `end`, percent, which it took instead,
+    /// until the battery is cool; none at all where nobody knows what it took.
+    void giveUp(std::optional<int> end);
 
 private:
     static constexpr double hotFrom = 45, coolBelow = 40; ///< degrees Celsius
@@ -58,10 +59,9 @@ private:
     std::optional<Time> doubtedSince_; ///< readings are too far from the last that was believed
     std::optional<Time> hotSince_;     ///< and at every look since
     bool isHot_ = false;               ///< has been for long, and is not cool yet
-    bool hasGivenUp_ = false;
     bool hasSensor_ = false;
     bool hasMeans_ = false;
-    double lowestLevel_ = lowest; ///< percent; below it a battery is charged however hot
+    double lowestLevel_ = lowest; ///< percent; below it a battery is charged however hot it stays
     std::optional<int> pausedAt_;
 };
 

@@ -39,16 +39,16 @@ bool QuickCharge::ask(bool wanted, Cause cause)
     return true;
 }
 
-std::optional<QuickCharge::End> QuickCharge::observe(const ChargeReading& reading, Time now)
+std::optional<QuickCharge::End> QuickCharge::observe(const ChargeReading& reading, Time now, bool isPaused)
 {
     if (state_ != State::active) return std::nullopt;
     const bool mayBeFull = reading.isFull || (reading.percentage >= nearlyFull && !reading.takesPower());
-    follow(fullSince_, mayBeFull && reading.hasExternalPower, now);
+    follow(fullSince_, mayBeFull && reading.hasExternalPower && !isPaused, now);
     follow(unpluggedSince_, !reading.hasExternalPower, now);
 
     std::optional<End> ended;
     const bool isFull = reading.percentage >= believableFull;
-    if (reading.isFull && isFull) {
+    if (reading.isFull && isFull && !isPaused) {
         ended = {"the battery is full", true};
     } else if (fullSince_ && now - *fullSince_ >= fullPatience) {
         ended = {"the battery takes no more", isFull};

@@ -51,8 +51,9 @@ public:
         std::string_view why; ///< a phrase
         bool isFulfilled;     ///< the battery is as full as it gets
     };
-    /// Takes a reading in; returns how it has ended, if it has with this one.
-    std::optional<End> observe(const ChargeReading& reading, Time now);
+    /// Takes a reading in; returns how it has ended, if it has with this one. `isPaused`: the battery may not
+    /// charge, and nothing that it says then is a reason to call it full.
+    std::optional<End> observe(const ChargeReading& reading, Time now, bool isPaused = false);
 
     /// When a reading without change would end it; absent if none would.
     std::optional<Time> due() const;

@@ -68,8 +68,9 @@ public:
     /// refused.
     virtual void controlCharging(const Caller& caller, ChargingCommand command, ChargingReply reply) = 0;
 
-    /// Begins a quick charge before a journey where none is under way. Calls `reply` once, now or later, with
-    /// whether one is under way then, or with why this was refused.
+    /// Begins a quick charge before a journey where none is under way and charging is not paused. Calls
+    /// `reply` once, now or later, with whether the battery is being charged for it then, or with why this
+    /// was refused.
     virtual void beginTravelCharge(const Caller& caller, ChargingReply reply) = 0;
 
     /// The connection has left the bus; its name will not come again.

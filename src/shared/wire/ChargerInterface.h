@@ -54,8 +54,9 @@ inline constexpr Message resumeCharging{"ResumeCharging", {}, daemon_protocol::c
 /// ChargerAction.
 inline constexpr Message getActions{"GetActions", {}, actions};
 /// Starts a quick charge before a journey: one that nobody is sitting in front of, so that a hot battery may
-/// interrupt it. Answers whether one is under way then; errors as of `setSettings`. It is taken back like any
-/// other, by the override's setting.
+/// interrupt it. Answers whether one is under way then: false while charging is paused, by a person or for
+/// heat, which this does not end. Errors as of `setSettings`. It is taken back like any other, by the
+/// override's setting.
 inline constexpr std::array isBegun{Argument{"isBegun", "b"}};
 inline constexpr Message beginTravelCharge{"BeginTravelCharge", {}, isBegun};
 inline constexpr std::array messages{&getSettings,    &setSettings, &pauseCharging,
