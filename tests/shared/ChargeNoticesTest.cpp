@@ -30,6 +30,7 @@ struct ChargeNoticesTest : testing::Test {
         machine.loop->advance(NotificationManager::cooldownPeriod);
         const int before = center.delivered();
         notices->take(event);
+        machine.settle();
         return center.delivered() - before;
     }
     int at(std::int64_t level) { return after({.kind = levelLost, .level = level}); }
@@ -112,12 +113,29 @@ TEST_F(ChargeNoticesTest, WhoCouldNotBeToldAtFirstIsToldAtTheNextPoint)
     EXPECT_EQ(at(59), 1) << "the limit was raised";
 }
 
+TEST_F(ChargeNoticesTest, ADipThatNobodySawIsToldAtTheNextPoint)
+{
+    center.deliveryError = "no answer";
+    EXPECT_EQ(at(20), 0);
+    center.deliveryError.reset();
+    notices->take({.kind = levelLost, .level = 19});
+    notices->take({.kind = levelLost, .level = 18});
+    machine.settle();
+    EXPECT_EQ(center.delivered(), 1) << "once, while the desktop is still at it";
+    notices->takeLevel(25);
+    notices->take({.kind = levelLost, .level = 20});
+    machine.settle();
+    EXPECT_EQ(center.delivered(), 1) << "so soon after the last one";
+    EXPECT_EQ(at(19) + at(18), 1);
+}
+
 TEST_F(ChargeNoticesTest, ADipBeforeTheDesktopIsThereIsToldOnceItIs)
 {
     FakePlatform logIn;
     logIn.notificationCenter->holdsAnswers = true;
     ChargeNotices early([] { return NoticeWishes{}; }, [] { return true; });
     early.take({.kind = levelLost, .level = 20});
+    logIn.settle();
     logIn.notificationCenter->answer();
     early.take({.kind = levelLost, .level = 19});
     EXPECT_EQ(logIn.notificationCenter->delivered(), 1);

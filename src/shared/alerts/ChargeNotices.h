@@ -4,6 +4,7 @@
 #pragma once
 
 #include "alerts/NotificationManager.h"
+#include "base/Lifetime.h"
 #include "platform/Preferences.h"
 #include "wire/ChargeEvent.h"
 
@@ -27,12 +28,15 @@ struct NoticeWishes {
 /// Turns what the daemon tells all sessions into this person's notices: those that are wanted, and only while
 /// this person's session is the one in use.
 ///
-/// A low battery is told once a dip, at the first point lost at or below the person's limit. That is
+/// A low battery is told once a dip, at the first point lost at or below the person's limit. It counts as
+/// told once the desktop has taken the notice; before that the next point lost tries again. That is
 /// remembered over a restart; the next dip begins once the level has been 5 points above the limit. Who
 /// switches the notice on or raises the limit while below is told at the next point lost.
 ///
 /// Main thread only.
 class ChargeNotices {
+    Lifetime lifetime_;
+
 public:
     /// Makes the notification manager, so that the desktop is asked for leave before the first event.
     ChargeNotices(std::function<NoticeWishes()> wishes, std::function<bool()> isSessionActive);
@@ -43,6 +47,7 @@ public:
 
 private:
     void takeLoss(std::int64_t level, const NoticeWishes& wishes);
+    void tellDip();
     void post(const ChargeEvent& event);
     void postSource(const std::string& powerSource);
     bool isDipTold() const;
@@ -52,6 +57,7 @@ private:
     std::function<bool()> isSessionActive_;
     std::shared_ptr<Preferences> preferences_;
     NotificationManager& manager_;
+    bool isTellingDip_ = false; ///< the desktop has not answered yet
 };
 
 } // namespace velmora

@@ -56,10 +56,10 @@ void NotificationManager::sendChargingResumedNotice()
          tr("Battery dropped below threshold. Re-engaging charging."), passive);
 }
 
-void NotificationManager::sendLowBatteryNotice()
+void NotificationManager::tellLowBattery(const Outcome& told)
 {
     send("low_battery", tr("Low Battery"),
-         tr("Battery at 20%. Please connect to power to preserve lifespan."), active);
+         tr("Battery at 20%. Please connect to power to preserve lifespan."), active, {}, told);
 }
 
 void NotificationManager::sendThermalNotice()
@@ -85,20 +85,29 @@ void NotificationManager::sendSmartContextTravelNotice(const std::optional<std::
          active, {{cancelTravelCharge, tr("Do not charge")}});
 }
 
-void NotificationManager::send(const std::string& id, std::string title, std::string body,
-                               InterruptionLevel priority, std::vector<NotificationAction> actions)
+bool NotificationManager::isDue(const std::string& id) const
 {
-    if (!isAuthorized()) return;
-    const auto now = clock_->sinceBoot();
-    if (const auto last = lastSent(id); last && now - *last < cooldownPeriod) return;
+    const auto last = lastSent(id);
+    return isAuthorized() && (!last || clock_->sinceBoot() - *last >= cooldownPeriod);
+}
+
+void NotificationManager::send(const std::string& id, std::string title, std::string body,
+                               InterruptionLevel priority, std::vector<NotificationAction> actions,
+                               const Outcome& told)
+{
+    const auto tell = [loop = loop_, told](bool isTaken) {
+        if (told) loop->post([told, isTaken] { told(isTaken); });
+    };
+    if (!isDue(id)) return tell(false);
     NotificationRequest request{.identifier =
                                     id + makeUuid(), // so that no earlier one of its kind is replaced
                                 .title = std::move(title),
                                 .body = std::move(body),
                                 .interruptionLevel = priority,
                                 .actions = std::move(actions)};
-    center_->add(std::move(request), [id, weak = std::weak_ptr(state_), clock = clock_, log = log_,
+    center_->add(std::move(request), [id, tell, weak = std::weak_ptr(state_), clock = clock_, log = log_,
                                       loop = loop_](const auto& error) {
+        tell(!error);
         if (error) return log->error(category, "Failed to send notification '" + id + "': " + *error);
         const auto state = weak.lock();
         if (!state) return;

@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -41,7 +42,11 @@ public:
 
     void sendChargingPausedNotice();
     void sendChargingResumedNotice();
-    void sendLowBatteryNotice();
+    void sendLowBatteryNotice() { tellLowBattery({}); }
+    using Outcome = std::function<void(bool isTaken)>;
+    /// The same notice, and says later on the main thread whether the desktop took it. One that failed or was
+    /// not sent at all was not taken.
+    void tellLowBattery(const Outcome& told);
     void sendThermalNotice();
     void sendOverrideCompleteNotice();
     /// `source` is a power source's name, "AC Power".
@@ -64,7 +69,9 @@ private:
 
     void requestAuthorization();
     void send(const std::string& id, std::string title, std::string body, InterruptionLevel priority,
-              std::vector<NotificationAction> actions = {});
+              std::vector<NotificationAction> actions = {}, const Outcome& told = {});
+    /// Whether leave is given and the cooldown over.
+    bool isDue(const std::string& id) const;
     std::optional<std::chrono::milliseconds> lastSent(const std::string& id) const;
 
     std::shared_ptr<NotificationCenter> center_;
