@@ -300,6 +300,23 @@ TEST_F(OddServerTest, WhatIsShownTooLateIsTakenBackUnlessSomethingElseTakesItsPl
     EXPECT_EQ(std::ranges::count(calls, "CloseNotification"), 1);
 }
 
+TEST_F(OddServerTest, WhatStandsGoesWithTheReplacementThatIsTakenBackAndNotWithoutIt)
+{
+    add("1");
+    ASSERT_TRUE(areTold(1));
+    add("2");
+    center.removeDelivered({"a"});
+    ASSERT_TRUE(areTold(2));
+    EXPECT_THAT(notices, ElementsAre("01default", "72default"));
+    add("3");
+    center.removePending({"a"});
+    center.removeDelivered({"a"});
+    ASSERT_TRUE(areTold(3));
+    EXPECT_TRUE(eventually([&] { return calls.back() == "CloseNotification"; }));
+    EXPECT_EQ(notices.size(), 2U);
+    EXPECT_EQ(std::ranges::count(calls, "CloseNotification"), 1);
+}
+
 TEST_F(OddServerTest, APersonsWordIsTakenOnceAndFromTheServerAlone)
 {
     std::vector<std::string> heard;

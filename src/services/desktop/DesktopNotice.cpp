@@ -136,9 +136,10 @@ void DesktopNotice::takeBack()
 
 void DesktopNotice::remove()
 {
-    if (isUnderWay()) return;
+    // What is on its way may come under the same number: unless it is taken back, it replaces the old notice.
+    if (isUnderWay() && !isTakenBack_) return;
     close();
-    over();
+    if (!isUnderWay()) over();
 }
 
 void DesktopNotice::close()
