@@ -99,6 +99,21 @@ TEST_F(DeviceIdentityTest, StaysTheSameWhateverIsLost)
     std::filesystem::remove(file);
     EXPECT_EQ(identityInOneLife(), first) << "a cleared folder";
     EXPECT_EQ(filed(), first + "\n");
+    std::filesystem::permissions(file, std::filesystem::perms{0644});
+    EXPECT_EQ(identityInOneLife(), first) << "a backup without modes";
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms{0600});
+}
+
+TEST_F(DeviceIdentityTest, WhatCannotBeReadIsNotReplaced)
+{
+    std::filesystem::create_directories(file.parent_path());
+    std::filesystem::create_symlink("not/mounted", file);
+    DeviceIdentity identity;
+    identity.whenKnown([](const auto& uuid) { ADD_FAILURE() << uuid; });
+    settle();
+    EXPECT_TRUE(std::filesystem::is_symlink(file));
+    EXPECT_TRUE(store.items.empty());
+    EXPECT_EQ(machine.log->count("This machine gets no identity: could not read"), 1U);
 }
 
 TEST_F(DeviceIdentityTest, TheStoresCountsAndNonsenseIsNone)

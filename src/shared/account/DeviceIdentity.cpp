@@ -50,18 +50,41 @@ bool writePrivately(const fs::path& file, const std::string& text)
     return !error;
 }
 
+/// Nobody knows what an identity that cannot be read says, so that no new one may take its place.
+void refuseToReplace(const fs::path& file)
+{
+    std::error_code error;
+    if (fs::symlink_status(file, error).type() == fs::file_type::not_found || readWholeFile(file)) return;
+    throw std::system_error(std::make_error_code(std::errc::io_error), "could not read " + file.string());
+}
+
+/// The file holds what it should; a backup may have brought it back readable to others.
+void makePrivate(const fs::path& file, Log& log)
+{
+    constexpr auto ownersAlone = fs::perms::owner_read | fs::perms::owner_write;
+    std::error_code error;
+    if (fs::status(file, error).permissions() == ownersAlone) return;
+    fs::permissions(file, ownersAlone, error);
+    if (error)
+        log.warning(category, "Could not make " + file.string() + " readable to its owner alone (" +
+                                  error.message() + "): it stays as it is.");
+}
+
 /// What store and file say, brought to agree. Throws std::system_error where there is none yet and no random
-/// numbers for one.
+/// numbers for one, or where the file cannot be read and the store does not have it.
 std::string agreedUuid(const fs::path& file, Log& log)
 {
     const auto& keychain = KeychainHelper::shared();
     const auto stored = uuidIn(keychain.read(DeviceIdentity::service, DeviceIdentity::account));
     const auto filed = file.empty() ? std::nullopt : uuidIn(readWholeFile(file));
+    if (!stored && !filed) refuseToReplace(file);
     std::string uuid = stored ? *stored : filed ? *filed : makeUuid();
     if (!stored && !keychain.save(uuid, DeviceIdentity::service, DeviceIdentity::account))
         log.info(category, "The secret store takes nothing, being locked, absent or slow: this machine's "
                            "identity is kept in a file alone.");
-    if (filed != uuid && !file.empty() && !writePrivately(file, uuid + "\n"))
+    if (filed == uuid)
+        makePrivate(file, log);
+    else if (!file.empty() && !writePrivately(file, uuid + "\n"))
         log.warning(category, "Could not write " + file.string() +
                                   ": without the secret store this machine would count as a new one.");
     return uuid;

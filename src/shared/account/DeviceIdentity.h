@@ -22,7 +22,8 @@ namespace velmora {
 /// makes a new machine of this one. A copy that was lost is made again from the other.
 ///
 /// Where the two differ the store's counts, and the file follows: a file is what an old backup brings back. A
-/// text that is no UUID counts as none.
+/// text that is no UUID counts as none. A file that is there but cannot be read is not replaced by a new
+/// identity: without the store there is none then.
 ///
 /// Main thread only; store and file are asked on a thread of their own, for as long as that takes.
 class DeviceIdentity {
