@@ -53,7 +53,7 @@ void Helper::confineProcess(unsigned seconds)
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    const rlimit none{0, 0};
+    const rlimit none{1, 1};       // at 0 a program would still be handed the image
     setrlimit(RLIMIT_CORE, &none); // a calendar is nobody else's business
     setpriority(PRIO_PROCESS, 0, 10);
     setSubject("the calendars");

@@ -3,6 +3,7 @@
 
 #include "base/CoreDumps.h"
 
+#include <algorithm>
 #include <optional>
 #include <sys/resource.h>
 
@@ -12,13 +13,14 @@ namespace {
 std::optional<rlimit> before; // nothing: never forbidden
 }
 
-// systemd-coredump and apport, which the kernel starts whatever the limit is, keep to it themselves.
+// At a limit of 0 the kernel still hands the image to a program such as systemd-coredump. At 1 it makes none
+// at all, for a file as little as for a program.
 void forbidCoreDumps()
 {
     rlimit limit{};
     if (getrlimit(RLIMIT_CORE, &limit) != 0) return;
     before = limit;
-    limit.rlim_cur = 0;
+    limit.rlim_cur = std::min<rlim_t>(1, limit.rlim_max);
     setrlimit(RLIMIT_CORE, &limit);
 }
 
