@@ -11,6 +11,7 @@
 #include <ctime>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <regex>
 #include <set>
 #include <sys/stat.h>
 
@@ -109,6 +110,8 @@ TEST(EventReaderTest, AZoneThatAFileDefinesCountsWhereTheSystemHasNone)
     const auto meeting = event("UID:1\nSUMMARY:x\nDTSTART;TZID=Customized:20260705T080000\n");
     EXPECT_THAT(eventsOn("20260705T000000Z", meeting + zone), ElementsAre("x 0705T0500-0705T0500"));
     EXPECT_THAT(eventsOn("20260705T000000Z", meeting), ElementsAre("x 0705T0800-0705T0800"));
+    const auto own = std::regex_replace(meeting + zone, std::regex("Customized"), "My/Europe/Berlin");
+    EXPECT_THAT(eventsOn("20260705T000000Z", own), ElementsAre("x 0705T0500-0705T0500"));
     auto endless = zone;
     endless.insert(endless.find("END:STANDARD"), "RRULE:FREQ=SECONDLY\n");
     EXPECT_THAT(eventsOn("20260705T000000Z", meeting + endless), ElementsAre("x 0705T0800-0705T0800"));
@@ -173,6 +176,36 @@ TEST(EventReaderTest, WhatWasMovedIsWhereItWasMovedTo)
                  master +
                      moved(later, "SUMMARY:y\nDTSTART;TZID=Europe/Berlin:20260602T080000\nDURATION:PT2H\n")),
         ElementsAre("y 0707T0600-0707T0800"));
+}
+
+TEST(EventReaderTest, AnOccurrenceKeepsItsIdentifierWhereverItIs)
+{
+    const auto identifiers = [](const std::string& components) {
+        EventReader reader(utc("20260705T000000Z"), utc("20260707T120000Z"));
+        reader.read(components);
+        std::set<std::string> result;
+        for (const auto& one : reader.events()) result.insert(one.identifier);
+        return result;
+    };
+    const auto single = event("UID:a\nDTSTART:20260706T080000Z\n");
+    const auto later = event("UID:a\nSEQUENCE:1\nDTSTART:20260707T080000Z\n");
+    EXPECT_THAT(identifiers(single), ElementsAre("a"));
+    EXPECT_THAT(identifiers(later), ElementsAre("a"));
+    EXPECT_THAT(eventsOn("20260706T000000Z", later + single), IsEmpty())
+        << "of two versions the later counts";
+    const auto days = event("UID:b\nDTSTART;VALUE=DATE:20250706\nRRULE:FREQ=YEARLY\n");
+    for (const auto* zone : {"UTC", "Asia/Tokyo", "America/New_York"}) {
+        const Place home(zone);
+        EXPECT_THAT(identifiers(days), ElementsAre("20260706 b"));
+    }
+    const auto daily = event("UID:c\nDTSTART:20260705T080000Z\nRRULE:FREQ=DAILY;COUNT=2\n");
+    const auto all = identifiers(daily);
+    EXPECT_EQ(all.size(), 2U);
+    for (const auto* id : {":20260705T080000Z", ";VALUE=DATE:20260705"}) {
+        const auto moved = event("UID:c\nRECURRENCE-ID" + std::string(id) + "\nDTSTART:20260706T220000Z\n");
+        EXPECT_EQ(identifiers(moved + daily), all);
+        EXPECT_THAT(eventsOn("20260705T000000Z", daily + moved), IsEmpty());
+    }
 }
 
 /// What begins in the middle of a rule finds the same as what follows it from its start.

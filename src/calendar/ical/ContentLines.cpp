@@ -50,9 +50,9 @@ std::string_view valueOf(std::string_view line)
 
 bool isNeeded(std::string_view property)
 {
-    constexpr std::array<std::string_view, 11> needed{"UID",    "SUMMARY",  "LOCATION",     "DTSTART",
-                                                      "DTEND",  "DURATION", "RRULE",        "RDATE",
-                                                      "EXDATE", "STATUS",   "RECURRENCE-ID"};
+    constexpr std::array<std::string_view, 12> needed{"UID",     "SEQUENCE", "SUMMARY",  "LOCATION",
+                                                      "DTSTART", "DTEND",    "DURATION", "RRULE",
+                                                      "RDATE",   "EXDATE",   "STATUS",   "RECURRENCE-ID"};
     return std::ranges::any_of(needed, [&](auto one) { return isSame(property, one); });
 }
 

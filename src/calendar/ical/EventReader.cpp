@@ -4,6 +4,7 @@
 #include "ical/EventReader.h"
 
 #include "base/Handle.h"
+#include "base/Saturate.h"
 #include "ical/ContentLines.h"
 #include "wire/CalendarReport.h"
 
@@ -96,8 +97,12 @@ std::string EventReader::read(std::string_view text)
 {
     problem_.clear();
     textBegan_ = std::clock();
+    single_.clear();
     recurring_.clear();
+    series_.clear();
+    moved_.clear();
     overrides_.clear();
+    newest_.clear();
     wall_.beginFile();
     const ComponentSink zones{.event = [](const auto&) {},
                               .zone = [this](const auto& zone) { wall_.define(zone); }};
@@ -105,6 +110,9 @@ std::string EventReader::read(std::string_view text)
                                .zone = [](const auto&) {}};
     if (text.find("VTIMEZONE") != text.npos) splitComponents(text, zones); // they may come after the events
     if (!splitComponents(text, events)) complain("a component has no end, or is too long");
+    for (const auto& moved : moved_) place(moved);
+    for (auto& single : single_)
+        if (isNewest(single)) add(std::move(single.event));
     for (const auto& component : recurring_) expand(component);
     return problem_;
 }
@@ -126,25 +134,64 @@ void EventReader::readEvent(const std::string& text)
     const Component event(icalparser_parse_string(text.c_str()));
     if (!event || icalcomponent_isa(event.get()) != ICAL_VEVENT_COMPONENT)
         return complain("an event is no event");
-    const auto source = sourceOf(event.get());
+    auto source = sourceOf(event.get());
     if (!source) return complain("an event has no start");
-    auto* stands = icalcomponent_get_first_property(event.get(), ICAL_RECURRENCEID_PROPERTY);
-    if (stands) {
-        const auto instead = icalproperty_get_recurrenceid(stands);
-        if (!isSane(instead)) return complain("an occurrence was moved from no time");
-        auto* range = icalproperty_get_first_parameter(stands, ICAL_RANGE_PARAMETER);
-        const bool isForAllLater = range && icalparameter_get_range(range) == ICAL_RANGE_THISANDFUTURE;
-        auto& overrides = overrides_[source->event.identifier];
-        const Date moment = momentOf(stands, instead);
-        overrides.moments.insert(moment);
-        if (isForAllLater && std::abs(source->event.start - moment) <= farthestMove)
-            overrides.later.insert_or_assign(moment, *source);
+    if (source->sequence > 0) {
+        auto& newest = newest_[source->version];
+        newest = std::max(newest, source->sequence);
+    }
+    if (auto* stands = icalcomponent_get_first_property(event.get(), ICAL_RECURRENCEID_PROPERTY)) {
+        readMoved(stands, std::move(*source));
     } else if (icalcomponent_get_first_property(event.get(), ICAL_RRULE_PROPERTY) ||
                icalcomponent_get_first_property(event.get(), ICAL_RDATE_PROPERTY)) {
-        if (!source->isCancelled) recurring_.push_back(text);
-        return;
+        if (source->isCancelled) return;
+        recurring_.push_back(text);
+        series_.insert_or_assign(source->event.identifier, std::move(*source));
+    } else if (!source->isCancelled && source->event.touches(from_, to_)) {
+        auto& one = source->event;
+        if (one.identifier.empty()) one.identifier = nameOf(one, one.start, one.isAllDay);
+        single_.push_back(std::move(*source));
     }
-    if (!source->isCancelled) add(source->event);
+}
+
+void EventReader::readMoved(icalproperty* stands, Source source)
+{
+    const auto original = icalproperty_get_recurrenceid(stands);
+    if (!isSane(original)) return complain("an occurrence was moved from no time");
+    auto* range = icalproperty_get_first_parameter(stands, ICAL_RANGE_PARAMETER);
+    const bool isForAllLater = range && icalparameter_get_range(range) == ICAL_RANGE_THISANDFUTURE;
+    moved_.push_back({std::move(source), original, zoneOf(stands), isForAllLater});
+}
+
+void EventReader::place(const Moved& moved)
+{
+    if (!isNewest(moved.source)) return;
+    const auto found = series_.find(moved.source.event.identifier);
+    const Source& series = found == series_.end() ? moved.source : found->second;
+    const Date moment = occurrenceOf(series, moved.original, moved.zone);
+    auto& overrides = overrides_[moved.source.event.identifier];
+    overrides.moments.insert(moment);
+    if (moved.isForAllLater && std::abs(moved.source.event.start - moment) <= farthestMove)
+        overrides.later.insert_or_assign(moment, moved.source);
+    if (moved.source.isCancelled) return;
+    CalendarEvent event = moved.source.event;
+    event.identifier = nameOf(event, moment, moved.original.is_date && series.event.isAllDay);
+    add(std::move(event));
+}
+
+/// Of the versions of an event that a text has, the one with the highest sequence counts.
+bool EventReader::isNewest(const Source& source) const
+{
+    const auto found = newest_.find(source.version);
+    return found == newest_.end() || source.sequence >= found->second;
+}
+
+/// An occurrence is named by when it was to be, a day alike wherever this machine is. That comes first, since
+/// long names are cut.
+std::string EventReader::nameOf(const CalendarEvent& event, Date occurrence, bool isDay)
+{
+    const auto when = isDay ? wall_.dayOf(occurrence) : std::to_string(truncated(occurrence.unixSeconds()));
+    return when + " " + (event.identifier.empty() ? event.title.value_or("") : event.identifier);
 }
 
 std::optional<EventReader::Source> EventReader::sourceOf(icalcomponent* event)
@@ -160,6 +207,10 @@ std::optional<EventReader::Source> EventReader::sourceOf(icalcomponent* event)
     source.event.isAllDay = source.start.is_date != 0;
     source.event.start = wall_.moment(source.start, source.zone);
     source.isCancelled = icalcomponent_get_status(event) == ICAL_STATUS_CANCELLED;
+    source.version = source.event.identifier;
+    if (auto* stands = icalcomponent_get_first_property(event, ICAL_RECURRENCEID_PROPERTY))
+        source.version.append("\n").append(icaltime_as_ical_string(icalproperty_get_recurrenceid(stands)));
+    if (!source.event.identifier.empty()) source.sequence = icalcomponent_get_sequence(event);
     setEnd(event, source);
     return source;
 }
@@ -182,6 +233,17 @@ void EventReader::setEnd(icalcomponent* event, Source& source)
                                 : source.event.start + std::max(length, 0.0);
 }
 
+/// A date names the occurrence of that day.
+Date EventReader::occurrenceOf(const Source& series, icaltimetype time, const std::string& zone)
+{
+    if (!time.is_date || series.event.isAllDay) return wall_.moment(time, zone);
+    auto start = series.start;
+    start.year = time.year;
+    start.month = time.month;
+    start.day = time.day;
+    return wall_.moment(start, series.zone);
+}
+
 Date EventReader::momentOf(icalproperty* property, const icaltimetype& time)
 {
     return wall_.moment(time, zoneOf(property));
@@ -191,7 +253,7 @@ void EventReader::expand(const std::string& text)
 {
     const Component event(icalparser_parse_string(text.c_str()));
     const auto source = event ? sourceOf(event.get()) : std::nullopt;
-    if (!source) return;
+    if (!source || !isNewest(*source)) return;
     std::set<Date> starts{source->event.start};
     forEach(event.get(), ICAL_RRULE_PROPERTY, maximumRules,
             [&](auto* rule) { addRule(rule, *source, starts); });
@@ -253,18 +315,8 @@ std::set<Date> EventReader::exceptions(icalcomponent* event, const Source& sourc
 {
     std::set<Date> left;
     forEach(event, ICAL_EXDATE_PROPERTY, maximumDates, [&](auto* property) {
-        auto time = icalproperty_get_exdate(property);
-        if (!isSane(time)) return;
-        if (time.is_date && !source.event.isAllDay) { // meant is the occurrence of that day
-            const auto day = time;
-            time = source.start;
-            time.year = day.year;
-            time.month = day.month;
-            time.day = day.day;
-            left.insert(wall_.moment(time, source.zone));
-        } else {
-            left.insert(momentOf(property, time));
-        }
+        const auto time = icalproperty_get_exdate(property);
+        if (isSane(time)) left.insert(occurrenceOf(source, time, zoneOf(property)));
     });
     if (const auto found = overrides_.find(source.event.identifier); found != overrides_.end())
         left.insert(found->second.moments.begin(), found->second.moments.end());
@@ -286,6 +338,7 @@ void EventReader::occur(const Source& source, Date start)
     }
     if (as->isCancelled) return;
     CalendarEvent event = as->event;
+    event.identifier = nameOf(event, start, source.event.isAllDay);
     event.start = start + move;
     event.end = event.isAllDay ? wall_.daysLater(event.start, as->days)
                                : event.start + (as->event.end - as->event.start);

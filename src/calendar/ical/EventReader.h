@@ -36,8 +36,17 @@ private:
         CalendarEvent event{}; ///< its first occurrence
         icaltimetype start{};  ///< on the clock of its place
         std::string zone{};
-        int days = 0; ///< that it lasts, of an all-day event
+        int days = 0;          ///< that it lasts, of an all-day event
+        std::string version{}; ///< alike in all versions of it, of which the highest sequence counts
+        int sequence = 0;
         bool isCancelled = false;
+    };
+    /// What stands for an occurrence of a recurring event.
+    struct Moved {
+        Source source;
+        icaltimetype original{}; ///< of the occurrence, on the clock of its place
+        std::string zone{};
+        bool isForAllLater = false;
     };
     /// What a recurring event's own occurrences give way to.
     struct Overrides {
@@ -46,6 +55,10 @@ private:
     };
 
     void readEvent(const std::string& component);
+    void readMoved(icalproperty* stands, Source source);
+    void place(const Moved& moved);
+    bool isNewest(const Source& source) const;
+    std::string nameOf(const CalendarEvent& event, Date occurrence, bool isDay);
     std::optional<Source> sourceOf(icalcomponent* event);
     void setEnd(icalcomponent* event, Source& source);
     void expand(const std::string& component);
@@ -54,6 +67,7 @@ private:
     void addDates(icalcomponent* event, std::set<Date>& starts);
     void occur(const Source& source, Date start);
     void add(CalendarEvent event);
+    Date occurrenceOf(const Source& series, icaltimetype time, const std::string& zone);
     Date momentOf(icalproperty* property, const icaltimetype& time);
     icaltimetype earliest(const Source& source) const;
     bool isTimeUp() const;
@@ -63,9 +77,14 @@ private:
     Date to_;
     Wall wall_;
     std::vector<CalendarEvent> events_;
-    std::vector<std::string> recurring_;                      ///< components of this file
-    std::map<std::string, Overrides, std::less<>> overrides_; ///< of this file, by identifier
-    std::clock_t began_ = std::clock();                       ///< by the processor time of this process
+    // Of this file; the maps by identifier.
+    std::vector<Source> single_;         ///< that touch the stretch of time
+    std::vector<std::string> recurring_; ///< components
+    std::map<std::string, Source, std::less<>> series_;
+    std::vector<Moved> moved_;
+    std::map<std::string, Overrides, std::less<>> overrides_;
+    std::map<std::string, int, std::less<>> newest_; ///< sequences above 0, by version
+    std::clock_t began_ = std::clock();              ///< by the processor time of this process
     std::clock_t textBegan_ = 0;
     std::string problem_;
 };

@@ -128,15 +128,25 @@ Date Wall::moment(const icaltimetype& time, const std::string& zone)
         return Date::fromUnix(static_cast<double>(timegm(&parts)));
     }
     if (time.is_date || zone.empty()) return systemMoment(time, "");
+    const auto custom = custom_.find(zone);
+    if (custom != custom_.end() && !isSystemZone(zone))
+        return Date::fromUnix(static_cast<double>(icaltime_as_timet_with_zone(time, custom->second.get())));
     auto known = names_.find(zone);
     if (known == names_.end()) {
         if (names_.size() >= maximumNames) names_.clear();
         known = names_.emplace(zone, systemName(zone)).first;
     }
-    if (!known->second.empty()) return systemMoment(time, known->second);
-    const auto custom = custom_.find(zone);
-    if (custom == custom_.end()) return systemMoment(time, "");
-    return Date::fromUnix(static_cast<double>(icaltime_as_timet_with_zone(time, custom->second.get())));
+    return systemMoment(time, known->second);
+}
+
+std::string Wall::dayOf(Date moment)
+{
+    switchTo("");
+    const auto seconds = static_cast<std::time_t>(moment.unixSeconds());
+    std::tm parts{};
+    char text[16];
+    if (!localtime_r(&seconds, &parts) || !std::strftime(text, sizeof text, "%Y%m%d", &parts)) return {};
+    return text;
 }
 
 Date Wall::daysLater(Date midnight, int days)

@@ -25,13 +25,16 @@ public:
 
     /// Forgets the zones that a file has defined; others may mean another zone by the same name.
     void beginFile() { custom_.clear(); }
-    /// A VTIMEZONE component of a file, as it stands there. It counts for names that the system does not
-    /// know; one that would take long to work out is left aside.
+    /// A VTIMEZONE component of a file, as it stands there. It counts for names that are not exactly one of
+    /// the system's; one that would take long to work out is left aside.
     void define(const std::string& component);
 
     /// `zone` is a TZID, empty for none. A date is its midnight on this machine; a time without a zone, or
     /// with one that nobody knows, is this machine's.
     Date moment(const icaltimetype& time, const std::string& zone);
+
+    /// The date on this machine, as "20260705".
+    std::string dayOf(Date moment);
 
     /// The midnight on this machine that many days after another.
     Date daysLater(Date midnight, int days);

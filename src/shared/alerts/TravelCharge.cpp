@@ -3,7 +3,6 @@
 
 #include "alerts/TravelCharge.h"
 
-#include "base/Saturate.h"
 #include "platform/Platform.h"
 
 #include <algorithm>
@@ -26,11 +25,9 @@ Date beginOf(const CalendarEvent& event)
 std::string keyOf(const CalendarEvent& event)
 {
     std::uint64_t hash = 0xcbf29ce484222325; // FNV-1a
-    for (const char one : event.identifier.empty() ? event.title.value_or("") : event.identifier)
-        hash = (hash ^ static_cast<unsigned char>(one)) * 0x100000001b3;
-    char key[48];
-    std::snprintf(key, sizeof key, "%016llx@%lld", static_cast<unsigned long long>(hash),
-                  static_cast<long long>(truncated(event.start.unixSeconds())));
+    for (const char one : event.identifier) hash = (hash ^ static_cast<unsigned char>(one)) * 0x100000001b3;
+    char key[17];
+    std::snprintf(key, sizeof key, "%016llx", static_cast<unsigned long long>(hash));
     return key;
 }
 

@@ -21,9 +21,7 @@ namespace velmora {
 /// Charges to 100 % before a journey that the calendar tells of, where the user has switched that on: ten
 /// hours before it, or at eight in the evening before a whole day. Once for each event, and not for one that
 /// has begun. On battery, beside a quick charge, or with a full battery it waits, as long as the event has
-/// not begun.
-///
-/// An event that is moved to another time counts as a new one. Main thread only.
+/// not begun. An event that is moved stays the same. Main thread only.
 class TravelCharge {
     Lifetime lifetime_;
     std::shared_ptr<Preferences> preferences_;

@@ -15,7 +15,7 @@ namespace velmora {
 
 /// One occurrence of an event. Texts are valid UTF-8 of one line, as their author wrote them.
 struct CalendarEvent {
-    std::string identifier{}; ///< the same for all occurrences of an event
+    std::string identifier{}; ///< this occurrence's, which stays when it is moved
     std::optional<std::string> title{};
     std::string location{};
     Date start{};

@@ -147,11 +147,7 @@ void Reader::takeLine(std::string_view line)
 
 void tidy(std::vector<CalendarEvent>& events)
 {
-    const std::optional<std::string> any;
-    const auto key = [&any](const CalendarEvent& one) {
-        // Without an identifier it is the title that tells two apart.
-        return std::tie(one.start, one.identifier, one.identifier.empty() ? one.title : any);
-    };
+    const auto key = [](const CalendarEvent& one) { return std::tie(one.start, one.identifier); };
     std::ranges::stable_sort(events, {}, key);
     const auto isSame = [&](const auto& one, const auto& other) { return key(one) == key(other); };
     events.erase(std::unique(events.begin(), events.end(), isSame), events.end());
