@@ -57,6 +57,7 @@ DaemonObject::DaemonObject(const EventLoop& loop, DaemonService& service, Log& l
       batteries_(bus_.get(), clients_, service)
 {
     slots_.push_back(dbus::onDisconnected(bus_.get(), served<&DaemonObject::disconnected>, this));
+    publish();
     dbus::check(sd_bus_request_name_async(bus_.get(), out(slots_.emplace_back()), wire::serviceName, 0,
                                           served<&DaemonObject::nameAnswered>, this),
                 "cannot own the service name");
@@ -65,7 +66,7 @@ DaemonObject::DaemonObject(const EventLoop& loop, DaemonService& service, Log& l
 int DaemonObject::nameAnswered(sd_bus_message* reply)
 try {
     checkOwned(reply);
-    takeUp();
+    followSleep();
     if (const auto handler = onOwned) handler();
     return 0;
 } catch (const std::system_error& failure) {
@@ -73,8 +74,9 @@ try {
     return 0;
 }
 
-/// What is sent to the name comes after the answer that it is ours, and so finds all this.
-void DaemonObject::takeUp()
+/// Before the name is asked for: the call for which the bus started this program comes ahead of the answer
+/// that the name is ours.
+void DaemonObject::publish()
 {
     protocol_.publish();
     charger_.publish();
@@ -83,6 +85,10 @@ void DaemonObject::takeUp()
     dbus::check(sd_bus_add_object(bus_.get(), out(slots_.emplace_back()), wire::objectPath,
                                   served<&DaemonObject::introspect>, this),
                 "sd_bus_add_object");
+}
+
+void DaemonObject::followSleep()
+{
     login_.emplace(bus_.get(), loginName);
     slots_.push_back(dbus::match(
         bus_.get(),

@@ -27,10 +27,10 @@ namespace velmora {
 /// the history more often than anybody needs (see CallBudget).
 class DaemonObject {
 public:
-    /// Connects and asks for the service name, neither queueing for it nor leaving it to others; then
-    /// `onOwned` or `onRefused` is called. The interfaces are exported once the name is owned and before any
-    /// call is served. `service` and `log` must outlive the object. Throws std::system_error where there is
-    /// no bus.
+    /// Connects, exports the interfaces and asks for the service name, neither queueing for it nor leaving it
+    /// to others; then `onOwned` or `onRefused` is called. A call that comes earlier waits: to be served, or
+    /// for the bus to say whose it is, which it does after that. `service` and `log` must outlive the object.
+    /// Throws std::system_error where there is no bus.
     DaemonObject(const EventLoop& loop, DaemonService& service, Log& log);
     DaemonObject(const DaemonObject&) = delete;
     DaemonObject& operator=(const DaemonObject&) = delete;
@@ -70,7 +70,8 @@ public:
 
 private:
     int nameAnswered(sd_bus_message* reply);
-    void takeUp();
+    void publish();
+    void followSleep();
     int introspect(sd_bus_message* call);
     int sleepChanged(sd_bus_message* signal);
     int sleepDelayed(sd_bus_message* reply);
