@@ -154,8 +154,8 @@ void Daemon::observeHeat()
 
 bool Daemon::hold()
 {
-    const bool isLimitUnknown = !adoption_.isDone() && keeper_.control() != ChargeControl::none;
-    if (isLimitUnknown) return false; // what it holds may be its owner's wish
+    const bool isTooEarly = !adoption_.isSettled() && keeper_.control() != ChargeControl::none;
+    if (isTooEarly) return false; // what it holds may be its owner's wish
     const auto decision = decide(quickCharge_.isForPerson() ? std::nullopt : heat_.pausedAt());
     mode_ = decision.mode;
     return keeper_.hold(decision);
@@ -342,7 +342,11 @@ LimitAdoption::Ports Daemon::adoptionPorts()
             .keeper = keeper_,
             .adopt = [this](double percent) { intake_.adoptLimit(percent); },
             .lookAgain = [this] { schedule_.lookAgainSoon(); },
-            .save = [this] { save(); }};
+            .save = [this](const auto& done) { state_.saveNow([done](bool) { done(); }); },
+            .settled =
+                [this] {
+                    if (!hold()) acted(false);
+                }};
 }
 
 HeatGuard::Ports Daemon::heatPorts()

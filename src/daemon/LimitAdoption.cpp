@@ -4,6 +4,7 @@
 #include "LimitAdoption.h"
 
 #include <string>
+#include <utility>
 
 namespace velmora {
 
@@ -16,22 +17,34 @@ constexpr int maximumAttempts = 3;
 
 void LimitAdoption::observe()
 {
-    adopt();
-    if (firstHeld_.observe(ports_.keeper.chargers(), isDone_)) ports_.save();
+    const bool isAdopted = adopt();
+    if (firstHeld_.observe(ports_.keeper.chargers(), isDone_) || isAdopted) note();
 }
 
 void LimitAdoption::settle()
 {
-    isDone_ = true;
-    if (firstHeld_.observe(ports_.keeper.chargers(), isDone_)) ports_.save();
+    const bool isNews = !std::exchange(isDone_, true);
+    if (firstHeld_.observe(ports_.keeper.chargers(), isDone_) || isNews) note();
 }
 
-void LimitAdoption::adopt()
+void LimitAdoption::note()
+{
+    ++notes_;
+    ports_.save(lifetime_.guard([this] {
+        if (--notes_ == 0) ports_.settled();
+    }));
+}
+
+/// Whether it is done with this look.
+bool LimitAdoption::adopt()
 {
     const auto held = ports_.keeper.inForce();
     const auto control = ports_.keeper.control();
-    if (isDone_ || control == ChargeControl::none) return;
-    if (!held && ++attempts_ < maximumAttempts) return ports_.lookAgain();
+    if (isDone_ || control == ChargeControl::none) return false;
+    if (!held && ++attempts_ < maximumAttempts) {
+        ports_.lookAgain();
+        return false;
+    }
     isDone_ = true;
     // Somebody limited this charger before this daemon came: that is the owner's wish. A value below what can
     // be asked for is a controller's nonsense after a reset, and a fixed limit is nobody's wish for a number.
@@ -41,7 +54,7 @@ void LimitAdoption::adopt()
         ports_.log.info("Daemon", "The charger already stops at " + std::to_string(held->end) +
                                       "%: that becomes the limit.");
     }
-    ports_.save();
+    return true;
 }
 
 } // namespace velmora

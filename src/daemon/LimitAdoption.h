@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "base/Lifetime.h"
 #include "charging/ChargerKeeper.h"
 #include "charging/FirstHeld.h"
 #include "platform/Log.h"
@@ -12,8 +13,9 @@
 namespace velmora {
 
 /// What the charger held when this daemon first came: its limit becomes the limit, once, unless a client has
-/// set one by then; and what each charger held is noted, to be given back one day. Before that is done
-/// nothing may be written to a charger. Main thread only.
+/// set one by then; and what each charger held is noted, to be given back one day. Before the disk has that
+/// nothing may be written to a charger: after a crash what it holds would be taken for its owner's wish. Main
+/// thread only.
 class LimitAdoption {
 public:
     struct Ports {
@@ -21,7 +23,9 @@ public:
         const ChargerKeeper& keeper;
         std::function<void(double percent)> adopt;
         std::function<void()> lookAgain; ///< soon: the charger has not told what it holds
-        std::function<void()> save;
+        /// Saves what the daemon remembers; `done` is called once that is on the disk, or was refused by it.
+        std::function<void(std::function<void()> done)> save;
+        std::function<void()> settled; ///< the note that was on its way has arrived
     };
 
     /// As the last run left it.
@@ -36,15 +40,20 @@ public:
     void settle();
 
     bool isDone() const { return isDone_; }
+    /// Chargers may be written to.
+    bool isSettled() const { return isDone_ && notes_ == 0; }
     const FirstHeld::Entries& firstHeld() const { return firstHeld_.entries(); }
 
 private:
-    void adopt();
+    bool adopt();
+    void note();
 
+    Lifetime lifetime_;
     Ports ports_;
     bool isDone_;
     FirstHeld firstHeld_;
     int attempts_ = 0; ///< looks at a charger that did not tell what it holds
+    int notes_ = 0;    ///< on their way to the disk
 };
 
 } // namespace velmora

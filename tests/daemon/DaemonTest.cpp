@@ -47,6 +47,15 @@ TEST_F(DaemonTest, WhatTheChargerHeldAtFirstIsGivenBack)
     firstStart("");
     EXPECT_EQ(end(), 60);
     EXPECT_EQ(givenBack(), std::pair(40, 85));
+    files.inlineWork = false;
+    firstStart("");
+    EXPECT_EQ(end(), 85) << "a crash before the disk has it would make the daemon's own limit the first";
+    change({.customChargeLimit = 70});
+    files.run();
+    settle();
+    EXPECT_EQ(end(), 70);
+    files.inlineWork = true;
+    EXPECT_EQ(givenBack(), std::pair(40, 85));
     firstStart(R"({"version": 2, "hasAdoptedLimit": true})");
     EXPECT_EQ(givenBack(), std::pair(95, 100)) << "it was written to before anybody took notes";
     const auto types = std::filesystem::path(endFile).replace_filename("charge_types");

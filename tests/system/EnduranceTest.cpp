@@ -139,8 +139,8 @@ TEST_F(CrashTest, TwoHundredKillsLoseNothingThatWasStored)
         SCOPED_TRACE("round " + std::to_string(round));
         const int before = stored();
         startDaemon();
-        ASSERT_EQ(messageOf(peer.state()->customChargeLimit), before == 0 ? messageOf(80) : before);
-        ASSERT_GE(peer.history()->size(), samples);
+        ASSERT_EQ(messageOf(peer.state().value().customChargeLimit), before == 0 ? messageOf(80) : before);
+        ASSERT_GE(peer.history().value().size(), samples);
         for (int message = upTo(20); message >= 0; --message) {
             peer.send({.customChargeLimit = limitOf(++sent)});
             if (message % 4 == 0) flipCharger();
