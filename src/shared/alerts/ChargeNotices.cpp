@@ -61,27 +61,24 @@ void ChargeNotices::take(const ChargeEvent& event)
 /// A limit near 100 % is left by a full charge.
 void ChargeNotices::takeLevel(double percentage)
 {
-    if (percentage < std::min(wishes_().lowBatteryLimit + dipEndsAbove, 100.0)) return;
-    setDipTold(false);
-    isTellingDip_ = false;
+    if (percentage >= std::min(wishes_().lowBatteryLimit + dipEndsAbove, 100.0)) setDipTold(false);
 }
 
 void ChargeNotices::takeLoss(std::int64_t level, const NoticeWishes& wishes)
 {
     const auto percent = static_cast<double>(level);
     takeLevel(percent + 1); // where it was just before
-    if (!wishes.onLowBattery || percent > wishes.lowBatteryLimit || isDipTold() || isTellingDip_) return;
-    if (isSessionActive_()) tellDip();
+    if (!wishes.onLowBattery || percent > wishes.lowBatteryLimit || isDipTold()) return;
+    // Otherwise the dip is not told yet: the next point lost tries again.
+    if (manager_.isAuthorized() && isSessionActive_()) tellDip();
 }
 
-/// Where the desktop does not take the notice, or it is too early for another, the next point lost tries
-/// again.
+/// A notice on its way counts, or a restart would tell the dip twice; one that is not taken does not.
 void ChargeNotices::tellDip()
 {
-    isTellingDip_ = true;
+    setDipTold(true);
     manager_.tellLowBattery(lifetime_.guard([this](bool isTaken) {
-        const bool isSameDip = std::exchange(isTellingDip_, false);
-        if (isTaken && isSameDip) setDipTold(true);
+        if (!isTaken) setDipTold(false);
     }));
 }
 

@@ -28,8 +28,8 @@ struct NoticeWishes {
 /// Turns what the daemon tells all sessions into this person's notices: those that are wanted, and only while
 /// this person's session is the one in use.
 ///
-/// A low battery is told once a dip, at the first point lost at or below the person's limit. It counts as
-/// told once the desktop has taken the notice; before that the next point lost tries again. That is
+/// A low battery is told once a dip, at the first point lost at or below the person's limit; where the
+/// desktop does not take the notice, or it is too early for another, the next point tries again. That is
 /// remembered over a restart; the next dip begins once the level has been 5 points above the limit. Who
 /// switches the notice on or raises the limit while below is told at the next point lost.
 ///
@@ -57,7 +57,6 @@ private:
     std::function<bool()> isSessionActive_;
     std::shared_ptr<Preferences> preferences_;
     NotificationManager& manager_;
-    bool isTellingDip_ = false; ///< the desktop has not answered yet
 };
 
 } // namespace velmora
