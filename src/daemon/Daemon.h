@@ -77,7 +77,7 @@ public:
     /// Something about the power supplies may have changed; `afresh`: this is the first look at it.
     void look(bool afresh = true) { schedule_.look(afresh); }
     /// The machine is going to sleep; `done` is called once that may be.
-    void goToSleep(std::function<void()> done) { heat_.goToSleep(std::move(done)); }
+    void goToSleep(std::function<void()> done) { heat_.goToSleep(ports_.clock.sinceBoot(), std::move(done)); }
     /// The machine woke up: firmware and drivers may have reset the charger.
     void resumed();
     /// Hands what is not saved yet to the files' worker.

@@ -7,6 +7,13 @@
 
 namespace velmora {
 
+namespace {
+
+/// Longer than logind lets anybody delay a sleep.
+constexpr std::chrono::minutes longestDelay{1};
+
+} // namespace
+
 HeatGuard::HeatGuard(Ports ports, bool isNoted, std::chrono::seconds patience)
     : ports_(std::move(ports)), complaints_(ports_.log, "HeatGuard"), rules_(patience), isNoted_(isNoted)
 {
@@ -15,7 +22,8 @@ HeatGuard::HeatGuard(Ports ports, bool isNoted, std::chrono::seconds patience)
 void HeatGuard::observe(const HeatPause::Facts& facts, std::chrono::milliseconds sinceBoot)
 {
     rules_.observe(facts, sinceBoot);
-    if (!rules_.pausedAt() || isAsleep_ || isOnDisk_) return;
+    if (asleepSince_ && sinceBoot - *asleepSince_ > longestDelay) wake();
+    if (!rules_.pausedAt() || asleepSince_ || isOnDisk_) return;
     isNoted_ = true;
     ports_.save(lifetime_.guard([this](bool isSaved) { noted(isSaved); }));
 }
@@ -37,7 +45,7 @@ void HeatGuard::noted(bool isSaved)
 
 std::optional<int> HeatGuard::pausedAt() const
 {
-    return isOnDisk_ && !isAsleep_ ? rules_.pausedAt() : std::nullopt;
+    return isOnDisk_ && !asleepSince_ ? rules_.pausedAt() : std::nullopt;
 }
 
 bool HeatGuard::isFirstAttempt()
@@ -49,16 +57,16 @@ void HeatGuard::lifted(bool isRestored)
 {
     const auto sleep = std::exchange(sleep_, nullptr);
     if (isNoted_ && isRestored && !pausedAt()) {
-        const bool isWaiting = !isOnDisk_ && !isAsleep_ && rules_.pausedAt(); // for the note
+        const bool isWaiting = !isOnDisk_ && !asleepSince_ && rules_.pausedAt(); // for the note
         if (!isWaiting) isNoted_ = isOnDisk_ = false;
     }
     if (!isOnDisk_) ports_.delaySleep(false);
     if (sleep) sleep();
 }
 
-void HeatGuard::goToSleep(std::function<void()> done)
+void HeatGuard::goToSleep(std::chrono::milliseconds sinceBoot, std::function<void()> done)
 {
-    isAsleep_ = true;
+    asleepSince_ = sinceBoot;
     if (!isNoted_) return done();
     sleep_ = std::move(done);
     ports_.changed();

@@ -49,8 +49,9 @@ public:
     void lifted(bool isRestored);
 
     /// The machine is going to sleep. `done` is called once the charger does as without a pause, or cannot.
-    void goToSleep(std::function<void()> done);
-    void wake() { isAsleep_ = false; }
+    /// Looks a minute later, by the time since boot, mean that it is awake, whether `wake` is called or not.
+    void goToSleep(std::chrono::milliseconds sinceBoot, std::function<void()> done);
+    void wake() { asleepSince_.reset(); }
 
 private:
     void noted(bool isSaved);
@@ -59,11 +60,11 @@ private:
     Ports ports_;
     Complaints complaints_;
     HeatPause rules_;
-    bool isNoted_;          ///< in what the daemon remembers
-    bool isOnDisk_ = false; ///< the note of this pause
-    bool isNew_ = false;    ///< the charger has not been told
-    bool isAsleep_ = false;
-    std::function<void()> sleep_; ///< waits for the charger
+    bool isNoted_;                                         ///< in what the daemon remembers
+    bool isOnDisk_ = false;                                ///< the note of this pause
+    bool isNew_ = false;                                   ///< the charger has not been told
+    std::optional<std::chrono::milliseconds> asleepSince_; ///< since boot; or about to be
+    std::function<void()> sleep_;                          ///< waits for the charger
 };
 
 } // namespace velmora

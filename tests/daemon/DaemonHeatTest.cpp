@@ -207,6 +207,11 @@ TEST_F(DaemonHeatTest, NoPauseOutlivesASleepTheEndOfTheDaemonOrACrash)
     expectPaused(); // it is as hot
     stops();
     EXPECT_EQ(happened(), "thermal pause. ") << "of which everybody knows";
+    daemon->goToSleep([] {});
+    loop->advance(2min);
+    battery(60, "Charging"); // awake, though nobody said so
+    expectPaused();
+    stops();
 
     EXPECT_TRUE(daemon->endHeatPause());
     EXPECT_EQ(end(), 80);
