@@ -19,10 +19,12 @@ App::App(LinuxPlatform& platform)
     // A daemon that starts pushes its state by itself, but not its history.
     client_->onDaemonAppeared = [this] { model_.fetchHistory(); };
     client_->onDaemonPresence = [this] {
+        travelCharge_.chargerChanged();
         if (onChargerChange) onChargerChange();
         if (onDaemonPresence) onDaemonPresence();
     };
     client_->onChargerChange = [this] {
+        travelCharge_.chargerChanged();
         if (onChargerChange) onChargerChange();
     };
     client_->onRefusal = [this] {
@@ -60,9 +62,14 @@ std::optional<TravelCharge::Charger> App::travelCharger() const
     const auto& report = client_->charger();
     if (!state || !settings || !report) return std::nullopt;
     if (!report->hasBattery || report->control == ChargerReport::Control::none) return std::nullopt;
+    using Pause = TravelCharge::Pause;
+    const auto pause = report->mode == ChargerReport::Mode::paused          ? Pause::person
+                       : report->mode == ChargerReport::Mode::pausedForHeat ? Pause::heat
+                                                                            : Pause::none;
     return TravelCharge::Charger{.isOnMains = state->powerSource != "Battery",
                                  .percentage = state->percentage,
-                                 .isQuickChargeOn = settings->isTemporaryOverride};
+                                 .isQuickChargeOn = settings->isTemporaryOverride,
+                                 .pause = pause};
 }
 
 /// Before the daemon has told the switches nobody knows which notices this user wants.

@@ -120,8 +120,9 @@ TEST_F(TravelTest, ScansComeEachHalfHourAndEndWithTheConsent)
         store.requestFullAccess([](bool, const auto&) {});
         pass(60min);
         EXPECT_EQ(calendar.calendarAccessGranted.get(), next == Authorization::fullAccess);
+        EXPECT_FALSE(calendar.isTravelDayDetected.get() && next == Authorization::restricted);
+        store.calendar = {eventIn(6, "Trip")};
     }
-    store.calendar = {eventIn(6, "Trip")};
     pass(30min);
     EXPECT_TRUE(calendar.isTravelDayDetected.get());
     calendar.checkSoon();
@@ -205,6 +206,7 @@ TEST_F(TravelChargeTest, BeginsTenHoursBeforeAnEventAndTheEveningBeforeADay)
     become({.isOnMains = true, .percentage = 85});
     pass(300min);
     EXPECT_EQ(begun, 1) << "once an event, though its charge was taken back";
+    EXPECT_EQ(travel->stage.get(), "over");
 
     auto day = eventIn(24, "Vacation"); // five hours are over, this is in 19
     day.isAllDay = true;
@@ -219,8 +221,10 @@ TEST_F(TravelChargeTest, WaitsForWhatIsInItsWayUntilTheEventBegins)
     become({.isOnMains = false, .percentage = 80});
     put({eventIn(3, "Flight")});
     EXPECT_EQ(travel->stage.get(), "unplugged");
-    become({.isOnMains = true, .percentage = 80, .isQuickChargeOn = true});
-    EXPECT_EQ(travel->stage.get(), "quick charge");
+    become({.isOnMains = true, .percentage = 80, .pause = TravelCharge::Pause::person});
+    EXPECT_EQ(travel->stage.get(), "paused");
+    become({.isOnMains = true, .percentage = 80, .pause = TravelCharge::Pause::heat});
+    EXPECT_EQ(travel->stage.get(), "hot");
     become({.isOnMains = true, .percentage = 100});
     EXPECT_EQ(travel->stage.get(), "full");
     charger.reset();
@@ -234,7 +238,10 @@ TEST_F(TravelChargeTest, WaitsForWhatIsInItsWayUntilTheEventBegins)
     EXPECT_EQ(begun, 1) << "a refusal is not argued with";
     EXPECT_EQ(notices(), 0);
     isAllowed = true;
-    scan();
+    charger.reset(); // another daemon
+    travel->chargerChanged();
+    machine.settle();
+    become({.isOnMains = true, .percentage = 80});
     EXPECT_EQ(begun, 2);
     EXPECT_EQ(notices(), 1);
 
@@ -247,6 +254,24 @@ TEST_F(TravelChargeTest, WaitsForWhatIsInItsWayUntilTheEventBegins)
     scan();
     EXPECT_EQ(travel->stage.get(), "none") << "it has begun";
     EXPECT_EQ(begun, 2);
+}
+
+TEST_F(TravelChargeTest, APersonsQuickChargeIsLeftAlone)
+{
+    become({.isOnMains = true, .percentage = 60, .isQuickChargeOn = true});
+    put({eventIn(5, "Flight")});
+    EXPECT_EQ(travel->stage.get(), "quick charge");
+    become({.isOnMains = true, .percentage = 60}); // taken back
+    EXPECT_EQ(begun, 0) << "nobody is overruled";
+    EXPECT_EQ(travel->stage.get(), "over");
+    put({eventIn(5, "Hotel")});
+    EXPECT_EQ(begun, 1);
+    EXPECT_EQ(notices(), 1);
+    become({.isOnMains = true, .percentage = 60});
+    become({.isOnMains = true, .percentage = 60, .isQuickChargeOn = true});
+    const auto notice = machine.notificationCenter->standing().at(0);
+    machine.notificationCenter->responses.emit({notice.identifier, NotificationManager::cancelTravelCharge});
+    EXPECT_EQ(takenBack, 0) << "the notice was about another";
 }
 
 TEST_F(TravelChargeTest, WhatHasBegunIsRememberedOverARestart)

@@ -163,8 +163,13 @@ TEST_F(Dashboard, JourneysAreShownAsTheCalendarTellsOfThem)
     const QDateTime evening(QDate(2026, 11, 23), QTime(21, 30));
     const QList<double> begins{Date::fromUnix(double(evening.toSecsSinceEpoch())).sinceReference};
     const std::tuple<QVariantMap, const char*, const char*> cases[] = {
-        {{{"isConsentGiven", true}}, "No access: Velmora finds no calendar on this computer.", ""},
-        {{{"calendarAccessGranted", true}}, "No journey within the next 24 hours.", ""},
+        {{{"isConsentGiven", true}}, "No access: Velmora finds no calendar that it can read.", ""},
+        {{{"calendarAccessGranted", true}, {"isLastScanWhole", true}},
+         "No journey within the next 24 hours.",
+         ""},
+        {{{"isLastScanWhole", false}},
+         "Not all calendars could be read. In the others there is no journey.",
+         ""},
         {{{"isTravelDayDetected", true}}, "A journey without a title", ""},
         {{{"detectedEventTitle", QStringList{"<b>Flight</b>"}}}, "<b>Flight</b>", ""},
         {{{"travelChargeStage", "scheduled"}, {"travelChargeBegins", QVariant::fromValue(begins)}},

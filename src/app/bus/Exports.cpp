@@ -54,6 +54,7 @@ void serve(ExportedObject& object, CalendarContextManager& calendar, CalendarCon
     object.bind(wired::isTravelChargeOn, travel.isEnabled);
     object.bind("calendarAccessGranted", calendar.calendarAccessGranted);
     object.bind("isTravelDayDetected", calendar.isTravelDayDetected);
+    object.bind("isLastScanWhole", calendar.isLastScanWhole);
     object.bind("detectedEventTitle", calendar.detectedEventTitle);
     object.bind(wired::travelChargeStage, travel.stage);
     object.bind(wired::travelChargeBegins, travel.begins);

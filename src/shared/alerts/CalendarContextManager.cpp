@@ -67,6 +67,7 @@ void CalendarContextManager::requestAccess()
 void CalendarContextManager::answered(bool isGranted, const std::optional<std::string>& error)
 {
     calendarAccessGranted.set(isGranted);
+    if (!isGranted) forget();
     if (error) return log_->error(category, "CalendarContext: access request failed — " + *error);
     if (!isGranted) return log_->info(category, "CalendarContext: access denied by user");
     log_->info(category, "CalendarContext: access granted");
@@ -77,8 +78,13 @@ void CalendarContextManager::endAccess()
 {
     ++accessPeriod_;
     store_->relinquishAccess();
-    stopPeriodicDetection();
     calendarAccessGranted.set(false);
+    forget();
+}
+
+void CalendarContextManager::forget()
+{
+    stopPeriodicDetection();
     publish({});
 }
 

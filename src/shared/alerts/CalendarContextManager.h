@@ -90,6 +90,7 @@ private:
     std::optional<TravelDetectionResult> detectTravelDay();
     void answered(bool isGranted, const std::optional<std::string>& error);
     void publish(const TravelDetectionResult& result);
+    void forget();
 
     std::shared_ptr<MainLoop> loop_;
     std::shared_ptr<Clock> clock_;

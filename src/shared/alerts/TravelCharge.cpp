@@ -77,26 +77,33 @@ void TravelCharge::considerSoon()
 void TravelCharge::consider()
 {
     due_.reset();
+    const auto charger = hands_.look();
+    follow(charger);
     if (!isEnabled.get()) return show(Stage::none);
     const Date now = clock_->now();
     const CalendarEvent* next = nullptr;
-    bool isAnyBegun = false;
+    bool isAnyChargedFor = false;
     for (const auto& event : calendar_.travelEvents.get()) {
         if (event.start <= now) continue;
         if (isRemembered(event))
-            isAnyBegun = true;
+            isAnyChargedFor = true;
         else if (!next || beginOf(event) < beginOf(*next))
             next = &event;
     }
-    if (!next) return show(isAnyBegun ? Stage::begun : Stage::none);
+    if (!next) return show(isAnyChargedFor ? afterwards(charger) : Stage::none);
     if (const Date at = beginOf(*next); now < at) {
         show(Stage::scheduled, at);
         const auto wait = std::chrono::milliseconds(static_cast<std::int64_t>((at - now) * 1000) + 1);
         due_ = loop_->after(
             wait, [this] { consider(); }, slack);
-    } else if (const auto why = hindrance()) {
+    } else if (isAsking_) {
+        return;
+    } else if (charger && charger->isQuickChargeOn) {
+        rememberDue();
+        considerSoon();
+    } else if (const auto why = hindrance(charger)) {
         show(*why);
-    } else if (!isAsking_) {
+    } else {
         begin(*next);
     }
 }
@@ -108,14 +115,37 @@ void TravelCharge::show(Stage next, std::optional<Date> at)
     if (begins.get() != at) begins.set(at);
 }
 
-std::optional<TravelCharge::Stage> TravelCharge::hindrance() const
+/// What is known of the charger changes what was said about it.
+void TravelCharge::follow(const std::optional<Charger>& charger)
 {
-    const auto charger = hands_.look();
-    if (!charger || isRefused_) return Stage::refused;
+    // What another daemon was asked, it may have had no time to answer.
+    if (charger && !isThere_) isRefused_ = isAsking_ = false;
+    isThere_ = charger.has_value();
+    if (!charger) return;
+    if (charger->pause != Pause::none) isRefused_ = false; // that was why
+    if (charger->isQuickChargeOn && own_ == Own::begun) own_ = Own::running;
+    if (!charger->isQuickChargeOn && own_ == Own::running) own_ = Own::none;
+}
+
+std::optional<TravelCharge::Stage> TravelCharge::hindrance(const std::optional<Charger>& charger) const
+{
+    if (!charger) return Stage::refused;
     if (!charger->isOnMains) return Stage::unplugged;
-    if (charger->isQuickChargeOn) return Stage::quickCharge;
+    if (charger->pause == Pause::person) return Stage::paused;
+    if (charger->pause == Pause::heat) return Stage::hot;
     if (charger->percentage >= fullLevel) return Stage::full;
+    if (isRefused_) return Stage::refused;
     return std::nullopt;
+}
+
+/// For events that were charged for.
+TravelCharge::Stage TravelCharge::afterwards(const std::optional<Charger>& charger) const
+{
+    if (own_ == Own::begun) return Stage::begun;
+    if (!charger || !charger->isQuickChargeOn) return Stage::over;
+    if (charger->pause == Pause::person) return Stage::paused;
+    if (charger->pause == Pause::heat) return Stage::hot;
+    return own_ == Own::running ? Stage::begun : Stage::quickCharge;
 }
 
 void TravelCharge::begin(const CalendarEvent& event)
@@ -132,10 +162,9 @@ void TravelCharge::answered(const CalendarEvent& event, bool isBegun)
     isRefused_ = !isBegun;
     if (isBegun) {
         log_->info(category, "A charge to 100 % has begun for \"" + event.title.value_or("") + "\".");
-        remember(event);
-        // One charge is enough for all that are due.
-        for (const auto& other : calendar_.travelEvents.get())
-            if (beginOf(other) <= clock_->now() && !isRemembered(other)) remember(other);
+        own_ = Own::begun;
+        if (!isRemembered(event)) remember(event);
+        rememberDue();
         notices_.sendSmartContextTravelNotice(event.title);
     }
     considerSoon();
@@ -144,8 +173,8 @@ void TravelCharge::answered(const CalendarEvent& event, bool isBegun)
 void TravelCharge::responded(const NotificationResponse& response)
 {
     if (response.action != NotificationManager::cancelTravelCharge) return;
-    const auto charger = hands_.look();
-    if (!charger || !charger->isQuickChargeOn) return; // it is over
+    follow(hands_.look());
+    if (own_ != Own::running) return; // it is over; what may run now is a person's own
     log_->info(category, "The charge to 100 % was taken back.");
     hands_.takeBack();
 }
@@ -153,6 +182,13 @@ void TravelCharge::responded(const NotificationResponse& response)
 bool TravelCharge::isRemembered(const CalendarEvent& event) const
 {
     return std::ranges::find(remembered_, keyOf(event)) != remembered_.end();
+}
+
+/// One charge is enough for all that are due.
+void TravelCharge::rememberDue()
+{
+    for (const auto& event : calendar_.travelEvents.get())
+        if (beginOf(event) <= clock_->now() && !isRemembered(event)) remember(event);
 }
 
 void TravelCharge::remember(const CalendarEvent& event)

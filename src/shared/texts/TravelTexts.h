@@ -13,6 +13,7 @@ struct Situation {
     bool isConsentGiven = false;
     bool isAccessGranted = false;
     bool isDetected = false;
+    bool isLastScanWhole = true;        ///< all calendars were read
     std::optional<std::string> title{}; ///< of the event, where it has one
     std::string stage{};                ///< one of TravelCharge::stageTexts
     std::string begins{};               ///< where that is "scheduled": day and time, as a person reads them

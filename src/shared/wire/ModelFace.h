@@ -177,6 +177,7 @@ inline constexpr std::array properties{
     Property{isTravelChargeOn, "b", Access::write},
     Property{"calendarAccessGranted", "b"},
     Property{"isTravelDayDetected", "b"},
+    Property{"isLastScanWhole", "b"}, ///< all calendars were read
     Property{"detectedEventTitle", "as"},
     Property{travelChargeStage, "s"},   ///< one of TravelCharge::stageTexts
     Property{travelChargeBegins, "ad"}, ///< while it is scheduled: seconds since 2001-01-01 UTC

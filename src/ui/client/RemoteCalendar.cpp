@@ -34,6 +34,7 @@ travel::Situation RemoteCalendar::situation() const
     travel::Situation now{.isConsentGiven = isConsentGiven(),
                           .isAccessGranted = calendarAccessGranted(),
                           .isDetected = isTravelDayDetected(),
+                          .isLastScanWhole = isLastScanWhole(),
                           .stage = value(wiring::travelChargeStage).toString().toStdString()};
     const auto titles = value("detectedEventTitle").toStringList();
     if (!titles.isEmpty()) now.title = titles.first().toStdString();

@@ -21,6 +21,7 @@ class RemoteCalendar : public velmora::RemoteObject {
     VELMORA_MIRRORED(bool, isTravelChargeOn)
     VELMORA_MIRRORED(bool, calendarAccessGranted)
     VELMORA_MIRRORED(bool, isTravelDayDetected)
+    VELMORA_MIRRORED(bool, isLastScanWhole)
     Q_PROPERTY(QString journeyText READ journeyText NOTIFY changed)
     Q_PROPERTY(QString chargeText READ chargeText NOTIFY changed) ///< empty: there is nothing to say
 public:
