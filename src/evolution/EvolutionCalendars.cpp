@@ -9,6 +9,7 @@
 #include <libecal/libecal.h>
 #include <memory>
 #include <set>
+#include <stdexcept>
 #include <string_view>
 #include <vector>
 
@@ -149,7 +150,7 @@ void readCalendars(Date from, Date to, const Sink& sink)
 {
     Error error;
     const Ref<ESourceRegistry> registry(e_source_registry_new_sync(nullptr, out(error)));
-    if (!registry) return;
+    if (!registry) throw std::runtime_error(words(error));
     GList* sources = e_source_registry_list_enabled(registry.get(), E_SOURCE_EXTENSION_CALENDAR);
     for (auto* one = sources; one; one = one->next) {
         auto* source = static_cast<ESource*>(one->data);

@@ -18,7 +18,7 @@ struct Sink {
 
 /// Asks Evolution Data Server for all enabled calendars but those that others fill, as with birthdays. What
 /// is moved or called off comes with its event. Blocks, for as long as the service takes; the library starts
-/// threads. A service that is not there has no calendars.
+/// threads. Throws std::runtime_error where the service is not there.
 void readCalendars(Date from, Date to, const Sink& sink);
 
 } // namespace velmora::evolution

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdio>
+#include <stdexcept>
 #include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -33,11 +34,18 @@ void tell(std::FILE* pipe, char mark, const std::string& name, const std::string
     Helper::confineProcess(patience);
     std::FILE* pipe = fdopen(output, "w");
     if (!pipe) _exit(1);
-    velmora::evolution::readCalendars(
-        from, to,
-        {.calendar = [&](const auto& name, const auto& text) { tell(pipe, marks[0], name, text); },
-         .problem = [&](const auto& problem) { tell(pipe, marks[1], problem, ""); }});
-    _exit(std::fclose(pipe) == 0 ? 0 : 1);
+    bool isAnswered = true;
+    try {
+        velmora::evolution::readCalendars(
+            from, to,
+            {.calendar = [&](const auto& name, const auto& text) { tell(pipe, marks[0], name, text); },
+             .problem = [&](const auto& problem) { tell(pipe, marks[1], problem, ""); }});
+    } catch (const std::runtime_error& failure) {
+        tell(pipe, marks[1], std::string("Evolution Data Server does not answer: ") + failure.what() + ".",
+             "");
+        isAnswered = false;
+    }
+    _exit(std::fclose(pipe) == 0 && isAnswered ? 0 : 1);
 }
 
 /// Whether all of it came.
@@ -106,7 +114,10 @@ int main(int argc, char** argv)
     }
     close(ends[1]);
     std::string bytes;
-    if (!receive(ends[0], child, bytes)) return 1;
+    const bool isAll = receive(ends[0], child, bytes);
     Helper helper(*span);
-    return helper.finish(readAll(helper, bytes));
+    const auto calendars = readAll(helper, bytes);
+    if (isAll) return helper.finish(calendars);
+    std::fflush(stdout); // what was wrong
+    return 1;
 }

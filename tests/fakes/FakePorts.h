@@ -173,15 +173,22 @@ struct FakeCalendarStore final : CalendarStore {
     std::optional<std::string> error;
     std::vector<CalendarEvent> calendar; ///< by their start
     bool isBroken = false;               ///< it cannot be read, and tells what it had
+    std::atomic<bool> isPermitted = false;
     int readings = 0;
 
     Authorization authorizationStatus() const override { return status_; }
+    void permit() override { isPermitted = true; }
     void requestFullAccess(Completion completion) override
     {
+        if (!isPermitted) return completion(false, std::nullopt);
         status_ = answer;
         completion(answer == Authorization::fullAccess, error);
     }
-    void relinquishAccess() override { status_ = Authorization::notDetermined; }
+    void relinquishAccess() override
+    {
+        isPermitted = false;
+        status_ = Authorization::notDetermined;
+    }
     std::optional<CalendarReading> events(Date from, Date to, const Predicate& isWanted) override
     {
         ++readings;

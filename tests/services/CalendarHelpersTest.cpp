@@ -51,6 +51,7 @@ struct CalendarHelpersTest : testing::Test {
     static bool ask(CalendarHelpers& calendars, std::string* why = nullptr)
     {
         bool isGranted = false;
+        calendars.permit();
         calendars.requestFullAccess([&](bool granted, const auto& error) {
             isGranted = granted;
             if (why) *why = error.value_or("");
@@ -98,6 +99,7 @@ TEST_F(CalendarHelpersTest, ReadsAllFoldersByStartAndWhatTheyShareOnce)
     for (int scan = 0; scan < 3; ++scan) all(calendars);
     EXPECT_EQ(log.count("three.ics is not understood in all"), 1U);
     calendars.relinquishAccess();
+    calendars.requestFullAccess([](bool isGranted, const auto&) { EXPECT_FALSE(isGranted) << "too late"; });
     EXPECT_EQ(titles(all(calendars)), "nothing");
     EXPECT_EQ(calendars.authorizationStatus(), Authorization::notDetermined);
 }

@@ -76,10 +76,15 @@ CalendarStore::Authorization CalendarHelpers::authorizationStatus() const
     return isAny ? Authorization::fullAccess : Authorization::restricted;
 }
 
-void CalendarHelpers::requestFullAccess(Completion completion)
+void CalendarHelpers::permit()
 {
     isAllowed_ = true;
     run_.allow();
+}
+
+void CalendarHelpers::requestFullAccess(Completion completion)
+{
+    if (!isAllowed_) return completion(false, std::nullopt);
     const bool isAnyFolder = !presentFolders().empty();
     if (!isAnyFolder && isThere(setup_.service)) {
         // It is there, but may have no calendars: the least that can be asked tells.

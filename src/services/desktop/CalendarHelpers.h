@@ -40,6 +40,7 @@ public:
     CalendarHelpers(Setup setup, Log& log);
 
     Authorization authorizationStatus() const override;
+    void permit() override;
     void requestFullAccess(Completion completion) override;
     void relinquishAccess() override;
     std::optional<CalendarReading> events(Date from, Date to, const Predicate& isWanted) override;

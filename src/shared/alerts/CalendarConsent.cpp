@@ -28,27 +28,14 @@ void CalendarConsent::follow()
     calendar_.requestAccess();
     using Manager = CalendarContextManager;
     later_ = loop_->every(
-        Manager::detectionInterval, [this] { askAgain(); }, Manager::detectionSlack);
-}
-
-/// Asked although nothing has changed, it would be a line in the log each time.
-void CalendarConsent::askAgain()
-{
-    if (isReadable() != calendar_.calendarAccessGranted.get()) calendar_.requestAccess();
-}
-
-bool CalendarConsent::isReadable() const
-{
-    return calendar_.authorizationStatus() == CalendarStore::Authorization::fullAccess;
+        Manager::detectionInterval, [this] { calendar_.followAccess(); }, Manager::detectionSlack);
 }
 
 void CalendarConsent::lookNow()
 {
     if (!isGiven.get()) return;
-    if (isReadable() && calendar_.calendarAccessGranted.get())
-        calendar_.checkSoon();
-    else
-        calendar_.requestAccess();
+    calendar_.followAccess();
+    if (calendar_.calendarAccessGranted.get()) calendar_.checkSoon();
 }
 
 } // namespace velmora

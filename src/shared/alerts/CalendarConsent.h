@@ -26,13 +26,11 @@ public:
 
     Observable<bool> isGiven;
 
-    /// The user looks: scans, or asks for access once more where there is none.
+    /// The user looks: scans, and looks for calendars where there were none.
     void lookNow();
 
 private:
     void follow();
-    void askAgain();
-    bool isReadable() const;
 
     MainLoop::Timer later_;
 };

@@ -53,14 +53,29 @@ CalendarContextManager::~CalendarContextManager()
 
 void CalendarContextManager::requestAccess()
 {
+    store_->permit(); // on this thread, so that it cannot come after its end
+    ask(false);
+}
+
+void CalendarContextManager::followAccess()
+{
+    if (queue_) ask(true);
+}
+
+void CalendarContextManager::ask(bool isQuiet)
+{
     if (!queue_) queue_ = Platform::current().makeWorkQueue("velmora-calendar");
-    const auto told = [this, period = accessPeriod_.load()](bool isGranted, const auto& error) {
-        loop_->post(lifetime_.guard([this, period, isGranted, error] {
-            if (period == accessPeriod_) answered(isGranted, error);
+    const auto told = [this, isQuiet, period = accessPeriod_.load()](bool isGranted, const auto& error) {
+        loop_->post(lifetime_.guard([this, isQuiet, period, isGranted, error] {
+            const bool isNews = !isQuiet || isGranted != calendarAccessGranted.get();
+            if (period == accessPeriod_ && isNews) answered(isGranted, error);
         }));
     };
-    queue_->async([this, told, period = accessPeriod_.load()] {
-        if (period == accessPeriod_) store_->requestFullAccess(told); // which looks at the user's folders
+    const bool wasGranted = calendarAccessGranted.get();
+    queue_->async([this, told, isQuiet, wasGranted, period = accessPeriod_.load()] {
+        if (period != accessPeriod_) return;
+        const bool isReadable = store_->authorizationStatus() == CalendarStore::Authorization::fullAccess;
+        if (!isQuiet || !wasGranted || !isReadable) store_->requestFullAccess(told);
     });
 }
 
@@ -90,7 +105,7 @@ void CalendarContextManager::forget()
 
 bool CalendarContextManager::checkNow()
 {
-    if (authorizationStatus() != CalendarStore::Authorization::fullAccess) return false;
+    if (store_->authorizationStatus() != CalendarStore::Authorization::fullAccess) return false;
     const auto period = accessPeriod_.load();
     const auto result = detectTravelDay();
     if (!result) return false;

@@ -26,7 +26,7 @@ namespace velmora {
 /// what is done about it is TravelCharge's.
 ///
 /// What it tells holds until the next scan, which reads calendars on a thread of its own. Main thread only,
-/// but for `checkNow` and `authorizationStatus`.
+/// but for `checkNow`.
 class CalendarContextManager {
     Lifetime lifetime_;
     std::shared_ptr<CalendarStore> store_;
@@ -64,10 +64,10 @@ public:
 
     /// Asks for access; once that is given, scans begin.
     void requestAccess();
+    /// Looks whether calendars have come or gone since. Only that is told and logged.
+    void followAccess();
     /// Gives access back: scans end, and nothing is detected any more.
     void endAccess();
-
-    CalendarStore::Authorization authorizationStatus() const { return store_->authorizationStatus(); }
 
     /// Scans on the calling thread, which may take many seconds, and returns whether there is travel. What is
     /// told follows on the main thread. Without access nothing changes.
@@ -87,6 +87,7 @@ private:
         bool isWhole = true;
     };
 
+    void ask(bool isQuiet);
     std::optional<TravelDetectionResult> detectTravelDay();
     void answered(bool isGranted, const std::optional<std::string>& error);
     void publish(const TravelDetectionResult& result);

@@ -50,9 +50,14 @@ public:
 
     virtual ~CalendarStore() = default;
 
+    /// Touches the user's folders: not for the main thread.
     virtual Authorization authorizationStatus() const = 0;
 
-    /// Asks for leave to read events, which lasts until it is given back. May call back on any thread.
+    /// The user lets events be read, until that is taken back. From the thread that takes it back.
+    virtual void permit() = 0;
+
+    /// Looks whether there is anything to read; without the user's leave the answer is no. It may take many
+    /// seconds: not for the main thread. May call back on any thread.
     virtual void requestFullAccess(Completion completion) = 0;
 
     /// Gives the leave back. A reading under way ends at once, with nothing.
