@@ -118,8 +118,11 @@ void TravelCharge::show(Stage next, std::optional<Date> at)
 /// What is known of the charger changes what was said about it.
 void TravelCharge::follow(const std::optional<Charger>& charger)
 {
-    // What another daemon was asked, it may have had no time to answer.
-    if (charger && !isThere_) isRefused_ = isAsking_ = false;
+    if (charger && !isThere_) {
+        // The daemon that was asked may have had no time to answer, or to begin.
+        isRefused_ = isAsking_ = false;
+        own_ = own_ == Own::begun ? Own::none : own_;
+    }
     isThere_ = charger.has_value();
     if (!charger) return;
     if (charger->pause != Pause::none) isRefused_ = false; // that was why
