@@ -23,10 +23,11 @@ PAGES = {
     "Ecosystem Sync": ("Ecosystem Sync", []),
     "Thresholds": ("Thresholds", ["Auto-Protect", "Charge limit", "Hysteresis", "Storage mode", "Quick Charge to 100%",
                                   "Small widget at log-in", "Show small widget"]),  # without scrolling
-    "Notifications": ("Notifications", ["Send a test notice", "Charge limit", "Power source", "Heat", "Charge cycles",
-                                        "Low battery", "Low-battery threshold",
-                                        "Look for journeys in the calendar"]),
+    "Notifications": ("Notifications", ["Charge limit", "Power source", "Heat", "Charge cycles", "Low battery",
+                                        "Low-battery threshold", "Look for journeys in the calendar"]),
 }
+# Without a server it is disabled, which only newer versions of Qt tell.
+DISABLED = {"Send a test notice"}
 
 
 class DashboardTest(WindowTest):
@@ -61,7 +62,8 @@ class DashboardTest(WindowTest):
             self.open_page(page)
             usable = [one.get_name() for one in everything(self.window(self.title))
                       if has("SHOWING", one) and has("FOCUSABLE", one) and one.get_role_name() != "label"]
-            self.assertCountEqual(usable, [*LINKS, "Width of the sidebar", *controls], page)
+            expected = [*LINKS, "Width of the sidebar", *controls]
+            self.assertCountEqual([name for name in usable if name not in DISABLED], expected, page)
 
     @unittest.skipUnless(shutil.which("dunstctl"), "dunst is not installed")
     def test_a_test_notice_is_shown_and_a_click_on_it_opens_the_panel(self):
