@@ -52,6 +52,9 @@ public:
     /// Tells of a change as of one of the charger's.
     const std::string& refusal() const { return client_->refusal(); }
 
+    /// The model's settings are those that the daemon holds for this user, no more the initial ones.
+    bool hasSettings() const { return hasSettings_; }
+
 private:
     void rememberLowBatteryNotice();
     void takeEvent(const ChargeEvent& event);
@@ -63,7 +66,7 @@ private:
     std::shared_ptr<XPCClient> client_;
     BatteryModel model_;
     ChargeNotices notices_;
-    bool hasSettings_ = false; ///< the model's switches are this user's, not the initial ones
+    bool hasSettings_ = false;
     Subscription lowBatteryNotice_;
     CalendarConsent calendarConsent_;
     TravelCharge travelCharge_;

@@ -106,7 +106,9 @@ struct ApplicationTest : SimulatedLaptopTest {
         ASSERT_TRUE(becomes(78, 80));
         for (const auto& [name, value] : environment()) setenv(name.c_str(), value.c_str(), 1);
         logIn();
-        ASSERT_TRUE(eventually([&] { return std::abs(model().percentage.get() - percent) < 1; }));
+        ASSERT_TRUE(eventually([&] {
+            return app->hasSettings() && std::abs(model().percentage.get() - percent) < 1;
+        })) << "before that what is pressed gives way to what the daemon holds";
     }
 
     void logIn()
