@@ -4,6 +4,7 @@
 #pragma once
 
 #include "FakePorts.h"
+#include "FakeRecordStores.h"
 #include "ManualLoop.h"
 #include "ManualQueue.h"
 #include "RecordingLog.h"
@@ -29,6 +30,7 @@ struct FakePlatform {
     std::shared_ptr<FakeNotificationCenter> notificationCenter = std::make_shared<FakeNotificationCenter>();
     std::shared_ptr<FakeCalendarStore> calendarStore = std::make_shared<FakeCalendarStore>();
     std::shared_ptr<FakeSecretStore> secretStore = std::make_shared<FakeSecretStore>(loop);
+    std::shared_ptr<FakeRecordStores> recordStores = std::make_shared<FakeRecordStores>(loop);
     std::map<std::string, std::shared_ptr<ManualQueue>, std::less<>> queues; ///< by label, once asked for
 
 private:
@@ -49,6 +51,8 @@ public:
         platform.notificationCenter = notificationCenter;
         platform.calendarStore = calendarStore;
         platform.secretStore = secretStore;
+        platform.recordStores = recordStores;
+        platform.hostName = "Study";
         platform.bundleIdentifier = "app.velmora.Velmora";
         platform.makeWorkQueue = [this](std::string_view label) { return ManualQueue::handle(queue(label)); };
         platform.applicationSupportDirectories = {folder.path() / "support"};

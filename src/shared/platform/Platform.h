@@ -10,6 +10,7 @@
 #include "platform/NotificationCenter.h"
 #include "platform/PowerSources.h"
 #include "platform/Preferences.h"
+#include "platform/RecordStores.h"
 #include "platform/SecretStore.h"
 #include "platform/ServiceManager.h"
 #include "platform/SystemVersion.h"
@@ -39,12 +40,14 @@ struct Platform {
     std::shared_ptr<NotificationCenter> notificationCenter;
     std::shared_ptr<SecretStore> secretStore;
     std::shared_ptr<CalendarStore> calendarStore;
+    std::shared_ptr<RecordStores> recordStores;
     /// Makes a serial queue; `label` names its thread.
     std::function<std::unique_ptr<WorkQueue>(std::string_view label)> makeWorkQueue;
     /// The user's data folders for applications, best first; may be empty.
     std::vector<std::filesystem::path> applicationSupportDirectories;
     std::filesystem::path temporaryDirectory; ///< closed to other users; empty where there is none
     SystemVersion systemVersion;
+    std::string hostName;         ///< what the user calls this machine; empty where it has no name
     std::string bundleIdentifier; ///< under which the desktop knows this program; empty where it does not
 
     /// The one T of this platform, created on first use. Main thread only.

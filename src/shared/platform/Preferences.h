@@ -34,6 +34,15 @@ inline constexpr std::string_view isTravelChargeOn = "isTravelChargeOn";
 inline constexpr std::string_view travelCharges = "travelCharges";       ///< events whose charge has begun
 inline constexpr std::string_view isLowBatteryTold = "isLowBatteryTold"; ///< in this dip
 inline constexpr std::string_view hasSeenGnomeAdvice = "hasSeenGnomeAdvice";
+inline constexpr std::string_view isEcosystemSyncOn = "isEcosystemSyncOn";
+inline constexpr std::string_view refusesCommands = "refusesCommands"; ///< of other machines
+inline constexpr std::string_view recordPlace = "recordPlace";         ///< one of recordPlaceKindTexts
+inline constexpr std::string_view recordHost = "recordHost";
+inline constexpr std::string_view recordPort = "recordPort";
+inline constexpr std::string_view recordDatabase = "recordDatabase";
+inline constexpr std::string_view recordUser = "recordUser";
+inline constexpr std::string_view recordTrust = "recordTrust"; ///< one of recordTrustTexts
+inline constexpr std::string_view recordPasswordFile = "recordPasswordFile";
 inline constexpr std::string_view hasSeenVersionNotice = "hasSeenMacOS264Banner";
 } // namespace preference_key
 

@@ -216,6 +216,66 @@ inline constexpr auto sendTestNotice = "sendTestNotice";
 
 } // namespace velmora::wire::face::notifications
 
+/// The fleet of the user's machines, beside the model under the same name; see velmora::EcosystemSync and
+/// velmora::CloudKitManager.
+namespace velmora::wire::face::fleet {
+
+inline constexpr auto objectPath = "/app/velmora/EcosystemSync";
+inline constexpr auto interface = "app.velmora.EcosystemSync";
+
+inline constexpr auto isOn = "isOn";
+inline constexpr auto acceptsCommands = "acceptsCommands";
+inline constexpr auto place = "place";
+inline constexpr auto fault = "fault";
+inline constexpr auto testResult = "testResult";
+inline constexpr auto devices = "devices";
+inline constexpr std::array properties{
+    Property{isOn, "b"},
+    Property{acceptsCommands, "b", Access::write},
+    Property{place, recordType}, ///< keys of `placeKeys`
+    Property{"deviceID", "s"},   ///< this machine's; empty while not known
+    Property{"deviceName", "s"}, ///< likewise
+    Property{fault, "s"},        ///< one of recordFaultTexts: what keeps the records from being reached
+    Property{"isTesting", "b"},
+    Property{testResult, "as"},     ///< one of recordFaultTexts, after a test
+    Property{"lastSyncDate", "ad"}, ///< of the last upload: seconds since 2001-01-01 UTC
+    Property{devices, recordListType, Access::read, 0, 0, News::invalidated}, ///< keys of `deviceKeys`
+};
+inline constexpr Face face{objectPath, interface, properties};
+
+/// Of a place. The port is a number; a password is only ever sent, with what takes a place.
+namespace place_key {
+inline constexpr auto kind = "kind"; ///< one of recordPlaceKindTexts
+inline constexpr auto host = "host";
+inline constexpr auto port = "port";
+inline constexpr auto database = "database";
+inline constexpr auto user = "user";
+inline constexpr auto trust = "trust"; ///< one of recordTrustTexts
+inline constexpr auto passwordFile = "passwordFile";
+inline constexpr auto password = "password";
+} // namespace place_key
+
+/// Of a device: those of its record (see velmora::device_record), as far as they are known, and its
+/// identifier. Also of a command: identifier, limit and modes.
+namespace device_key {
+inline constexpr auto deviceID = "deviceID";
+inline constexpr auto limit = "limit";                     ///< of a command: percent
+inline constexpr auto isAutoProtectOn = "isAutoProtectOn"; ///< likewise
+inline constexpr auto isStorageModeOn = "isStorageModeOn"; ///< likewise
+} // namespace device_key
+
+// Operations.
+inline constexpr auto turnOn = "turnOn";
+inline constexpr auto leave = "leave";
+inline constexpr auto refresh = "refresh"; ///< lists the devices anew
+// These take a record, in which what is absent has its default.
+inline constexpr auto use = "use";                   ///< a place
+inline constexpr auto test = "test";                 ///< a place
+inline constexpr auto command = "command";           ///< a device and what it is to take over
+inline constexpr auto removeDevice = "removeDevice"; ///< a device
+
+} // namespace velmora::wire::face::fleet
+
 /// What the tray icon says, beside the model, for desktops that show it in a way of their own.
 namespace velmora::wire::face::status {
 
