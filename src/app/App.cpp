@@ -72,7 +72,7 @@ std::optional<TravelCharge::Charger> App::travelCharger() const
                                  .pause = pause};
 }
 
-/// Before the daemon has told the switches nobody knows which notices this user wants.
+/// Until the daemon has sent this user's notice switches, events are dropped: the user may want none.
 void App::takeEvent(const ChargeEvent& event)
 {
     if (hasSettings_) notices_.take(event);

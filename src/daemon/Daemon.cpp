@@ -183,6 +183,12 @@ bool Daemon::endHeatPause()
     return true;
 }
 
+/// What is decided may have changed, and somebody waits to hear that the charger has followed.
+void Daemon::holdAnew()
+{
+    if (!hold()) acted(false);
+}
+
 void Daemon::acted(bool changed)
 {
     if (manual_.isPausing() && isChargingAllowed()) {
@@ -343,10 +349,7 @@ LimitAdoption::Ports Daemon::adoptionPorts()
             .adopt = [this](double percent) { intake_.adoptLimit(percent); },
             .lookAgain = [this] { schedule_.lookAgainSoon(); },
             .save = [this](const auto& done) { state_.saveNow([done](bool) { done(); }); },
-            .settled =
-                [this] {
-                    if (!hold()) acted(false);
-                }};
+            .settled = [this] { holdAnew(); }};
 }
 
 HeatGuard::Ports Daemon::heatPorts()
@@ -354,10 +357,7 @@ HeatGuard::Ports Daemon::heatPorts()
     return {.log = ports_.log,
             .save = [this](const auto& done) { state_.saveNow(done); },
             .delaySleep = [this](bool isWanted) { outbound_.delaySleep(isWanted); },
-            .changed =
-                [this] {
-                    if (!hold()) acted(false);
-                }};
+            .changed = [this] { holdAnew(); }};
 }
 
 ManualControl::Ports Daemon::manualPorts()
@@ -367,10 +367,7 @@ ManualControl::Ports Daemon::manualPorts()
             .authorise = [this](const auto& caller, const auto& what,
                                 const auto& decided) { intake_.authorise(caller, what, decided); },
             .logChange = [this](const auto& caller, const auto& what) { intake_.logChange(caller, what); },
-            .changed =
-                [this] {
-                    if (!hold()) acted(false);
-                }};
+            .changed = [this] { holdAnew(); }};
 }
 
 /// The daemon's own user could as well replace the daemon.

@@ -131,6 +131,7 @@ private:
     void isNowReady();
 
     bool hold();
+    void holdAnew();
     void acted(bool changed);
     bool isChargingAllowed() const;
     bool isPaused() const;

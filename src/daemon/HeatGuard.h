@@ -13,9 +13,9 @@
 
 namespace velmora {
 
-/// Sees to it that no pause for heat outlives its reason: it is noted in the state directory before the
-/// charger is told, so that whoever comes after a crash knows of it, and it is lifted before the machine
-/// sleeps. Main thread only.
+/// Keeps a pause for heat from lasting after its reason is gone. The pause is saved in the state directory
+/// before the charger is written to, so that it can be lifted after a crash, and it is lifted before the
+/// machine sleeps. Main thread only.
 class HeatGuard {
 public:
     struct Ports {

@@ -113,8 +113,8 @@ SettingsMask SettingsIntake::machineChanges(const SettingsChange& wish) const
     return wish.fields & settingsOf(Setting::Owner::machine) & differing(machine(), wish.values);
 }
 
-/// A quick charge before a journey is wanted by somebody, in so many words. A message of all ten values does
-/// not say so: an application repeats with it what it was told.
+/// A person asks for the quick charge that was begun before a journey, and it becomes that person's own. Only
+/// a change of single settings counts: in a message of all ten values an application repeats the flag.
 bool SettingsIntake::takesOver(const SettingsChange& wish) const
 {
     return (wish.fields & overrideAlone()).any() && wish.values.isTemporaryOverride &&
@@ -224,7 +224,7 @@ void SettingsIntake::change(const Caller& caller, SettingsChange wish, DaemonSer
 void SettingsIntake::beginTravelCharge(const Caller& caller, DaemonService::ChargingReply reply)
 {
     const auto isUnderWay = [this] { return quickCharge_.isActive() && !ports_.isPaused(); };
-    // What was paused has its reason, and is not to be undone by a plan that nobody is watching.
+    // A charge that begins by itself must not end a pause that a person or a hot battery asked for.
     const auto isNothingToDo = [this] { return quickCharge_.isActive() || ports_.isPaused(); };
     if (isNothingToDo()) return reply(isUnderWay());
     authorise(caller, "begin a charge before a journey",

@@ -85,7 +85,7 @@ TEST_F(CalendarHelpersTest, ReadsAllFoldersByStartAndWhatTheyShareOnce)
     EXPECT_FALSE(ask(readerless, &why));
     EXPECT_EQ(why, "/none/velmora-calendar is not installed");
 
-    put("a/work/one.ics",
+    put("a/office/one.ics",
         event("1", "08", "Lunch") + event("2", "06", "Flight\\nto \xe2\x80\xae Lis\tbon\\\\"));
     put("b/two.ics",
         event("1", "08", "Lunch") + event("3", "07", "bad \xff text") + event("4", "09", "\xc3"));

@@ -14,8 +14,9 @@
 
 namespace velmora {
 
-/// Decides which of what the looks at the battery show is an event that may be worth a notice. Each is told
-/// once: what was told is remembered, over a restart of the daemon too. The first look ever is no event.
+/// Compares each look at the battery with the last one and tells which changes are events, for users'
+/// notices. Each event is told once, also over a restart of the daemon, since what was told is saved. The
+/// first look of all only sets what later ones are compared with.
 ///
 /// **Paused**: a charge that was seen well below the limit of Auto-Protect or storage mode has come to it and
 /// has stopped. **Resumed**: after that, the battery charges again well below the limit. "Well below" is what
@@ -44,7 +45,7 @@ public:
         bool isPausedForHeat() const { return mode == ChargeMode::heat; }
     };
 
-    /// What was told last.
+    /// The values of the last events, which the daemon saves.
     struct Memory {
         std::string powerSource{};    ///< a text of HSBatteryState::powerSource; empty for nothing
         std::int64_t level = -1;      ///< whole percent; -1 for nothing
