@@ -6,6 +6,7 @@
 #include "base/Utf8.h"
 
 #include <array>
+#include <stdexcept>
 
 namespace velmora::dbus {
 
@@ -41,20 +42,36 @@ bool isTaken(const char* contents)
     return contents && contents[0] != '\0' && contents[1] == '\0' && taken.find(contents[0]) != taken.npos;
 }
 
-void readEntry(sd_bus_message* message, KeyedArchive& archive)
+/// Reads one key and its value; false where not all of it is in the archive now.
+bool readEntry(sd_bus_message* message, KeyedArchive& archive)
 {
     const char* key = readBasic<const char*>(message, 's');
     const char* contents = nullptr;
     check(sd_bus_message_peek_type(message, nullptr, &contents), "look at a value");
     if (archive.values().size() >= maximumKeys || !isTaken(contents)) {
         check(sd_bus_message_skip(message, "v"), "skip a value");
-        return;
+        return false;
     }
     const char type = contents[0];
     std::string name(utf8Prefix(key, maximumTextBytes));
     check(sd_bus_message_enter_container(message, 'v', contents), "enter a value");
     archive.encode(std::move(name), readValue(message, type));
     check(sd_bus_message_exit_container(message), "leave a value");
+    const auto* text = std::get_if<std::string>(&archive.values().back().second);
+    return !text || text->size() < maximumTextBytes;
+}
+
+/// Reads a record; `passedOver` is called for each entry that is not wholly in it.
+KeyedArchive readEntries(sd_bus_message* message, void (*passedOver)())
+{
+    KeyedArchive archive;
+    check(sd_bus_message_enter_container(message, 'a', "{sv}"), "enter a record");
+    while (check(sd_bus_message_enter_container(message, 'e', "sv"), "enter an entry") > 0) {
+        if (!readEntry(message, archive)) passedOver();
+        check(sd_bus_message_exit_container(message), "leave an entry");
+    }
+    check(sd_bus_message_exit_container(message), "leave a record");
+    return archive;
 }
 
 } // namespace
@@ -103,14 +120,14 @@ void append(sd_bus_message* message, const ChargingSettings& settings)
 
 KeyedArchive readArchive(sd_bus_message* message)
 {
-    KeyedArchive archive;
-    check(sd_bus_message_enter_container(message, 'a', "{sv}"), "enter a record");
-    while (check(sd_bus_message_enter_container(message, 'e', "sv"), "enter an entry") > 0) {
-        readEntry(message, archive);
-        check(sd_bus_message_exit_container(message), "leave an entry");
-    }
-    check(sd_bus_message_exit_container(message), "leave a record");
-    return archive;
+    return readEntries(message, [] {});
+}
+
+KeyedArchive readWholeArchive(sd_bus_message* message)
+{
+    return readEntries(message, [] {
+        throw std::invalid_argument("a record takes short texts, switches and numbers (s, b, d, x), and few");
+    });
 }
 
 ChargingSettings readSettings(sd_bus_message* message)

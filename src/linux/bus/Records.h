@@ -26,6 +26,9 @@ inline constexpr std::size_t maximumKeys = 64; ///< of a record that is read; th
 
 /// Reads an `a{sv}`. Variants other than `b`, `x`, `d` and `s` are passed over, whatever they hold.
 KeyedArchive readArchive(sd_bus_message* message);
+/// Reads an `a{sv}` that somebody wrote on purpose. Throws std::invalid_argument where readArchive would pass
+/// something over or cut it off.
+KeyedArchive readWholeArchive(sd_bus_message* message);
 ChargingSettings readSettings(sd_bus_message* message);
 
 } // namespace velmora::dbus

@@ -55,6 +55,8 @@ public:
 
     /// This machine's; empty before there was a database.
     const std::string& currentDeviceID() const { return currentDeviceID_; }
+    /// What this machine is called.
+    const std::string& deviceName() const { return deviceName_; }
 
     /// Uploads this machine's state. Dropped while an upload is under way.
     void syncState(double percentage, bool isCharging, std::string thermalState);

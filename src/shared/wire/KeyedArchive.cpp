@@ -3,6 +3,8 @@
 
 #include "wire/KeyedArchive.h"
 
+#include "base/Wipe.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -35,6 +37,13 @@ void KeyedArchive::update(const KeyedArchive& news)
         else
             known->second = value;
     }
+}
+
+void KeyedArchive::wipe()
+{
+    for (auto& [key, value] : values_)
+        if (auto* text = std::get_if<std::string>(&value)) velmora::wipe(*text);
+    values_.clear();
 }
 
 const KeyedArchive::Value* KeyedArchive::find(std::string_view key) const

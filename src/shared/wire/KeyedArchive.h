@@ -39,6 +39,9 @@ public:
     std::string decodeText(std::string_view key, std::string otherwise) const;
     std::optional<Date> decodeDate(std::string_view key) const;
 
+    /// Overwrites its texts, of which one is a secret, and forgets all.
+    void wipe();
+
     const Value* find(std::string_view key) const; ///< null where there is none
     const std::vector<std::pair<std::string, Value>>& values() const { return values_; }
 

@@ -226,20 +226,24 @@ inline constexpr auto interface = "app.velmora.EcosystemSync";
 inline constexpr auto isOn = "isOn";
 inline constexpr auto acceptsCommands = "acceptsCommands";
 inline constexpr auto place = "place";
+inline constexpr auto deviceID = "deviceID";
+inline constexpr auto deviceName = "deviceName";
+inline constexpr auto isTesting = "isTesting";
+inline constexpr auto lastSyncDate = "lastSyncDate";
 inline constexpr auto fault = "fault";
 inline constexpr auto testResult = "testResult";
 inline constexpr auto devices = "devices";
 inline constexpr std::array properties{
     Property{isOn, "b"},
     Property{acceptsCommands, "b", Access::write},
-    Property{place, recordType}, ///< keys of `placeKeys`
-    Property{"deviceID", "s"},   ///< this machine's; empty while not known
-    Property{"deviceName", "s"}, ///< likewise
+    Property{place, recordType}, ///< keys of `place_key`
+    Property{deviceID, "s"},     ///< this machine's; empty while not known
+    Property{deviceName, "s"},   ///< likewise
     Property{fault, "s"},        ///< one of recordFaultTexts: what keeps the records from being reached
-    Property{"isTesting", "b"},
-    Property{testResult, "as"},     ///< one of recordFaultTexts, after a test
-    Property{"lastSyncDate", "ad"}, ///< of the last upload: seconds since 2001-01-01 UTC
-    Property{devices, recordListType, Access::read, 0, 0, News::invalidated}, ///< keys of `deviceKeys`
+    Property{isTesting, "b"},
+    Property{testResult, "as"},   ///< one of recordFaultTexts, after a test
+    Property{lastSyncDate, "ad"}, ///< of the last upload: seconds since 2001-01-01 UTC
+    Property{devices, recordListType, Access::read, 0, 0, News::invalidated}, ///< see `device_key`
 };
 inline constexpr Face face{objectPath, interface, properties};
 
@@ -268,10 +272,11 @@ inline constexpr auto isStorageModeOn = "isStorageModeOn"; ///< likewise
 inline constexpr auto turnOn = "turnOn";
 inline constexpr auto leave = "leave";
 inline constexpr auto refresh = "refresh"; ///< lists the devices anew
-// These take a record, in which what is absent has its default.
-inline constexpr auto use = "use";                   ///< a place
-inline constexpr auto test = "test";                 ///< a place
-inline constexpr auto command = "command";           ///< a device and what it is to take over
+// These take a record (see velmora::FleetCommand and recordPlaceOf). One that is not sound, or that nothing
+// can be done about, is answered with org.freedesktop.DBus.Error.InvalidArgs and words for a developer.
+inline constexpr auto use = "use";                   ///< a place; what is absent has its default
+inline constexpr auto test = "test";                 ///< likewise
+inline constexpr auto command = "command";           ///< a device and what it is to take over, all of it
 inline constexpr auto removeDevice = "removeDevice"; ///< a device
 
 } // namespace velmora::wire::face::fleet
