@@ -7,6 +7,7 @@
 #include "alerts/CalendarConsent.h"
 #include "alerts/ChargeNotices.h"
 #include "alerts/TravelCharge.h"
+#include "fleet/EcosystemSync.h"
 #include "link/XPCClient.h"
 #include "model/BatteryModel.h"
 
@@ -28,6 +29,7 @@ public:
 
     CalendarConsent& calendarConsent() { return calendarConsent_; }
     TravelCharge& travelCharge() { return travelCharge_; }
+    EcosystemSync& ecosystemSync() { return ecosystemSync_; }
 
     /// Has the daemon look at the machine, which it does seldom while the firmware holds the charge. What is
     /// new comes with its pushes.
@@ -70,6 +72,7 @@ private:
     Subscription lowBatteryNotice_;
     CalendarConsent calendarConsent_;
     TravelCharge travelCharge_;
+    EcosystemSync ecosystemSync_{CloudKitManager::shared()};
     Subscription levels_;
     Subscription modelChanges_;
     Subscription heat_;

@@ -3,6 +3,8 @@
 
 #include "bus/ExportedObject.h"
 
+#include "bus/Records.h"
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -19,6 +21,8 @@ constexpr std::uint64_t maximumUnsent = 16;
 
 /// All callers on a session bus are this user's; asking the bus for the sender would block.
 constexpr std::uint64_t anyone = SD_BUS_VTABLE_UNPRIVILEGED;
+/// Likewise; sd-bus overwrites the message when it is done.
+constexpr std::uint64_t secretly = anyone | SD_BUS_VTABLE_SENSITIVE;
 
 } // namespace
 
@@ -43,9 +47,22 @@ void ExportedObject::derive(std::string_view name, const std::function<KeyedArch
     };
 }
 
-void ExportedObject::addOperation(const char* name, std::function<void()> operate)
+void ExportedObject::addOperation(const char* name, const std::function<void()>& operate)
 {
-    operations_.emplace_back(name, std::move(operate));
+    operations_.push_back({name, false, [operate](sd_bus_message*) { operate(); }});
+}
+
+void ExportedObject::addOperation(const char* name, const std::function<void(const KeyedArchive&)>& operate)
+{
+    struct Wiped {
+        KeyedArchive record;
+        ~Wiped() { record.wipe(); }
+    };
+    const auto act = [operate](sd_bus_message* call) {
+        const Wiped argument{dbus::readWholeArchive(call)};
+        operate(argument.record);
+    };
+    operations_.push_back({name, true, act});
 }
 
 void ExportedObject::serve()
@@ -75,9 +92,12 @@ void ExportedObject::fillTable()
                              ? entry<SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE>(property)
                              : entry<SD_BUS_VTABLE_PROPERTY_EMITS_INVALIDATION>(property));
     }
-    for (const auto& [name, operation] : operations_) {
-        table_.push_back(
-            SD_BUS_METHOD(name, "", "", (dbus::serve<ExportedObject, &ExportedObject::operate>), anyone));
+    constexpr auto handler = dbus::serve<ExportedObject, &ExportedObject::operate>;
+    for (const auto& operation : operations_) {
+        if (operation.takesRecord)
+            table_.push_back(SD_BUS_METHOD(operation.name, wire::recordType, "", handler, secretly));
+        else
+            table_.push_back(SD_BUS_METHOD(operation.name, "", "", handler, anyone));
     }
     table_.push_back(SD_BUS_VTABLE_END);
 }
@@ -113,12 +133,14 @@ try {
 }
 
 int ExportedObject::operate(sd_bus_message* call)
-{
+try {
     const std::string_view member = sd_bus_message_get_member(call);
-    for (const auto& [name, operation] : operations_) {
-        if (member == name) operation();
+    for (const auto& operation : operations_) {
+        if (member == operation.name) operation.operate(call);
     }
     return sd_bus_reply_method_return(call, nullptr);
+} catch (const std::invalid_argument& refusal) {
+    return sd_bus_reply_method_errorf(call, SD_BUS_ERROR_INVALID_ARGS, "%s", refusal.what());
 }
 
 void ExportedObject::announceSoon()

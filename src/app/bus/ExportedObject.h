@@ -17,9 +17,9 @@
 namespace velmora {
 
 /// One object of the face on the session bus: the properties that a table of the wire declares, each bound to
-/// an observable, and operations without arguments. What changed in one turn of the loop is announced once,
-/// at its end. A value of the wrong type, not finite or out of range is answered with an error and changes
-/// nothing.
+/// an observable, and operations without arguments or with a record. What changed in one turn of the loop is
+/// announced once, at its end. A value of the wrong type, not finite or out of range is answered with an
+/// error and changes nothing.
 ///
 /// Its owner binds every property, adds the operations, then serves it. Main thread only.
 class ExportedObject {
@@ -33,13 +33,23 @@ public:
     template <typename T>
     void bind(std::string_view name, Observable<T>& observable);
 
-    /// A property that follows from others: looked at again whenever a bound one changes, and by
+    /// A property that follows from others: looked at again whenever a bound or watched one changes, and by
     /// `derivedChanged`.
     void derive(std::string_view name, const std::function<KeyedArchive::Value()>& value);
+    /// A derived property follows from `observable`, which must outlive the object.
+    template <typename T>
+    void watch(Observable<T>& observable)
+    {
+        watched_.push_back(observable.observe([this](const T&) { announceSoon(); }));
+    }
     void derivedChanged() { announceSoon(); }
 
-    /// `operate` is called before the caller is answered.
-    void addOperation(const char* name, std::function<void()> operate);
+    /// `operate` is called before the caller is answered. What it throws is the answer: a
+    /// std::invalid_argument for a call that makes no sense.
+    void addOperation(const char* name, const std::function<void()>& operate);
+    /// Likewise, of an operation that takes a record. That may hold a secret: it is overwritten afterwards,
+    /// as is the message.
+    void addOperation(const char* name, const std::function<void(const KeyedArchive& record)>& operate);
 
     /// Called after a property was written that the table calls a setting.
     std::function<void()> onSetting;
@@ -56,6 +66,12 @@ private:
         std::function<bool()> hasChanged{}; ///< of a derived one
         Subscription changes{};
         bool isDirty = false;
+    };
+
+    struct Operation {
+        const char* name;
+        bool takesRecord;
+        std::function<void(sd_bus_message* call)> operate;
     };
 
     std::size_t indexOf(std::string_view name) const;
@@ -76,7 +92,8 @@ private:
     sd_bus* bus_;
     wire::face::Face face_;
     std::vector<Row> rows_; ///< in the order of the properties; never grows
-    std::vector<std::pair<const char*, std::function<void()>>> operations_;
+    std::vector<Operation> operations_;
+    std::vector<Subscription> watched_;
     bool isAnnouncing_ = false; ///< at the end of this turn
     std::vector<sd_bus_vtable> table_;
     dbus::Slot object_;

@@ -3,6 +3,11 @@
 
 #include "bus/Exports.h"
 
+#include "base/Wipe.h"
+#include "fleet/FleetArchive.h"
+
+#include <stdexcept>
+
 namespace velmora::exports {
 
 namespace {
@@ -15,7 +20,73 @@ KeyedArchive::Value valueOf(const std::optional<ChargerReport>& report, std::str
     return value ? *value : KeyedArchive::Value{};
 }
 
+using PlaceOperation = void (EcosystemSync::*)(const RecordPlace&, const std::optional<std::string>&);
+
+/// With the password in `record`; without one, or an empty one, that which is kept.
+void withPlace(EcosystemSync& sync, PlaceOperation operation, const KeyedArchive& record)
+{
+    const auto place = recordPlaceOf(record);
+    if (!EcosystemSync::isComplete(place))
+        throw std::invalid_argument("a server takes host, database and user, of printable ASCII characters");
+    auto password = record.decodeText(wire::face::fleet::place_key::password, "");
+    (sync.*operation)(place, password.empty() ? std::nullopt : std::optional(password));
+    wipe(password);
+}
+
+void command(EcosystemSync& sync, const KeyedArchive& record)
+{
+    const auto wanted = fleetCommandOf(record);
+    if (!sync.command(wanted.deviceID, wanted.limit, wanted.isAutoProtectOn, wanted.isStorageModeOn))
+        throw std::invalid_argument("a command goes to a listed machine that takes commands, with a limit of "
+                                    "50 to 100");
+}
+
+void removeDevice(EcosystemSync& sync, const KeyedArchive& record)
+{
+    if (!sync.removeDevice(deviceIDOf(record)))
+        throw std::invalid_argument("only another machine that has been silent for ten minutes is removed");
+}
+
+void addOperations(ExportedObject& object, EcosystemSync& sync, const std::function<void()>& refresh)
+{
+    namespace wired = wire::face::fleet;
+    const auto add = [&](const char* name, auto operate) {
+        object.addOperation(name, [&sync, operate](const KeyedArchive& record) { operate(sync, record); });
+    };
+    object.addOperation(wired::turnOn, [&sync] { sync.turnOn(); });
+    object.addOperation(wired::leave, [&sync] { sync.leave(); });
+    object.addOperation(wired::refresh, refresh);
+    add(wired::use, [](auto& to, const auto& record) { withPlace(to, &EcosystemSync::use, record); });
+    add(wired::test, [](auto& to, const auto& record) { withPlace(to, &EcosystemSync::test, record); });
+    add(wired::command, command);
+    add(wired::removeDevice, removeDevice);
+}
+
 } // namespace
+
+void serve(ExportedObject& object, EcosystemSync& sync, CloudKitManager& manager,
+           const std::function<void()>& refresh)
+{
+    namespace wired = wire::face::fleet;
+    using Value = KeyedArchive::Value;
+    object.bind(wired::isOn, sync.isOn);
+    object.bind(wired::acceptsCommands, sync.acceptsCommands);
+    object.bind(wired::place, sync.place);
+    object.bind(wired::deviceID, sync.deviceID);
+    object.derive(wired::deviceName, [&manager] { return Value(manager.deviceName()); });
+    object.derive(wired::fault, [&sync, &manager] {
+        const auto own = sync.fault.get();
+        return Value(faultText(own == RecordFault::none ? manager.lastFault.get() : own));
+    });
+    object.watch(sync.fault);
+    object.watch(manager.lastFault);
+    object.bind(wired::isTesting, sync.isTesting);
+    object.bind(wired::testResult, sync.testResult);
+    object.bind(wired::lastSyncDate, manager.lastSyncDate);
+    object.bind(wired::devices, manager.devices);
+    addOperations(object, sync, refresh);
+    object.serve();
+}
 
 void serve(ExportedObject& object, InstallationManager& manager, std::function<bool()> isDaemonPresent)
 {

@@ -8,6 +8,7 @@
 #include "alerts/NotificationStatus.h"
 #include "alerts/TravelCharge.h"
 #include "bus/ExportedObject.h"
+#include "fleet/EcosystemSync.h"
 #include "model/InstallationManager.h"
 #include "model/VersionNotice.h"
 #include "model/WidgetSettings.h"
@@ -30,6 +31,10 @@ void serve(ExportedObject& object, WidgetSettings& widget);
 void serve(ExportedObject& object, CalendarContextManager& calendar, CalendarConsent& consent,
            TravelCharge& travel);
 void serve(ExportedObject& object, NotificationStatus& status, DeliveredNotices& delivered);
+
+/// `refresh` lists the fleet's devices anew.
+void serve(ExportedObject& object, EcosystemSync& sync, CloudKitManager& manager,
+           const std::function<void()>& refresh);
 
 using ChargerSource = std::function<std::optional<ChargerReport>()>; ///< what is known now
 

@@ -4,6 +4,7 @@
 #include "bus/PropertyValues.h"
 
 #include "bus/Records.h"
+#include "fleet/FleetArchive.h"
 
 #include <array>
 #include <cmath>
@@ -116,6 +117,21 @@ void append(sd_bus_message* reply, const std::optional<WidgetPlace>& place)
 void append(sd_bus_message* reply, const std::vector<HSHistorySnapshot>& samples)
 {
     appendList(reply, samples);
+}
+
+void append(sd_bus_message* reply, const std::optional<RecordFault>& fault)
+{
+    append(reply, fault ? std::optional(faultText(*fault)) : std::nullopt);
+}
+
+void append(sd_bus_message* reply, const RecordPlace& place)
+{
+    dbus::append(reply, velmora::archived(place));
+}
+
+void append(sd_bus_message* reply, const std::vector<DeviceReport>& devices)
+{
+    appendList(reply, devices);
 }
 
 void append(sd_bus_message* reply, const std::vector<SharedBatteryState>& states)

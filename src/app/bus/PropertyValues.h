@@ -4,8 +4,10 @@
 #pragma once
 
 #include "bus/DBus.h"
+#include "fleet/DeviceReport.h"
 #include "model/BatteryModel.h"
 #include "model/WidgetSettings.h"
+#include "platform/RecordStores.h"
 #include "wire/ModelFace.h"
 
 #include <optional>
@@ -30,6 +32,9 @@ void append(sd_bus_message* reply, const std::optional<Date>& date);
 void append(sd_bus_message* reply, const std::optional<std::string>& text);
 void append(sd_bus_message* reply, const std::optional<WidgetPlace>& place);
 void append(sd_bus_message* reply, const std::vector<HSHistorySnapshot>& samples);
+void append(sd_bus_message* reply, const std::optional<RecordFault>& fault);
+void append(sd_bus_message* reply, const RecordPlace& place);
+void append(sd_bus_message* reply, const std::vector<DeviceReport>& devices);
 /// What is not known of a state has no key.
 void append(sd_bus_message* reply, const std::vector<SharedBatteryState>& states);
 
