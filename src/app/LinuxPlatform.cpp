@@ -3,6 +3,7 @@
 
 #include "LinuxPlatform.h"
 
+#include "base/HostName.h"
 #include "base/JournalLog.h"
 #include "base/KernelVersion.h"
 #include "base/PreferencesFile.h"
@@ -12,6 +13,7 @@
 #include "desktop/DesktopNotificationCenter.h"
 #include "desktop/SecretService.h"
 #include "power/LinuxPowerSources.h"
+#include "records/LinuxRecordStores.h"
 #include "systemd/SystemdServiceManager.h"
 #include "wire/ModelFace.h"
 
@@ -73,12 +75,17 @@ std::filesystem::path temporaryFolder(Log& log)
     return {};
 }
 
+std::filesystem::path programFolder()
+{
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+}
+
 /// A program of ours that no person starts: beside this one where it was built, in libexec where it is
 /// installed.
 std::filesystem::path helperProgram(const char* name)
 {
-    std::error_code error;
-    const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    const auto folder = programFolder();
     if (auto beside = folder / name; access(beside.c_str(), X_OK) == 0) return beside;
     return folder.parent_path() / "libexec" / name;
 }
@@ -91,6 +98,23 @@ std::shared_ptr<CalendarStore> calendarStore(Log& log)
                                .folders = CalendarHelpers::usualFolders(
                                    userFolder("XDG_DATA_HOME", ".local/share"), userFolder("HOME", nullptr))},
         log);
+}
+
+/// The variable VELMORA_RECORDS puts another file in the place of the user's own, for simulated fleets.
+std::filesystem::path recordsFile()
+{
+    if (auto named = userFolder("VELMORA_RECORDS", nullptr); !named.empty()) return named;
+    const auto folders = dataFolders();
+    return folders.empty() ? std::filesystem::path() : folders.front() / "Velmora" / "cloud.db";
+}
+
+/// Modules lie in ../lib/velmora where they were built, and in the system's folder of libraries where they
+/// are installed.
+LinuxRecordStores::Setup recordStores()
+{
+    const auto prefix = programFolder().parent_path();
+    return {.folders = {prefix / "lib" / "velmora", prefix / VELMORA_LIBDIR / "velmora"},
+            .file = recordsFile()};
 }
 
 } // namespace
@@ -111,6 +135,9 @@ LinuxPlatform::LinuxPlatform(const std::string& program) : loop_(std::make_share
         preferencesFolder(), platform_.makeWorkQueue("velmora-prefs"), clock(), log());
     platform_.calendarStore = calendarStore(log());
     platform_.serviceManager = std::make_shared<SystemdServiceManager>(*loop_, log());
+    platform_.recordStores =
+        std::make_shared<LinuxRecordStores>(recordStores(), platform_.mainLoop, platform_.log);
+    platform_.hostName = hostName();
     platform_.applicationSupportDirectories = dataFolders();
     platform_.temporaryDirectory = temporaryFolder(log());
     platform_.systemVersion = kernelVersion();

@@ -1,0 +1,144 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "records/LinuxRecordStores.h"
+
+#include "base/Uuid.h"
+#include "base/Version.h"
+#include "records/StoreWorker.h"
+
+#include <chrono>
+#include <dlfcn.h>
+#include <exception>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+namespace velmora {
+
+namespace {
+
+constexpr auto category = "RecordStores";
+
+struct ModuleName {
+    const char* file;
+    const char* package; ///< that has it
+};
+constexpr std::array<ModuleName, recordPlaceKindTexts.size()> modules{{
+    {"velmora-sqlite.so", "velmora-session"},
+    {"velmora-postgresql.so", "velmora-postgresql"},
+}};
+
+constexpr auto consequence = " The fleet's records are neither read nor written.";
+
+/// What keeps the store from working; nothing where it does.
+std::optional<CloudError> found(RecordBackend& backend)
+{
+    if (const auto error = backend.check()) return error;
+    constexpr auto field = "isTest";
+    CloudRecord record("VelmoraTest", "VelmoraTest_" + makeUuid());
+    record.set(field, true);
+    if (const auto error = stored::save(backend, record)) return error;
+    const auto fetched = stored::fetch(backend, record.name());
+    const auto notRemoved = backend.remove(record.name());
+    if (const auto* error = std::get_if<CloudError>(&fetched)) return *error;
+    if (!std::get<CloudRecord>(fetched).value<bool>(field))
+        return CloudError{.text = "what was saved is not what was read"};
+    return notRemoved;
+}
+
+CloudError tried(RecordBackend& backend)
+{
+    try {
+        return found(backend).value_or(CloudError{.fault = RecordFault::none});
+    } catch (const std::exception& error) {
+        return {.text = error.what()};
+    }
+}
+
+} // namespace
+
+LinuxRecordStores::LinuxRecordStores(Setup setup, std::shared_ptr<MainLoop> loop, std::shared_ptr<Log> log)
+    : setup_(std::move(setup)), loop_(std::move(loop)), log_(std::move(log)), complaints_(*log_, category)
+{
+}
+
+LinuxRecordStores::~LinuxRecordStores()
+{
+    constexpr auto step = std::chrono::milliseconds(2);
+    for (int i = 0; i < 100 && presence_.use_count() > 1; ++i) std::this_thread::sleep_for(step);
+}
+
+std::shared_ptr<CloudDatabase> LinuxRecordStores::open(const RecordPlace& place, Password password)
+{
+    auto opened = backend(place, std::move(password));
+    return opened ? std::make_shared<StoreWorker>(std::move(opened), presence_) : nullptr;
+}
+
+void LinuxRecordStores::test(const RecordPlace& place, Password password, Tested tested)
+{
+    std::shared_ptr<RecordBackend> opened = backend(place, std::move(password));
+    if (!opened) {
+        const std::string detail =
+            std::string(modules.at(static_cast<std::size_t>(place.kind)).file) + " could not be loaded";
+        return loop_->post([tested = std::move(tested), detail] { tested(RecordFault::noModule, detail); });
+    }
+    std::thread([loop = loop_, opened = std::move(opened), tested = std::move(tested),
+                 presence = presence_]() mutable {
+        const auto result = tried(*opened);
+        opened.reset();
+        loop->post([tested = std::move(tested), result] { tested(result.fault, result.text); });
+    }).detach();
+}
+
+std::unique_ptr<RecordBackend> LinuxRecordStores::backend(const RecordPlace& place, Password password)
+{
+    const auto* found = module(place.kind);
+    if (!found) return nullptr;
+    try {
+        return found->open(
+            {.place = place, .file = setup_.file, .password = std::move(password), .log = log_});
+    } catch (const std::exception& error) {
+        log_->error(category, std::string("Could not make a record store: ") + error.what() + consequence);
+        return nullptr;
+    }
+}
+
+const RecordModule* LinuxRecordStores::module(RecordPlace::Kind kind)
+{
+    const auto index = static_cast<std::size_t>(kind);
+    const auto& [file, package] = modules.at(index);
+    auto& loaded = loaded_.at(index);
+    for (const auto& folder : setup_.folders)
+        if (std::error_code error; !loaded && std::filesystem::exists(folder / file, error))
+            loaded = load(folder / file, package);
+    if (loaded) {
+        complaints_.settle(file);
+        return loaded;
+    }
+    complaints_.raise(file, std::string(file) + " is not there, or cannot be used: the package " + package +
+                                " of this version has it." + consequence);
+    return nullptr;
+}
+
+/// It stays loaded, also where it is of no use: libraries that it brought may have left threads or thread
+/// variables behind.
+const RecordModule* LinuxRecordStores::load(const std::filesystem::path& file, const char* package)
+{
+    void* handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* symbol = handle ? dlsym(handle, recordModuleEntry) : nullptr;
+    if (!symbol) {
+        const char* why = dlerror();
+        complaints_.raise(file,
+                          "Could not load " + file.string() + ": " + (why ? why : "it has no entry") + ".");
+        return nullptr;
+    }
+    const auto* loaded = reinterpret_cast<RecordModuleEntry*>(symbol)();
+    if (std::string_view(loaded->version) == version()) return loaded;
+    complaints_.raise(file, file.string() + " is of Velmora " + loaded->version + ", this program of " +
+                                version() + ": it is used once the package " + package +
+                                " is of the same version and this program has started anew.");
+    return nullptr;
+}
+
+} // namespace velmora

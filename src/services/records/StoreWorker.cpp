@@ -1,0 +1,222 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "records/StoreWorker.h"
+
+#include "base/Mutex.h"
+#include "records/RecordCodec.h"
+
+#include <deque>
+#include <exception>
+#include <pthread.h>
+#include <thread>
+#include <utility>
+
+namespace velmora {
+
+// -- From texts to records and back
+
+CloudResult<CloudRecord> stored::decoded(const StoredRecord& record)
+{
+    if (auto fields = record_codec::decode(record.fields))
+        return CloudRecord(record.type, record.name, std::move(*fields));
+    return CloudError{.text = "the record " + record.name + " cannot be read"};
+}
+
+CloudResult<CloudRecord> stored::fetch(RecordBackend& backend, const std::string& name)
+{
+    const auto found = backend.fetch(name);
+    const auto* error = std::get_if<CloudError>(&found);
+    return error ? *error : decoded(std::get<StoredRecord>(found));
+}
+
+std::optional<CloudError> stored::save(RecordBackend& backend, const CloudRecord& record)
+{
+    auto fields = record_codec::encode(record.changes());
+    if (!fields) return CloudError{.text = "the record " + record.name() + " is too long to be saved"};
+    return backend.save({.type = record.type(), .name = record.name(), .fields = std::move(*fields)});
+}
+
+CloudResult<CloudDatabase::Listing> stored::query(RecordBackend& backend, const std::string& type,
+                                                  std::size_t maximum)
+{
+    const auto found = backend.query(type, maximum);
+    if (const auto* error = std::get_if<CloudError>(&found)) return *error;
+    CloudDatabase::Listing listing;
+    for (const auto& record : std::get<std::vector<StoredRecord>>(found)) listing.push_back(decoded(record));
+    return listing;
+}
+
+// -- The thread
+
+namespace {
+
+using Tell = std::function<void()>;
+
+/// What is asked of the backend, or without one the error that it is answered with. Gives what tells the
+/// answer.
+using Request = std::function<Tell(RecordBackend*, const CloudError& refusal)>;
+
+} // namespace
+
+class StoreWorker::Thread : public std::enable_shared_from_this<StoreWorker::Thread> {
+public:
+    Thread(std::unique_ptr<RecordBackend> backend, std::shared_ptr<const void> presence, Bounds bounds)
+        : presence_(std::move(presence)), backend_(std::move(backend)), bounds_(bounds)
+    {
+    }
+
+    void take(Request request);
+    void end();
+
+private:
+    struct Waiting {
+        std::chrono::steady_clock::time_point until;
+        Request request;
+        bool isTooMany = false;
+    };
+
+    void work();
+    bool awaitWork() VELMORA_REQUIRES(mutex_);
+    Tell answer(const Waiting& next);
+
+    std::shared_ptr<const void> presence_; // goes last
+    const std::unique_ptr<RecordBackend> backend_;
+    const Bounds bounds_;
+    Mutex mutex_;
+    Condition changed_;
+    std::deque<Waiting> waiting_ VELMORA_GUARDED_BY(mutex_);
+    bool isStarted_ VELMORA_GUARDED_BY(mutex_) = false;
+    bool isEnded_ VELMORA_GUARDED_BY(mutex_) = false;
+    bool isResting_ VELMORA_GUARDED_BY(mutex_) = true;
+};
+
+void StoreWorker::Thread::take(Request request)
+{
+    {
+        const MutexLock lock(mutex_);
+        waiting_.push_back({.until = std::chrono::steady_clock::now() + bounds_.patience,
+                            .request = std::move(request),
+                            .isTooMany = waiting_.size() >= bounds_.requests});
+        if (!std::exchange(isStarted_, true))
+            std::thread([self = shared_from_this()] { self->work(); }).detach();
+    }
+    changed_.notifyAll();
+}
+
+void StoreWorker::Thread::end()
+{
+    std::deque<Waiting> dropped;
+    {
+        const MutexLock lock(mutex_);
+        isEnded_ = true;
+        dropped.swap(waiting_);
+    }
+    changed_.notifyAll();
+    backend_->cancel();
+}
+
+bool StoreWorker::Thread::awaitWork()
+{
+    const auto restAt = std::chrono::steady_clock::now() + bounds_.idle;
+    while (!isEnded_ && waiting_.empty()) {
+        if (isResting_) {
+            changed_.wait(mutex_);
+        } else if (!changed_.waitUntil(mutex_, restAt) && !isEnded_ && waiting_.empty()) {
+            isResting_ = true;
+            mutex_.unlock();
+            backend_->rest();
+            mutex_.lock();
+        }
+    }
+    return !isEnded_;
+}
+
+void StoreWorker::Thread::work()
+{
+    pthread_setname_np(pthread_self(), "velmora-records");
+    const MutexLock lock(mutex_);
+    while (awaitWork()) {
+        isResting_ = false;
+        Waiting next = std::move(waiting_.front());
+        waiting_.pop_front();
+        mutex_.unlock();
+        Tell tell = answer(next);
+        mutex_.lock();
+        const bool isWanted = !isEnded_;
+        mutex_.unlock();
+        if (isWanted) tell();
+        tell = nullptr; // what they hold goes outside of the lock: the store may end with it
+        next.request = nullptr;
+        mutex_.lock();
+    }
+}
+
+Tell StoreWorker::Thread::answer(const Waiting& next)
+{
+    const bool isLate = next.isTooMany || std::chrono::steady_clock::now() > next.until;
+    return next.request(isLate ? nullptr : backend_.get(),
+                        {.text = "the store is busy with earlier requests", .fault = RecordFault::slow});
+}
+
+// -- The store
+
+StoreWorker::StoreWorker(std::unique_ptr<RecordBackend> backend, std::shared_ptr<const void> presence,
+                         Bounds bounds)
+    : thread_(std::make_shared<Thread>(std::move(backend), std::move(presence), bounds))
+{
+}
+
+StoreWorker::StoreWorker(std::unique_ptr<RecordBackend> backend, std::shared_ptr<const void> presence)
+    : StoreWorker(std::move(backend), std::move(presence), Bounds())
+{
+}
+
+StoreWorker::~StoreWorker()
+{
+    thread_->end();
+}
+
+template <typename Answer>
+void StoreWorker::enqueue(std::function<Answer(RecordBackend&)> ask, std::function<void(Answer)> answered)
+{
+    const auto asked = [ask = std::move(ask)](RecordBackend* backend, const CloudError& refusal) -> Answer {
+        if (!backend) return refusal;
+        try {
+            return ask(*backend);
+        } catch (const std::exception& error) {
+            return CloudError{.text = error.what()};
+        }
+    };
+    thread_->take([asked, answered = std::move(answered)](auto* backend, const auto& refusal) -> Tell {
+        return [answered, answer = asked(backend, refusal)] { answered(answer); };
+    });
+}
+
+void StoreWorker::fetch(std::string name, Fetched fetched)
+{
+    enqueue<CloudResult<CloudRecord>>(
+        [name = std::move(name)](auto& backend) { return stored::fetch(backend, name); }, std::move(fetched));
+}
+
+void StoreWorker::save(CloudRecord record, Done done)
+{
+    enqueue<std::optional<CloudError>>(
+        [record = std::move(record)](auto& backend) { return stored::save(backend, record); },
+        std::move(done));
+}
+
+void StoreWorker::query(std::string type, std::size_t maximum, Queried queried)
+{
+    enqueue<CloudResult<Listing>>(
+        [type = std::move(type), maximum](auto& backend) { return stored::query(backend, type, maximum); },
+        std::move(queried));
+}
+
+void StoreWorker::remove(std::string name, Done done)
+{
+    enqueue<std::optional<CloudError>>(
+        [name = std::move(name)](auto& backend) { return backend.remove(name); }, std::move(done));
+}
+
+} // namespace velmora
