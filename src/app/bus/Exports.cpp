@@ -83,6 +83,7 @@ void serve(ExportedObject& object, EcosystemSync& sync, CloudKitManager& manager
     object.bind(wired::isTesting, sync.isTesting);
     object.bind(wired::testResult, sync.testResult);
     object.bind(wired::lastSyncDate, manager.lastSyncDate);
+    object.bind(wired::lastListDate, manager.lastListDate);
     object.bind(wired::devices, manager.devices);
     addOperations(object, sync, refresh);
     object.serve();

@@ -157,6 +157,7 @@ void CloudKitManager::listed(const CloudResult<CloudDatabase::Listing>& result,
     std::vector<SharedBatteryState> states;
     for (const auto& report : reports) states.push_back(report.state);
     devices.set(std::move(reports));
+    lastListDate.set(clock_->now());
     completion(std::move(states));
 }
 

@@ -43,6 +43,7 @@ public:
     Observable<bool> hasDatabase{false};
     /// All devices of the last listing, with what SharedBatteryState has no place for; empty where it failed.
     Observable<std::vector<DeviceReport>> devices{{}};
+    Observable<std::optional<Date>> lastListDate{std::nullopt}; ///< of the answer to the last listing
     /// What was wrong with the last answer of the store.
     Observable<RecordFault> lastFault{RecordFault::none};
 

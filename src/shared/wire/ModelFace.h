@@ -230,6 +230,7 @@ inline constexpr auto deviceID = "deviceID";
 inline constexpr auto deviceName = "deviceName";
 inline constexpr auto isTesting = "isTesting";
 inline constexpr auto lastSyncDate = "lastSyncDate";
+inline constexpr auto lastListDate = "lastListDate";
 inline constexpr auto fault = "fault";
 inline constexpr auto testResult = "testResult";
 inline constexpr auto devices = "devices";
@@ -243,6 +244,7 @@ inline constexpr std::array properties{
     Property{isTesting, "b"},
     Property{testResult, "as"},   ///< one of recordFaultTexts, after a test
     Property{lastSyncDate, "ad"}, ///< of the last upload: seconds since 2001-01-01 UTC
+    Property{lastListDate, "ad"}, ///< of the last answer to a listing, also of one that failed
     Property{devices, recordListType, Access::read, 0, 0, News::invalidated}, ///< see `device_key`
 };
 inline constexpr Face face{objectPath, interface, properties};
