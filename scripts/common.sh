@@ -2,14 +2,15 @@
 # ./package and ./bench/run.
 
 build_packages=(g++ cmake ninja-build pkg-config libsystemd-dev nlohmann-json3-dev libfuse3-dev libxcb1-dev
-    libical-dev qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev)
+    libical-dev libsqlite3-dev libpq-dev qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev)
 run_packages=(dbus systemd fuse3 qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
     qml6-module-qtquick qml6-module-qtquick-layouts qml6-module-qtquick-templates)
 screen_packages=(xvfb xauth dunst gnome-keyring libsecret-tools) # where there is no display
 picture_packages=(imagemagick xdotool) # for a picture of it with the panel that a click opens
+server_packages=(postgresql) # for a fleet whose records a server keeps
 tray_programs=(cbatticon fdpowermon lxqt-powermanagement xfce4-power-manager) # what Velmora is measured beside
 test_packages=(libgtest-dev libgmock-dev python3 xvfb xauth xdotool at-spi2-core gir1.2-atspi-2.0 python3-gi
-    openbox tint2 dunst gnome-keyring libsecret-tools systemd polkitd appstream desktop-file-utils)
+    openbox tint2 dunst gnome-keyring libsecret-tools systemd polkitd appstream desktop-file-utils postgresql)
 machine_packages=(mmdebstrap systemd-container) # for a fresh Debian with a systemd of its own
 case $(. /etc/os-release && echo "${VERSION_ID-}") in
     12) clang=14 test_packages+=(clang-format-14) ;; # the one version that the format is checked with
