@@ -6,6 +6,7 @@
 #include "RecordingLog.h"
 #include "TemporaryFolder.h"
 #include "base/CoreDumps.h"
+#include "base/HostName.h"
 #include "base/JournalLog.h"
 #include "base/KernelVersion.h"
 #include "base/PreferencesFile.h"
@@ -54,6 +55,29 @@ TEST(JournalLog, TextOfOthersCannotForgeLinesNorMoveTheCursor)
         EXPECT_EQ(escapedLine(text), line);
         EXPECT_EQ(cleanUtf8(text), clean);
     }
+}
+
+TEST(HostName, IsWhatTheUserCallsTheMachine)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {"", ""},
+        {"PRETTY_HOSTNAME=desk\n", "desk"},
+        {"ICON_NAME=x\n  PRETTY_HOSTNAME=\"Ann\\\"s \u2764 laptop\" \nX_PRETTY_HOSTNAME=no",
+         "Ann\"s \u2764 laptop"},
+        {"PRETTY_HOSTNAME='a\\b'c\nPRETTY_HOSTNAME=", ""}, // the last one counts
+        {"PRETTY_HOSTNAME='a\\b'", "a\\b"},
+        {"PRETTY_HOSTNAME=\"a\tb\xff\u202ec", "a b?c"},
+    };
+    for (const auto& [text, name] : cases) EXPECT_EQ(prettyHostName(text), name) << text;
+    EXPECT_EQ(prettyHostName("PRETTY_HOSTNAME=" + std::string(63, 'x') + "\u20ac").size(), 63U);
+
+    TemporaryFolder folder;
+    folder.write("info", "PRETTY_HOSTNAME=here");
+    setenv("VELMORA_MACHINE_INFO", (folder.path() / "info").c_str(), 1);
+    EXPECT_EQ(hostName(), "here");
+    setenv("VELMORA_MACHINE_INFO", (folder.path() / "none").c_str(), 1);
+    EXPECT_NE(hostName(), "") << "the kernel's";
+    unsetenv("VELMORA_MACHINE_INFO");
 }
 
 TEST(UserName, IsThatOfAUserOfThisMachine)

@@ -125,9 +125,8 @@ private:
     int bound_ = 0;
 };
 
-SqliteBackend::SqliteBackend(std::filesystem::path file, std::shared_ptr<Log> log,
-                             std::chrono::milliseconds patience)
-    : file_(std::move(file)), log_(std::move(log)), patience_(patience)
+SqliteBackend::SqliteBackend(std::filesystem::path file, std::shared_ptr<Log> log)
+    : file_(std::move(file)), log_(std::move(log))
 {
 }
 
@@ -187,7 +186,7 @@ void SqliteBackend::cancel() noexcept
 
 std::optional<CloudError> SqliteBackend::perform(const Act& act)
 {
-    deadline_ = std::chrono::steady_clock::now() + patience_;
+    deadline_ = std::chrono::steady_clock::now() + patience;
     int code = attempt(act);
     if (isDamage(code) && setAside()) code = attempt(act);
     if (code == SQLITE_OK) return std::nullopt;

@@ -25,10 +25,9 @@ namespace velmora {
 /// program, and what the disk does not take, fails within `patience`.
 class SqliteBackend final : public RecordBackend {
 public:
-    static constexpr std::chrono::milliseconds usualPatience{5'000};
+    static constexpr std::chrono::milliseconds patience{5'000};
 
-    SqliteBackend(std::filesystem::path file, std::shared_ptr<Log> log,
-                  std::chrono::milliseconds patience = usualPatience);
+    SqliteBackend(std::filesystem::path file, std::shared_ptr<Log> log);
 
     CloudResult<StoredRecord> fetch(const std::string& name) override;
     std::optional<CloudError> save(const StoredRecord& record) override;
@@ -54,7 +53,6 @@ private:
 
     std::filesystem::path file_;
     std::shared_ptr<Log> log_;
-    std::chrono::milliseconds patience_;
     std::chrono::steady_clock::time_point deadline_{}; ///< of the request
     std::atomic<bool> isCancelled_ = false;
     std::optional<CloudError> problem_; ///< with the file, where SQLite was not even asked
