@@ -5,6 +5,7 @@
 #include "base/CoreDumps.h"
 #include "base/Heap.h"
 #include "base/Version.h"
+#include "records/ServerVariables.h"
 
 #include <cstdio>
 
@@ -20,6 +21,7 @@ int main(int argc, char** argv)
         return 0;
     }
     velmora::forbidCoreDumps();
+    velmora::forgetServerVariables();
     velmora::keepHeapSmall();
     return velmora::runApplication(*command);
 }

@@ -5,6 +5,7 @@
 
 #include "base/Uuid.h"
 #include "base/Version.h"
+#include "records/PasswordSource.h"
 #include "records/StoreWorker.h"
 
 #include <chrono>
@@ -96,8 +97,10 @@ std::unique_ptr<RecordBackend> LinuxRecordStores::backend(const RecordPlace& pla
     const auto* found = module(place.kind);
     if (!found) return nullptr;
     try {
-        return found->open(
-            {.place = place, .file = setup_.file, .password = std::move(password), .log = log_});
+        return found->open({.place = place,
+                            .file = setup_.file,
+                            .password = passwordSource(place, std::move(password), log_),
+                            .log = log_});
     } catch (const std::exception& error) {
         log_->error(category, std::string("Could not make a record store: ") + error.what() + consequence);
         return nullptr;

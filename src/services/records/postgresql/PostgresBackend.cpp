@@ -1,0 +1,179 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "records/postgresql/PostgresBackend.h"
+
+#include "base/Wipe.h"
+
+#include <algorithm>
+#include <exception>
+#include <new>
+#include <sys/eventfd.h>
+#include <system_error>
+#include <utility>
+
+namespace velmora::postgresql {
+
+namespace {
+
+using std::chrono::seconds;
+
+constexpr seconds connectLimit{5};
+constexpr seconds requestLimit{10};
+constexpr double longestPause = 30; // seconds
+
+// The owner is compared as a text: as a name, which current_user is, it would not be found by the index.
+constexpr auto fetchStatement = "SELECT type, fields::text FROM velmora.record "
+                                "WHERE owner = current_user::text AND name = $1";
+constexpr auto queryStatement =
+    "SELECT name, fields::text FROM velmora.record "
+    "WHERE owner = current_user::text AND type = $1 ORDER BY seq LIMIT $2::bigint";
+constexpr auto removeStatement = "DELETE FROM velmora.record WHERE owner = current_user::text AND name = $1";
+constexpr auto saveStatement =
+    "INSERT INTO velmora.record AS r (type, name, fields) VALUES ($1, $2, $3::jsonb) "
+    "ON CONFLICT (owner, name) DO UPDATE SET fields = r.fields || EXCLUDED.fields, version = r.version + 1, "
+    "changed = CASE WHEN (r.fields || EXCLUDED.fields) - 'lastUpdate' = r.fields - 'lastUpdate' "
+    "THEN r.changed ELSE pg_current_xact_id() END RETURNING version";
+constexpr auto checkStatement =
+    "SELECT (SELECT rolsuper OR rolbypassrls FROM pg_catalog.pg_roles WHERE rolname = current_user), "
+    "row_security_active('velmora.record')";
+
+CloudError errorOf(const ServerFailure& failure)
+{
+    return {.text = failure.what(), .fault = failure.fault};
+}
+
+} // namespace
+
+PostgresBackend::PostgresBackend(RecordAccess access)
+    : access_(std::move(access)), cancelled_(eventfd(0, EFD_CLOEXEC)), random_(std::random_device{}())
+{
+    if (!cancelled_) throw std::system_error(errno, std::generic_category(), "eventfd");
+}
+
+CloudResult<StoredRecord> PostgresBackend::fetch(const std::string& name)
+{
+    return asked<CloudResult<StoredRecord>>([&](Connection& server) -> CloudResult<StoredRecord> {
+        const auto rows = server.ask(fetchStatement, {name}, patience(requestLimit));
+        if (rows.count() == 0)
+            return CloudError{.code = CloudError::Code::notFound, .text = "there is no such record"};
+        return StoredRecord{std::string(rows.text(0, 0).value_or("")), name,
+                            std::string(rows.text(0, 1).value_or(""))};
+    });
+}
+
+std::optional<CloudError> PostgresBackend::save(const StoredRecord& record)
+{
+    return asked<std::optional<CloudError>>([&](Connection& server) -> std::optional<CloudError> {
+        const auto rows =
+            server.ask(saveStatement, {record.type, record.name, record.fields}, patience(requestLimit));
+        if (rows.count() == 1) return std::nullopt;
+        return CloudError{.text = "the server did not say that it has stored the record"};
+    });
+}
+
+CloudResult<std::vector<StoredRecord>> PostgresBackend::query(const std::string& type, std::size_t maximum)
+{
+    using Listed = CloudResult<std::vector<StoredRecord>>;
+    return asked<Listed>([&](Connection& server) -> Listed {
+        const auto rows = server.ask(queryStatement, {type, std::to_string(maximum)}, patience(requestLimit));
+        std::vector<StoredRecord> records;
+        const int count = static_cast<int>(std::min(maximum, static_cast<std::size_t>(rows.count())));
+        for (int row = 0; row < count; ++row)
+            records.push_back({type, std::string(rows.text(row, 0).value_or("")),
+                               std::string(rows.text(row, 1).value_or(""))});
+        return records;
+    });
+}
+
+std::optional<CloudError> PostgresBackend::remove(const std::string& name)
+{
+    return asked<std::optional<CloudError>>([&](Connection& server) -> std::optional<CloudError> {
+        server.ask(removeStatement, {name}, patience(requestLimit));
+        return std::nullopt;
+    });
+}
+
+std::optional<CloudError> PostgresBackend::check()
+{
+    return asked<std::optional<CloudError>>([&](Connection& server) -> std::optional<CloudError> {
+        const auto rows = server.ask(checkStatement, {}, patience(requestLimit));
+        if (rows.text(0, 0) != "f")
+            return CloudError{.text = "the user may read everybody's records",
+                              .fault = RecordFault::superuser};
+        if (rows.text(0, 1) == "t") return std::nullopt;
+        return CloudError{.text = "the server does not keep the records of its users apart",
+                          .fault = RecordFault::noTable};
+    });
+}
+
+void PostgresBackend::cancel() noexcept
+{
+    eventfd_write(cancelled_.get(), 1);
+}
+
+/// What `act` makes of a connection. Whatever fails is an answer.
+template <typename Answer, typename Act>
+Answer PostgresBackend::asked(Act act)
+{
+    try {
+        return act(connected());
+    } catch (const ServerFailure& failure) {
+        return errorOf(failure);
+    } catch (const Interrupted&) {
+        return CloudError{.text = "the store is not wanted any more"};
+    } catch (const std::exception& failure) {
+        connection_.reset();
+        return CloudError{.text = failure.what()};
+    }
+}
+
+Connection& PostgresBackend::connected()
+{
+    if (connection_ && connection_->isUsable()) return *connection_;
+    connection_.reset();
+    if (failure_ && Time::now() < nextAttempt_) throw ServerFailure(*failure_);
+    try {
+        connect();
+    } catch (const ServerFailure& failure) {
+        postpone(failure);
+        throw;
+    }
+    failure_.reset();
+    failures_ = 0;
+    if (!connection_->isSuperuser() || isWarned_) return *connection_;
+    isWarned_ = true;
+    access_.log->warning("PostgresBackend", "The user " + access_.place.user +
+                                                " of the record server may read everybody's records: it is a "
+                                                "superuser there. A user of one's own is better.");
+    return *connection_;
+}
+
+void PostgresBackend::connect()
+{
+    auto password = access_.password ? access_.password() : std::string();
+    if (password.empty()) throw ServerFailure(RecordFault::noPassword, "no password is kept for the server");
+    try {
+        connection_.emplace(access_.place, password, patience(connectLimit));
+    } catch (...) {
+        wipe(password);
+        throw;
+    }
+    wipe(password);
+}
+
+void PostgresBackend::postpone(const ServerFailure& failure)
+{
+    failure_ = failure;
+    const double pause = std::min(longestPause, static_cast<double>(1U << std::min(failures_++, 5)));
+    std::uniform_real_distribution<double> part(0.5, 1);
+    nextAttempt_ = Time::now() + std::chrono::duration_cast<Time::duration>(
+                                     std::chrono::duration<double>(pause * part(random_)));
+}
+
+Patience PostgresBackend::patience(seconds limit) const
+{
+    return {Time::now() + limit, cancelled_.get()};
+}
+
+} // namespace velmora::postgresql

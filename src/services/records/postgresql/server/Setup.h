@@ -1,0 +1,46 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include "records/postgresql/Connection.h"
+#include "records/postgresql/server/Options.h"
+
+#include <string>
+
+namespace velmora::postgresql {
+
+/// How long the server may take for anything that is asked of it here.
+Patience setupPatience();
+
+/// The administrator's way to the server: asks for the password where one is needed, once. What fails throws
+/// ServerFailure, or std::runtime_error with a sentence.
+class Administrator {
+public:
+    explicit Administrator(const Request& request) : request_(request) {}
+    Administrator(const Administrator&) = delete;
+    Administrator& operator=(const Administrator&) = delete;
+    ~Administrator();
+
+    Connection connect(const std::string& database);
+
+private:
+    const Request& request_;
+    std::string password_;
+};
+
+/// Makes what is missing: the database, and in it schema, table and the rules that keep people's records
+/// apart. What is there stays as it is.
+void setUp(Administrator& administrator, const Request& request);
+
+/// Lets a person in, or gives one that is in the new password, which the server learns only in the form that
+/// it keeps. A role that is not one of Velmora's people is left alone.
+void addPerson(Connection& server, const std::string& person, const std::string& password);
+
+/// Removes a person and that person's records, and ends their connections.
+void removePerson(Connection& server, const std::string& person);
+
+/// Prints a line for each thing that is right or wrong. Whether all is right.
+bool check(Connection& server, const std::string& database);
+
+} // namespace velmora::postgresql
