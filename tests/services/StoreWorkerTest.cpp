@@ -126,9 +126,7 @@ TEST_F(StoreWorkerTest, WhatWaitsTooLongOrIsTooMuchFailsAndWhatThrowsIsAnAnswer)
 
     backing->isStuck = true;
     std::vector<std::string> answers;
-    const auto note = [&](const auto& error) {
-        backing->change([&] { answers.push_back(problem(error)); });
-    };
+    const auto note = [&](const auto& error) { backing->change([&] { answers.push_back(problem(error)); }); };
     store->save(CloudRecord("T", "first"), note);
     ASSERT_TRUE(backing->await([&] { return backing->asked == 1; }));
     store->save(CloudRecord("T", "waits"), note);

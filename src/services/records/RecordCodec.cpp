@@ -64,7 +64,7 @@ public:
     }
     bool key(string_t& name) override
     {
-        if (depth_ == 1) name_ = std::move(name);
+        if (depth_ == 1) name_ = withoutNul(std::move(name));
         if (depth_ == 2) isDateNext_ = isObject_ && name == dateKey;
         return true;
     }
