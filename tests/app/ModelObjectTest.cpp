@@ -94,12 +94,15 @@ TEST_F(ModelObjectTest, AnnouncesWhatChangedOnceATurn)
 TEST_F(ModelObjectTest, ASettingReachesTheDaemonAtOnceAndAloneWhatIsOne)
 {
     std::size_t sentAsPerson = 0;
+    double limitBefore = 0;
     object.asPerson = [&](const auto& act) {
         const auto before = daemon->sent.size();
+        limitBefore = model.customChargeLimit.get();
         act();
         sentAsPerson += daemon->sent.size() - before;
     };
     EXPECT_EQ(set("customChargeLimit", "d", 90.0), "");
+    EXPECT_EQ(limitBefore, 80) << "the change itself is the person's";
     EXPECT_EQ(set("isAppleRecommendedModeEnabled", "b", 0), "");
     ASSERT_EQ(daemon->sent.size(), 2U) << "with no time passing";
     EXPECT_EQ(sentAsPerson, 2U);

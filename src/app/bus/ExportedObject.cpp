@@ -123,8 +123,11 @@ try {
     const auto& object = *static_cast<ExportedObject*>(self);
     const std::size_t index = object.indexOf(property);
     const auto& declared = object.face_.properties[index];
-    object.rows_.at(index).write(value, declared);
-    if (const auto handler = object.onSetting; handler && declared.access == Access::setting) handler();
+    const auto write = [&] { object.rows_.at(index).write(value, declared); };
+    if (const auto handler = object.onSetting; handler && declared.access == Access::setting)
+        handler(write);
+    else
+        write();
     return 0;
 } catch (const property::Refusal& refusal) {
     return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, refusal.what());

@@ -51,8 +51,9 @@ public:
     /// as is the message.
     void addOperation(const char* name, const std::function<void(const KeyedArchive& record)>& operate);
 
-    /// Called after a property was written that the table calls a setting.
-    std::function<void()> onSetting;
+    /// Called to write a property that the table calls a setting: by `write`, which throws where the value
+    /// is not good. Without one it is just written.
+    std::function<void(const std::function<void()>& write)> onSetting;
 
     /// Throws std::system_error where the bus takes no objects, std::logic_error where a property of the
     /// table is not bound.

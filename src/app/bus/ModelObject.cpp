@@ -25,14 +25,18 @@ ModelObject::ModelObject(MainLoop& loop, sd_bus* bus, BatteryModel& model)
 {
     bindProperties();
     addOperations();
-    face_.onSetting = [this] { obey(&BatteryModel::syncSettingsToDaemon); };
+    face_.onSetting = [this](const auto& write) {
+        obey([&] {
+            write();
+            model_.syncSettingsToDaemon();
+        });
+    };
     face_.serve();
 }
 
 /// Whoever calls on the session bus is the person, by a window or a script.
-void ModelObject::obey(void (BatteryModel::*operation)())
+void ModelObject::obey(const std::function<void()>& act) const
 {
-    const auto act = [&] { (model_.*operation)(); };
     if (asPerson)
         asPerson(act);
     else
@@ -70,7 +74,8 @@ void ModelObject::bindProperties()
 void ModelObject::addOperations()
 {
     for (std::size_t index = 0; index < operations.size(); ++index) {
-        face_.addOperation(wire::face::operations.at(index), [this, index] { obey(operations.at(index)); });
+        face_.addOperation(wire::face::operations.at(index),
+                           [this, index] { obey([&] { (model_.*operations.at(index))(); }); });
     }
     face_.addOperation(wire::face::quit, [this] {
         if (const auto handler = onQuit) handler();

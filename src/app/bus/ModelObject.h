@@ -30,7 +30,7 @@ public:
 private:
     void bindProperties();
     void addOperations();
-    void obey(void (BatteryModel::*operation)());
+    void obey(const std::function<void()>& act) const;
 
     BatteryModel& model_;
     ExportedObject face_;
