@@ -57,9 +57,14 @@ TEST_F(XPCClientTest, SendsNothingBeforeItKnowsWhatIsHeldAndFollowsIt)
 {
     const auto client = makeClient();
     std::vector<ChargingSettings> followed;
-    client->onSettingsChange = [&] { followed.push_back(client->settings().value()); };
+    std::vector<SettingsTold> told;
+    client->onSettingsChange = [&] {
+        followed.push_back(client->settings().value());
+        told.push_back(client->told().value());
+    };
     for (std::size_t life = 1; life <= 2; ++life) {
         followed.clear();
+        told.clear();
         const auto daemon = startDaemon();
         ASSERT_TRUE(eventually([&] {
             if (followed.empty()) client->updateSettings({.customChargeLimit = 33});
@@ -83,6 +88,13 @@ TEST_F(XPCClientTest, SendsNothingBeforeItKnowsWhatIsHeldAndFollowsIt)
         ASSERT_TRUE(eventually([&] { return followed.size() == 3; }));
         EXPECT_EQ(followed.back(), (ChargingSettings{.customChargeLimit = 65}))
             << "the others as it sent them";
+        EXPECT_EQ(told[1].byOthers, differing({}, {.customChargeLimit = 65})) << "not what this one wanted";
+        EXPECT_EQ(told[2].held,
+                  (ChargingSettings{
+                      .isAppleRecommendedMode = false, .customChargeLimit = 65, .lowBatteryLimit = 15}))
+            << "what was merely sent is not held";
+        EXPECT_TRUE(told[0].isAnswer && !told[1].isAnswer && told[2].isAnswer);
+        EXPECT_TRUE(told[2].byOthers.none()) << "an answer tells nothing of others";
         EXPECT_TRUE(sent(70)) << "refused, or changed by somebody else";
     }
     EXPECT_TRUE(eventually([&] { return !client->settings(); })) << "there is nobody to ask";

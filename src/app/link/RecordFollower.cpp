@@ -66,7 +66,7 @@ int RecordFollower::answered(sd_bus_message* reply)
         retry_ = loop_.after(retryDelay, [this] { fetch(); });
         return 0;
     }
-    if (const auto values = read(reply)) set(*values, *values);
+    if (const auto values = read(reply)) set(*values, *values, Told::inAnswer);
     return 0;
 }
 
@@ -81,7 +81,8 @@ int RecordFollower::changed(sd_bus_message* signal)
     if (const auto values = read(signal)) {
         auto whole = *record_;
         whole.update(*values);
-        set(std::move(whole), *values);
+        const bool isForOne = sd_bus_message_get_destination(signal) != nullptr;
+        set(std::move(whole), *values, isForOne ? Told::inAnswer : Told::toAll);
     }
     return 0;
 }
@@ -102,10 +103,10 @@ void RecordFollower::complain(const std::string& why)
 }
 
 /// Nothing comes after it: who is told may destroy the follower.
-void RecordFollower::set(KeyedArchive record, const KeyedArchive& news)
+void RecordFollower::set(KeyedArchive record, const KeyedArchive& news, Told told)
 {
     record_ = std::move(record);
-    if (const auto handler = onChange) handler(news);
+    if (const auto handler = onChange) handler(news, told);
 }
 
 } // namespace velmora

@@ -38,9 +38,13 @@ public:
 
     /// Nothing while there is no daemon, or before it has answered.
     const std::optional<KeyedArchive>& record() const { return record_; }
+    enum class Told {
+        inAnswer, ///< to this connection alone: it has asked, or sent what was not followed
+        toAll,
+    };
     /// Called when the record has changed: `news` is the whole record at first, later the changed values.
     /// The handler may destroy the follower.
-    std::function<void(const KeyedArchive& news)> onChange;
+    std::function<void(const KeyedArchive& news, Told told)> onChange;
 
     /// Asks a daemon that may have appeared. What was known of the one before counts no more.
     void fetch();
@@ -52,7 +56,7 @@ private:
     int changed(sd_bus_message* signal);
     std::optional<KeyedArchive> read(sd_bus_message* message);
     void complain(const std::string& why);
-    void set(KeyedArchive record, const KeyedArchive& news);
+    void set(KeyedArchive record, const KeyedArchive& news, Told told);
 
     MainLoop& loop_;
     sd_bus* bus_;

@@ -115,9 +115,9 @@ void XPCClient::followRecords()
                                                     .method = wire::charger::getSettings.selector,
                                                     .signal = wire::charger::settingsChanged.selector};
     chargerRecord_.emplace(loop_, bus_.get(), *daemon_, complaints_, chargerSource);
-    chargerRecord_->onChange = [this](const KeyedArchive&) { takeCharger(); };
+    chargerRecord_->onChange = [this](const KeyedArchive&, auto) { takeCharger(); };
     settingsRecord_.emplace(loop_, bus_.get(), *daemon_, complaints_, settingsSource);
-    settingsRecord_->onChange = [this](const KeyedArchive& news) { takeSettings(news); };
+    settingsRecord_->onChange = [this](const KeyedArchive& news, auto told) { takeSettings(news, told); };
 }
 
 void XPCClient::takeCharger()
@@ -133,19 +133,23 @@ void XPCClient::forgetRecords()
     state_.reset();
     charger_.reset();
     settings_.reset();
+    told_.reset();
     sentLast_.reset();
     if (chargerRecord_) chargerRecord_->forget();
     if (settingsRecord_) settingsRecord_->forget();
 }
 
 /// A change of one setting says nothing of another that was just sent and is not answered yet.
-void XPCClient::takeSettings(const KeyedArchive& news)
+void XPCClient::takeSettings(const KeyedArchive& news, RecordFollower::Told how)
 {
     const auto told = unarchivedSettings(news);
     SettingsMask fields;
     for (std::size_t i = 0; i < allSettings.size(); ++i)
         fields[i] = news.find(allSettings[i].name) != nullptr;
     if (sentLast_ && (differing(*sentLast_, told) & fields).any()) sentLast_.reset();
+    told_ = {.held = unarchivedSettings(*settingsRecord_->record()),
+             .isAnswer = how == RecordFollower::Told::inAnswer};
+    if (settings_ && !told_->isAnswer) told_->byOthers = differing(*settings_, told) & fields;
     settings_ = settings_ ? combined(*settings_, told, fields) : told;
     toldLast_ = fields;
     if (const auto handler = onSettingsChange) handler();

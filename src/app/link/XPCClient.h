@@ -56,13 +56,15 @@ public:
     const std::optional<ChargingSettings>& settings() const { return settings_; }
     /// Those that it told last.
     SettingsMask toldLast() const { return toldLast_; }
+    /// What it told last, and nothing that was merely sent; nothing where there is none, or before it has.
+    const std::optional<SettingsTold>& told() const { return told_; }
     /// Called when the daemon sends settings: first, after each change by any client, and after it has
     /// refused what this client sent.
     std::function<void()> onSettingsChange;
 
     /// Settings that `act` sends are a person's wish, who may be asked for a password for them. All others
     /// are sent by the program itself, which asks nobody.
-    void asPerson(const std::function<void()>& act);
+    void asPerson(const std::function<void()>& act) override;
     /// Why the daemon refused what was sent last, as one of `refusedTexts`; empty where it has not, or a
     /// person has tried anew.
     const std::string& refusal() const { return refusal_; }
@@ -97,7 +99,7 @@ private:
     void follow(const char* interface, const wire::Message& signal, sd_bus_message_handler_t handler);
     void followRecords();
     void takeCharger();
-    void takeSettings(const KeyedArchive& news);
+    void takeSettings(const KeyedArchive& news, RecordFollower::Told told);
     void forgetRecords();
     void setDaemonMissing(bool isMissing);
     dbus::Message newCall(const wire::Message& message) const;
@@ -128,6 +130,7 @@ private:
     std::optional<ChargerReport> charger_;
     std::optional<ChargingSettings> settings_;
     SettingsMask toldLast_;
+    std::optional<SettingsTold> told_;
     /// The last message to this daemon; nothing once it has contradicted that, and so may have refused it.
     std::optional<ChargingSettings> sentLast_;
     bool isPersonsWish_ = false; ///< while a person's deed is done

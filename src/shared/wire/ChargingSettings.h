@@ -102,6 +102,13 @@ SettingsMask settingsOf(Setting::Owner owner);
 /// Those in which the two differ.
 SettingsMask differing(const ChargingSettings& one, const ChargingSettings& other);
 
+/// What the daemon has told a client of the settings.
+struct SettingsTold {
+    ChargingSettings held;   ///< all of them, as it holds them
+    SettingsMask byOthers{}; ///< what it has announced that this client neither asked for nor knew
+    bool isAnswer = false;   ///< told to this client alone: it has asked, or was refused what it sent
+};
+
 /// `base`, with the values of `news` in the settings of `mask`.
 ChargingSettings combined(ChargingSettings base, const ChargingSettings& news, SettingsMask mask);
 
