@@ -17,8 +17,12 @@ App::App(LinuxPlatform& platform)
       travelCharge_(CalendarContextManager::shared(), travelHands())
 {
     // A daemon that starts pushes its state by itself, but not its history.
-    client_->onDaemonAppeared = [this] { model_.fetchHistory(); };
+    client_->onDaemonAppeared = [this] {
+        model_.fetchHistory();
+        model_.fleet().daemonAppeared();
+    };
     client_->onDaemonPresence = [this] {
+        if (client_->isDaemonMissing()) model_.fleet().daemonGone();
         travelCharge_.chargerChanged();
         if (onChargerChange) onChargerChange();
         if (onDaemonPresence) onDaemonPresence();
@@ -32,15 +36,25 @@ App::App(LinuxPlatform& platform)
     };
     client_->onSettingsChange = [this] {
         if (const auto held = client_->settings()) model_.followSettings(*held, client_->toldLast());
+        if (const auto& told = client_->told()) model_.fleet().settingsTold(*told);
         hasSettings_ = true;
         takeLevel();
     };
     client_->onEvent = [this](const auto& event) { takeEvent(event); };
+    wireFleet();
     rememberLowBatteryNotice();
     // The daemon looks at the zones while they are hot: each of its pushes is an occasion.
     heat_ = model_.thermalState.observe([&platform](auto) { platform.lookAtHeat(); });
     levels_ = model_.percentage.observe([this](double) { takeLevel(); });
     modelChanges_ = model_.willChange.observe([this] { travelCharge_.chargerChanged(); });
+}
+
+void App::wireFleet()
+{
+    model_.fleet().acceptCommands(ecosystemSync_.acceptsCommands.get());
+    commandsSwitch_ = ecosystemSync_.acceptsCommands.observe(
+        [this](bool isAccepting) { model_.fleet().acceptCommands(isAccepting); });
+    ecosystemSync_.onBegun = [this] { model_.syncFleetNow(); };
 }
 
 TravelCharge::Hands App::travelHands()

@@ -48,8 +48,8 @@ public:
     /// Called when that has changed.
     std::function<void()> onChargerChange;
 
-    /// Does what a person asks for, who may be asked for a password; see XPCClient.
-    void asPerson(const std::function<void()>& act) { client_->asPerson(act); }
+    /// Does what a person asks for, who may be asked for a password; see BatteryModel and XPCClient.
+    void asPerson(const std::function<void()>& act) { model_.asPerson(act); }
     /// Why the daemon refused what a person asked for last, as one of `refusedTexts`; empty where it has not.
     /// Tells of a change as of one of the charger's.
     const std::string& refusal() const { return client_->refusal(); }
@@ -58,6 +58,7 @@ public:
     bool hasSettings() const { return hasSettings_; }
 
 private:
+    void wireFleet();
     void rememberLowBatteryNotice();
     void takeEvent(const ChargeEvent& event);
     void takeLevel();
@@ -76,6 +77,7 @@ private:
     Subscription levels_;
     Subscription modelChanges_;
     Subscription heat_;
+    Subscription commandsSwitch_;
 };
 
 } // namespace velmora

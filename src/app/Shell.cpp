@@ -76,8 +76,7 @@ void Shell::serve(sd_bus* bus)
     exports::serve(calendar_.emplace(loop_, bus, wire::face::calendar::face),
                    CalendarContextManager::shared(), app_.calendarConsent(), app_.travelCharge());
     exports::serve(fleet_.emplace(loop_, bus, wire::face::fleet::face), app_.ecosystemSync(),
-                   CloudKitManager::shared(),
-                   [] { CloudKitManager::shared().fetchAllDeviceStates([](auto) {}); });
+                   CloudKitManager::shared(), [this] { app_.model().fetchFleetStates(); });
     serveStatus(bus);
     application_.emplace(bus);
     application_->onActivate = [this](const std::string& token) { startedAgain(token); };

@@ -13,6 +13,7 @@ namespace velmora {
 class FakeDaemonClient final : public DaemonClientProtocol {
 public:
     std::vector<ChargingSettings> sent;
+    std::size_t persons = 0;                    ///< of them
     std::deque<StateHandler> stateRequests;     ///< not answered yet, oldest first
     std::deque<HistoryHandler> historyRequests; ///< not answered yet, oldest first
 
@@ -24,7 +25,17 @@ public:
     {
         historyRequests.push_back(std::move(completion));
     }
-    void updateSettings(const ChargingSettings& settings) override { sent.push_back(settings); }
+    void updateSettings(const ChargingSettings& settings) override
+    {
+        sent.push_back(settings);
+        if (isPersons_) ++persons;
+    }
+    void asPerson(const std::function<void()>& act) override
+    {
+        isPersons_ = true;
+        act();
+        isPersons_ = false;
+    }
 
     /// Answers the oldest request on the calling thread, as a connection would; there must be one.
     void answer(const HSBatteryState& state) { take(stateRequests)(state); }
@@ -44,6 +55,8 @@ private:
         requests.pop_front();
         return oldest;
     }
+
+    bool isPersons_ = false;
 };
 
 } // namespace velmora

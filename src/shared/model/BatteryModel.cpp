@@ -57,12 +57,11 @@ BatteryModel::BatteryModel(std::shared_ptr<DaemonClientProtocol> daemonClient,
       mainLoop_(Platform::current().mainLoop),
       clock_(Platform::current().clock),
       log_(Platform::current().log),
+      fleet_(*this, {.show = [this](const auto& state) { updateFromSharedState(state); },
+                     .ask = [this] { return fetchStateForFleet(); }}),
       settingsSync_(*mainLoop_, settingsQuiet, [this] { syncSettingsToDaemon(); })
 {
-    if (daemonClient_) {
-        daemonClient_->onStateChange =
-            onMainThread<HSBatteryState>([this](const auto& state) { updateFromState(state); });
-    }
+    listenToDaemon();
     fetchInitialState();
     fetchHistory();
     AnalyticsStore::shared(); // it loads now, so that the first record meets the whole history
@@ -82,7 +81,13 @@ void BatteryModel::startHardwareMonitoring()
     log_->info("BatteryModel", "Starting hardware monitoring on Linux.");
 }
 
-void BatteryModel::startCloudSyncTimer() {}
+void BatteryModel::startCloudSyncTimer()
+{
+    cancellables_.push_back(selectedDeviceID.observe([this](const auto& incoming) {
+        if (incoming != selectedDeviceID.get()) listenToDaemon();
+    }));
+    fleet_.start();
+}
 
 // -- Settings
 
@@ -113,14 +118,31 @@ void BatteryModel::followSettings(const ChargingSettings& held, SettingsMask tol
     if (hasChanged) settingsSync_.poke();
 }
 
-void BatteryModel::syncSettingsToDaemon()
+ChargingSettings BatteryModel::settings() const
 {
-    if (!daemonClient_) return;
     ChargingSettings settings;
     for (std::size_t i = 0; i < allSettings.size(); ++i)
         std::visit([&](auto member) { allSettings[i].assign(settings, (this->*member).get()); },
                    heldProperties[i].member);
-    daemonClient_->updateSettings(settings);
+    return settings;
+}
+
+void BatteryModel::syncSettingsToDaemon()
+{
+    if (!daemonClient_) return;
+    if (fleet_.isHoldingBack()) return fleet_.sendLater();
+    daemonClient_->updateSettings(settings());
+}
+
+void BatteryModel::asPerson(const std::function<void()>& act)
+{
+    const auto before = settings();
+    if (daemonClient_)
+        daemonClient_->asPerson(act);
+    else
+        act();
+    const auto now = settings();
+    fleet_.changedByPerson(differing(before, now), now);
 }
 
 void BatteryModel::toggleCharging()
@@ -150,6 +172,26 @@ std::function<void(Value)> BatteryModel::onMainThread(std::function<void(const V
     return [loop = mainLoop_, apply = lifetime_.guard(std::move(apply))](Value value) {
         loop->post([apply, value = std::move(value)] { apply(value); });
     };
+}
+
+void BatteryModel::listenToDaemon()
+{
+    if (!daemonClient_) return;
+    daemonClient_->onStateChange =
+        onMainThread<HSBatteryState>([this](const auto& state) { updateFromState(state); });
+}
+
+/// The answer of a daemon that went, and to an older question, is dropped.
+bool BatteryModel::fetchStateForFleet()
+{
+    if (!daemonClient_) return false;
+    const auto answered = [this, question = ++lastQuestion_](const HSBatteryState& state) {
+        if (question != lastQuestion_) return;
+        updateFromState(state);
+        fleet_.answered();
+    };
+    daemonClient_->fetchCurrentState(onMainThread<HSBatteryState>(answered));
+    return true;
 }
 
 void BatteryModel::fetchInitialState()

@@ -6,6 +6,7 @@
 #include "base/Lifetime.h"
 #include "base/Observable.h"
 #include "battery/BatteryDataSource.h"
+#include "model/FleetPolling.h"
 #include "model/NotificationTriggers.h"
 #include "platform/Clock.h"
 #include "platform/Debouncer.h"
@@ -14,6 +15,7 @@
 #include "thermal/ThermalMonitorService.h"
 #include "wire/VelmoraProtocol.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -96,8 +98,19 @@ public:
     /// was taken back can be made anew.
     void followSettings(const ChargingSettings& held, SettingsMask told = SettingsMask().set());
 
-    /// Sends all settings now. A change of one sends them by itself, half a second after the last.
+    /// Sends all settings now, or as soon as nothing is held back any more (see FleetPolling). A change of
+    /// one sends them by itself, half a second after the last.
     void syncSettingsToDaemon();
+
+    /// What `act` assigns and sends is a person's wish here at the machine.
+    void asPerson(const std::function<void()>& act);
+
+    /// Lists the user's devices anew.
+    void fetchFleetStates() { fleet_.fetchStates(); }
+    /// Uploads, looks for a command and lists now, without waiting for a minute to pass.
+    void syncFleetNow() { fleet_.tick(); }
+    /// What it has to be told by who owns the model.
+    FleetPolling& fleet() { return fleet_; }
 
     /// Flips what is shown. The charger learns nothing of it.
     void toggleCharging();
@@ -108,11 +121,14 @@ public:
 private:
     friend struct BatteryModelIntake; // the tests' way to the intake of cloud states
 
+    ChargingSettings settings() const;
+    void listenToDaemon();
     void startHardwareMonitoring();
     void startCloudSyncTimer();
     void setupDebouncedSettingsSync();
 
     void fetchInitialState();
+    bool fetchStateForFleet();
     void updateFromState(const HSBatteryState& state);
     void updateFromSharedState(const SharedBatteryState& state);
     void recalculateTimeToLimit();
@@ -135,6 +151,8 @@ private:
     std::shared_ptr<Log> log_;
 
     NotificationTriggers triggers_;
+    FleetPolling fleet_;
+    unsigned lastQuestion_ = 0; ///< of those that the fleet's polling waits for
     Debouncer settingsSync_;
     std::vector<Subscription> cancellables_;
     MainLoop::Timer simulationTimer_;

@@ -79,6 +79,8 @@ public:
     virtual void fetchCurrentState(StateHandler completion) = 0;
     virtual void fetchHistory(HistoryHandler completion) = 0;
     virtual void updateSettings(const ChargingSettings& settings) = 0;
+    /// What `act` sends is a person's wish; all else the program sends by itself.
+    virtual void asPerson(const std::function<void()>& act) { act(); }
 };
 
 /// The wire between daemon and clients, declared once for both ends.
