@@ -75,7 +75,7 @@ constexpr std::array tableRows{
         "SELECT CASE WHEN count(*) = 1 AND bool_and(polpermissive AND polcmd = '*' AND polroles = '{0}' AND "
         "pg_get_expr(polqual, polrelid) = '(owner = (CURRENT_USER)::text)' AND "
         "pg_get_expr(polwithcheck, polrelid) = '(owner = (CURRENT_USER)::text)') THEN '' "
-        "ELSE coalesce(string_agg(polname, ', '), 'there is none') END "
+        "ELSE coalesce(string_agg(polname, ', ' ORDER BY polname), 'there is none') END "
         "FROM pg_policy WHERE polrelid = 'velmora.record'::regclass"},
     Row{trMark("People may do what velmora does."), trMark("People lack rights to: %1."),
         "SELECT string_agg(what, ', ') FROM (VALUES "
