@@ -188,6 +188,7 @@ TEST_F(PostgresRecordsTest, SaysWhatIsWrongWithAPlace)
     other.trust = RecordPlace::Trust::certificate;
     EXPECT_EQ(faultOf(other), "certificate");
     EXPECT_EQ(faultOf(place("postgres"), "admin-pw"), "superuser");
+    EXPECT_EQ(log->count("The user postgres of the record server may read everybody's records"), 1U);
 
     server->sql("GRANT CONNECT ON DATABASE velmora TO PUBLIC; CREATE ROLE eve LOGIN PASSWORD 'eve-pw'");
     EXPECT_EQ(faultOf(place("eve"), "eve-pw"), "no-rights");

@@ -40,7 +40,7 @@ private:
 /// not usable unless the server itself said no. The variables of `forgetServerVariables` must be gone.
 class Connection {
 public:
-    static constexpr std::size_t mostAnswer = std::size_t{64} << 20U; ///< bytes
+    static constexpr std::size_t mostAnswer = std::size_t{16} << 20U; ///< bytes; 200 records are less
 
     /// The password is not kept. A place whose host is a folder, "/...", is that of a server's socket on this
     /// computer, where the system says who the user is; the password may then be empty.

@@ -19,7 +19,8 @@ constexpr int oldestVersion = 130'000;
 struct Row {
     const char* right;
     const char* wrong;     ///< %1 stands for the names
-    const char* statement; ///< gives true, or an empty text, where all is right; null: it cannot be seen
+    const char* statement; ///< gives true, or an empty text, where all is right
+    bool isAdvice = false; ///< otherwise might be meant
 };
 
 constexpr std::array serverRows{
@@ -44,11 +45,23 @@ constexpr std::array serverRows{
         "- current_setting('superuser_reserved_connections')::int AS n) AS connections"},
     Row{trMark("Nobody comes in over the network without SCRAM-SHA-256 or a certificate."),
         trMark("Lines of pg_hba.conf let people in over the network by weaker means: %1."),
-        "SELECT CASE WHEN has_function_privilege('pg_hba_file_rules()', 'EXECUTE') THEN "
-        "(SELECT coalesce(string_agg(line_number::text || ' (' || auth_method || ')', ', '), '') "
-        "FROM pg_hba_file_rules WHERE type LIKE 'host%' AND auth_method IN ('trust', 'password', 'md5', "
-        "'ident') "
-        "AND database && ARRAY['all', current_database()::text]) END"},
+        "SELECT coalesce(string_agg(line_number::text || ' (' || auth_method || ')', ', '), '') "
+        "FROM pg_hba_file_rules WHERE type LIKE 'host%' AND auth_method IN ('trust', 'password', 'ident') "
+        "AND database && ARRAY['all', current_database()::text]"},
+    Row{trMark("It listens for other machines."),
+        trMark(
+            "It listens for this computer alone; for others set listen_addresses = '*' in postgresql.conf."),
+        "SELECT NOT current_setting('listen_addresses') IN ('', 'localhost', '127.0.0.1', '::1')", true},
+    Row{trMark("Lines of pg_hba.conf let people in from other machines."),
+        trMark("No line of pg_hba.conf lets people in from other machines, as this one would: "
+               "hostssl %1 +velmora_user samenet scram-sha-256"),
+        "SELECT CASE WHEN EXISTS (SELECT FROM pg_hba_file_rules WHERE type IN ('host', 'hostssl') AND "
+        "auth_method "
+        "NOT IN ('reject', 'trust', 'ident') AND address NOT LIKE '127.%' AND address NOT IN ('::1', "
+        "'samehost', "
+        "'localhost') AND database && ARRAY['all', current_database()::text]) THEN '' "
+        "ELSE current_database()::text END",
+        true},
 };
 
 constexpr auto tableStatement = "SELECT to_regclass('velmora.record') IS NOT NULL";
@@ -123,24 +136,32 @@ public:
     void tell(bool isRight, const std::string& text)
     {
         isRight_ = isRight_ && isRight;
-        std::printf("%-6s %s\n", (isRight ? tr("right") : tr("WRONG")).c_str(), printable(text).c_str());
+        line(isRight ? tr("right") : tr("WRONG"), text);
     }
 
     void ask(const Row& row)
     {
+        constexpr auto notAllowed = "42501";
         try {
             const auto answer = server_.ask(row.statement, {}, setupPatience());
-            const auto told = answer.text(0, 0);
-            if (!told) return;
-            const bool isRight = *told == "t" || told->empty();
-            tell(isRight, isRight ? tr(row.right) : tr(row.wrong, std::string(*told)));
+            const std::string told(answer.text(0, 0).value_or("?"));
+            const bool isRight = told == "t" || told.empty();
+            if (!isRight && row.isAdvice) return line(tr("note"), tr(row.wrong, told));
+            tell(isRight, isRight ? tr(row.right) : tr(row.wrong, told));
         } catch (const ServerFailure& failure) {
             if (failure.state.empty()) throw;
-            tell(false, tr("%1 (The server: %2)", tr(row.wrong, "?"), std::string(failure.what())));
+            if (failure.state == notAllowed)
+                return line("?", tr("%1 This user may not look.", tr(row.right)));
+            tell(false, tr("%1 The server says: %2", tr(row.wrong, "?"), std::string(failure.what())));
         }
     }
 
 private:
+    static void line(const std::string& mark, const std::string& text)
+    {
+        std::printf("%-6s %s\n", mark.c_str(), printable(text).c_str());
+    }
+
     Connection& server_;
     bool isRight_ = true;
 };
