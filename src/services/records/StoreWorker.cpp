@@ -189,7 +189,7 @@ void StoreWorker::enqueue(std::function<Answer(RecordBackend&)> ask, std::functi
         }
     };
     thread_->take([asked, answered = std::move(answered)](auto* backend, const auto& refusal) -> Tell {
-        return [answered, answer = asked(backend, refusal)] { answered(answer); };
+        return [answered, answer = asked(backend, refusal)]() mutable { answered(std::move(answer)); };
     });
 }
 
