@@ -47,19 +47,4 @@ std::string aboutText()
     return tr("Velmora %1, free software (GPL 3 or later)", version());
 }
 
-std::string deviceStatus(const SharedBatteryState& device)
-{
-    if (device.isCharging)
-        return device.timeToFull >= 1 ? tr("Charging, %1 to full", timeText(device.timeToFull))
-                                      : tr("Charging");
-    if (device.powerSource != "Battery") return tr("Plugged in");
-    return device.timeToEmpty >= 1 ? tr("On battery, %1 remaining", timeText(device.timeToEmpty))
-                                   : tr("On battery");
-}
-
-std::string deviceName(const SharedBatteryState& device)
-{
-    return device.deviceName && !device.deviceName->empty() ? *device.deviceName : tr("Unnamed machine");
-}
-
 } // namespace velmora::dashboard

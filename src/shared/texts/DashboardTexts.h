@@ -4,7 +4,6 @@
 #pragma once
 
 #include "base/Translation.h"
-#include "battery/BatteryDataSource.h"
 #include "texts/ChargerTexts.h"
 #include "texts/PanelTexts.h"
 
@@ -61,9 +60,5 @@ std::string statusLine(const Situation& now);
 
 /// When the first sample of the history comes, or why none does.
 std::string firstSampleText(const Situation& now);
-
-/// What one of the user's machines does.
-std::string deviceStatus(const SharedBatteryState& device);
-std::string deviceName(const SharedBatteryState& device);
 
 } // namespace velmora::dashboard
