@@ -164,9 +164,30 @@ GallerySection {
 
             DeviceChoice {
                 width: 280
-                modelData: ({id: "a", name: "Attic", status: "Plugged in", battery: "81%"})
+                identifier: "a"
+                name: "Attic"
+                status: "Charging, heat: Fair, just now"
+                battery: "81%"
                 selected: choiceCell.isOn
                 onClicked: choiceCell.isOn = !choiceCell.isOn
+            }
+        }
+    }
+    Repeater {
+        model: [{name: "TextEntry, empty", text: "", isSecret: false}, {name: "TextEntry", text: "desk", isSecret: false}, {name: "TextEntry, secret", text: "secret", isSecret: true}]
+        delegate: GalleryCell {
+            id: entryCell
+
+            required property var modelData
+
+            name: modelData.name
+
+            TextEntry {
+                width: 180
+                title: "Host"
+                hint: "records.example.org"
+                text: entryCell.modelData.text
+                isSecret: entryCell.modelData.isSecret
             }
         }
     }

@@ -305,31 +305,6 @@ TEST_F(Dashboard, PlotReadsOutUnderThePointerAndByKeys)
     EXPECT_EQ(property("shareCritical", "value"), "0%");
 }
 
-TEST_F(Dashboard, FleetIsListedAndAMachineSelected)
-{
-    open("Ecosystem");
-    EXPECT_EQ(property("page/subtitle", "text"), "Never synchronised");
-    EXPECT_TRUE(item("empty")->isVisible());
-    model.apply(
-        {{"fleetStates",
-          QVariant::fromValue(QList<QVariantMap>{
-              {{"deviceID", "a"}, {"deviceName", "Attic"}, {"percentage", 72.9}, {"powerSource", "AC"}},
-              {{"deviceID", "b"},
-               {"percentage", 1e300},
-               {"powerSource", "Battery"},
-               {"timeToEmpty", qint64(125)}}})},
-         {"lastCloudSyncDate", QVariant::fromValue(QList<double>{0})}});
-    EXPECT_TRUE(property("page/subtitle", "text").contains("2001"));
-    EXPECT_FALSE(item("empty")->isVisible());
-    const auto name = [&](const char* row) { return voice(row)->text(QAccessible::Name); };
-    EXPECT_EQ(name("devicea"), "Attic: Plugged in, 72%");
-    EXPECT_EQ(name("deviceb"), "Unnamed machine: On battery, 2h 5m remaining, 100%");
-    click("deviceb");
-    EXPECT_TRUE(item("deviceb")->property("selected").toBool());
-    click("deviceb");
-    EXPECT_EQ(asked.join(' '), "selectedDeviceID=b selectedDeviceID=");
-}
-
 struct DashboardPicture : Dashboard, testing::WithParamInterface<const char*> {
     DashboardPicture() : Dashboard(GetParam()) {}
 };

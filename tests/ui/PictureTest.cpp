@@ -4,6 +4,7 @@
 #include "Gallery.h"
 #include "Pictures.h"
 #include "Views.h"
+#include "client/RemoteFleet.h"
 #include "client/RemoteInstallation.h"
 #include "client/RemoteNotifications.h"
 
@@ -35,18 +36,13 @@ QVariant history()
 
 QVariantMap laptop()
 {
-    const QList<QVariantMap> fleet{
-        {{"deviceID", "a"}, {"deviceName", "Attic"}, {"percentage", 72.0}, {"powerSource", "AC"}},
-        {{"deviceID", "b"}, {"deviceName", "Desk"}, {"percentage", 31.0}, {"powerSource", "Battery"}}};
     return {{"percentage", 80.0},
             {"chargingState", "Idle"},
             {"isLimitReached", true},
             {"powerSource", "AC"},
             {"thermalState", "Fair"},
             {"history", history()},
-            {"fleetStates", QVariant::fromValue(fleet)},
-            {"selectedDeviceID", QStringList{"b"}},
-            {"lastCloudSyncDate", QVariant::fromValue(QList<double>{today.sinceReference - hour})}};
+            {"selectedDeviceID", QStringList{"b"}}};
 }
 
 /// It makes 85 % of the 80 that it was told.
@@ -68,6 +64,46 @@ QVariantMap notifications()
 {
     const auto last = QVariant::fromValue(QList<double>{today.sinceReference - 2 * hour});
     return {{"server", "gnome-shell"}, {"lastLimitNotice", last}, {"testResult", QStringList("")}};
+}
+
+/// Of three machines, the second of which was sent a command two minutes ago and is chosen.
+QVariantMap fleet()
+{
+    const auto ago = [](double seconds) { return today.sinceReference - seconds; };
+    const QList<QVariantMap> devices{{{"deviceID", "a"},
+                                      {"deviceName", "Attic"},
+                                      {"percentage", 72.0},
+                                      {"thermalState", "Nominal"},
+                                      {"lastUpdate", ago(20)}},
+                                     {{"deviceID", "b"},
+                                      {"deviceName", "Desk"},
+                                      {"percentage", 31.0},
+                                      {"isCharging", true},
+                                      {"thermalState", "Fair"},
+                                      {"lastUpdate", ago(200)},
+                                      {"remoteChargeLimit", 60.0},
+                                      {"remoteAppleMode", true},
+                                      {"isStorageModeEnabled", false},
+                                      {"commandTimestamp", ago(130)},
+                                      {"limitInForce", 80.0},
+                                      {"autoProtectInForce", true},
+                                      {"storageModeInForce", false},
+                                      {"acceptsCommands", true}},
+                                     {{"deviceID", "c"},
+                                      {"deviceName", "Cellar"},
+                                      {"percentage", 50.0},
+                                      {"lastUpdate", ago(2 * 86'400.0)}}};
+    const auto synchronised = QVariant::fromValue(QList<double>{ago(20)});
+    return {
+        {"isOn", true},          {"acceptsCommands", true},      {"deviceID", "a"},
+        {"deviceName", "Attic"}, {"lastSyncDate", synchronised}, {"devices", QVariant::fromValue(devices)}};
+}
+
+QVariantMap server()
+{
+    const QVariantMap place{
+        {"kind", "server"}, {"host", "records.example.org"}, {"port", qint64{5432}}, {"user", "ada"}};
+    return {{"place", place}, {"fault", "no-server"}};
 }
 
 TEST(PictureComparison, SeesWhatPeopleSeeAndNotHowTypeIsDrawn)
@@ -161,6 +197,20 @@ TEST_P(Pictures, PagesAndPanelLookAsTheyDid)
         window->setProperty("selectedTab", page);
         EXPECT_TRUE(looksAsKept(window->grabWindow(), name(page)));
     }
+}
+
+TEST_P(Pictures, TheFleetLooksAsItDid)
+{
+    auto* sync = singleton<RemoteFleet>("EcosystemSync");
+    sync->setClock([] { return today; });
+    sync->apply(fleet());
+    singleton<RemoteInstallation>("InstallationManager")->apply({{"isInstallationCompleted", true}});
+    open("Dashboard");
+    window->setProperty("selectedTab", "Ecosystem");
+    EXPECT_TRUE(looksAsKept(window->grabWindow(), name("ecosystem-fleet")));
+    sync->apply({{"devices", QVariant::fromValue(QList<QVariantMap>{})}});
+    sync->apply(server());
+    EXPECT_TRUE(looksAsKept(window->grabWindow(), name("ecosystem-server")));
 }
 
 TEST_P(Pictures, ComponentsLookAsTheyDid)

@@ -2,20 +2,21 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 import QtQuick
-import QtQuick.Layouts
 import Velmora
 
-/// One of the user's machines, to select or deselect.
+/// One of the user's machines, to select or deselect. In a list the arrow keys lead to it, not the tabulator.
 PressButton {
     id: choice
 
-    required property var modelData
-    readonly property string identifier: modelData.id
+    required property string identifier
+    required property string name
+    required property string status
+    required property string battery
     property bool selected: false
 
-    Layout.fillWidth: true
+    focusPolicy: Qt.ClickFocus
     objectName: "device" + identifier
-    text: qsTr("%1: %2, %3").arg(modelData.name).arg(modelData.status).arg(modelData.battery)
+    text: qsTr("%1: %2, %3").arg(name).arg(status).arg(battery)
     padding: 8
     checkable: true
     checked: selected
@@ -25,9 +26,9 @@ PressButton {
         color: Theme.rowColor(choice.selected, choice.down, choice.hovered)
     }
     contentItem: DeviceRow {
-        name: choice.modelData.name
-        status: choice.modelData.status
-        battery: choice.modelData.battery
+        name: choice.name
+        status: choice.status
+        battery: choice.battery
         icon: "bolt.ring.closed"
         Accessible.ignored: true
     }

@@ -5,45 +5,33 @@ import QtQuick
 import QtQuick.Layouts
 import Velmora
 
-/// The user's machines, as the last synchronisation found them.
+/// The fleet of the user's machines: its beginning, its machines and what they can be told, where its records
+/// live, and this machine's part in it.
 DashboardPage {
     id: page
 
+    readonly property bool isSeen: Window.window && Window.window.visible && Window.window.visibility !== Window.Minimized
+
     title: qsTr("Ecosystem Sync")
-    subtitle: battery.lastSync ? qsTr("Last synchronised %1").arg(battery.lastSync) : qsTr("Never synchronised")
-
-    PodBackground {
-        objectName: "fleet"
-        Layout.fillWidth: true
-        visible: page.battery.fleet.length > 0
-        implicitHeight: list.implicitHeight + 16
-
-        ColumnLayout {
-            id: list
-
-            anchors.left: parent.left
-            anchors.right: parent.right
-            anchors.margins: 8
-            anchors.verticalCenter: parent.verticalCenter
-            spacing: 2
-
-            Repeater {
-                model: page.battery.fleet
-                delegate: DeviceChoice {
-                }
-                onItemAdded: (index, item) => {
-                    const choice = item as DeviceChoice;
-                    choice.selected = Qt.binding(() => page.battery.selectedDeviceID === choice.identifier);
-                    choice.clicked.connect(() => page.battery.selectDevice(choice.selected ? "" : choice.identifier));
-                }
-            }
-        }
+    subtitle: {
+        if (!EcosystemSync.isOn)
+            return qsTr("Off");
+        return EcosystemSync.lastSync ? qsTr("Last synchronised %1").arg(EcosystemSync.lastSync) : qsTr("Not synchronised yet");
     }
+
+    Timer { // a command's effect is seen soon, and nothing is asked for that nobody looks at
+        interval: 4000
+        repeat: true
+        running: EcosystemSync.isOn && page.isSeen
+        triggeredOnStart: true
+        onTriggered: EcosystemSync.refresh()
+    }
+
     ColumnLayout {
         Layout.fillWidth: true
         Layout.fillHeight: true
-        visible: page.battery.fleet.length === 0
-        spacing: 8
+        visible: !EcosystemSync.isOn
+        spacing: 14
 
         Item {
             Layout.fillWidth: true
@@ -55,23 +43,95 @@ DashboardPage {
             size: 40
             color: Theme.faded(Theme.colors.secondary, 0.5)
         }
-        Label {
-            objectName: "empty"
+        Column { // a layout would not follow the height of the wrapped text
             Layout.alignment: Qt.AlignHCenter
-            Layout.preferredWidth: 420
-            Layout.maximumWidth: page.width - 2 * page.padding
-            text: qsTr("No machines yet. Each of your machines that shares its battery's state appears "
-                       + "here after the next synchronisation.")
-            wrapMode: Text.Wrap
-            horizontalAlignment: Text.AlignHCenter
-            color: Theme.colors.secondary
+            Layout.preferredWidth: Math.min(460, page.width - 2 * page.padding)
+            spacing: 10
+
+            Explanation {
+                objectName: "purpose"
+                text: qsTr("See the batteries of all your machines in one place, and set their charge limits from here. "
+                           + "The records stay with you: on this computer, or on a server of your choice.")
+            }
+            Explanation {
+                text: qsTr("Once a minute each machine saves its name, its battery's level, whether it charges, how "
+                           + "warm it is, and the limit and modes in force. %1").arg(EcosystemSync.placeText)
+                color: Theme.colors.secondary
+            }
+        }
+        ProminentButton {
+            objectName: "begin"
+            Layout.alignment: Qt.AlignHCenter
+            Layout.preferredWidth: Math.max(160, implicitWidth)
+            symbol: "arrow.triangle.2.circlepath"
+            text: qsTr("Begin")
+            onClicked: EcosystemSync.turnOn()
         }
         Item {
             Layout.fillHeight: true
         }
     }
+    ColumnLayout {
+        Layout.fillWidth: true
+        visible: EcosystemSync.isOn
+        spacing: 16
+
+        Label {
+            objectName: "problem"
+            Layout.fillWidth: true
+            visible: text
+            text: EcosystemSync.problemText
+            wrapMode: Text.Wrap
+            Accessible.role: Accessible.AlertMessage
+        }
+        DeviceList {
+            id: devices
+
+            objectName: "fleet"
+            Layout.fillWidth: true
+            visible: !isEmpty
+            selected: page.battery.selectedDeviceID
+            onChosen: identifier => page.battery.selectDevice(identifier)
+        }
+        Label {
+            objectName: "empty"
+            Layout.fillWidth: true
+            visible: devices.isEmpty && !EcosystemSync.problemText
+            text: qsTr("No machine is listed yet. This one appears in a moment, others once they take part at the same place.")
+            color: Theme.colors.secondary
+            wrapMode: Text.Wrap
+        }
+        DeviceGroup {
+            objectName: "device"
+            Layout.fillWidth: true
+            identifier: page.battery.selectedDeviceID
+        }
+        GroupTitle {
+            text: qsTr("This Machine")
+        }
+        ThisMachineGroup {
+            Layout.fillWidth: true
+        }
+        GroupTitle {
+            text: qsTr("Where the Records Live")
+        }
+        RecordPlaceGroup {
+            objectName: "place"
+            Layout.fillWidth: true
+        }
+    }
     Item {
         Layout.fillHeight: true
-        visible: page.battery.fleet.length > 0
+        visible: EcosystemSync.isOn
+    }
+
+    component Explanation: Label {
+        width: parent?.width ?? 0
+        wrapMode: Text.Wrap
+        horizontalAlignment: Text.AlignHCenter
+    }
+    component GroupTitle: Label {
+        font: Theme.typography.headlineFont
+        Accessible.role: Accessible.Heading
     }
 }

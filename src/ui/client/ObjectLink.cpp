@@ -47,6 +47,10 @@ ObjectLink::ObjectLink(const QDBusConnection& bus, RemoteObject& mirror, QObject
     connect(&mirror, &RemoteObject::setWanted, this, &ObjectLink::set);
     connect(&mirror, &RemoteObject::operationWanted, this,
             [this](const QString& operation) { call(operation); });
+    connect(&mirror, &RemoteObject::recordOperationWanted, this,
+            [this](const QString& operation, const QVariantMap& record) {
+                call(interface_, operation, {record});
+            });
     bus_.connect(service, path_, properties, QStringLiteral("PropertiesChanged"), this,
                  SLOT(propertiesChanged(QString, QVariantMap, QStringList)));
     fetchAll();

@@ -3,15 +3,12 @@
 
 #include "client/RemoteModel.h"
 
-#include "base/Saturate.h"
 #include "client/QtText.h"
 #include "history/PredictionEngine.h"
 #include "texts/PanelTexts.h"
 #include "wire/ModelFace.h"
 
 #include <QDateTime>
-#include <QLocale>
-#include <algorithm>
 #include <utility>
 #include <variant>
 
@@ -25,25 +22,6 @@ const std::pair<const char*, QVariant> initialValues[] = {
     {"powerSource", "Battery"},  {"timeToFull", qint64{-1}},   {"timeToEmpty", qint64{-1}},
     {"timeToLimit", qint64{-1}}, {"notifyOnLowBattery", true},
 };
-
-SharedBatteryState device(const KeyedArchive& archive)
-{
-    return {.percentage = std::clamp(archive.decodeDouble("percentage", 0), 0.0, 100.0),
-            .isCharging = archive.decodeBool("isCharging", false),
-            .powerSource = archive.decodeText("powerSource", "Unknown"),
-            .timeToFull = archive.decodeInteger("timeToFull", -1),
-            .timeToEmpty = archive.decodeInteger("timeToEmpty", -1),
-            .deviceID = archive.decodeText("deviceID", ""),
-            .deviceName = archive.decodeText("deviceName", "")};
-}
-
-QVariantMap fleetRow(const SharedBatteryState& device)
-{
-    return {{"id", text(device.id())},
-            {"name", text(dashboard::deviceName(device)).simplified()},
-            {"status", text(dashboard::deviceStatus(device))},
-            {"battery", text(panel::percentageText(device.percentage))}};
-}
 
 } // namespace
 
@@ -66,7 +44,6 @@ void RemoteModel::take(std::size_t row, const QVariant& value)
 {
     const std::string_view name = table.at(row).name;
     if (name == "history") return takeHistory(value.value<QList<QVariantMap>>());
-    if (name == "fleetStates") return takeFleet(value.value<QList<QVariantMap>>());
     RemoteObject::take(row, value);
 }
 
@@ -83,21 +60,6 @@ void RemoteModel::takeHistory(const QList<QVariantMap>& records)
     history_ = std::move(samples);
     degradation_ = degradationOf(history_);
     Q_EMIT historyChanged();
-}
-
-void RemoteModel::takeFleet(const QList<QVariantMap>& records)
-{
-    QVariantList rows;
-    for (const auto& record : records) rows.append(fleetRow(device(wired::archived(record))));
-    if (std::exchange(fleet_, rows) != rows) Q_EMIT fleetChanged();
-}
-
-QString RemoteModel::lastSync() const
-{
-    const auto dates = value("lastCloudSyncDate").value<QList<double>>();
-    if (dates.isEmpty()) return {};
-    const auto moment = QDateTime::fromSecsSinceEpoch(truncated(Date{dates.first()}.unixSeconds()));
-    return QLocale::c().toString(moment, QStringLiteral("d MMM yyyy, HH:mm"));
 }
 
 dashboard::Situation RemoteModel::situation() const

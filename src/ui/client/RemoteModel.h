@@ -6,7 +6,6 @@
 #include "client/RemoteCharger.h"
 
 #include <QString>
-#include <QVariantList>
 #include <functional>
 #include <string>
 #include <vector>
@@ -46,10 +45,7 @@ class RemoteModel : public velmora::RemoteObject {
     VELMORA_MIRRORED(bool, notifyOnLowBattery)
     VELMORA_MIRRORED(double, lowBatteryLimit)
     VELMORA_MIRRORED(bool, notifyOnPowerChange)
-    /// The user's machines: each a map of `id`, `name`, `status` and `battery`, texts all.
-    Q_PROPERTY(QVariantList fleet READ fleet NOTIFY fleetChanged)
     Q_PROPERTY(QString selectedDeviceID READ selectedDeviceID NOTIFY changed) ///< empty: none
-    Q_PROPERTY(QString lastSync READ lastSync NOTIFY changed)                 ///< empty: never
     // What the values say; see dashboard.
     Q_PROPERTY(QString statusLine READ statusLine NOTIFY changed)
     Q_PROPERTY(QString limiterText READ limiterText NOTIFY changed)
@@ -79,6 +75,8 @@ public:
     /// `now`: what time it is for those who look at the history.
     explicit RemoteModel(std::function<Date()> now = &RemoteModel::timeOfDay, QObject* parent = nullptr);
 
+    static Date timeOfDay();
+
     RemoteCharger& charger() { return charger_; }
 
     /// When charging would begin again with these two. Depends on what `changed` tells of.
@@ -88,9 +86,7 @@ public:
     /// Asks for samples that have come since.
     Q_INVOKABLE void fetchHistory() { Q_EMIT operationWanted("fetchHistory"); }
 
-    const QVariantList& fleet() const { return fleet_; }
     QString selectedDeviceID() const { return value("selectedDeviceID").toStringList().value(0); }
-    QString lastSync() const;
 
     QString statusLine() const { return said(dashboard::statusLine); }
     QString limiterText() const { return said(dashboard::limiterText); }
@@ -124,14 +120,12 @@ public:
 
 Q_SIGNALS:
     void historyChanged();
-    void fleetChanged();
 
 protected:
     void take(std::size_t row, const QVariant& value) override;
 
 private:
     void takeHistory(const QList<QVariantMap>& records);
-    void takeFleet(const QList<QVariantMap>& records);
 
     dashboard::Situation situation() const;
     QString said(std::string (*words)(const dashboard::Situation&)) const;
@@ -141,13 +135,11 @@ private:
         QString color;
     };
     static Degradation degradationOf(const std::vector<HSHistorySnapshot>& history);
-    static Date timeOfDay();
 
     std::function<Date()> now_;
     RemoteCharger charger_;
     std::vector<HSHistorySnapshot> history_;
     Degradation degradation_;
-    QVariantList fleet_;
 };
 
 } // namespace velmora

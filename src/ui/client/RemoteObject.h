@@ -64,6 +64,8 @@ Q_SIGNALS:
     void changed();
     void setWanted(const QString& property, const QVariant& value);
     void operationWanted(const QString& operation);
+    /// Of one that takes a record.
+    void recordOperationWanted(const QString& operation, const QVariantMap& record);
 
 protected:
     /// The value of a row of the table; invalid before the first.

@@ -3,6 +3,8 @@
 
 #include "client/WireValue.h"
 
+#include "client/QtText.h"
+
 #include <QDBusArgument>
 #include <algorithm>
 #include <cmath>
@@ -19,6 +21,7 @@ QVariant unpacked(std::string_view signature, const QVariant& value)
     if (argument.currentSignature().toStdString() != signature) return {};
     if (signature == "ai") return QVariant::fromValue(qdbus_cast<QList<int>>(argument));
     if (signature == "ad") return QVariant::fromValue(qdbus_cast<QList<double>>(argument));
+    if (signature == wire::recordType) return qdbus_cast<QVariantMap>(argument);
     if (signature == wire::recordListType)
         return QVariant::fromValue(qdbus_cast<QList<QVariantMap>>(argument));
     return {};
@@ -42,6 +45,7 @@ QMetaType typeOf(std::string_view signature)
     if (signature == "as") return QMetaType::fromType<QStringList>();
     if (signature == "ai") return QMetaType::fromType<QList<int>>();
     if (signature == "ad") return QMetaType::fromType<QList<double>>();
+    if (signature == wire::recordType) return QMetaType::fromType<QVariantMap>();
     if (signature == wire::recordListType) return QMetaType::fromType<QList<QVariantMap>>();
     return {};
 }
@@ -69,6 +73,22 @@ KeyedArchive archived(const QVariantMap& record)
             archive.encode(key, text->toString().toStdString());
     }
     return archive;
+}
+
+QVariantMap mapped(const KeyedArchive& archive)
+{
+    QVariantMap record;
+    const auto plain = [](const auto& value) {
+        using Value = std::decay_t<decltype(value)>;
+        if constexpr (std::is_same_v<Value, std::string>)
+            return QVariant(text(value));
+        else if constexpr (std::is_same_v<Value, std::int64_t>)
+            return QVariant::fromValue<qint64>(value);
+        else
+            return QVariant(value);
+    };
+    for (const auto& [key, value] : archive.values()) record.insert(text(key), std::visit(plain, value));
+    return record;
 }
 
 } // namespace velmora::wired

@@ -25,6 +25,7 @@ std::optional<QVariant> received(std::string_view signature, const QVariant& val
 
 /// A record; values of types that records do not have are left out.
 KeyedArchive archived(const QVariantMap& record);
+QVariantMap mapped(const KeyedArchive& archive);
 
 /// Where `name` stands in `table`, if a mirror may show it as a `T`; the size of the table otherwise.
 template <typename T, typename Table>

@@ -7,6 +7,7 @@
 #include "base/Version.h"
 #include "client/ApplicationLink.h"
 #include "client/RemoteCalendar.h"
+#include "client/RemoteFleet.h"
 #include "client/RemoteInstallation.h"
 #include "client/RemoteNotifications.h"
 #include "client/RemoteVersionNotice.h"
@@ -103,6 +104,7 @@ public:
         link_.add(*singleton<RemoteVersionNotice>("VersionNotice"));
         link_.add(*singleton<RemoteCalendar>("CalendarContextManager"));
         link_.add(*singleton<RemoteNotifications>("Notifications"));
+        link_.add(*singleton<RemoteFleet>("EcosystemSync"));
         link_.add(*singleton<Widgets>("Widgets")->small());
         link_.add(*singleton<Widgets>("Widgets")->medium());
         QObject::connect(&signals_, &TerminationSignals::received, &windows_,

@@ -1,0 +1,130 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+import QtQuick
+import QtQuick.Layouts
+import Velmora
+
+/// The chosen machine: what is in force there, and the command that it can be sent.
+SettingsGroup {
+    id: group
+
+    required property string identifier
+    readonly property var device: {
+        EcosystemSync.listings; // evaluated so that the next value follows it
+        return EcosystemSync.device(identifier);
+    }
+    readonly property bool takesCommands: !!device.name && !device.isThisMachine && !device.obstacle
+    readonly property real commandDate: device.commandDate ?? 0
+    property bool isTouched: false ///< a person has changed what stands here, and not sent it yet
+    property real limit: 100
+    property bool isAutoProtectOn: false
+    property bool isStorageModeOn: false
+
+    visible: !!device.name
+    onIdentifierChanged: isTouched = false
+    onCommandDateChanged: isTouched = false
+    onDeviceChanged: fill()
+    onIsTouchedChanged: fill()
+    Component.onCompleted: fill()
+
+    /// Shows what the next command begins with, unless a person has changed that.
+    function fill(): void {
+        if (isTouched || !device.name)
+            return;
+        limit = device.limit;
+        isAutoProtectOn = device.isAutoProtectOn;
+        isStorageModeOn = device.isStorageModeOn;
+    }
+
+    function touch(change: var): void {
+        isTouched = true;
+        change();
+    }
+
+    ColumnLayout {
+        Layout.fillWidth: true
+        spacing: 2
+
+        Label {
+            objectName: "deviceName"
+            Layout.fillWidth: true
+            text: group.device.name ?? ""
+            font: Theme.typography.headlineFont
+            Accessible.role: Accessible.Heading
+        }
+        Label {
+            objectName: "inForce"
+            Layout.fillWidth: true
+            visible: text
+            text: group.device.inForce ? qsTr("In force there: %1.").arg(group.device.inForce) : ""
+            font: Theme.font(11, Font.Normal)
+            color: Theme.colors.secondary
+            wrapMode: Text.Wrap
+        }
+        Label {
+            objectName: "obstacle"
+            Layout.fillWidth: true
+            visible: text
+            text: group.device.isThisMachine ? qsTr("This is the machine before you: its limit is set on the page Thresholds.") : group.device.obstacle ?? ""
+            font: Theme.font(11, Font.Normal)
+            color: Theme.colors.secondary
+            wrapMode: Text.Wrap
+        }
+    }
+    PercentSlider {
+        objectName: "remoteLimit"
+        Layout.fillWidth: true
+        visible: !group.device.isThisMachine
+        enabled: group.takesCommands
+        title: qsTr("Charge limit there")
+        current: group.limit
+        from: 50
+        to: 100
+        onChosen: value => group.touch(() => group.limit = value)
+    }
+    ToggleRow {
+        objectName: "remoteAutoProtect"
+        Layout.fillWidth: true
+        visible: !group.device.isThisMachine
+        enabled: group.takesCommands
+        title: qsTr("Auto-Protect there")
+        isOn: group.isAutoProtectOn
+        onFlipped: on => group.touch(() => group.isAutoProtectOn = on)
+    }
+    ToggleRow {
+        objectName: "remoteStorage"
+        Layout.fillWidth: true
+        visible: !group.device.isThisMachine
+        enabled: group.takesCommands
+        title: qsTr("Storage mode there")
+        isOn: group.isStorageModeOn
+        onFlipped: on => group.touch(() => group.isStorageModeOn = on)
+    }
+    RowLayout {
+        Layout.fillWidth: true
+        visible: !group.device.isThisMachine
+        spacing: 10
+
+        SmallButton {
+            objectName: "send"
+            enabled: group.takesCommands
+            text: qsTr("Send to that machine")
+            onClicked: EcosystemSync.command(group.identifier, group.limit, group.isAutoProtectOn, group.isStorageModeOn)
+        }
+        Label {
+            objectName: "commandText"
+            Layout.fillWidth: true
+            text: group.isTouched ? qsTr("Not sent yet.") : group.device.commandText ?? ""
+            font: Theme.font(11, Font.Normal)
+            color: Theme.colors.secondary
+            wrapMode: Text.Wrap
+        }
+        SmallButton {
+            objectName: "remove"
+            visible: group.device.isRemovable ?? false
+            text: qsTr("Remove from the list")
+            onClicked: EcosystemSync.remove(group.identifier)
+        }
+    }
+}

@@ -1,0 +1,240 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "Views.h"
+#include "client/RemoteFleet.h"
+#include "client/RemoteInstallation.h"
+
+namespace velmora {
+namespace {
+
+constexpr Date today{815'400'000};
+
+QVariantMap device(const QString& id, const QString& name, double secondsAgo, const QVariantMap& more = {})
+{
+    QVariantMap record{{"deviceID", id},
+                       {"deviceName", name},
+                       {"percentage", 72.9},
+                       {"thermalState", "Nominal"},
+                       {"lastUpdate", today.sinceReference - secondsAgo}};
+    record.insert(more);
+    return record;
+}
+
+QVariantMap inForce(double limit, bool acceptsCommands = true)
+{
+    return {{"limitInForce", limit},
+            {"autoProtectInForce", true},
+            {"storageModeInForce", false},
+            {"acceptsCommands", acceptsCommands}};
+}
+
+/// The page in its window, over an application that does what it is asked for by the model alone.
+struct Ecosystem : Views {
+    Ecosystem() : Views("light")
+    {
+        sync->setClock([] { return today; });
+        QObject::connect(&model, &RemoteModel::setWanted, [this](const QString& key, const QVariant& value) {
+            model.apply({{key, value}});
+        });
+        QObject::connect(sync, &RemoteObject::setWanted, [this](const QString& key, const QVariant& value) {
+            asked << key + "=" + value.toString();
+        });
+        QObject::connect(sync, &RemoteObject::operationWanted, [this](const QString& operation) {
+            if (operation != "refresh") asked << operation;
+        });
+        QObject::connect(sync, &RemoteObject::recordOperationWanted,
+                         [this](const QString& operation, const QVariantMap& record) {
+                             asked << operation;
+                             sent = record;
+                         });
+        singleton<RemoteInstallation>("InstallationManager")->apply({{"isInstallationCompleted", true}});
+        makeWindow("DashboardWindow");
+        window->setProperty("selectedTab", "Ecosystem");
+    }
+
+    void SetUp() override
+    {
+        show();
+        draw();
+    }
+    void draw() { window->grabWindow(); } // by then everything has its place
+    void tell(const QVariantMap& values)
+    {
+        sync->apply(values);
+        draw();
+    }
+    void list(const QList<QVariantMap>& devices)
+    {
+        tell({{"isOn", true}, {"devices", QVariant::fromValue(devices)}});
+    }
+    void select(const QString& id)
+    {
+        model.apply({{"selectedDeviceID", QStringList{id}}});
+        draw();
+    }
+    /// Scrolls there by giving it the focus, as a person with a keyboard does.
+    void clickInSight(const QString& path)
+    {
+        item(path)->forceActiveFocus(Qt::TabFocusReason);
+        draw();
+        click(path);
+    }
+    void type(const QString& path, const QString& text)
+    {
+        item(path)->forceActiveFocus(Qt::TabFocusReason);
+        press(Qt::Key_A, Qt::ControlModifier);
+        for (const auto letter : text) QTest::keyClick(window.get(), letter.toLatin1());
+    }
+    QString text(const QString& path) const { return property(path, "text"); }
+    QString asking() { return std::exchange(asked, {}).join(' '); }
+
+    RemoteFleet* sync = singleton<RemoteFleet>("EcosystemSync");
+    QStringList asked;
+    QVariantMap sent; ///< with the last operation that takes a record
+};
+
+TEST_F(Ecosystem, BeginsWhenAPersonSaysSoAndIsLeftOnTheSecondWord)
+{
+    EXPECT_EQ(text("page/subtitle"), "Off");
+    expectNoTextCut(item("page"));
+    click("begin");
+    EXPECT_EQ(asking(), "turnOn");
+    tell({{"isOn", true}, {"deviceID", "A-1"}, {"deviceName", "Attic"}});
+    EXPECT_FALSE(item("begin")->isVisible());
+    EXPECT_TRUE(item("empty")->isVisible());
+    EXPECT_EQ(text("thisMachine"), "This machine is Attic (A-1).");
+    tell({{"fault", "no-module"}});
+    EXPECT_TRUE(text("problem").contains("velmora-session"));
+    EXPECT_FALSE(item("empty")->isVisible());
+
+    click("acceptsCommands");
+    EXPECT_EQ(asking(), "acceptsCommands=true");
+    click("leave");
+    EXPECT_EQ(asking(), "");
+    click("stay");
+    EXPECT_EQ(text("leave"), "Leave …");
+    press(Qt::Key_Space); // the focus has gone back to it
+    click("leave");
+    EXPECT_EQ(asking(), "leave");
+}
+
+TEST_F(Ecosystem, ManyMachinesCostWhatIsInSightAndTheKeyboardKeepsItsPlace)
+{
+    QList<QVariantMap> many;
+    for (int i = 0; i < 200; ++i)
+        many << device("m" + QString::number(i), "Machine " + QString::number(i), 20);
+    tell({{"deviceID", "m0"}});
+    list(many);
+    const auto shown = [&] {
+        return std::ranges::count_if(below(item("devices")),
+                                     [](auto* one) { return one->property("identifier").isValid(); });
+    };
+    EXPECT_LT(shown(), 20);
+    EXPECT_EQ(voice("devicem0")->text(QAccessible::Name),
+              "Machine 0 (this machine): Not charging, heat: Nominal, just now, 72%");
+    item("devices")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_End);
+    press(Qt::Key_Up);
+    press(Qt::Key_Return);
+    EXPECT_EQ(model.selectedDeviceID(), "m198");
+    many.removeAt(5);
+    many[150]["percentage"] = 3.0;
+    list(many);
+    ASSERT_TRUE(window->activeFocusItem());
+    EXPECT_EQ(window->activeFocusItem()->property("identifier").toString(), "m198")
+        << "though one before it has gone";
+    press(Qt::Key_Tab);
+    EXPECT_FALSE(window->activeFocusItem()->property("identifier").isValid())
+        << "one stop, not one a machine";
+    press(Qt::Key_Backtab);
+    press(Qt::Key_Return);
+    EXPECT_EQ(model.selectedDeviceID(), "");
+}
+
+TEST_F(Ecosystem, ACommandBeginsWithWhatIsInForceAndIsSentAsAWhole)
+{
+    tell({{"deviceID", "a"}});
+    auto desk = device("b", "Desk", 20, inForce(80));
+    list({device("a", "Attic", 20, inForce(90)), desk, device("c", "Cellar", 601)});
+    select("b");
+    EXPECT_EQ(text("inForce"), "In force there: Limit 80%, Auto-Protect on, storage mode off.");
+    EXPECT_FALSE(item("remove")->isVisible());
+    EXPECT_EQ(text("remoteLimit/value"), "80%");
+    item("remoteLimit/slider")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Home);
+    clickInSight("remoteStorage");
+    EXPECT_EQ(text("commandText"), "Not sent yet.");
+    list({desk}); // news does not undo what a person is about
+    EXPECT_EQ(text("remoteLimit/value"), "50%");
+    clickInSight("send");
+    EXPECT_EQ(asking(), "command");
+    EXPECT_EQ(sent,
+              (QVariantMap{
+                  {"deviceID", "b"}, {"limit", 50.0}, {"isAutoProtectOn", true}, {"isStorageModeOn", true}}));
+    desk.insert({{"remoteChargeLimit", 50.0},
+                 {"remoteAppleMode", true},
+                 {"isStorageModeEnabled", true},
+                 {"commandTimestamp", today.sinceReference - 3}});
+    list({device("a", "Attic", 20, inForce(90)), desk, device("c", "Cellar", 601)});
+    EXPECT_TRUE(text("commandText").contains("sent just now")) << text("commandText").toStdString();
+    EXPECT_EQ(text("remoteLimit/value"), "50%") << "what is on its way, not what is in force";
+
+    desk.insert(inForce(80, false));
+    list({device("a", "Attic", 20, inForce(90)), desk, device("c", "Cellar", 601)});
+    EXPECT_FALSE(item("send")->isEnabled());
+    EXPECT_TRUE(text("obstacle").contains("takes no commands"));
+    select("c");
+    EXPECT_FALSE(item("send")->isEnabled());
+    clickInSight("remove");
+    EXPECT_EQ(asking(), "removeDevice");
+    EXPECT_EQ(sent, (QVariantMap{{"deviceID", "c"}}));
+    select("a");
+    EXPECT_FALSE(item("send")->isVisible());
+    EXPECT_TRUE(text("obstacle").contains("Thresholds"));
+    select("gone");
+    EXPECT_FALSE(item("device")->isVisible());
+}
+
+TEST_F(Ecosystem, AServerIsTriedAndTakenByTheKeyboard)
+{
+    list({});
+    clickInSight("place/server");
+    EXPECT_FALSE(item("place/use")->isEnabled());
+    EXPECT_TRUE(text("place/testText").contains("host"));
+    type("place/host/field", "records.example");
+    type("place/port/field", "0");
+    type("place/user/field", "ada");
+    EXPECT_TRUE(text("place/testText").contains("65535"));
+    type("place/port/field", "6000");
+    type("place/password/field", "secret word");
+    EXPECT_FALSE(property("place/password/field", "displayText").contains("secret"));
+    EXPECT_EQ(voice("place/password/field")->text(QAccessible::Name), "Password");
+    EXPECT_TRUE(voice("place/password/field")->state().passwordEdit);
+    clickInSight("place/byCertificate");
+    clickInSight("place/test");
+    const QVariantMap whole{
+        {"kind", "server"}, {"host", "records.example"}, {"port", qint64{6000}}, {"database", "velmora"},
+        {"user", "ada"},    {"trust", "certificate"},    {"passwordFile", ""},   {"password", "secret word"}};
+    EXPECT_EQ(sent, whole);
+    EXPECT_EQ(text("place/testText"), "Trying …");
+    tell({{"isTesting", false}, {"testResult", QStringList("password")}});
+    EXPECT_EQ(text("place/testText"), "User or password is wrong.");
+    type("place/password/field", "better");
+    EXPECT_EQ(text("place/testText"), "") << "that was of another one";
+    clickInSight("place/use");
+    EXPECT_EQ(asking(), "test use");
+    EXPECT_EQ(sent.value("password"), "better");
+    auto taken = whole;
+    taken.remove("password");
+    tell({{"place", taken}});
+    EXPECT_EQ(text("place/password/field"), "");
+    EXPECT_TRUE(text("placeText").contains("records.example"));
+    clickInSight("place/thisComputer");
+    EXPECT_FALSE(item("place/host")->isVisible());
+    clickInSight("place/use");
+    EXPECT_EQ(sent.value("kind"), "this-computer");
+}
+
+} // namespace
+} // namespace velmora
