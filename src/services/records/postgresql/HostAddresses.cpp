@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <memory>
 #include <netdb.h>
@@ -26,9 +27,11 @@ using namespace std::chrono;
 
 constexpr std::size_t mostAddresses = 4;
 
-/// What the asking thread and the one that looks up have in common; the event is between their uses of it.
+/// What the asking thread and the one that looks up have in common: the answer is the latter's until it is
+/// there.
 struct Lookup {
     FileDescriptor done{eventfd(0, EFD_CLOEXEC)};
+    std::atomic<bool> isThere = false;
     int failure = 0;
     std::vector<std::string> addresses{};
 };
@@ -50,6 +53,7 @@ void lookUp(const std::string& host, Lookup& lookup)
     lookup.failure = getaddrinfo(host.c_str(), nullptr, &hints, out(list));
     for (const auto* one = list.get(); one && lookup.addresses.size() < mostAddresses; one = one->ai_next)
         if (auto text = numericText(*one); !text.empty()) lookup.addresses.push_back(std::move(text));
+    lookup.isThere = true;
     eventfd_write(lookup.done.get(), 1);
 }
 
@@ -81,7 +85,7 @@ std::vector<std::string> addressesOf(const std::string& host, const Patience& pa
 {
     const auto lookup = std::make_shared<Lookup>();
     std::thread([host, lookup] { lookUp(host, *lookup); }).detach();
-    if (!waitFor(lookup->done.get(), POLLIN, patience))
+    if (!waitFor(lookup->done.get(), POLLIN, patience) || !lookup->isThere)
         throw ServerFailure(RecordFault::unreachable,
                             "the host " + host + " cannot be looked up: no answer in time");
     return answerOf(host, *lookup);
