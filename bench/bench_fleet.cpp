@@ -312,7 +312,7 @@ void ServerBench::printCrowd(int machines, int connections)
         cells.push_back(std::to_string(crowd.size() - refused.size()));
         cells.push_back(figure(time / 1'000, 1));
         crowd = refused;
-        if (attempt == 0) std::this_thread::sleep_for(std::chrono::seconds{8});
+        if (attempt == 0) std::this_thread::sleep_for(std::chrono::seconds{4});
     }
     printLine(std::to_string(machines), std::to_string(connections), cells);
 }

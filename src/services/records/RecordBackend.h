@@ -40,7 +40,7 @@ public:
     /// Why the store would not do although it can be reached: a user who may read everybody's records, say.
     virtual std::optional<CloudError> check() = 0;
 
-    /// Nothing was asked for some seconds: what is kept open, the connection above all, may be closed.
+    /// Nothing was asked for a while: what is kept open, the connection above all, may be closed.
     virtual void rest() noexcept = 0;
 
     /// Ends what is waited for now or will be, in failure and soon. Any thread.

@@ -17,7 +17,7 @@ namespace velmora {
 class StoreWorker final : public CloudDatabase {
 public:
     struct Bounds {
-        std::chrono::milliseconds idle = std::chrono::seconds{5}; ///< after which the backend may rest
+        std::chrono::milliseconds idle = std::chrono::seconds{2}; ///< after which the backend may rest
         /// A request that has waited so long behind others fails instead of being tried.
         std::chrono::milliseconds patience = std::chrono::seconds{20};
         std::size_t requests = 256; ///< that wait; what is beyond fails when its turn comes

@@ -69,8 +69,8 @@ constexpr auto tableStatement = "SELECT to_regclass('velmora.record') IS NOT NUL
 constexpr std::array tableRows{
     Row{trMark("The table of records is as it should be."),
         trMark("The table of records has other columns: %1."),
-        "SELECT CASE WHEN c = 'owner text, type text, name text, fields jsonb, version bigint, changed xid8, "
-        "seq bigint' THEN '' ELSE c END FROM (SELECT string_agg(attname || ' ' || format_type(atttypid, "
+        "SELECT CASE WHEN c = 'owner text, type text, name text, fields jsonb, version bigint, seq bigint' "
+        "THEN '' ELSE c END FROM (SELECT string_agg(attname || ' ' || format_type(atttypid, "
         "NULL), "
         "', ' ORDER BY attnum) AS c FROM pg_attribute WHERE attrelid = 'velmora.record'::regclass "
         "AND attnum > 0 AND NOT attisdropped) AS columns"},

@@ -25,7 +25,7 @@ CREATE SCHEMA IF NOT EXISTS velmora;
 CREATE TABLE IF NOT EXISTS velmora.record (
   owner text COLLATE "C" NOT NULL DEFAULT current_user, type text NOT NULL, name text COLLATE "C" NOT NULL,
   fields jsonb NOT NULL DEFAULT '{}', version bigint NOT NULL DEFAULT 1,
-  changed xid8 NOT NULL DEFAULT pg_current_xact_id(), seq bigint GENERATED ALWAYS AS IDENTITY,
+  seq bigint GENERATED ALWAYS AS IDENTITY,
   PRIMARY KEY (owner, name), CHECK (jsonb_typeof(fields) = 'object'),
   CHECK (octet_length(name) <= 255 AND octet_length(fields::text) <= 65536)) WITH (fillfactor = 70);
 CREATE INDEX IF NOT EXISTS record_listing ON velmora.record (owner, type, seq);
@@ -39,7 +39,7 @@ DO $$ BEGIN
   CREATE ROLE velmora_user NOLOGIN;
 EXCEPTION WHEN duplicate_object OR unique_violation THEN NULL; END $$;
 GRANT USAGE ON SCHEMA velmora TO velmora_user;
-GRANT SELECT, DELETE, INSERT (type, name, fields), UPDATE (fields, version, changed) ON velmora.record
+GRANT SELECT, DELETE, INSERT (type, name, fields), UPDATE (fields, version) ON velmora.record
   TO velmora_user;
 )";
 
