@@ -88,7 +88,7 @@ void FleetPolling::listed(std::vector<SharedBatteryState> states)
     model_.fleetStates.set(std::move(states));
     if (first && !model_.selectedDeviceID.get()) showFirst(*first);
     applyCommand();
-    saveInForceSoon();
+    saveInForce(); // at once: listings that come one after another would put off what comes soon
 }
 
 void FleetPolling::showFirst(const SharedBatteryState& first)
