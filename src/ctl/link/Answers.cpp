@@ -7,6 +7,7 @@
 #include "base/Translation.h"
 #include "base/UserName.h"
 #include "bus/Records.h"
+#include "link/ReadAnswer.h"
 
 #include <algorithm>
 #include <array>
@@ -33,11 +34,6 @@ constexpr std::array<std::pair<std::string_view, const char*>, 5> otherPrograms{
     {"com.system76.PowerDaemon.service", "system76-power"},
 }};
 
-bool isAnyOf(std::string_view error, std::initializer_list<std::string_view> names)
-{
-    return std::ranges::find(names, error) != names.end();
-}
-
 Failure refusal(const std::string& said)
 {
     const auto user = localUserName(geteuid());
@@ -55,7 +51,7 @@ Failure unreachableFailure()
                                    "app.velmora.daemon.conf, which allows it, may not be installed.")};
 }
 
-Failure failureOf(const sd_bus_error& error, const char* sender)
+Failure failureOf(const sd_bus_error& error, std::string_view sender)
 {
     const std::string_view name = error.name ? error.name : "";
     if (isAnyOf(name, {SD_BUS_ERROR_SERVICE_UNKNOWN, SD_BUS_ERROR_NAME_HAS_NO_OWNER}))
@@ -66,7 +62,7 @@ Failure failureOf(const sd_bus_error& error, const char* sender)
     const auto said = printable(dbus::textOf(error));
     if (isAnyOf(name, {SD_BUS_ERROR_ACCESS_DENIED, SD_BUS_ERROR_AUTH_FAILED,
                        SD_BUS_ERROR_INTERACTIVE_AUTHORIZATION_REQUIRED}))
-        return sender == std::string_view(dbus::busName) ? unreachableFailure() : refusal(said);
+        return sender == dbus::busName ? unreachableFailure() : refusal(said);
     return {ExitStatus::failed, tr("The daemon answers: %1.", said)};
 }
 
@@ -76,35 +72,7 @@ Failure nonsenseFailure()
                                    "velmoractl?")};
 }
 
-/// Calls `read` for an answer of that type. Nothing that `read` finds broken leaves as anything but a
-/// Failure.
-template <typename Read>
-auto readAnswer(const dbus::Message& reply, const char* type, Read read)
-try {
-    if (const auto* error = sd_bus_message_get_error(reply.get())) {
-        const char* sender = sd_bus_message_get_sender(reply.get());
-        throw failureOf(*error, sender ? sender : "");
-    }
-    if (sd_bus_message_has_signature(reply.get(), type) <= 0) throw nonsenseFailure();
-    return read(reply.get());
-} catch (const std::system_error&) {
-    throw nonsenseFailure();
-}
-
-void enter(sd_bus_message* message, char type, const char* contents)
-{
-    dbus::check(sd_bus_message_enter_container(message, type, contents), "enter");
-}
-
-bool isEntered(sd_bus_message* message, char type, const char* contents)
-{
-    return dbus::check(sd_bus_message_enter_container(message, type, contents), "enter") > 0;
-}
-
-void leave(sd_bus_message* message)
-{
-    dbus::check(sd_bus_message_exit_container(message), "leave");
-}
+constexpr Respondent daemon{failureOf, nonsenseFailure};
 
 /// The interfaces of one object, of which the batteries' own counts.
 void readInterfaces(sd_bus_message* message, std::vector<BatteryReport>& batteries)
@@ -132,12 +100,13 @@ Failure unansweredFailure()
 
 KeyedArchive readRecord(const dbus::Message& reply)
 {
-    return readAnswer(reply, wire::recordType, [](auto* message) { return dbus::readArchive(message); });
+    return readAnswer(daemon, reply, wire::recordType,
+                      [](auto* message) { return dbus::readArchive(message); });
 }
 
 bool readTruth(const dbus::Message& reply)
 {
-    return readAnswer(reply, "b", [](auto* message) {
+    return readAnswer(daemon, reply, "b", [](auto* message) {
         int value = 0;
         dbus::check(sd_bus_message_read(message, "b", &value), "read");
         return value != 0;
@@ -146,7 +115,7 @@ bool readTruth(const dbus::Message& reply)
 
 std::vector<KeyedArchive> readRecords(const dbus::Message& reply)
 {
-    return readAnswer(reply, wire::recordListType, [](auto* message) {
+    return readAnswer(daemon, reply, wire::recordListType, [](auto* message) {
         std::vector<KeyedArchive> records;
         enter(message, 'a', wire::recordType);
         while (records.size() < maximumRecords &&
@@ -163,7 +132,7 @@ std::vector<BatteryReport> readBatteries(const dbus::Message& reply)
         isAnyOf(error->name,
                 {SD_BUS_ERROR_UNKNOWN_OBJECT, SD_BUS_ERROR_UNKNOWN_METHOD, SD_BUS_ERROR_UNKNOWN_INTERFACE}))
         return {};
-    return readAnswer(reply, wire::battery::objectsType, [](auto* message) {
+    return readAnswer(daemon, reply, wire::battery::objectsType, [](auto* message) {
         std::vector<BatteryReport> batteries;
         enter(message, 'a', "{oa{sa{sv}}}");
         while (isEntered(message, 'e', "oa{sa{sv}}")) {
@@ -189,7 +158,7 @@ dbus::Message otherProgramsCall(sd_bus* bus)
 
 std::vector<std::string> readOtherPrograms(const dbus::Message& reply)
 try {
-    return readAnswer(reply, "a(ssssssouso)", [](auto* message) {
+    return readAnswer(daemon, reply, "a(ssssssouso)", [](auto* message) {
         std::vector<std::string> active;
         enter(message, 'a', "(ssssssouso)");
         while (isEntered(message, 'r', "ssssssouso")) {
@@ -228,7 +197,7 @@ dbus::Message upowerCall(sd_bus* bus, const BatteryReport& battery)
 
 bool doesUPowerLimit(const dbus::Message& reply)
 try {
-    return readAnswer(reply, "v", [](auto* message) {
+    return readAnswer(daemon, reply, "v", [](auto* message) {
         int isEnabled = 0;
         dbus::check(sd_bus_message_read(message, "v", "b", &isEnabled), "read");
         return isEnabled != 0;

@@ -9,7 +9,6 @@
 #include "wire/ChargerInterface.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -21,16 +20,9 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
-constexpr auto forever = UINT64_MAX;
 constexpr auto settlePatience = 2s;
 constexpr auto restTime = 500ms; // longer than the daemon waits for a controller
 constexpr auto settleInterval = 100ms;
-
-int keepAnswer(sd_bus_message* reply, void* kept, sd_bus_error*)
-{
-    static_cast<dbus::Message*>(kept)->reset(sd_bus_message_ref(reply));
-    return 1;
-}
 
 dbus::Bus openBus(const EventLoop& loop)
 try {
@@ -60,39 +52,13 @@ Snapshot glanceOf(const std::vector<dbus::Message>& replies)
 } // namespace
 
 DaemonLink::DaemonLink(EventLoop& loop, std::optional<std::chrono::seconds> patience)
-    : loop_(loop), patience_(patience), bus_(openBus(loop))
+    : asker_(loop, openBus(loop), patience, unansweredFailure())
 {
 }
 
 dbus::Message DaemonLink::call(const char* interface, const char* member, const char* path) const
 {
-    return dbus::newCall(bus_.get(), wire::serviceName, path, interface, member);
-}
-
-std::vector<dbus::Message> DaemonLink::ask(const Calls& calls, std::chrono::seconds patience)
-{
-    const auto limit = patience_.value_or(patience);
-    const auto deadline = Clock::now() + limit + 1s; // the bus itself may hang
-    std::vector<dbus::Message> replies(calls.size());
-    std::vector<dbus::Slot> pending;
-    for (std::size_t i = 0; i < calls.size(); ++i)
-        pending.push_back(dbus::ask(bus_.get(), calls[i], keepAnswer, &replies[i],
-                                    static_cast<std::uint64_t>(std::chrono::microseconds(limit).count())));
-    const auto areAnswered = [&] {
-        return std::ranges::none_of(replies, [](const auto& reply) { return !reply; });
-    };
-    if (!serveUntil(deadline, areAnswered)) throw unansweredFailure();
-    return replies;
-}
-
-bool DaemonLink::serveUntil(Clock::time_point deadline, const std::function<bool()>& isDone)
-{
-    while (!isDone()) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-        if (left <= 0ms) return false;
-        loop_.runOnce(left);
-    }
-    return true;
+    return dbus::newCall(asker_.bus(), wire::serviceName, path, interface, member);
 }
 
 dbus::Message DaemonLink::chargerCall() const
@@ -114,7 +80,7 @@ DaemonLink::Calls DaemonLink::glanceCalls() const
 
 Snapshot DaemonLink::glance()
 {
-    return glanceOf(ask(glanceCalls(), readPatience));
+    return glanceOf(asker_.ask(glanceCalls(), readPatience));
 }
 
 Snapshot DaemonLink::snapshot()
@@ -122,14 +88,15 @@ Snapshot DaemonLink::snapshot()
     auto calls = glanceCalls();
     calls.push_back(
         call(wire::battery::managerInterface, wire::battery::getManagedObjects, wire::battery::folder));
-    calls.push_back(otherProgramsCall(bus_.get()));
-    const auto replies = ask(calls, readPatience);
+    calls.push_back(otherProgramsCall(asker_.bus()));
+    const auto replies = asker_.ask(calls, readPatience);
     auto now = glanceOf(replies);
     now.batteries = readBatteries(replies[3]);
     now.others = readOtherPrograms(replies[4]);
     calls.clear();
-    for (const auto& battery : now.batteries) calls.push_back(upowerCall(bus_.get(), battery));
-    if (std::ranges::any_of(ask(calls, readPatience), doesUPowerLimit)) now.others.emplace_back("UPower");
+    for (const auto& battery : now.batteries) calls.push_back(upowerCall(asker_.bus(), battery));
+    if (std::ranges::any_of(asker_.ask(calls, readPatience), doesUPowerLimit))
+        now.others.emplace_back("UPower");
     return now;
 }
 
@@ -137,7 +104,7 @@ ChargerReport DaemonLink::charger()
 {
     Calls calls;
     calls.push_back(chargerCall());
-    return ChargerReport::unarchived(readRecord(ask(calls, readPatience).front()));
+    return ChargerReport::unarchived(readRecord(asker_.ask(calls, readPatience).front()));
 }
 
 ChargerReport DaemonLink::settled(const ChargerReport& before)
@@ -162,7 +129,7 @@ std::vector<HSHistorySnapshot> DaemonLink::history()
     calls.push_back(
         call(wire::daemon_protocol::interface, wire::daemon_protocol::getAnalyticsHistory.member().c_str()));
     std::vector<HSHistorySnapshot> samples;
-    for (const auto& record : readRecords(ask(calls, readPatience).front()))
+    for (const auto& record : readRecords(asker_.ask(calls, readPatience).front()))
         samples.emplace_back(record, Date{});
     return samples;
 }
@@ -171,23 +138,18 @@ std::vector<KeyedArchive> DaemonLink::actions()
 {
     Calls calls;
     calls.push_back(call(wire::charger::interface, wire::charger::getActions.selector));
-    return readRecords(ask(calls, readPatience).front());
+    return readRecords(asker_.ask(calls, readPatience).front());
 }
 
 /// An answer that does not come may be a person who types.
 dbus::Message DaemonLink::askToChange(dbus::Message call)
 {
     dbus::check(sd_bus_message_set_allow_interactive_authorization(call.get(), true), "interactive");
-    Calls wish;
-    wish.push_back(std::move(call));
-    if (patience_) return std::move(ask(wish, *patience_).front());
-    dbus::Message reply;
-    const auto pending = dbus::ask(bus_.get(), wish.front(), keepAnswer, &reply, forever);
-    while (!serveUntil(Clock::now() + readPatience, [&] { return reply != nullptr; })) {
+    if (asker_.patience()) return asker_.ask(std::move(call));
+    return asker_.askForever(call, [this] {
         if (const auto tell = std::exchange(onLongWait, nullptr)) tell();
         charger(); // throws where nobody is there any more
-    }
-    return reply;
+    });
 }
 
 ChargingSettings DaemonLink::change(const KeyedArchive& changes)

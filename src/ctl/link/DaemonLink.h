@@ -4,8 +4,7 @@
 #pragma once
 
 #include "base/EventLoop.h"
-#include "bus/DBus.h"
-#include "link/Failure.h"
+#include "link/Asker.h"
 #include "link/Snapshot.h"
 
 #include <chrono>
@@ -23,7 +22,7 @@ class DaemonLink {
 public:
     /// How long reading waits. A change waits for as long as somebody takes to enter a password, and asks
     /// every five seconds whether the daemon is still there.
-    static constexpr std::chrono::seconds readPatience{5};
+    static constexpr auto readPatience = Asker::readPatience;
 
     /// `patience` is for an answer of any kind in place of these. Throws a Failure where there is no bus.
     DaemonLink(EventLoop& loop, std::optional<std::chrono::seconds> patience);
@@ -48,22 +47,17 @@ public:
 
     ChargerReport charger();
 
-    sd_bus* bus() const { return bus_.get(); }
+    sd_bus* bus() const { return asker_.bus(); }
 
 private:
-    using Calls = std::vector<dbus::Message>;
+    using Calls = Asker::Calls;
 
     dbus::Message call(const char* interface, const char* member, const char* path = wire::objectPath) const;
     Calls glanceCalls() const;
     dbus::Message chargerCall() const;
-    /// The answers in the order of the calls; errors among them.
-    std::vector<dbus::Message> ask(const Calls& calls, std::chrono::seconds patience);
     dbus::Message askToChange(dbus::Message call);
-    bool serveUntil(std::chrono::steady_clock::time_point deadline, const std::function<bool()>& isDone);
 
-    EventLoop& loop_;
-    std::optional<std::chrono::seconds> patience_;
-    dbus::Bus bus_;
+    Asker asker_;
 };
 
 } // namespace velmora::ctl

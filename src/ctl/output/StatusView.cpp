@@ -7,6 +7,7 @@
 #include "base/Saturate.h"
 #include "base/Text.h"
 #include "base/Translation.h"
+#include "output/Lines.h"
 #include "output/Moment.h"
 #include "texts/ChargerTexts.h"
 #include "texts/PanelTexts.h"
@@ -18,35 +19,6 @@
 namespace velmora::ctl {
 
 namespace {
-
-/// Lines with a label each, one below the other.
-class Lines {
-public:
-    void add(const std::string& label, const std::string& text)
-    {
-        if (text.empty()) return;
-        lines_.emplace_back(printable(label), printable(text));
-        widest_ = std::max(widest_, width(lines_.back().first));
-    }
-
-    std::string text() const
-    {
-        std::string result;
-        for (const auto& [label, text] : lines_)
-            result.append(label).append(widest_ + 2 - width(label), ' ').append(text) += '\n';
-        return result;
-    }
-
-private:
-    static std::size_t width(const std::string& label)
-    {
-        const auto begins = [](char byte) { return (static_cast<unsigned char>(byte) & 0xc0U) != 0x80U; };
-        return static_cast<std::size_t>(std::ranges::count_if(label, begins));
-    }
-
-    std::vector<std::pair<std::string, std::string>> lines_;
-    std::size_t widest_ = 0;
-};
 
 std::string joined(const std::vector<std::string>& parts)
 {
