@@ -10,14 +10,31 @@ _velmoractl() {
     COMPREPLY=()
     local choices="--json --timeout --help --version"
     case $before in
-        --timeout) return ;;
+        --password-file)
+            mapfile -t COMPREPLY < <(compgen -f -- "$word")
+            return
+            ;;
+        --timeout | --server | --port | --database | --user) return ;;
+        --trust) choices="channel-binding certificate" ;;
+        fleet) choices="status devices on off test accept limit auto-protect storage remove" ;;
         --resume-below) choices="75 70 60" ;;
-        limit) choices="60 70 80 90 100" ;;
-        auto-protect | storage) choices="on off" ;;
+        limit | auto-protect | storage)
+            if [[ $command == fleet ]]; then return; fi # a machine's name
+            choices="60 70 80 90 100"
+            if [[ $before != limit ]]; then choices="on off"; fi
+            ;;
         *)
             case $command in
-                "") choices+=" status limit auto-protect storage full pause resume history watch diagnose help" ;;
+                "") choices+=" status limit auto-protect storage full pause resume history watch diagnose fleet help" ;;
                 limit) choices+=" --resume-below" ;;
+                fleet)
+                    case " ${COMP_WORDS[*]} " in
+                        *" on "* | *" test "*)
+                            choices+=" --this-computer --server --port --database --user --trust --password-file"
+                            ;;
+                        *" accept "* | *" auto-protect "* | *" storage "*) choices="on off" ;;
+                    esac
+                    ;;
                 full) choices+=" --cancel" ;;
                 history) choices+=" --csv" ;;
             esac

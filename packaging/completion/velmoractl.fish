@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Completion of velmoractl for fish.
 
-set -l commands status limit auto-protect storage full pause resume history watch diagnose help
+set -l commands status limit auto-protect storage full pause resume history watch diagnose fleet help
 complete -c velmoractl -f
 complete -c velmoractl -l json -d 'Print JSON'
 complete -c velmoractl -l timeout -x -d 'Seconds to wait for an answer'
@@ -22,6 +22,7 @@ __velmoractl_command resume 'End a pause'
 __velmoractl_command history 'The past of the battery'
 __velmoractl_command watch 'A line for every change'
 __velmoractl_command diagnose 'All that a report of a fault needs'
+__velmoractl_command fleet 'The machines that see and command each other'
 __velmoractl_command help 'Print how it is used'
 functions -e __velmoractl_command
 
@@ -30,3 +31,16 @@ complete -c velmoractl -n '__fish_seen_subcommand_from limit' -l resume-below -x
 complete -c velmoractl -n '__fish_seen_subcommand_from auto-protect storage' -a 'on off'
 complete -c velmoractl -n '__fish_seen_subcommand_from full' -l cancel -d 'Do not after all'
 complete -c velmoractl -n '__fish_seen_subcommand_from history' -l csv -d 'Print comma-separated values'
+
+set -l fleet status devices on off test accept limit auto-protect storage remove
+set -l in_fleet '__fish_seen_subcommand_from fleet'
+complete -c velmoractl -n "$in_fleet; and not __fish_seen_subcommand_from $fleet" -a "$fleet"
+set -l where "$in_fleet; and __fish_seen_subcommand_from on test"
+complete -c velmoractl -n $where -l this-computer -d 'Records in a file on this computer'
+complete -c velmoractl -n $where -l server -x -d 'Records on a server'
+complete -c velmoractl -n $where -l port -x -d 'Its port'
+complete -c velmoractl -n $where -l database -x -d 'Database there'
+complete -c velmoractl -n $where -l user -x -d 'User there'
+complete -c velmoractl -n $where -l trust -x -a 'channel-binding certificate' -d 'By what it proves who it is'
+complete -c velmoractl -n $where -l password-file -r -F -d 'File that has the password'
+complete -c velmoractl -n "$in_fleet; and __fish_seen_subcommand_from accept" -a 'on off'

@@ -3,6 +3,7 @@
 
 #include "Control.h"
 
+#include "FleetControl.h"
 #include "base/Text.h"
 #include "base/Translation.h"
 #include "base/Version.h"
@@ -195,6 +196,8 @@ ExitStatus run(const Request& request)
         return print(versionLine("velmoractl"));
     case Command::diagnose:
         return diagnose(request);
+    case Command::fleet:
+        return print(FleetControl(request).run());
     default:
         return Control(request).run();
     }
@@ -228,7 +231,7 @@ int runControl(int argc, const char* const* argv)
     } catch (const Failure& failure) {
         return fail(failure, request->isJson);
     } catch (const std::system_error& failure) {
-        return fail({ExitStatus::failed, tr("The system bus fails: %1.", std::string(failure.what()))},
+        return fail({ExitStatus::failed, tr("The bus fails: %1.", std::string(failure.what()))},
                     request->isJson);
     }
 }

@@ -3,14 +3,12 @@
 
 #include "options/Options.h"
 
-#include "base/Decimal.h"
-#include "base/Text.h"
 #include "base/Translation.h"
+#include "options/Words.h"
 #include "wire/ChargingSettings.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 
 namespace velmora::ctl {
 
@@ -38,49 +36,40 @@ constexpr std::array commands{
     CommandRow{"history", Command::history, Operand::none, "--csv"},
     CommandRow{"watch", Command::watch},
     CommandRow{"diagnose", Command::diagnose},
+    CommandRow{"fleet", Command::fleet},
     CommandRow{"help", Command::help},
 };
 
-constexpr auto usageText =
-    trMark("usage: velmoractl [COMMAND] [OPTION]...\n"
-           "\n"
-           "  status                           level, limits and batteries (without a command, too)\n"
-           "  limit PERCENT [--resume-below P] stop charging there, and turn Auto-Protect on\n"
-           "  auto-protect on|off              hold the battery at the limit, or do not\n"
-           "  storage on|off                   hold the battery at 50%, for a laptop that is put away\n"
-           "  full [--cancel]                  charge to 100% once, or do not after all\n"
-           "  pause, resume                    stop charging here and now, and go on with it\n"
-           "  history [--csv]                  the battery's past\n"
-           "  watch                            a line for every change, for status bars\n"
-           "  diagnose                         all that a report of a fault needs\n"
-           "\n"
-           "  --json             print JSON\n"
-           "  --timeout SECONDS  wait that long for the daemon to answer\n"
-           "  --help, --version\n"
-           "\n"
-           "It ends with 0 when that is done, 1 when it was refused or failed, 2 when the command line is\n"
-           "not understood, 3 when the daemon does not answer, and 4 when there is no battery or its\n"
-           "charger cannot do this. See velmoractl(1).\n");
-
-/// A whole number within the bounds; a percent sign may follow it.
-std::optional<double> number(std::string_view text, double lowest, double highest)
-{
-    if (text.ends_with('%')) text.remove_suffix(1);
-    int value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    const bool isWhole = error == std::errc() && end == text.data() + text.size();
-    return isWhole && value >= lowest && value <= highest ? std::optional<double>(value) : std::nullopt;
-}
-
-std::string whole(double value)
-{
-    return decimalText(value, 0);
-}
-
-/// Thrown here alone, and caught by `parse`.
-struct Fault {
-    std::string text;
-};
+constexpr auto usageText = trMark(
+    "usage: velmoractl [COMMAND] [OPTION]...\n"
+    "\n"
+    "  status                           level, limits and batteries (without a command, too)\n"
+    "  limit PERCENT [--resume-below P] stop charging there, and turn Auto-Protect on\n"
+    "  auto-protect on|off              hold the battery at the limit, or do not\n"
+    "  storage on|off                   hold the battery at 50%, for a laptop that is put away\n"
+    "  full [--cancel]                  charge to 100% once, or do not after all\n"
+    "  pause, resume                    stop charging here and now, and go on with it\n"
+    "  history [--csv]                  the battery's past\n"
+    "  watch                            a line for every change, for status bars\n"
+    "  diagnose                         all that a report of a fault needs\n"
+    "  fleet [COMMAND]                  the user's machines, which see and command each other:\n"
+    "    status, devices                  how this one takes part, and all of them\n"
+    "    on [WHERE], off                  take part, or leave; WHERE is --this-computer, or --server\n"
+    "                                     HOST [--port P] [--database D] [--user U]\n"
+    "                                     [--trust channel-binding|certificate] [--password-file F]\n"
+    "    test [WHERE]                     whether the records could live there\n"
+    "    accept on|off                    let the others command this one, or not\n"
+    "    limit MACHINE PERCENT, auto-protect MACHINE on|off, storage MACHINE on|off\n"
+    "    remove MACHINE                   forget one that has been silent for ten minutes\n"
+    "\n"
+    "  --json             print JSON\n"
+    "  --timeout SECONDS  wait that long for an answer\n"
+    "  --help, --version\n"
+    "\n"
+    "It ends with 0 when that is done, 1 when it was refused or failed, 2 when the command line is\n"
+    "not understood, 3 when the daemon (for a fleet: velmora) does not answer, and 4 when there is no\n"
+    "battery, its charger cannot do this, or the other machine takes no commands. See\n"
+    "velmoractl(1).\n");
 
 class Parser {
 public:
@@ -93,6 +82,7 @@ public:
             throw Fault{row_->operand == Operand::level ? tr("\"%1\" needs a level in percent.", row_->name)
                                                         : tr("\"%1\" needs \"on\" or \"off\".", row_->name)};
         checkResume();
+        if (request_.command == Command::fleet) request_.fleet = fleet_.finished();
         return request_;
     }
 
@@ -129,6 +119,7 @@ private:
 
     void takeOption(std::string_view word)
     {
+        if (isOfFleet()) return fleet_.takeOption(word, [=, this] { return value(word); });
         if (!row_ || row_->option != word)
             throw Fault{row_ ? tr("\"%1\" has no option \"%2\".", row_->name, shown(word))
                              : tr("There is no option \"%1\".", shown(word))};
@@ -142,12 +133,12 @@ private:
 
     void takeOperand(std::string_view word)
     {
+        if (isOfFleet()) return fleet_.takeOperand(word);
         if (row_->operand == Operand::none || hasOperand_)
             throw Fault{tr("\"%1\" is one word too many.", shown(word))};
         hasOperand_ = true;
         if (row_->operand == Operand::level) return takeLimit(word);
-        if (word != "on" && word != "off") throw Fault{tr("\"%1\" needs \"on\" or \"off\".", row_->name)};
-        request_.isOn = word == "on";
+        request_.isOn = onOff(row_->name, word);
     }
 
     void takeLimit(std::string_view word)
@@ -185,13 +176,14 @@ private:
         return words_[next_++];
     }
 
-    static std::string shown(std::string_view word) { return printable(word.substr(0, 40)); }
+    bool isOfFleet() const { return row_ && row_->command == Command::fleet; }
 
     std::span<const char* const> words_;
     std::size_t next_ = 0;
     Request request_;
     const CommandRow* row_ = nullptr;
     bool hasOperand_ = false;
+    FleetWords fleet_;
     bool isFinal_ = false; ///< help or version was asked for
 };
 

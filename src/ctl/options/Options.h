@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "options/FleetWords.h"
+
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -26,6 +28,7 @@ struct Request {
         history,
         watch,
         diagnose,
+        fleet,
         help,
         version,
     };
@@ -37,7 +40,8 @@ struct Request {
     std::optional<double> resumeBelow{}; ///< percent
     bool isJson = false;
     bool isCsv = false;
-    std::optional<std::chrono::seconds> patience{}; ///< for an answer of the daemon
+    std::optional<std::chrono::seconds> patience{}; ///< for an answer
+    FleetRequest fleet{};
 };
 
 /// The request of the words after the program's name, or what is wrong with them as a sentence.

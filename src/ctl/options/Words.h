@@ -1,0 +1,29 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// What those who read the command line have in common.
+namespace velmora::ctl {
+
+/// What is wrong with the command line, as a sentence. It never leaves `parse`.
+struct Fault {
+    std::string text;
+};
+
+/// A whole number within the bounds; a percent sign may follow it.
+std::optional<double> number(std::string_view text, double lowest, double highest);
+
+std::string whole(double value);
+
+/// A word of the command line as part of a sentence.
+std::string shown(std::string_view word);
+
+/// Whether that is "on". Throws a Fault where it is neither that nor "off"; `command` is whose word it is.
+bool onOff(std::string_view command, std::string_view word);
+
+} // namespace velmora::ctl
