@@ -1,17 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "ShellCommand.h"
 #include "SystemTest.h"
 #include "bus/Records.h"
 #include "wire/ChargerInterface.h"
 
-#include <array>
 #include <cmath>
-#include <cstdio>
 #include <future>
 #include <nlohmann/json.hpp>
 #include <sstream>
-#include <sys/wait.h>
 
 namespace velmora {
 namespace {
@@ -20,24 +18,7 @@ using nlohmann::json;
 
 /// velmoractl as a shell runs it, beside a daemon or what poses as one.
 struct VelmoractlTest : SystemTest {
-    struct Outcome {
-        int status;
-        std::string said; ///< on both outputs
-    };
-
     VelmoractlTest() { layLaptop(); }
-
-    static Outcome shell(const std::string& command)
-    {
-        Outcome outcome{-1, ""};
-        FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-        std::array<char, 4096> part{};
-        while (const auto size = std::fread(part.data(), 1, part.size(), pipe))
-            outcome.said.append(part.data(), size);
-        const int status = pclose(pipe);
-        outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        return outcome;
-    }
 
     /// Serves the loop meanwhile, and calls `meanwhile` in each turn.
     Outcome control(
