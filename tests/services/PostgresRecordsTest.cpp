@@ -46,13 +46,13 @@ struct PostgresRecordsTest : testing::Test {
 
     std::string said; ///< what velmora-fleet-server printed last
 
-    int administer(const std::string& arguments)
+    int administer(const std::string& arguments, int times = 1)
     {
-        const auto output = folder.path() / "said";
         const auto command = std::string(VELMORA_BIN) + "/velmora-fleet-server " + arguments + " --host " +
-                             server->folder() + " --port " + std::to_string(server->port()) + " >" +
-                             output.string() + " 2>&1";
-        const int status = std::system(command.c_str());
+                             server->folder() + " --port " + std::to_string(server->port());
+        auto all = "exec >" + (folder.path() / "said").string() + " 2>&1; ";
+        for (int i = 1; i < times; ++i) all += command + " & ";
+        const int status = std::system((all + command + "; s=$?; wait; exit $s").c_str());
         said = folder.read("said");
         return WEXITSTATUS(status);
     }

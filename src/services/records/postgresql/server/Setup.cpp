@@ -8,6 +8,7 @@
 #include "records/postgresql/server/Passwords.h"
 
 #include <chrono>
+#include <optional>
 #include <stdexcept>
 
 namespace velmora::postgresql {
@@ -57,38 +58,31 @@ void begin(Connection& server)
     server.ask(lockStatement, {}, setupPatience());
 }
 
-/// A database of Velmora's alone: nobody else gets in. It is for all languages, whatever the server's is.
+/// The database is for all languages, whatever the server's is.
 void makeDatabase(Connection& server, const std::string& database)
 {
-    const auto name = server.quotedName(database);
     try {
-        server.run("CREATE DATABASE " + name +
+        server.run("CREATE DATABASE " + server.quotedName(database) +
                        " TEMPLATE template0 ENCODING 'UTF8' LC_COLLATE 'C' LC_CTYPE 'C'",
                    setupPatience());
     } catch (const ServerFailure& failure) {
         const bool isThere = failure.state == "42P04" || failure.state == "23505"; // somebody was faster
         if (!isThere) throw;
     }
-    server.run("REVOKE ALL ON DATABASE " + name + " FROM PUBLIC", setupPatience());
 }
 
-Connection connectedToNew(Administrator& administrator, const std::string& database)
-{
-    auto first = administrator.connect("postgres");
-    makeDatabase(first, database);
-    auto server = administrator.connect(database);
-    server.run("REVOKE ALL ON SCHEMA public FROM PUBLIC", setupPatience());
-    return server;
-}
-
-Connection connectedTo(Administrator& administrator, const std::string& database)
+/// Whether the database was there.
+bool hasDatabase(Administrator& administrator, const std::string& database)
 {
     try {
-        return administrator.connect(database);
+        administrator.connect(database);
+        return true;
     } catch (const ServerFailure& failure) {
         if (failure.fault != RecordFault::noDatabase) throw;
     }
-    return connectedToNew(administrator, database);
+    auto server = administrator.connect("postgres");
+    makeDatabase(server, database);
+    return false;
 }
 
 /// Whether the role is there; throws where it is none of Velmora's people.
@@ -134,17 +128,24 @@ Connection Administrator::connect(const std::string& database)
 
 void setUp(Administrator& administrator, const Request& request)
 {
-    auto server = connectedTo(administrator, request.place.database);
+    const auto& database = request.place.database;
+    const bool isNew = !hasDatabase(administrator, database);
+    auto server = administrator.connect(database);
     begin(server);
+    const auto name = server.quotedName(database);
+    if (isNew) // then it is Velmora's alone, and nobody else gets in
+        server.run("REVOKE ALL ON DATABASE " + name + " FROM PUBLIC; REVOKE ALL ON SCHEMA public FROM PUBLIC",
+                   setupPatience());
     server.run(schemaStatements, setupPatience());
-    server.run("GRANT CONNECT ON DATABASE " + server.quotedName(request.place.database) + " TO " + usersRole,
-               setupPatience());
+    server.run("GRANT CONNECT ON DATABASE " + name + " TO " + usersRole, setupPatience());
     server.run("COMMIT", setupPatience());
 }
 
 void addPerson(Connection& server, const std::string& person, const std::string& password)
 {
     begin(server);
+    if (server.ask("SELECT to_regclass('velmora.record')", {}, setupPatience()).text(0, 0) == std::nullopt)
+        throw std::runtime_error(tr("The database has no table of records: \"setup\" makes it."));
     const bool isKnown = isPerson(server, person);
     const auto kept = server.quotedText(server.encrypted(password, person));
     const auto name = server.quotedName(person);

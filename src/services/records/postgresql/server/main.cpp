@@ -58,6 +58,14 @@ bool run(const Request& request)
     return true;
 }
 
+/// By the socket a server mostly asks the system who somebody is.
+std::string advice(const Request& request, const ServerFailure& failure)
+{
+    const auto& place = request.place;
+    if (!place.host.starts_with('/') || !failure.state.starts_with("28")) return {};
+    return ". " + tr("Try it as that user of the system: sudo -u %1 velmora-fleet-server ...", place.user);
+}
+
 int fail(const std::string& text, int status)
 {
     std::fprintf(stderr, "velmora-fleet-server: %s\n", printable(text).c_str());
@@ -78,7 +86,7 @@ int main(int argc, char** argv)
     try {
         return run(*request) && std::fflush(stdout) == 0 ? 0 : 1;
     } catch (const ServerFailure& failure) {
-        return fail(tr("The server does not do that: %1", std::string(failure.what())), 1);
+        return fail(tr("The server does not do that: %1", failure.what() + advice(*request, failure)), 1);
     } catch (const std::exception& failure) {
         return fail(failure.what(), 1);
     }
