@@ -198,8 +198,10 @@ TEST_F(FleetModelTest, SendsNothingOfAnotherMachineShownFirst)
     EXPECT_THAT(daemon->sent, IsEmpty()) << "until the daemon has answered";
     EXPECT_THAT(database->calls, testing::Each(testing::Not(testing::StartsWith("save"))));
     EXPECT_EQ(model.customChargeLimit.get(), 80);
-    const auto ofTheOneThatWent = daemon->stateRequests.front();
+    const auto asked = daemon->stateRequests.size();
+    const auto ofTheOneThatWent = daemon->stateRequests.back();
     model.fleet().daemonAppeared();
+    EXPECT_EQ(daemon->stateRequests.size(), asked + 1);
     ofTheOneThatWent(ownState(33, false));
     machine.settle();
     EXPECT_THAT(daemon->sent, IsEmpty());
@@ -266,6 +268,7 @@ TEST_F(FleetModelTest, TheOwnerAtTheMachineWins)
         take({.customChargeLimit = limit});
     };
     const auto setByHand = [&](double limit) {
+        loop.advance(1s);
         model.asPerson([&] {
             model.customChargeLimit.set(limit);
             model.syncSettingsToDaemon();
@@ -289,6 +292,8 @@ TEST_F(FleetModelTest, TheOwnerAtTheMachineWins)
     machine.settle();
     EXPECT_EQ(model.customChargeLimit.get(), 78);
     EXPECT_EQ(commandedLimit(), 78);
+    tick();
+    EXPECT_EQ(machine.log->count("Took over"), 1U) << "that it does what it wants itself is no news";
 
     commanded(61);
     held.customChargeLimit = 88; // by velmoractl
@@ -307,9 +312,11 @@ TEST_F(FleetModelTest, TheOwnerAtTheMachineWins)
     EXPECT_EQ(commandedLimit(), 62) << "nor what a push did";
     tick();
     EXPECT_EQ(model.customChargeLimit.get(), 62) << "and so the command is still in force";
-    loop.advance(5min);
     setByHand(70);
+    loop.advance(5min);
     take({.customChargeLimit = 70});
+    setByHand(71);
+    take({.customChargeLimit = 71});
     EXPECT_EQ(commandedLimit(), 62) << "it is over";
 }
 
@@ -342,7 +349,9 @@ TEST_F(FleetModelTest, TellsWhatTheDaemonHoldsAndLogsWhoseCommandItTook)
     wanted = {.limit = 60, .isStorageModeOn = true, .acceptsCommands = true, .commandTaken = given};
     EXPECT_EQ(recorded(), wanted);
     for (int times = 0; times < 3; ++times) tick();
-    EXPECT_EQ(machine.log->count("Took over a command of De sk!!!"), 1U);
+    join();
+    tick();
+    EXPECT_EQ(machine.log->count("Took over a command of De sk!!!"), 1U) << "as after a restart";
     EXPECT_EQ(machine.log->count("!, given at 2025-01-01 00:00:0"), 2U);
     EXPECT_EQ(machine.log->count(": limit 60 %, Auto-Protect off, storage mode on"), 2U);
 
@@ -355,6 +364,7 @@ TEST_F(FleetModelTest, TellsWhatTheDaemonHoldsAndLogsWhoseCommandItTook)
     loop.advance(2s);
     EXPECT_EQ(recorded(), wanted) << "nobody is there to obey";
     tell();
+    loop.advance(2s);
     store("ME", {{field::limitInForce, 1.0}});
     tick();
     EXPECT_EQ(recorded()->limit, 60) << "somebody else has written it";
