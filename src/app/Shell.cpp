@@ -3,7 +3,6 @@
 
 #include "Shell.h"
 
-#include "account/DeviceIdentity.h"
 #include "base/Utf8.h"
 #include "tray/BatteryPicture.h"
 #include "tray/TrayStateOf.h"
@@ -205,7 +204,6 @@ int runApplication(Command command)
     App app(platform);
     Shell shell(platform, app, session, windowsProgram());
     shell.begin(command);
-    platform.loop().post([] { DeviceIdentity::shared(); }); // nobody waits for it
     platform.loop().run();
     return 0;
 }

@@ -5,7 +5,9 @@
 #include "SimulatedLaptopTest.h"
 #include "bus/Records.h"
 
+#include <atomic>
 #include <cstdlib>
+#include <future>
 #include <map>
 #include <poll.h>
 #include <set>
@@ -229,6 +231,84 @@ TEST_F(ApplicationTest, ApplicationsFollowAChangeByAnybodyAndTakeNothingBack)
         startDaemon();
         ASSERT_TRUE(eventually([&] { return model().percentage.get() > 0; })) << "it has met the next daemon";
     }
+}
+
+/// One application of a fleet; what the other machines do, the test writes into the store.
+struct FleetApplicationTest : ApplicationTest {
+    void joinFleet()
+    {
+        others = Platform::current().recordStores->open({}, [] { return std::string(); });
+        ASSERT_TRUE(others) << log();
+        write("DESK", {{"percentage", 3.0}, {"isCharging", true}});
+        app->ecosystemSync().turnOn();
+        ASSERT_TRUE(eventually([&] { return own().lastUpdate.has_value(); }));
+    }
+
+    void write(const std::string& device, const CloudRecord::Fields& fields)
+    {
+        CloudRecord record("DeviceStatus", "DeviceStatus_" + device);
+        for (const auto& [name, value] : fields) record.set(name, value);
+        std::atomic<bool> isDone = false;
+        others->save(record, [&](const auto& error) { isDone = !error; });
+        ASSERT_TRUE(eventually([&] { return isDone.load(); }));
+    }
+    DeviceReport own()
+    {
+        std::promise<CloudResult<CloudRecord>> answer;
+        others->fetch("DeviceStatus_" + app->ecosystemSync().deviceID.get(),
+                      [&](auto result) { answer.set_value(std::move(result)); });
+        const auto result = answer.get_future().get();
+        const auto* record = std::get_if<CloudRecord>(&result);
+        return record ? DeviceReport(*record) : DeviceReport();
+    }
+    bool ticks()
+    {
+        if (!eventually([] { return !CloudKitManager::shared().isSyncing.get(); })) return false;
+        const auto before = own().lastUpdate;
+        model().syncFleetNow();
+        return eventually([&] { return own().lastUpdate > before; });
+    }
+
+    std::shared_ptr<CloudDatabase> others;
+};
+
+TEST_F(FleetApplicationTest, KeepsToItselfWhoeverIsListedFirstObeysAndGivesWayToItsOwner)
+{
+    beginAt(60);
+    ASSERT_TRUE(peer.set({.isStorageModeEnabled = true}));
+    ASSERT_TRUE(becomes(48, 50));
+    ASSERT_TRUE(eventually([&] { return model().isStorageModeEnabled.get(); }));
+    joinFleet();
+    for (int tick = 0; tick < 3; ++tick) ASSERT_TRUE(ticks());
+    EXPECT_EQ(model().selectedDeviceID.get(), "DESK");
+    ASSERT_TRUE(eventually([&] { return own().inForce.has_value(); }));
+    EXPECT_EQ(end(), 50);
+    EXPECT_NEAR(own().state.percentage, 60, 1);
+    SettingsInForce wanted{
+        .limit = 80, .isAutoProtectOn = true, .isStorageModeOn = true, .acceptsCommands = true};
+    EXPECT_EQ(own().inForce, wanted);
+
+    const auto given = platform->clock().now();
+    write(app->ecosystemSync().deviceID.get(), {{"remoteChargeLimit", 65.0},
+                                                {"remoteAppleMode", true},
+                                                {"isStorageModeEnabled", false},
+                                                {"commandTimestamp", given},
+                                                {"commandOrigin", "Desk (DESK)"}});
+    ASSERT_TRUE(ticks());
+    EXPECT_TRUE(becomes(63, 65));
+    EXPECT_TRUE(eventually([&] { return own().inForce->commandTaken.has_value(); }));
+    EXPECT_NEAR(*own().inForce->commandTaken - given, 0, 0.001);
+
+    ASSERT_TRUE(peer.set({.customChargeLimit = 85}));
+    ASSERT_TRUE(becomes(83, 85));
+    EXPECT_TRUE(eventually([&] { return own().state.remoteChargeLimit == 85; })) << "by another program";
+    app->asPerson([&] {
+        model().customChargeLimit.set(75);
+        model().syncSettingsToDaemon();
+    });
+    EXPECT_TRUE(eventually([&] { return own().state.remoteChargeLimit == 75; })) << "here";
+    for (int tick = 0; tick < 2; ++tick) ASSERT_TRUE(ticks());
+    EXPECT_TRUE(becomes(73, 75));
 }
 
 using DeafBusTest = SystemTest;

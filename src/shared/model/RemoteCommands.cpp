@@ -107,8 +107,10 @@ void RemoteCommands::apply()
     bool hasChanged = false;
     const auto assign = [&](auto& property, const auto& wanted) {
         if (!wanted || *wanted == property.get()) return;
+        // What the daemon told last is echoed first: of a message only that counts which differs from the
+        // one before.
+        if (!std::exchange(hasChanged, true)) model_.syncSettingsToDaemon();
         property.set(*wanted);
-        hasChanged = true;
     };
     const auto command = own_->state;
     applied_ = command.commandTimestamp;
