@@ -72,10 +72,8 @@ void BarePostgres::fetch(const std::string& name)
 void BarePostgres::save(const std::string& name, const std::string& fields)
 {
     run("INSERT INTO velmora.record AS r (type, name, fields) VALUES ('DeviceStatus', $1, $2::jsonb) "
-        "ON CONFLICT (owner, name) DO UPDATE SET fields = r.fields || EXCLUDED.fields, version = r.version + "
-        "1, "
-        "changed = CASE WHEN (r.fields || EXCLUDED.fields) - 'lastUpdate' = r.fields - 'lastUpdate' "
-        "THEN r.changed ELSE pg_current_xact_id() END RETURNING version",
+        "ON CONFLICT (owner, name) DO UPDATE SET fields = r.fields || EXCLUDED.fields, "
+        "version = r.version + 1 RETURNING version",
         {name.c_str(), fields.c_str()});
 }
 
