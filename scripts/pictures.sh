@@ -52,6 +52,41 @@ take_pictures() {
     ! tells_of_everything || take_notices
 }
 
+# Of the page with the fleet: with another machine chosen there, with a command on its way, and with what came of it.
+take_fleet_pictures() {
+    mkdir -p "$pictures"
+    choose_machine 2
+    take_picture fleet dashboard Ecosystem
+    $has_desktop || click_command 60 || echo "The clicks have sent no command." >&2
+    is_commanded 60 || command_machine 2 60
+    take_picture fleet-command-sent dashboard Ecosystem
+    await_command 2 60
+    within 10 is_told_as_taken || true
+    take_picture fleet-command-taken dashboard Ecosystem
+    build/bin/velmoractl fleet devices
+    echo "Pictures of the fleet: $pictures"
+}
+# In the dashboard on our display, with a machine chosen: the page, the slider where it says 60 %, and the button.
+click_command() { # PERCENT : what that comes to
+    local spot
+    build/bin/velmora --dashboard
+    within 10 shows "Velmora Dashboard" || return
+    xdotool windowmove "$(shows "Velmora Dashboard")" 24 64
+    for spot in 91,154 448,365 400,462; do
+        sleep 1.5 # it is drawn
+        xdotool mousemove $((24 + ${spot%,*})) $((64 + ${spot#*,})) click 1
+    done
+    within 10 is_commanded "$1" || return
+    echo "$(machine_name 1): a click on \"Send to that machine\""
+    sleep 5 # the page has looked again
+    import -silent -window root "$pictures/fleet-desktop.png"
+}
+choose_machine() { # NUMBER : as a click on it in the list does
+    busctl --user set-property "${model[@]}" selectedDeviceID as 1 "$(on_machine "$1" build/bin/velmoractl fleet --json |
+        sed 's/.*"deviceID":"\([^"]*\)".*/\1/')"
+}
+is_told_as_taken() { build/bin/velmoractl fleet devices | grep -qi "taken over"; }
+
 # show_widget SIZE TITLE X Y : where the model says that it was left.
 show_widget() {
     busctl --user set-property app.velmora.Velmora "/app/velmora/widgets/$1" app.velmora.Widget place ai 2 "$3" "$4"

@@ -15,7 +15,7 @@ finish() {
         kill "${started[i]}" 2>/dev/null || continue
         wait "${started[i]}" 2>/dev/null || true
     done
-    rm -rf "$scene"
+    rm -rf "$scene" "$scene".*
     exit "${1:-0}"
 }
 trap 'finish 1' EXIT
@@ -124,8 +124,8 @@ laptop_says() {
     done
 }
 
-# What the programs log, a line each, beside what they show.
-logged() { sed -u 's/^<[0-7]>app\.velmora\[\(.*\)\]: /log:     \1: /' >&2; }
+# logged [NAME] : what the programs log, a line each, beside what they show; of the machine of that name.
+logged() { sed -u "s/^<[0-7]>app\.velmora\[\(.*\)\]: /log:     ${1:+$1: }\1: /" >&2; }
 
 # put_travel_event HOURS TITLE : into the calendar that Velmora reads here.
 put_travel_event() {
