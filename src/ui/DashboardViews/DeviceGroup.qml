@@ -57,7 +57,7 @@ SettingsGroup {
             objectName: "inForce"
             Layout.fillWidth: true
             visible: text
-            text: group.device.inForce ? qsTr("In force there: %1.").arg(group.device.inForce) : ""
+            text: group.device.inForce ? qsTr("In force: %1.").arg(group.device.inForce) : ""
             font: Theme.font(11, Font.Normal)
             color: Theme.colors.secondary
             wrapMode: Text.Wrap

@@ -83,6 +83,7 @@ SettingsGroup {
 
             objectName: "host"
             Layout.fillWidth: true
+            Layout.preferredWidth: 1 // as wide as the one beside it
             title: qsTr("Host")
             hint: qsTr("records.example.org")
         }
@@ -91,6 +92,7 @@ SettingsGroup {
 
             objectName: "port"
             Layout.fillWidth: true
+            Layout.preferredWidth: 1
             title: qsTr("Port")
             validator: IntValidator {
                 bottom: 1
@@ -102,6 +104,7 @@ SettingsGroup {
 
             objectName: "database"
             Layout.fillWidth: true
+            Layout.preferredWidth: 1
             title: qsTr("Database")
             maximumLength: 63
         }
@@ -110,6 +113,7 @@ SettingsGroup {
 
             objectName: "user"
             Layout.fillWidth: true
+            Layout.preferredWidth: 1
             title: qsTr("User")
             maximumLength: 63
         }
@@ -118,6 +122,7 @@ SettingsGroup {
 
             objectName: "password"
             Layout.fillWidth: true
+            Layout.preferredWidth: 1
             title: qsTr("Password")
             hint: qsTr("As it is kept")
             isSecret: true
@@ -128,6 +133,7 @@ SettingsGroup {
 
             objectName: "passwordFile"
             Layout.fillWidth: true
+            Layout.preferredWidth: 1
             title: qsTr("File with the password, instead")
             hint: qsTr("None")
             maximumLength: 1000

@@ -50,8 +50,9 @@ ColumnLayout {
         selectByMouse: true
         maximumLength: 255
         onAccepted: entry.accepted()
+        // What screen readers describe it by; it is shown below. They are not told the name of a secret's field.
+        placeholderText: entry.isSecret ? qsTr("%1: %2").arg(entry.title).arg(entry.hint) : entry.hint
         Accessible.name: entry.title
-        Accessible.description: entry.hint
 
         background: Rectangle {
             radius: 6
