@@ -13,7 +13,10 @@
 #include <arpa/inet.h>
 #include <array>
 #include <atomic>
+#include <filesystem>
 #include <functional>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <pty.h>
 #include <sys/socket.h>
@@ -111,12 +114,12 @@ bool eventually(const std::function<bool()>& condition)
 TEST_F(PostgresRecordsTest, MergesListsAndRemovesWhileTwoWritersLoseNothing)
 {
     const auto store = open(place());
-    EXPECT_EQ(problem(save(*store, "b", {{"percentage", 80.5}, {"lastUpdate", Date(3.25)}})), "");
+    EXPECT_EQ(problem(save(*store, "b", {{"percentage", 80.5}, {"lastUpdate", Date{3.25}}})), "");
     EXPECT_EQ(problem(save(*store, "a", {{"isCharging", true}})), "");
     EXPECT_EQ(problem(save(*store, "b", {{"deviceName", std::string("Schloß \"x\" '; --")}})), "");
     EXPECT_EQ(fieldsOf(*store, "b"),
               (CloudRecord::Fields{{"percentage", 80.5},
-                                   {"lastUpdate", Date(3.25)},
+                                   {"lastUpdate", Date{3.25}},
                                    {"deviceName", std::string("Schloß \"x\" '; --")}}));
     EXPECT_EQ(listed(*store), (std::vector<std::string>{"b", "a"})); // in order of creation
     EXPECT_EQ(listed(*store, 1), (std::vector<std::string>{"b"}));
