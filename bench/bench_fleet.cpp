@@ -59,6 +59,13 @@ std::string fullFields()
     return record_codec::encode(record.fields()).value();
 }
 
+std::string withCommas(int number)
+{
+    auto text = std::to_string(number);
+    for (std::size_t end = text.size(); end > 3; end -= 3) text.insert(end - 3, ",");
+    return text;
+}
+
 void require(const std::optional<CloudError>& error)
 {
     if (error) throw std::runtime_error(problem(error));
@@ -170,7 +177,7 @@ void benchSqlite(const std::filesystem::path& modules)
                      "'DeviceStatus_10000000-0000-4000-8000-' || printf('%012d', i), '" +
                      fullFields() + "' FROM n");
         printTurns(
-            "a tick in a fleet of " + std::to_string(size), 300, [&] { tick(*store); },
+            "a tick in a fleet of " + withCommas(size), 300, [&] { tick(*store); },
             [&] { tick(bare, fields); });
         if (size != 1'000) continue;
         for (const int writers : {1, 8})
@@ -325,7 +332,7 @@ void ServerBench::run()
         const auto store = open(ownerOf(size));
         const auto bare = openBare(ownerOf(size));
         printTurns(
-            "a tick in a fleet of " + std::to_string(size), 200, [&] { tick(*store); },
+            "a tick in a fleet of " + withCommas(size), 200, [&] { tick(*store); },
             [&] { tick(*bare, fields); });
     }
     const auto user = ownerOf(1'000);
@@ -337,6 +344,10 @@ void ServerBench::run()
             "saves by " + std::to_string(writers) + (writers == 1 ? " machine" : " machines at once"),
             writers, [&] { return open(user); }, [&] { return openBare(user); });
     printServerTime();
+    const auto bytes =
+        server_.sql("SELECT pg_total_relation_size('velmora.record') / count(*) FROM velmora.record");
+    printLine("a record in the table and its indexes, beside its bare text", "bytes",
+              {bytes, std::to_string(fullFields().size()), "–"});
     std::puts(
         "\n| machines at once | connections | answered | after, s | answered at the second try | after, s "
         "|\n|--:|--:|--:|--:|--:|--:|");
