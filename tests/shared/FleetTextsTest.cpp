@@ -55,6 +55,8 @@ TEST(FleetTexts, TellWhatBecameOfACommandAndWhatTheNextBeginsWith)
         EXPECT_EQ(text.empty(), std::string_view(says).empty());
         EXPECT_EQ(fleet::suggested(device, now).limit, next) << says;
     }
+    taken.inForce->limit = 30; // by a script there
+    EXPECT_EQ(fleet::suggested(taken, now).limit, 50);
     EXPECT_EQ(fleet::obstacleText(taken), "");
     taken.inForce->acceptsCommands = false;
     EXPECT_NE(fleet::obstacleText(taken), "");

@@ -56,7 +56,8 @@ struct Ecosystem : Views {
     void SetUp() override
     {
         show();
-        item("divider")->setProperty("position", 450); // as narrow as the page becomes
+        item("divider")->setProperty("position", 450); // as narrow as the page becomes, and with large type
+        setTypeScale(1.5);
         draw();
     }
     void draw()
@@ -173,7 +174,10 @@ TEST_F(Ecosystem, ACommandBeginsWithWhatIsInForceAndIsSentAsAWhole)
     EXPECT_EQ(text("commandText"), "Not sent yet.");
     list({desk}); // news does not undo what a person is about
     EXPECT_EQ(text("remoteLimit/value"), "50%");
+    list({}); // nor does a listing that failed
+    list({desk});
     clickInSight("send");
+    EXPECT_EQ(text("commandText"), "Sending …");
     EXPECT_EQ(asking(), "command");
     EXPECT_EQ(sent,
               (QVariantMap{
@@ -236,6 +240,9 @@ TEST_F(Ecosystem, AServerIsTriedAndTakenByTheKeyboard)
     tell({{"place", taken}});
     EXPECT_EQ(text("place/password/field"), "");
     EXPECT_TRUE(text("placeText").contains("records.example"));
+    EXPECT_EQ(text("place/testText"), "In use.");
+    tell({{"fault", "noone"}}); // of a newer velmora
+    EXPECT_TRUE(text("place/testText").contains("log"));
     clickInSight("place/thisComputer");
     EXPECT_FALSE(item("place/host")->isVisible());
     clickInSight("place/use");

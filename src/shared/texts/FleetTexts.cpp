@@ -9,8 +9,8 @@
 #include "fleet/EcosystemSync.h"
 #include "texts/PanelTexts.h"
 
+#include <algorithm>
 #include <array>
-#include <cmath>
 
 namespace velmora::fleet {
 
@@ -193,10 +193,12 @@ FleetCommand suggested(const DeviceReport& device, Date now)
                          .limit = is.limit,
                          .isAutoProtectOn = is.isAutoProtectOn,
                          .isStorageModeOn = is.isStorageModeOn};
-    if (commandState(device, now) != CommandState::underWay) return command;
-    command.limit = device.state.remoteChargeLimit.value_or(is.limit);
-    command.isAutoProtectOn = device.state.remoteAppleMode.value_or(is.isAutoProtectOn);
-    command.isStorageModeOn = device.state.isStorageModeEnabled.value_or(is.isStorageModeOn);
+    if (commandState(device, now) == CommandState::underWay) {
+        command.limit = device.state.remoteChargeLimit.value_or(is.limit);
+        command.isAutoProtectOn = device.state.remoteAppleMode.value_or(is.isAutoProtectOn);
+        command.isStorageModeOn = device.state.isStorageModeEnabled.value_or(is.isStorageModeOn);
+    }
+    command.limit = std::clamp(command.limit, EcosystemSync::lowestLimit, EcosystemSync::highestLimit);
     return command;
 }
 

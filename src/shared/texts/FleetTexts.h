@@ -32,7 +32,8 @@ bool isSilent(const DeviceReport& device, Date now);
 std::string inForceText(const DeviceReport& device);
 /// Why it cannot be sent a command; empty: it can.
 std::string obstacleText(const DeviceReport& device);
-/// What the next command to it begins with: the last one while that is on its way, what is in force else.
+/// What the next command to it begins with, as near to that as a command may be: the last one while that is
+/// on its way, what is in force else.
 FleetCommand suggested(const DeviceReport& device, Date now);
 /// What became of the last command; empty where there was none.
 std::string commandText(const DeviceReport& device, Date now);

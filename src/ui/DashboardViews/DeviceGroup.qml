@@ -15,22 +15,31 @@ SettingsGroup {
         return EcosystemSync.device(identifier);
     }
     readonly property bool takesCommands: !!device.name && !device.isThisMachine && !device.obstacle
-    readonly property real commandDate: device.commandDate ?? 0
-    property bool isTouched: false ///< a person has changed what stands here, and not sent it yet
+    property real commandDate: 0 ///< of the last command that was listed
+    property bool isTouched: false ///< a person has changed what stands here, and it is not stored yet
     property real limit: 100
     property bool isAutoProtectOn: false
     property bool isStorageModeOn: false
 
     visible: !!device.name
-    onIdentifierChanged: isTouched = false
-    onCommandDateChanged: isTouched = false
+    onIdentifierChanged: forget()
     onDeviceChanged: fill()
-    onIsTouchedChanged: fill()
     Component.onCompleted: fill()
+
+    function forget(): void {
+        isTouched = false;
+        sending.stop();
+        lost.visible = false;
+    }
 
     /// Shows what the next command begins with, unless a person has changed that.
     function fill(): void {
-        if (isTouched || !device.name)
+        if (!device.name)
+            return;
+        if (commandDate !== device.commandDate)
+            forget();
+        commandDate = device.commandDate;
+        if (isTouched)
             return;
         limit = device.limit;
         isAutoProtectOn = device.isAutoProtectOn;
@@ -39,7 +48,21 @@ SettingsGroup {
 
     function touch(change: var): void {
         isTouched = true;
+        lost.visible = false;
         change();
+    }
+
+    function send(): void {
+        lost.visible = false;
+        sending.restart();
+        EcosystemSync.command(identifier, limit, isAutoProtectOn, isStorageModeOn);
+    }
+
+    Timer {
+        id: sending ///< runs until the command is listed
+
+        interval: 20000
+        onTriggered: lost.visible = true
     }
 
     ColumnLayout {
@@ -110,12 +133,16 @@ SettingsGroup {
             objectName: "send"
             enabled: group.takesCommands
             text: qsTr("Send to that machine")
-            onClicked: EcosystemSync.command(group.identifier, group.limit, group.isAutoProtectOn, group.isStorageModeOn)
+            onClicked: group.send()
         }
         Label {
             objectName: "commandText"
             Layout.fillWidth: true
-            text: group.isTouched ? qsTr("Not sent yet.") : group.device.commandText ?? ""
+            text: {
+                if (sending.running)
+                    return qsTr("Sending …");
+                return group.isTouched ? qsTr("Not sent yet.") : group.device.commandText ?? "";
+            }
             font: Theme.font(11, Font.Normal)
             color: Theme.colors.secondary
             wrapMode: Text.Wrap
@@ -126,5 +153,16 @@ SettingsGroup {
             text: qsTr("Remove from the list")
             onClicked: EcosystemSync.remove(group.identifier)
         }
+    }
+    Label {
+        id: lost
+
+        objectName: "lost"
+        Layout.fillWidth: true
+        visible: false
+        text: qsTr("It could not be stored. Send it again once the records can be reached.")
+        font: Theme.font(11, Font.Normal)
+        wrapMode: Text.Wrap
+        Accessible.role: Accessible.AlertMessage
     }
 }

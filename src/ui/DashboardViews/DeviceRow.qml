@@ -42,6 +42,7 @@ RowLayout {
             text: row.status
             font: Theme.typography.captionFont
             color: Theme.colors.secondary
+            wrapMode: Text.Wrap
             spoken: false
         }
     }

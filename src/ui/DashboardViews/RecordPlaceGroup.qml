@@ -22,11 +22,20 @@ SettingsGroup {
             "trust": isCertificateWanted ? "certificate" : "channel-binding",
             "passwordFile": file.text.trim()
         })
+    readonly property string inUseText: isInUse ? qsTr("In use.") : ""
     readonly property string missing: EcosystemSync.missingText(form)
-    property bool isTested: false ///< what stands here, since it was last changed
+    readonly property bool isInUse: {
+        for (const key in place)
+            if (form[key] !== place[key])
+                return false;
+        return true;
+    }
+    // What stands here, since it was last changed:
+    property bool isTested: false
+    property bool isWanted: false ///< is to be used
 
     onKeptChanged: fill()
-    onFormChanged: isTested = false
+    onFormChanged: forget()
     Component.onCompleted: fill()
 
     function fill(): void {
@@ -40,9 +49,20 @@ SettingsGroup {
         password.text = "";
     }
 
+    function forget(): void {
+        isTested = false;
+        isWanted = false;
+    }
+
     function test(): void {
         EcosystemSync.test(form, password.text);
         isTested = true;
+    }
+
+    function use(): void {
+        EcosystemSync.use(form, password.text);
+        isTested = false;
+        isWanted = true;
     }
 
     Label {
@@ -126,7 +146,7 @@ SettingsGroup {
             title: qsTr("Password")
             hint: qsTr("As it is kept")
             isSecret: true
-            onTextChanged: group.isTested = false
+            onTextChanged: group.forget()
         }
         TextEntry {
             id: file
@@ -134,7 +154,7 @@ SettingsGroup {
             objectName: "passwordFile"
             Layout.fillWidth: true
             Layout.preferredWidth: 1
-            title: qsTr("File with the password, instead")
+            title: qsTr("Or a password file")
             hint: qsTr("None")
             maximumLength: 1000
         }
@@ -173,7 +193,7 @@ SettingsGroup {
             if (group.missing)
                 return group.missing;
             if (!group.isTested)
-                return "";
+                return group.isWanted || group.isInUse ? EcosystemSync.problemText || group.inUseText : "";
             return EcosystemSync.isTesting ? qsTr("Trying …") : EcosystemSync.testText(group.form);
         }
         font: Theme.font(11, Font.Normal)
@@ -195,7 +215,7 @@ SettingsGroup {
             objectName: "use"
             enabled: !group.missing
             text: group.isServer ? qsTr("Use this server") : qsTr("Use this computer")
-            onClicked: EcosystemSync.use(group.form, password.text)
+            onClicked: group.use()
         }
     }
 
