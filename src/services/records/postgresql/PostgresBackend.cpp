@@ -80,6 +80,7 @@ CloudResult<std::vector<StoredRecord>> PostgresBackend::query(const std::string&
         const auto rows = server.ask(queryStatement, {type, std::to_string(maximum)}, patience(requestLimit));
         std::vector<StoredRecord> records;
         const int count = static_cast<int>(std::min(maximum, static_cast<std::size_t>(rows.count())));
+        records.reserve(static_cast<std::size_t>(count));
         for (int row = 0; row < count; ++row)
             records.push_back({type, std::string(rows.text(row, 0).value_or("")),
                                std::string(rows.text(row, 1).value_or(""))});

@@ -8,7 +8,6 @@
 #include "records/postgresql/server/Passwords.h"
 
 #include <chrono>
-#include <optional>
 #include <stdexcept>
 
 namespace velmora::postgresql {
@@ -85,17 +84,6 @@ bool hasDatabase(Administrator& administrator, const std::string& database)
     return false;
 }
 
-/// Whether the role is there; throws where it is none of Velmora's people.
-bool isPerson(Connection& server, const std::string& person)
-{
-    const auto rows = server.ask(roleStatement, {person}, setupPatience());
-    if (rows.count() == 0) return false;
-    if (rows.text(0, 1) == "t" && rows.text(0, 0) == "f") return true;
-    throw std::runtime_error(rows.text(0, 1) == "t"
-                                 ? tr("%1 has rights on the server that no person may have.", person)
-                                 : tr("There is a role %1 that is not one of Velmora's people.", person));
-}
-
 } // namespace
 
 Patience setupPatience()
@@ -141,11 +129,21 @@ void setUp(Administrator& administrator, const Request& request)
     server.run("COMMIT", setupPatience());
 }
 
+bool isPerson(Connection& server, const std::string& person)
+{
+    if (!server.ask("SELECT to_regclass('velmora.record')", {}, setupPatience()).text(0, 0))
+        throw std::runtime_error(tr("The database has no table of records: \"setup\" makes it."));
+    const auto rows = server.ask(roleStatement, {person}, setupPatience());
+    if (rows.count() == 0) return false;
+    if (rows.text(0, 1) == "t" && rows.text(0, 0) == "f") return true;
+    throw std::runtime_error(rows.text(0, 1) == "t"
+                                 ? tr("%1 has rights on the server that no person may have.", person)
+                                 : tr("There is a role %1 that is not one of Velmora's people.", person));
+}
+
 void addPerson(Connection& server, const std::string& person, const std::string& password)
 {
     begin(server);
-    if (server.ask("SELECT to_regclass('velmora.record')", {}, setupPatience()).text(0, 0) == std::nullopt)
-        throw std::runtime_error(tr("The database has no table of records: \"setup\" makes it."));
     const bool isKnown = isPerson(server, person);
     const auto kept = server.quotedText(server.encrypted(password, person));
     const auto name = server.quotedName(person);

@@ -33,8 +33,12 @@ private:
 /// apart. What is there stays as it is.
 void setUp(Administrator& administrator, const Request& request);
 
+/// Whether that is one of Velmora's people. Throws for a role of another use or with rights that no person
+/// may have, and where the database is not set up.
+bool isPerson(Connection& server, const std::string& person);
+
 /// Lets a person in, or gives one that is in the new password, which the server learns only in the form that
-/// it keeps. A role that is not one of Velmora's people is left alone.
+/// it keeps. Throws where `isPerson` does.
 void addPerson(Connection& server, const std::string& person, const std::string& password);
 
 /// Removes a person and that person's records, and ends their connections.

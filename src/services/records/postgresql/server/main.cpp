@@ -31,6 +31,7 @@ void print(const std::string& text)
 void add(Administrator& administrator, const Request& request)
 {
     auto server = administrator.connect(request.place.database);
+    isPerson(server, request.person); // so that nobody is asked for a password in vain
     auto password = passwordFor(request.passwordFile, tr("New password of %1:", request.person), true);
     try {
         addPerson(server, request.person, password);
