@@ -41,8 +41,10 @@ void BareSqlite::run(sqlite3_stmt* statement, const std::string& name, const std
     bind(1, name);
     bind(2, fields);
     int code = SQLITE_ROW;
-    for (std::size_t bytes = 0; code == SQLITE_ROW; code = sqlite3_step(statement))
-        if (const auto* text = sqlite3_column_text(statement, 2)) bytes += *text;
+    while (code == SQLITE_ROW) {
+        code = sqlite3_step(statement);
+        if (code == SQLITE_ROW) sqlite3_column_text(statement, 2);
+    }
     sqlite3_reset(statement);
     if (code != SQLITE_DONE) throw std::runtime_error(sqlite3_errmsg(database_.get()));
 }

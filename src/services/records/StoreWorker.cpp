@@ -188,7 +188,9 @@ void StoreWorker::enqueue(std::function<Answer(RecordBackend&)> ask, std::functi
             return CloudError{.text = error.what()};
         }
     };
-    thread_->take([asked, answered = std::move(answered)](auto* backend, const auto& refusal) -> Tell {
+    // The answer may end this store before the thread has been told that there is something to do.
+    const auto thread = thread_;
+    thread->take([asked, answered = std::move(answered)](auto* backend, const auto& refusal) -> Tell {
         return [answered, answer = asked(backend, refusal)]() mutable { answered(std::move(answer)); };
     });
 }
