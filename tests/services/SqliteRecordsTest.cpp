@@ -7,12 +7,15 @@
 #include "TemporaryFolder.h"
 #include "records/LinuxRecordStores.h"
 
+#include <array>
 #include <cmath>
+#include <csignal>
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace velmora {
 namespace {
@@ -115,6 +118,35 @@ TEST_F(SqliteRecordsTest, TwoProgramsLoseNoFieldOfEachOther)
     waitpid(other, &status, 0);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(fieldsOf(*open(), "shared").size(), 2U * saves);
+}
+
+TEST_F(SqliteRecordsTest, WhatWasAcknowledgedOutlivesAProgramThatIsKilledInMidSave)
+{
+    for (int round = 0; round < 5; ++round) {
+        std::array<int, 2> acknowledged{};
+        ASSERT_EQ(pipe(acknowledged.data()), 0);
+        const pid_t other = fork();
+        if (other == 0) {
+            const auto store = open();
+            for (int i = 0;; ++i) // a byte for each save that is done
+                if (save(*store, std::to_string(i), {{"i", 1.0 * i}}) || write(acknowledged[1], "x", 1) != 1)
+                    _exit(1);
+        }
+        close(acknowledged[1]);
+        std::string done(30, '\0');
+        for (std::size_t at = 0; at < done.size();) // so many at least
+            at += static_cast<std::size_t>(read(acknowledged[0], &done[at], done.size() - at));
+        kill(other, SIGKILL);
+        char more = 0;
+        while (read(acknowledged[0], &more, 1) == 1) done += more;
+        close(acknowledged[0]);
+        waitpid(other, nullptr, 0);
+        const auto last = std::to_string(done.size() - 1);
+        EXPECT_EQ(fieldsOf(*open(), last).size(), 1U) << last;
+        EXPECT_EQ(saved(*open()), "");
+        EXPECT_EQ(log->count(), 0U);
+        std::filesystem::remove_all(file.parent_path());
+    }
 }
 
 TEST_F(SqliteRecordsTest, AFileThatIsNotTheUsersAloneIsNotTouched)

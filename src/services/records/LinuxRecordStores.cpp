@@ -35,13 +35,13 @@ constexpr auto consequence = " The fleet's records are neither read nor written.
 /// What keeps the store from working; nothing where it does.
 std::optional<CloudError> found(RecordBackend& backend)
 {
-    if (const auto error = backend.check()) return error;
+    if (auto error = backend.check()) return error;
     constexpr auto field = "isTest";
     CloudRecord record("VelmoraTest", "VelmoraTest_" + makeUuid());
     record.set(field, true);
-    if (const auto error = stored::save(backend, record)) return error;
+    if (auto error = stored::save(backend, record)) return error;
     const auto fetched = stored::fetch(backend, record.name());
-    const auto notRemoved = backend.remove(record.name());
+    auto notRemoved = backend.remove(record.name());
     if (const auto* error = std::get_if<CloudError>(&fetched)) return *error;
     if (!std::get<CloudRecord>(fetched).value<bool>(field))
         return CloudError{.text = "what was saved is not what was read"};

@@ -64,8 +64,10 @@ public:
     }
     bool key(string_t& name) override
     {
-        if (depth_ == 1) name_ = withoutNul(std::move(name));
-        if (depth_ == 2) isDateNext_ = isObject_ && name == dateKey;
+        if (depth_ == 1)
+            name_ = withoutNul(std::move(name));
+        else if (depth_ == 2)
+            isDateNext_ = isObject_ && name == dateKey;
         return true;
     }
     bool null() override { return depth_ > 0; }
