@@ -168,6 +168,8 @@ GallerySection {
                 name: "Attic"
                 status: "Charging, heat: Fair, just now"
                 battery: "81%"
+                symbol: "bolt.fill"
+                tint: "batteryGreen"
                 selected: choiceCell.isOn
                 onClicked: choiceCell.isOn = !choiceCell.isOn
             }

@@ -91,11 +91,9 @@ TEST_F(FleetObjectTest, AServerIsTakenWithItsPasswordAndNothingIsTakenThatMakesN
     };
     for (const auto& [key, value] : nonsense) {
         auto wrong = archived(server);
-        wrong.update([&] {
-            KeyedArchive one;
-            one.encode(key, value);
-            return one;
-        }());
+        KeyedArchive one;
+        one.encode(key, value);
+        wrong.update(one);
         EXPECT_EQ(operate(wired::use, wrong), SD_BUS_ERROR_INVALID_ARGS) << key;
     }
     EXPECT_NE(operate(wired::use, std::nullopt), "") << "it takes a record";

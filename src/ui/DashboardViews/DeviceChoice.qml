@@ -12,6 +12,8 @@ PressButton {
     required property string name
     required property string status
     required property string battery
+    required property string symbol
+    required property string tint ///< a name of Theme.color
     property bool selected: false
 
     focusPolicy: Qt.ClickFocus
@@ -29,7 +31,8 @@ PressButton {
         name: choice.name
         status: choice.status
         battery: choice.battery
-        icon: "bolt.ring.closed"
+        icon: choice.symbol
+        tint: Theme.color(choice.tint)
         Accessible.ignored: true
     }
 }

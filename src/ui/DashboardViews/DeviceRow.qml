@@ -13,6 +13,7 @@ RowLayout {
     required property string status
     required property string icon
     required property string battery
+    property color tint: Theme.colors.primary ///< the symbol's colour
 
     spacing: 10
     Accessible.role: Accessible.StaticText
@@ -26,6 +27,7 @@ RowLayout {
             anchors.centerIn: parent
             name: row.icon
             size: 20
+            color: row.tint
         }
     }
     ColumnLayout {

@@ -9,9 +9,11 @@ namespace velmora {
 
 namespace {
 
-constexpr QString FleetList::Row::*columns[] = {&FleetList::Row::identifier, &FleetList::Row::name,
-                                                &FleetList::Row::status, &FleetList::Row::battery};
-const char* const names[] = {"identifier", "name", "status", "battery"};
+using Row = FleetList::Row;
+
+constexpr QString Row::*columns[] = {&Row::identifier, &Row::name,   &Row::status,
+                                     &Row::battery,    &Row::symbol, &Row::tint};
+const char* const names[] = {"identifier", "name", "status", "battery", "symbol", "tint"};
 
 } // namespace
 

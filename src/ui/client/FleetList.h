@@ -16,6 +16,7 @@ class FleetList : public QAbstractListModel {
 public:
     struct Row {
         QString identifier, name, status, battery;
+        QString symbol, tint; ///< a symbol, and a name of Theme.color
 
         friend bool operator==(const Row&, const Row&) = default;
     };

@@ -53,15 +53,24 @@ void RemoteFleet::take(std::size_t row, const QVariant& value)
     if (name == wiring::devices || name == wiring::deviceID) show();
 }
 
+FleetList::Row RemoteFleet::rowOf(const DeviceReport& report) const
+{
+    const auto now = now_();
+    const auto id = text(report.state.id());
+    const bool isCharging = report.state.isCharging && !fleet::isSilent(report, now);
+    return {.identifier = id,
+            .name = text(fleet::nameOf(report, id == deviceID())),
+            .status = text(fleet::statusText(report, now)),
+            .battery = text(panel::percentageText(std::clamp(report.state.percentage, 0.0, 100.0))),
+            .symbol = isCharging ? QStringLiteral("bolt.fill") : QStringLiteral("bolt.slash.fill"),
+            .tint = text(panel::name(
+                panel::chargingColor(isCharging ? ChargingState::charging : ChargingState::idle)))};
+}
+
 void RemoteFleet::show()
 {
     QList<FleetList::Row> rows;
-    for (const auto& report : reports_) {
-        const auto id = text(report.state.id());
-        const auto name = text(fleet::nameOf(report, id == deviceID()));
-        const auto level = std::clamp(report.state.percentage, 0.0, 100.0);
-        rows.append({id, name, text(fleet::statusText(report, now_())), text(panel::percentageText(level))});
-    }
+    for (const auto& report : reports_) rows.append(rowOf(report));
     list_.assign(rows);
     ++listings_;
     Q_EMIT listed();

@@ -32,7 +32,7 @@ class RemoteFleet : public velmora::RemoteObject {
     Q_PROPERTY(QString placeText READ placeText NOTIFY changed)
     Q_PROPERTY(QString problemText READ problemText NOTIFY changed) ///< empty: there is none
     Q_PROPERTY(QString lastSync READ lastSync NOTIFY changed)       ///< empty: never
-    /// Rows of `identifier`, `name`, `status` and `battery`, texts all.
+    /// Rows as FleetList has them, texts all.
     Q_PROPERTY(QAbstractListModel* devices READ devices CONSTANT)
     Q_PROPERTY(int listings READ listings NOTIFY listed) ///< how often `device` may have changed
 public:
@@ -78,6 +78,7 @@ private:
     void ask(const char* operation) { Q_EMIT operationWanted(QString::fromLatin1(operation)); }
     void ask(const char* operation, const KeyedArchive& record);
     void askWithPlace(const char* operation, const QVariantMap& place, const QString& password);
+    FleetList::Row rowOf(const DeviceReport& report) const;
     void show();
     RecordPlace recordPlace() const;
 
