@@ -3,10 +3,10 @@
 
 #include "output/FleetView.h"
 
+#include "base/Moment.h"
 #include "base/Translation.h"
 #include "fleet/FleetArchive.h"
 #include "output/Lines.h"
-#include "output/Moment.h"
 #include "texts/FleetTexts.h"
 #include "texts/PanelTexts.h"
 #include "wire/ModelFace.h"

@@ -4,9 +4,9 @@
 #include "output/HistoryView.h"
 
 #include "base/Decimal.h"
+#include "base/Moment.h"
 #include "base/Translation.h"
 #include "output/Json.h"
-#include "output/Moment.h"
 #include "output/StatusView.h"
 #include "texts/PanelTexts.h"
 

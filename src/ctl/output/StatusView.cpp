@@ -4,11 +4,11 @@
 #include "output/StatusView.h"
 
 #include "base/Decimal.h"
+#include "base/Moment.h"
 #include "base/Saturate.h"
 #include "base/Text.h"
 #include "base/Translation.h"
 #include "output/Lines.h"
-#include "output/Moment.h"
 #include "texts/ChargerTexts.h"
 #include "texts/PanelTexts.h"
 

@@ -4,12 +4,12 @@
 #include "report/Diagnosis.h"
 
 #include "base/FileDescriptor.h"
+#include "base/Moment.h"
 #include "base/Text.h"
 #include "base/Utf8.h"
 #include "base/Version.h"
 #include "base/WholeFile.h"
 #include "output/Json.h"
-#include "output/Moment.h"
 
 #include <algorithm>
 #include <array>

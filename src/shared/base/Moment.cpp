@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "output/Moment.h"
+#include "base/Moment.h"
 
 #include "base/Saturate.h"
 
 #include <array>
 #include <ctime>
 
-namespace velmora::ctl {
+namespace velmora {
 
 namespace {
 
@@ -35,4 +35,4 @@ std::string utcTime(Date date)
     return timeText(date, gmtime_r, "%Y-%m-%dT%H:%M:%SZ");
 }
 
-} // namespace velmora::ctl
+} // namespace velmora

@@ -7,11 +7,11 @@
 
 #include <string>
 
-namespace velmora::ctl {
+namespace velmora {
 
 /// "2026-11-22 02:10", in local time; empty for a date that no calendar has.
 std::string localTime(Date date);
-/// "2026-11-22T02:10:00Z".
+/// "2026-11-22T02:10:00Z"; empty likewise.
 std::string utcTime(Date date);
 
-} // namespace velmora::ctl
+} // namespace velmora
