@@ -334,7 +334,7 @@ TEST_F(FleetModelTest, TellsWhatTheDaemonHoldsAndLogsWhoseCommandItTook)
     command({{field::remoteChargeLimit, 60.0},
              {field::remoteAppleMode, false},
              {field::isStorageModeEnabled, true}},
-            3, "De\nsk\xe2\x80\xae" + std::string(500, '!'));
+            3, "De\nsk\xe2\x80\xae\xff" + std::string(500, '!'));
     const auto given = own().value<Date>(field::commandTimestamp);
     tick();
     loop.advance(2s);
@@ -350,8 +350,8 @@ TEST_F(FleetModelTest, TellsWhatTheDaemonHoldsAndLogsWhoseCommandItTook)
     for (int times = 0; times < 3; ++times) tick();
     join();
     tick();
-    EXPECT_EQ(machine.log->count("Took over a command of De sk!!!"), 1U) << "as after a restart";
-    EXPECT_EQ(machine.log->count("!, given at 2025-01-01 00:00:0"), 2U);
+    EXPECT_EQ(machine.log->count("Took over a command of De sk?!!"), 1U) << "as after a restart";
+    EXPECT_EQ(machine.log->count("!, given at 2025-01-01T00:00:0"), 2U);
     EXPECT_EQ(machine.log->count(": limit 60 %, Auto-Protect off, storage mode on"), 2U);
 
     model.fleet().acceptCommands(false);

@@ -3,15 +3,14 @@
 
 #include "model/RemoteCommands.h"
 
+#include "base/Moment.h"
 #include "base/Text.h"
+#include "base/Utf8.h"
+#include "fleet/EcosystemSync.h"
 #include "model/BatteryModel.h"
 #include "platform/Platform.h"
 
-#include <algorithm>
-#include <array>
-#include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <string>
 #include <utility>
 
@@ -30,37 +29,22 @@ SettingsMask commandable()
 
 bool isLimit(double limit)
 {
-    return limit >= RemoteCommands::lowestLimit && limit <= RemoteCommands::highestLimit;
-}
-
-/// "2026-11-22 12:00:03 UTC".
-std::string textOf(Date date)
-{
-    using namespace std::chrono;
-    constexpr double latest = 253'402'300'800; // the year 10000
-    if (!(std::abs(date.unixSeconds()) < latest)) return "an unknown time";
-    const sys_seconds moment{seconds{static_cast<std::int64_t>(std::floor(date.unixSeconds()))}};
-    const auto day = floor<days>(moment);
-    const year_month_day calendar(day);
-    const hh_mm_ss time(moment - day);
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02ld:%02ld:%02ld UTC",
-                  static_cast<int>(calendar.year()), static_cast<unsigned>(calendar.month()),
-                  static_cast<unsigned>(calendar.day()), static_cast<long>(time.hours().count()),
-                  static_cast<long>(time.minutes().count()), static_cast<long>(time.seconds().count()));
-    return text.data();
+    return limit >= EcosystemSync::lowestLimit && limit <= EcosystemSync::highestLimit;
 }
 
 /// Another machine wrote it, so it may be anything.
 std::string originText(const std::optional<std::string>& given)
 {
-    constexpr std::size_t longest = 120;
-    constexpr std::size_t read = 4 * longest;
-    auto origin = trimmed(printable(std::string_view(given.value_or("")).substr(0, read)));
-    if (origin.empty()) return "a machine that did not say which";
-    auto end = std::min(origin.size(), longest);
-    while (end < origin.size() && (static_cast<unsigned char>(origin[end]) & 0xc0U) == 0x80U) --end;
-    return origin.substr(0, end);
+    constexpr std::size_t longest = 120, read = 4 * longest; // bytes
+    const auto origin = trimmed(printable(cleanUtf8(given.value_or("").substr(0, read))));
+    return origin.empty() ? "a machine that did not say which" : std::string(utf8Prefix(origin, longest));
+}
+
+/// Its clock may be, too.
+std::string timeText(Date given)
+{
+    const auto text = utcTime(given);
+    return text.empty() ? "an unknown time" : text;
 }
 
 std::string valuesText(const SharedBatteryState& command)
@@ -218,7 +202,7 @@ void RemoteCommands::warnIfNotTaken()
 
 std::string RemoteCommands::described() const
 {
-    return originText(own_->commandOrigin) + ", given at " + textOf(*own_->state.commandTimestamp) + ": " +
+    return originText(own_->commandOrigin) + ", given at " + timeText(*own_->state.commandTimestamp) + ": " +
            valuesText(own_->state);
 }
 

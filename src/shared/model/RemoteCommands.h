@@ -27,8 +27,7 @@ class BatteryModel;
 /// change that the daemon refuses leaves the command in force. Main thread only.
 class RemoteCommands {
 public:
-    static constexpr double freshness = 300;                      ///< seconds for which a command counts
-    static constexpr double lowestLimit = 50, highestLimit = 100; ///< percent; a limit outside is passed over
+    static constexpr double freshness = 300; ///< seconds for which a command counts
 
     explicit RemoteCommands(BatteryModel& model);
 
