@@ -54,6 +54,7 @@ public:
         if (call.member() == "Get")
             return from.send(call.createReply(
                 QVariant::fromValue(QDBusVariant(properties.value(arguments.value(1).toString())))));
+        if (call.signature() == QLatin1String("a{sv}")) records << qdbus_cast<QVariantMap>(arguments[0]);
         calls << (call.member() == "Set" ? arguments[1].toString() + "=" + value.toString() + value.typeName()
                                          : call.member() + arguments.value(0).toString());
         return from.send(call.createReply());
@@ -67,9 +68,10 @@ public:
     QVariantMap properties;
     /// Those of objects beside the model, by interface; a test registers the paths.
     QMap<QString, QVariantMap> beside;
-    QVariantMap news;    ///< of the model, told each time before all values are
-    bool isRead = false; ///< all values of an object
-    QStringList calls;   ///< all but reading
+    QVariantMap news;           ///< of the model, told each time before all values are
+    bool isRead = false;        ///< all values of an object
+    QStringList calls;          ///< all but reading
+    QList<QVariantMap> records; ///< that came with them
 };
 
 } // namespace velmora

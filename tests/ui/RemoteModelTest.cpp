@@ -5,6 +5,7 @@
 #include "FakeApplication.h"
 #include "PrivateBus.h"
 #include "client/ApplicationLink.h"
+#include "client/RemoteFleet.h"
 #include "desktop/Appearance.h"
 
 #include <QDBusConnection>
@@ -127,6 +128,33 @@ TEST_F(Linked, CarriesWishesInTheTypesOfTheWire)
     EXPECT_EQ(application.calls.join(' '),
               "customChargeLimit=90double isAppleRecommendedModeEnabled=falsebool toggleTemporaryOverride "
               "ActivateActiondashboard Quit");
+}
+
+TEST_F(Linked, RecordsTravelBothWays)
+{
+    namespace wired = wire::face::fleet;
+    application.bus.registerVirtualObject(wired::objectPath, &application);
+    const QVariantMap place{{"kind", "server"}, {"host", "records"}, {"port", qint64{6000}}, {"user", "ada"}};
+    const QList<QVariantMap> devices{{{"deviceID", "b"}, {"deviceName", "Desk"}}, {}};
+    application.beside[wired::interface] = {
+        {"isOn", true}, {"fault", "password"}, {"place", place}, {"devices", QVariant::fromValue(devices)}};
+    RemoteFleet fleet;
+    ObjectLink link(application.other, fleet);
+    ASSERT_TRUE(QSignalSpy(&link, &ObjectLink::settled).wait());
+    EXPECT_TRUE(fleet.placeText().contains("records"));
+    EXPECT_EQ(fleet.place().value("port"), 6000);
+    EXPECT_EQ(fleet.problemText(), "User or password is wrong.");
+    EXPECT_EQ(fleet.devices()->rowCount(), 2);
+    fleet.command("b", 60, true, false);
+    fleet.use(fleet.place(), "secret");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return application.records.size() == 2; }));
+    EXPECT_EQ(application.calls.join(' '), "command use");
+    const QVariantMap wanted{
+        {"deviceID", "b"}, {"limit", 60.0}, {"isAutoProtectOn", true}, {"isStorageModeOn", false}};
+    EXPECT_EQ(application.records.value(0), wanted);
+    EXPECT_EQ(application.records.value(1).value("port").typeId(), QMetaType::LongLong)
+        << "as the wire has it";
+    EXPECT_EQ(application.records.value(1).value("password"), "secret");
 }
 
 TEST_F(Linked, IsOverWithTheApplication)
