@@ -4,16 +4,19 @@
 #include "FuzzedMessage.h"
 #include "bus/Records.h"
 #include "link/Answers.h"
+#include "link/FleetLink.h"
 #include "link/Snapshot.h"
+#include "output/FleetView.h"
 #include "output/Json.h"
 #include "output/StatusView.h"
 #include "output/WatchLine.h"
+#include "wire/ModelFace.h"
 
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
-// Whatever a daemon answers, velmoractl shows text without a control character, or says in a Failure that it
-// cannot be understood.
+// Whatever a daemon answers, or an application that knows a fleet, velmoractl shows text without a control
+// character, or says in a Failure that it cannot be understood.
 
 namespace {
 
@@ -57,7 +60,23 @@ constexpr std::array keys{"percentage",
                           "State",
                           "date",
                           "customChargeLimit",
-                          "not charging"};
+                          "not charging",
+                          "deviceID",
+                          "deviceName",
+                          "isCharging",
+                          "lastUpdate",
+                          "limitInForce",
+                          "autoProtectInForce",
+                          "storageModeInForce",
+                          "acceptsCommands",
+                          "commandTimestamp",
+                          "commandTaken",
+                          "remoteChargeLimit",
+                          "remoteAppleMode",
+                          "kind",
+                          "server",
+                          "host",
+                          "port"};
 
 dbus::Message record(fuzz::Input& input)
 {
@@ -91,17 +110,52 @@ dbus::Message objects(fuzz::Input& input)
     return message;
 }
 
+/// A value of that type, or of any.
+void fillDeclared(sd_bus_message* message, fuzz::Input& input, std::string_view type)
+{
+    const auto count = input.take<std::uint8_t>() % 8;
+    if (type.size() == 1 || count == 7) return fuzz::fillVariant(message, input, keys);
+    sd_bus_message_open_container(message, 'v', std::string(type).c_str());
+    if (type == wire::recordType) {
+        fuzz::fillRecord(message, input, keys, 16);
+    } else {
+        sd_bus_message_open_container(message, 'a', std::string(type.substr(1)).c_str());
+        for (int i = 0; i < count; ++i) {
+            if (type == wire::recordListType) fuzz::fillRecord(message, input, keys, 16);
+            if (type == "ad") sd_bus_message_append(message, "d", input.take<double>());
+            if (type == "as") sd_bus_message_append(message, "s", input.text(keys).c_str());
+        }
+        sd_bus_message_close_container(message);
+    }
+    sd_bus_message_close_container(message);
+}
+
+dbus::Message fleet(fuzz::Input& input)
+{
+    auto message = fuzz::newMessage();
+    auto* raw = message.get();
+    sd_bus_message_open_container(raw, 'a', "{sv}");
+    for (int entries = input.take<std::uint8_t>() % 16; entries > 0; --entries) {
+        const auto& property = wire::face::fleet::properties.at(input.take<std::uint8_t>() %
+                                                                wire::face::fleet::properties.size());
+        sd_bus_message_open_container(raw, 'e', "sv");
+        sd_bus_message_append(raw, "s", property.name);
+        fillDeclared(raw, input, property.type);
+        sd_bus_message_close_container(raw);
+    }
+    sd_bus_message_close_container(raw);
+    fuzz::seal(message);
+    return message;
+}
+
 void requireHarmless(const std::string& text)
 {
     const auto isControl = [](char byte) { return static_cast<unsigned char>(byte) < 0x20 && byte != '\n'; };
     if (std::ranges::any_of(text, isControl) || cleanUtf8(text) != text) std::abort();
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
-try {
-    fuzz::Input input{bytes, size};
+void tryDaemon(fuzz::Input& input)
+{
     ctl::Snapshot now{.state = HSBatteryState(ctl::readRecord(record(input))),
                       .charger = ChargerReport::unarchived(ctl::readRecord(record(input))),
                       .settings = unarchivedSettings(ctl::readRecord(record(input)))};
@@ -109,6 +163,27 @@ try {
     requireHarmless(ctl::statusText(now));
     requireHarmless(ctl::jsonText(ctl::statusJson(now)));
     requireHarmless(ctl::watchLine(now, true));
+}
+
+void tryFleet(fuzz::Input& input)
+{
+    const auto now = ctl::readFleet(fleet(input));
+    const Date time{input.take<double>()};
+    requireHarmless(ctl::fleetText(now));
+    requireHarmless(ctl::devicesText(now, time));
+    requireHarmless(ctl::jsonText(ctl::fleetJson(now)));
+    requireHarmless(ctl::jsonText(ctl::devicesJson(now)));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
+try {
+    fuzz::Input input{bytes, size};
+    if (input.take<std::uint8_t>() % 2 == 0)
+        tryDaemon(input);
+    else
+        tryFleet(input);
     return 0;
 } catch (const ctl::Failure&) {
     return 0;
