@@ -46,11 +46,6 @@ class DashboardTest(WindowTest):
         """With a past."""
         super().start_all(level, past=subprocess.check_output([BIN / "velmora-past", "--laptop", "thresholds"]))
 
-    def slide(self, name, part):
-        """Presses a slider's groove at that part of its length."""
-        x, y, width, height = rectangle(self.widget("slider", name))
-        self.click(x + 9 + round(part * (width - 18)), y + height // 2)
-
     def setting(self, name):
         """As the daemon has written it for this user; nothing while that is the default."""
         state = json.loads((Path(os.environ["STATE_DIRECTORY"]) / "settings.json").read_text())

@@ -11,7 +11,7 @@ import stat
 import time
 import unittest
 
-from stage import WindowTest, rectangle, until
+from stage import WindowTest, until
 
 OTHER = "DeviceStatus_OTHER"
 
@@ -37,10 +37,6 @@ class FleetTest(WindowTest):
         """As another machine would."""
         self.execute("INSERT INTO record(type, name, fields) VALUES('DeviceStatus', ?1, ?2) ON CONFLICT(name) DO "
                      "UPDATE SET fields = json_patch(fields, excluded.fields)", name, json.dumps(fields))
-
-    def slide(self, name, part):
-        x, y, width, height = rectangle(self.widget("slider", name))
-        self.click(x + 9 + round(part * (width - 18)), y + height // 2)
 
     def test_a_machine_joins_commands_another_and_leaves(self):
         self.start_all()

@@ -250,6 +250,11 @@ class WindowTest(unittest.TestCase):
         x, y, width, height = rectangle(self.widget(role, name))
         self.click(x + width // 2, y + height // 2)
 
+    def slide(self, name, part):
+        """Presses a slider's groove at that part of its length."""
+        x, y, width, height = rectangle(self.widget("slider", name))
+        self.click(x + 9 + round(part * (width - 18)), y + height // 2)
+
     def click_icon(self):
         self.click(*self.icon())
 
