@@ -68,11 +68,12 @@ take_fleet_pictures() {
 }
 # In the dashboard on our display, with a machine chosen: the page, the slider where it says 60 %, and the button.
 click_command() { # PERCENT : what that comes to
-    local spot
+    local spot below=$(((fleet - 3) * 51)) # the list of machines stands above, of which it shows four and a half
+    [ $below -le 77 ] || below=77
     build/bin/velmora --dashboard
     within 10 shows "Velmora Dashboard" || return
     xdotool windowmove "$(shows "Velmora Dashboard")" 24 64
-    for spot in 91,154 448,365 400,462; do
+    for spot in 91,154 448,$((365 + below)) 400,$((462 + below)); do
         sleep 1.5 # it is drawn
         xdotool mousemove $((24 + ${spot%,*})) $((64 + ${spot#*,})) click 1
     done
