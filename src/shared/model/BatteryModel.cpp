@@ -58,7 +58,8 @@ BatteryModel::BatteryModel(std::shared_ptr<DaemonClientProtocol> daemonClient,
       clock_(Platform::current().clock),
       log_(Platform::current().log),
       fleet_(*this, {.show = [this](const auto& state) { updateFromSharedState(state); },
-                     .ask = [this] { return fetchStateForFleet(); }}),
+                     .ask = [this] { return fetchStateForFleet(); },
+                     .isToldOf = [this] { return isToldOf_ || !daemonClient_; }}),
       settingsSync_(*mainLoop_, settingsQuiet, [this] { syncSettingsToDaemon(); })
 {
     listenToDaemon();
@@ -211,6 +212,7 @@ void BatteryModel::fetchHistory()
 
 void BatteryModel::updateFromState(const HSBatteryState& state)
 {
+    isToldOf_ = true;
     using Thermal = ThermalMonitorService;
     percentage.set(state.percentage);
     chargingState.set(chargingStateOf(state.isCharging));

@@ -150,6 +150,7 @@ private:
     std::shared_ptr<Clock> clock_;
     std::shared_ptr<Log> log_;
 
+    bool isToldOf_ = false; ///< by the daemon
     NotificationTriggers triggers_;
     FleetPolling fleet_;
     unsigned lastQuestion_ = 0; ///< of those that the fleet's polling waits for

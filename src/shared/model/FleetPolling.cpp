@@ -49,9 +49,10 @@ void FleetPolling::tick()
     fetchStates();
 }
 
+/// A battery that nobody has told of yet is no news for the others.
 void FleetPolling::upload()
 {
-    if (isHoldingBack_) {
+    if (isHoldingBack_ || !hands_.isToldOf()) {
         isUploadDue_ = true;
         return;
     }

@@ -36,6 +36,8 @@ public:
         /// Asks the daemon for its state and shows it, then calls `answered`; drops the answer to an older
         /// question. False where there is no daemon client to ask.
         std::function<bool()> ask;
+        /// The model shows what was told of this machine, rather than what it has begun with.
+        std::function<bool()> isToldOf;
     };
 
     static constexpr std::chrono::seconds interval{60};
