@@ -3,7 +3,10 @@
 
 #include "Control.h"
 
+#include "base/CoreDumps.h"
+
 int main(int argc, char** argv)
 {
+    velmora::forbidCoreDumps(); // people type passwords into it
     return velmora::ctl::runControl(argc, argv);
 }

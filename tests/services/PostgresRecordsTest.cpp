@@ -183,7 +183,7 @@ TEST_F(PostgresRecordsTest, SaysWhatIsWrongWithAPlace)
     other = place();
     other.host = "nowhere.invalid";
     EXPECT_THAT(faultOf(other), testing::AnyOf("unknown-host", "unreachable")); // without a network
-    for (const std::string host : {"", "127.0.0.1,127.0.0.1", "@socket"}) {
+    for (const std::string host : {"", "127.0.0.1,127.0.0.1", "@socket", "/run/postgresql"}) {
         other.host = host;
         EXPECT_EQ(faultOf(other), "unknown-host");
     }
@@ -279,7 +279,10 @@ TEST_F(PostgresRecordsTest, AFrozenServerHoldsUpNobody)
     server->thaw();
     EXPECT_FALSE(isAnswered);
     EXPECT_TRUE(eventually([&] { return !save(*store, "laptop", {{"percentage", 4.0}}); }));
-    EXPECT_EQ(fieldsOf(*store, "laptop"), (CloudRecord::Fields{{"percentage", 4.0}}));
+    EXPECT_TRUE(eventually(
+        [&] { return server->sql("SELECT count(*) FROM pg_stat_activity WHERE usename = 'alice'") <= "1"; }));
+    EXPECT_EQ(server->sql("SELECT version, fields->'percentage' FROM velmora.record"), "3|4.0")
+        << "what was told to have failed is not done later";
 }
 
 TEST_F(PostgresRecordsTest, AFullServerIsToldAndUsedAgainOnceItHasRoom)
@@ -456,6 +459,8 @@ TEST_F(PostgresRecordsTest, SetUpMayBeRepeatedAndTheCheckFindsWhatIsWrong)
     EXPECT_EQ(server->sql("SELECT count(*) FROM velmora.record"), "0");
     EXPECT_EQ(server->sql("SELECT count(*) FROM pg_roles WHERE rolname = 'alice'"), "0");
     EXPECT_EQ(administer("check --nonsense"), 2);
+    EXPECT_EQ(administer("check --admin-password-file " + secret("alice", "alice-pw")), 1);
+    EXPECT_THAT(said, testing::HasSubstr("no password is given to a socket"));
 }
 
 /// Runs a program on a terminal of its own, on which each question gets the next answer; what it shows.

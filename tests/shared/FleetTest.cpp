@@ -279,7 +279,8 @@ TEST_F(EcosystemSyncTest, AServerIsUsedOnceItsPasswordIsKept)
     EXPECT_EQ(start().place.get(), server());
 
     for (auto broken : {RecordPlace{.host = ""}, RecordPlace{.host = "a b", .user = "u"},
-                        RecordPlace{.host = "h", .user = "u\nv"}, RecordPlace{.host = "h", .user = ""}}) {
+                        RecordPlace{.host = "/tmp", .user = "u"}, RecordPlace{.host = "h", .user = "u\nv"},
+                        RecordPlace{.host = "h", .user = ""}}) {
         broken.kind = RecordPlace::Kind::server;
         sync->use(broken, std::nullopt);
         EXPECT_EQ(sync->fault.get(), RecordFault::other);

@@ -27,9 +27,13 @@ void withPlace(EcosystemSync& sync, PlaceOperation operation, const KeyedArchive
 {
     const auto place = recordPlaceOf(record);
     if (!EcosystemSync::isComplete(place))
-        throw std::invalid_argument("a server takes host, database and user, of printable ASCII characters");
+        throw std::invalid_argument(
+            "a server takes host (no socket), database and user, of printable ASCII characters");
     auto password = record.decodeText(wire::face::fleet::place_key::password, "");
-    (sync.*operation)(place, password.empty() ? std::nullopt : std::optional(password));
+    if (password.empty()) return (sync.*operation)(place, std::nullopt);
+    std::optional given(password);
+    (sync.*operation)(place, given);
+    wipe(*given);
     wipe(password);
 }
 

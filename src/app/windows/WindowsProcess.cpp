@@ -3,7 +3,6 @@
 
 #include "windows/WindowsProcess.h"
 
-#include "base/CoreDumps.h"
 #include "bus/DBus.h"
 
 #include <csignal>
@@ -54,7 +53,6 @@ WindowsProcess::WindowsProcess(EventLoop& loop, const std::filesystem::path& pro
 {
     dbus::check(sd_event_add_io(loop.handle(), out(source_), child_.process.get(), EPOLLIN, onEnd, this),
                 "sd_event_add_io");
-    allowCoreDumpsOf(child_.id); // it has no secrets
 }
 
 void WindowsProcess::kill() const

@@ -5,6 +5,7 @@
 
 #include "account/DeviceIdentity.h"
 #include "account/KeychainHelper.h"
+#include "base/Wipe.h"
 #include "platform/Platform.h"
 
 #include <algorithm>
@@ -34,9 +35,25 @@ std::uint16_t portOf(std::string_view text, std::uint16_t otherwise)
     return error == std::errc{} && end == text.data() + text.size() && port > 0 ? port : otherwise;
 }
 
+/// Printable ASCII, and no blanks.
 bool isPlain(std::string_view text, std::size_t maximum)
 {
     return text.size() <= maximum && std::ranges::all_of(text, [](char c) { return c > ' ' && c <= '~'; });
+}
+
+bool isPath(std::string_view text)
+{
+    constexpr std::size_t longest = 1'000;
+    return text.size() <= longest && std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+/// Wiped once nobody holds it any more.
+std::shared_ptr<const std::string> guarded(const std::string& password)
+{
+    return {new std::string(password), [](std::string* kept) {
+                wipe(*kept);
+                delete kept;
+            }};
 }
 
 } // namespace
@@ -99,9 +116,8 @@ void EcosystemSync::use(const RecordPlace& wanted, const std::optional<std::stri
                                     ", being locked, absent or slow: the records stay where they are.");
         fault.set(RecordFault::noPassword);
     });
-    queue_->async([loop = loop_, kept, account = passwordAccount(wanted), secret = *password]() mutable {
-        const bool isKept = KeychainHelper::shared().save(secret, passwordService, account);
-        wipe(secret);
+    queue_->async([loop = loop_, kept, account = passwordAccount(wanted), secret = guarded(*password)] {
+        const bool isKept = KeychainHelper::shared().save(*secret, passwordService, account);
         loop->post([kept, isKept] { kept(isKept); });
     });
 }
@@ -120,7 +136,7 @@ void EcosystemSync::test(const RecordPlace& wanted, const std::optional<std::str
     if (!isComplete(wanted)) return testResult.set(RecordFault::other);
     isTesting.set(true);
     testResult.set(std::nullopt);
-    const auto given = [secret = password.value_or("")] { return secret; };
+    const auto given = [secret = guarded(password.value_or(""))] { return *secret; };
     const auto tested = lifetime_.guard([this](RecordFault found, const std::string& detail) {
         if (found != RecordFault::none)
             log_->info(category, "The record store that was tried would not do: " + detail);
@@ -182,11 +198,14 @@ std::string EcosystemSync::passwordAccount(const RecordPlace& at)
 
 bool EcosystemSync::isComplete(const RecordPlace& wanted)
 {
-    constexpr std::size_t longestHost = 255, longestName = 63, longestPath = 1'000;
+    constexpr std::size_t longestHost = 255, longestName = 63;
     if (wanted.kind == RecordPlace::Kind::thisComputer) return true;
     const auto isName = [](const auto& text) { return !text.empty() && isPlain(text, longestName); };
-    return !wanted.host.empty() && isPlain(wanted.host, longestHost) && isName(wanted.database) &&
-           isName(wanted.user) && isPlain(wanted.passwordFile, longestPath) && wanted.port > 0;
+    // A folder stands for a socket, where whoever listens could read the password.
+    const bool isHost =
+        !wanted.host.empty() && isPlain(wanted.host, longestHost) && !wanted.host.starts_with('/');
+    return isHost && isName(wanted.database) && isName(wanted.user) && isPath(wanted.passwordFile) &&
+           wanted.port > 0;
 }
 
 const DeviceReport* EcosystemSync::find(const std::string& device) const

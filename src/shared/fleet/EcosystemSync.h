@@ -61,8 +61,8 @@ public:
     /// Where the account at a place keeps its password in the secret store.
     static std::string passwordAccount(const RecordPlace& place);
 
-    /// What is wrong with `place`, in none of whose texts there may be blanks or other than printable ASCII
-    /// characters; nothing for this computer.
+    /// Whether `place` can be tried: a server has a host (no folder of a socket), a database, a user and a
+    /// port, all of printable ASCII characters, among which only the password's file may have blanks.
     static bool isComplete(const RecordPlace& place);
 
     void turnOn();

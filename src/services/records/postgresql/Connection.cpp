@@ -32,6 +32,13 @@ bool isSocketFolder(const std::string& host)
     return host.starts_with('/');
 }
 
+/// Before 16 libpq gives a password in clear to whoever asks for it on a socket.
+bool mayAskForPassword(const std::string& host)
+{
+    const bool isOfSystem = host == "/run/postgresql" || host == "/var/run/postgresql";
+    return !isSocketFolder(host) || isOfSystem || PQlibVersion() >= 160'000;
+}
+
 /// All of them, so that nothing is left to libpq's defaults, among which are files in the user's home.
 Parameters parametersOf(const RecordPlace& place, const std::string& address)
 {
@@ -46,14 +53,15 @@ Parameters parametersOf(const RecordPlace& place, const std::string& address)
                    {"passfile", noFile},
                    {"sslcert", noFile},
                    {"sslcrl", noFile}};
+    // Before 16 a server with a trusted certificate could ask for the password itself.
+    if (PQlibVersion() >= 160'000)
+        all.emplace_back("require_auth", isSocketFolder(place.host) ? "none,scram-sha-256" : "scram-sha-256");
     if (isSocketFolder(place.host)) return all;
     const bool isCertified = place.trust == RecordPlace::Trust::certificate;
     all.insert(all.end(), {{"hostaddr", address},
                            {"sslmode", isCertified ? "verify-full" : "require"},
                            {"sslrootcert", isCertified ? systemCertificates : noFile},
                            {"channel_binding", isCertified ? "prefer" : "require"}});
-    // Before 16 a server with a trusted certificate could ask for the password itself.
-    if (PQlibVersion() >= 160'000) all.emplace_back("require_auth", "scram-sha-256");
     return all;
 }
 
@@ -113,6 +121,9 @@ Connection::Connection(const RecordPlace& place, const std::string& password, co
     // from.
     static std::once_flag isKept;
     std::call_once(isKept, [] { OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr); });
+    if (!password.empty() && !mayAskForPassword(place.host))
+        throw ServerFailure(RecordFault::other, "no password is given to a socket in " + place.host +
+                                                    ", whose server could read it: use --host localhost");
     const auto addresses = addressesFor(place.host, patience);
     for (auto left = addresses.size(); !connection_; --left) {
         const auto now = steady_clock::now();
@@ -183,10 +194,29 @@ bool Connection::isSuperuser() const
     return told && std::string_view(told) == "on";
 }
 
-/// Of the last statement that gave rows, once the server has ended its answer.
 Rows Connection::answer(const Patience& patience)
 {
-    flush(patience);
+    try {
+        flush(patience);
+        return collected(patience);
+    } catch (...) {
+        const auto state = PQtransactionStatus(connection_.get());
+        if (state == PQTRANS_ACTIVE || state == PQTRANS_UNKNOWN) abandon();
+        throw;
+    }
+}
+
+/// What the server has not received yet it shall not receive later: nothing more is sent.
+void Connection::abandon() noexcept
+{
+    const linger none{.l_onoff = 1, .l_linger = 0};
+    setsockopt(PQsocket(connection_.get()), SOL_SOCKET, SO_LINGER, &none, sizeof none);
+    connection_.reset();
+}
+
+/// Of the last statement that gave rows, once the server has ended its answer.
+Rows Connection::collected(const Patience& patience)
+{
     Handle<PGresult, PQclear> last;
     std::optional<ServerFailure> refusal;
     while (true) {
@@ -209,14 +239,13 @@ Rows Connection::answer(const Patience& patience)
 
 void Connection::flush(const Patience& patience)
 {
-    while (true) {
-        const int left = PQflush(connection_.get());
+    for (int left = PQflush(connection_.get()); left != 0; left = PQflush(connection_.get())) {
         if (left < 0) fail();
-        if (left == 0) return;
-        if (!waitFor(PQsocket(connection_.get()), POLLIN | POLLOUT, patience))
-            throw ServerFailure(RecordFault::slow, "the server does not take a request in time");
+        waitFor(PQsocket(connection_.get()), POLLIN | POLLOUT, patience);
         // A server that has something to say first would not read on before that.
-        if (!PQconsumeInput(connection_.get())) fail();
+        consume();
+        if (steady_clock::now() >= patience.deadline)
+            throw ServerFailure(RecordFault::slow, "the server does not take a request in time");
     }
 }
 
@@ -226,11 +255,16 @@ void Connection::receive(const Patience& patience)
     constexpr milliseconds longestWait{100};
     const auto slice = std::min(patience.deadline, steady_clock::now() + longestWait);
     waitFor(PQsocket(connection_.get()), POLLIN, {slice, patience.interruption});
+    consume();
+    if (PQisBusy(connection_.get()) && steady_clock::now() >= patience.deadline)
+        throw ServerFailure(RecordFault::slow, "the server does not answer in time");
+}
+
+void Connection::consume()
+{
     if (!PQconsumeInput(connection_.get())) fail();
     if (receivedBy(connection_.get()) - received_ > mostAnswer)
         throw ServerFailure(RecordFault::other, "the server answers more than can be");
-    if (PQisBusy(connection_.get()) && steady_clock::now() >= patience.deadline)
-        throw ServerFailure(RecordFault::slow, "the server does not answer in time");
 }
 
 void Connection::fail()

@@ -43,7 +43,8 @@ public:
     static constexpr std::size_t mostAnswer = std::size_t{16} << 20U; ///< bytes; 200 records are less
 
     /// The password is not kept. A place whose host is a folder, "/...", is that of a server's socket on this
-    /// computer, where the system says who the user is; the password may then be empty.
+    /// computer, where the system says who the user is; the password may then be empty. With libpq before 16
+    /// it must be, but for the folder in which distributions have that socket.
     Connection(const RecordPlace& place, const std::string& password, const Patience& patience);
 
     /// One statement with its parameters $1, $2, ...
@@ -71,8 +72,11 @@ private:
     static Socket connected(const RecordPlace& place, const std::string& address, const std::string& password,
                             const Patience& patience);
     Rows answer(const Patience& patience);
+    Rows collected(const Patience& patience);
     void flush(const Patience& patience);
     void receive(const Patience& patience);
+    void consume();
+    void abandon() noexcept;
     [[noreturn]] void fail();
 
     Socket connection_;

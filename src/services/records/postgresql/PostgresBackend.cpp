@@ -6,6 +6,7 @@
 #include "base/Wipe.h"
 
 #include <algorithm>
+#include <charconv>
 #include <exception>
 #include <new>
 #include <sys/eventfd.h>
@@ -21,6 +22,10 @@ using std::chrono::seconds;
 constexpr seconds connectLimit{5};
 constexpr seconds requestLimit{10};
 constexpr double longestPause = 30; // seconds
+/// What a server does later than that after it was asked to, it must not do at all: its user was told that it
+/// failed, and may have saved something newer. This and the timeout of statements are less than
+/// `requestLimit`.
+constexpr seconds beginLimit{5};
 
 // No statement has a function of the server's in what it updates: servers that spread their tables over many
 // machines take none. The owner is compared as a text: as a name, which current_user is, it would not be
@@ -32,16 +37,33 @@ constexpr auto queryStatement =
     "WHERE owner = current_user::text AND type = $1 ORDER BY seq LIMIT $2::bigint";
 constexpr auto removeStatement = "DELETE FROM velmora.record WHERE owner = current_user::text AND name = $1";
 constexpr auto saveStatement =
-    "INSERT INTO velmora.record AS r (type, name, fields) VALUES ($1, $2, $3::jsonb) "
+    "INSERT INTO velmora.record AS r (type, name, fields) SELECT $1, $2, $3::jsonb "
+    "WHERE pg_catalog.now() OPERATOR(pg_catalog.<) pg_catalog.to_timestamp($4::float8) "
     "ON CONFLICT (owner, name) DO UPDATE SET fields = r.fields || EXCLUDED.fields, version = r.version + 1 "
     "RETURNING version";
 constexpr auto checkStatement =
     "SELECT (SELECT rolsuper OR rolbypassrls FROM pg_catalog.pg_roles WHERE rolname = current_user), "
-    "row_security_active('velmora.record')";
+    "pg_catalog.row_security_active('velmora.record')";
+// Once for each connection: what else could be found under a name, how long a statement may run, and the
+// server's time.
+constexpr auto openingStatement = "SELECT pg_catalog.set_config('search_path', '', false), "
+                                  "pg_catalog.set_config('statement_timeout', '4s', false), "
+                                  "pg_catalog.date_part('epoch', pg_catalog.now())::bigint";
 
 CloudError errorOf(const ServerFailure& failure)
 {
     return {.text = failure.what(), .fault = failure.fault};
+}
+
+seconds timeIn(std::optional<std::string_view> told)
+{
+    constexpr std::int64_t never = 100'000'000'000;
+    std::int64_t count = 0;
+    const auto text = told.value_or("");
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+    if (error != std::errc{} || end != text.data() + text.size() || count < 0 || count > never)
+        throw ServerFailure(RecordFault::other, "the server does not tell its time");
+    return seconds(count);
 }
 
 } // namespace
@@ -66,10 +88,12 @@ CloudResult<StoredRecord> PostgresBackend::fetch(const std::string& name)
 std::optional<CloudError> PostgresBackend::save(const StoredRecord& record)
 {
     return asked<std::optional<CloudError>>([&](Connection& server) -> std::optional<CloudError> {
-        const auto rows =
-            server.ask(saveStatement, {record.type, record.name, record.fields}, patience(requestLimit));
+        const auto begin = std::to_string((serverTime() + beginLimit).count());
+        const auto rows = server.ask(saveStatement, {record.type, record.name, record.fields, begin},
+                                     patience(requestLimit));
         if (rows.count() == 1) return std::nullopt;
-        return CloudError{.text = "the server did not say that it has stored the record"};
+        connection_.reset(); // the server's clock may have been set
+        return CloudError{.text = "the server came to it too late", .fault = RecordFault::slow};
     });
 }
 
@@ -138,6 +162,7 @@ Connection& PostgresBackend::connected()
     try {
         connect();
     } catch (const ServerFailure& failure) {
+        connection_.reset();
         postpone(failure);
         throw;
     }
@@ -153,15 +178,25 @@ Connection& PostgresBackend::connected()
 
 void PostgresBackend::connect()
 {
+    if (access_.place.host.starts_with('/'))
+        throw ServerFailure(RecordFault::unknownHost, "\"" + access_.place.host + "\" is no name of a host");
     auto password = access_.password ? access_.password() : std::string();
     if (password.empty()) throw ServerFailure(RecordFault::noPassword, "no password is kept for the server");
+    const auto limit = patience(connectLimit);
     try {
-        connection_.emplace(access_.place, password, patience(connectLimit));
+        connection_.emplace(access_.place, password, limit);
     } catch (...) {
         wipe(password);
         throw;
     }
     wipe(password);
+    timeAtOpening_ = timeIn(connection_->ask(openingStatement, {}, limit).text(0, 2));
+    opened_ = Time::now();
+}
+
+seconds PostgresBackend::serverTime() const
+{
+    return timeAtOpening_ + std::chrono::floor<seconds>(Time::now() - opened_);
 }
 
 void PostgresBackend::postpone(const ServerFailure& failure)

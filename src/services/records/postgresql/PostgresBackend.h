@@ -16,6 +16,9 @@ namespace velmora::postgresql {
 /// The records on a PostgreSQL server that velmora-fleet-server has set up; the server shows each user that
 /// user's own alone.
 ///
+/// What the server has not begun within five seconds of its own clock it does not do any more: a save that
+/// was told to have failed never comes after a later one.
+///
 /// A connection is made when something is asked for, and closed when it rests. After an attempt that failed,
 /// nothing is tried for a while that grows from about one second to about 30, at random, so that the
 /// machines of a fleet do not all come back at once; what is asked for meanwhile fails at once and in the
@@ -39,12 +42,15 @@ private:
     Answer asked(Act act);
     Connection& connected();
     void connect();
+    std::chrono::seconds serverTime() const;
     void postpone(const ServerFailure& failure);
     Patience patience(std::chrono::seconds limit) const;
 
     RecordAccess access_;
     FileDescriptor cancelled_;
     std::optional<Connection> connection_;
+    std::chrono::seconds timeAtOpening_{}; ///< the server's, since 1970
+    Time::time_point opened_;              ///< the connection, by this computer's clock
     std::optional<ServerFailure> failure_; ///< of the last attempt to connect
     Time::time_point nextAttempt_;         ///< not before, where it failed
     int failures_ = 0;                     ///< attempts that failed, in a row
