@@ -90,13 +90,8 @@ TEST(ChargerTexts, TrayWidgetsAndPagesAgree)
         {{.percentage = 79, .charger = endOnly},
          "79%, plugged in, not charging | Plugged in | "
          "Resting: plugged in, and the firmware decides when charging begins again."},
-        {{.percentage = 80, .charger = uncontrolled},
-         std::string("80%, plugged in, not charging | Plugged in | ") + noControl},
         {{.percentage = 70, .isCharging = true, .timeToFull = 65, .timeToLimit = 20, .charger = uncontrolled},
          std::string("70%, charging, 1h 5m to full | Charging: 1h 5m to full | ") + noControl},
-        {{.percentage = 57, .charger = fixedAt("55-60", "auto-protect", 60)},
-         "57%, plugged in, held at the limit of 55-60% | Limit reached | "
-         "Holding at 55-60%: plugged in, limit reached."},
         {{.percentage = 70, .charger = fixedAt("55-60", "auto-protect", 60)},
          "70%, plugged in, above the limit of 55-60% | Above the limit | "
          "Not charging: the battery is above the limit of 55-60%."},
@@ -106,8 +101,6 @@ TEST(ChargerTexts, TrayWidgetsAndPagesAgree)
         {{.percentage = 70, .isCharging = true, .timeToLimit = 20, .charger = fixedAt("55-60 or 80")},
          "70%, charging to 55-60% or 80% | Charging to 55-60% or 80% | "
          "Charging to 55-60% or 80%: Auto-Protect is on."},
-        {{.percentage = 70, .isCharging = true, .timeToLimit = 20, .charger = fixedAt("80", "storage", 80)},
-         "70%, charging to 80% | Charging to 80% | Charging to 80%: storage mode is on."},
         {{.percentage = 70, .charger = fixedAt("unknown", "storage")},
          "70%, plugged in, not charging | Plugged in | "
          "Resting: plugged in, and the firmware decides when charging begins again."},
@@ -119,9 +112,6 @@ TEST(ChargerTexts, TrayWidgetsAndPagesAgree)
          "The battery is hot: charging waits until it has cooled down."},
         {{.percentage = 99.5, .charger = fixedAt("", "quick charge", 100)},
          "99%, plugged in, full | Full | Full: plugged in, quick charge is on."},
-        {{.percentage = 50, .charger = storage},
-         "50%, plugged in, held at the limit of 50% | Limit reached | "
-         "Holding at 50%: plugged in, limit reached."},
         {{.percentage = 40, .isCharging = true, .timeToFull = 65, .timeToLimit = 20, .charger = storage},
          "40%, charging to 50% | Charging to 50% | Charging to 50%: storage mode is on."},
         {{.isCharging = true, .timeToFull = 12, .timeToLimit = 5, .charger = quickCharge},
@@ -129,8 +119,6 @@ TEST(ChargerTexts, TrayWidgetsAndPagesAgree)
         {{.percentage = 79, .charger = resumed},
          "79%, plugged in, not charging | Plugged in | "
          "Plugged in, but the battery takes no charge right now: it was resumed by hand."},
-        {{.percentage = 99.5, .charger = unlimited},
-         "99%, plugged in, full | Full | Full: plugged in, no limit is set."},
         {{.isOnBattery = true, .timeToEmpty = -2, .charger = obedient("off", 95, 100)},
          "50%, on battery | Calculating remaining time... | "
          "On battery: charging will go on to 100%, no limit is set."},
@@ -164,7 +152,6 @@ TEST(ChargerTexts, TheDaemonSaysWhyItHoldsWhatItHolds)
         {unlimited, "No limit is set: charging goes on to 100%."},
         {obedient("off", 95, 100), "No limit is set: charging goes on to 100%."},
         {paused, "Paused by hand, until the next plug or changed setting."},
-        {ChargerReport{}, noControl},
     };
     for (const auto& [report, reason] : cases) EXPECT_EQ(reasonOf(report), reason);
 }
@@ -252,20 +239,6 @@ TEST(DashboardTexts, StatusLineTellsTheTimesThatAreKnown)
                                          .isAutoProtectOn = isLimited}),
                   line);
     EXPECT_EQ(dashboard::statusLine({.charger = ChargerReport{}}), "This machine has no battery.");
-}
-
-TEST(WidgetTexts, AreSpokenInOneSentenceEach)
-{
-    auto known = at80;
-    known.health = 94.6;
-    const std::pair<Situation, const char*> cases[] = {
-        {{.percentage = 72, .isCharging = true, .timeToLimit = 6, .charger = known},
-         "Battery, 72%, Charging: 6m to limit. Health: 94%. Thermal state: Fair."},
-        {{.charger = ChargerReport{}}, "No battery. Health: unknown. Thermal state: Fair."},
-    };
-    for (const auto& [now, text] : cases) EXPECT_EQ(widget::accessibleSummary(now, Thermal::fair), text);
-    EXPECT_EQ(widget::accessibleName(cases[0].first), "Battery, 72%, Charging");
-    EXPECT_EQ(widget::accessibleName({}), "Not monitored");
 }
 
 TEST(Translation, PutsValuesWhereTheTranslatedTextWantsThem)

@@ -132,16 +132,6 @@ TEST_F(AnalyticsStoreTest, TheNewestSampleReachesTheFileWithTheNextOne)
     EXPECT_EQ(onDisk(), History{first});
 }
 
-TEST_F(AnalyticsStoreTest, LoadingComesFirstAndReplacesAll)
-{
-    platform.folder.write(file, encodeHistory({sampleAt(1), sampleAt(0)}));
-    AnalyticsStore store;
-    queue.run();
-    store.history.set({sampleAt(7)}); // before the loaded list has reached the main thread
-    platform.loop->runPosted();
-    EXPECT_EQ(store.history.get(), (History{sampleAt(1), sampleAt(0)})) << "neither sorted nor merged";
-}
-
 TEST_F(AnalyticsStoreTest, AnUnreadableFileIsAnEmptyHistoryAndIsOverwritten)
 {
     for (const std::uintmax_t size : {3U, 100'000'000U}) { // torn, and absurdly long
@@ -173,15 +163,6 @@ TEST_F(AnalyticsStoreTest, OneGoesForEachThatComesPastAThousand)
         EXPECT_EQ(store.history.get().size(), afterwards);
         EXPECT_EQ(store.history.get().front(), samples[loaded + 1 - afterwards]);
     }
-}
-
-TEST_F(AnalyticsStoreTest, WithoutASupportFolderTheTemporaryOneServes)
-{
-    platform.platform.applicationSupportDirectories.clear();
-    platform.folder.write("tmp/velmora_history.json", encodeHistory({sampleAt(5)}));
-    AnalyticsStore store;
-    platform.settle();
-    EXPECT_EQ(store.getHistory(), History{sampleAt(5)});
 }
 
 } // namespace

@@ -33,29 +33,15 @@ TEST_F(InstallationManagerTest, ADaemonThatIsEnabledNeedsNoInstallation)
 
 TEST_F(InstallationManagerTest, EachOutcomeHasItsEnd)
 {
-    const std::tuple<const char*, std::optional<ServiceManager::Error>, bool, double,
-                     std::optional<std::string>>
-        cases[] = {
-            {"success", std::nullopt, true, 1, std::nullopt},
-            {"missing or damaged",
-             {{Code::invalidSignature, "gone"}},
-             false,
-             0,
-             "Invalid code signature. Please re-download Velmora from https://velmora.app."},
-            {"refused",
-             {{Code::authorizationDenied, "no"}},
-             false,
-             0,
-             "Authorization denied. Admin privileges are required to install the Velmora daemon."},
-            {"by somebody else", {{Code::alreadyRegistered, "is there"}}, true, 0, ""},
-            {"any other",
-             {{Code::internalFailure, "Unit is masked."}},
-             false,
-             0,
-             "Installation failed: Unit is masked."},
-        };
-    for (const auto& [what, outcome, isCompleted, progress, text] : cases) {
-        SCOPED_TRACE(what);
+    const std::tuple<std::optional<ServiceManager::Error>, bool, const char*> cases[] = {
+        {std::nullopt, true, "none"},
+        {{{Code::invalidSignature, "gone"}}, false, "Invalid code signature. Please re-download Velmora"},
+        {{{Code::authorizationDenied, "no"}}, false, "Authorization denied. Admin privileges are required"},
+        {{{Code::alreadyRegistered, "is there"}}, true, ""}, // by somebody else
+        {{{Code::internalFailure, "Unit is masked."}}, false, "Installation failed: Unit is masked."},
+    };
+    for (const auto& [outcome, isCompleted, text] : cases) {
+        SCOPED_TRACE(text);
         service.prompts.clear();
         preferences.values.clear();
         InstallationManager one;
@@ -69,8 +55,9 @@ TEST_F(InstallationManagerTest, EachOutcomeHasItsEnd)
 
         service.prompts.front()(outcome);
         EXPECT_FALSE(one.isInstalling.get());
-        EXPECT_EQ(one.installationProgress.get(), progress);
-        EXPECT_EQ(one.installationError.get(), text);
+        EXPECT_EQ(one.installationProgress.get(), outcome ? 0 : 1);
+        EXPECT_TRUE(one.installationError.get().value_or("none").starts_with(text));
+        EXPECT_EQ(one.installationError.get() == "", outcome && isCompleted);
         EXPECT_EQ(one.isInstallationCompleted.get(), isCompleted);
         EXPECT_EQ(preferences.boolean("Velmora_DaemonInstalled"), isCompleted);
         EXPECT_EQ(preferences.values.size(), isCompleted ? 1U : 0U) << "a failure is nothing to remember";

@@ -6,7 +6,6 @@
 #include "alerts/NotificationManager.h"
 #include "alerts/NotificationService.h"
 #include "alerts/NotificationStatus.h"
-#include "wire/ChargeEvent.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,38 +22,26 @@ struct NotificationsTest : testing::Test {
     FakeNotificationCenter& center = *machine.notificationCenter;
 };
 
-TEST_F(NotificationsTest, EachNoticeOfTheManagerHasItsTextsAndLevel)
+TEST_F(NotificationsTest, EachNoticeOfTheManagerHasItsIdentifierAndLevel)
 {
     using enum InterruptionLevel;
     using Manager = NotificationManager;
-    const std::tuple<std::string, std::function<void(Manager&)>, std::string, std::string, InterruptionLevel>
-        cases[] = {
-            {"charging_paused", &Manager::sendChargingPausedNotice, "Charging Paused",
-             "Battery protected at your target. Running on AC.", passive},
-            {"charging_resumed", &Manager::sendChargingResumedNotice, "Charging Resumed",
-             "Battery dropped below threshold. Re-engaging charging.", passive},
-            {"low_battery", &Manager::sendLowBatteryNotice, "Low Battery",
-             "Battery at 20%. Please connect to power to preserve lifespan.", active},
-            {"thermal_pause", &Manager::sendThermalNotice, "Thermal Protection",
-             "Charging paused until battery cools down.", active},
-            {"override_done", &Manager::sendOverrideCompleteNotice, "Full Charge Reached",
-             "Charged to 100%. Resuming health mode.", passive},
-            {"power_change", [](Manager& manager) { manager.sendPowerSourceNotice("AC Power"); },
-             "Power Source Changed", "Your Mac is now running on AC Power.", passive},
-            {"smart_context_travel",
-             [](Manager& manager) { manager.sendSmartContextTravelNotice("Flight \"LH 1\""); },
-             "Charging to 100% for Travel",
-             "Velmora detected \"Flight \"LH 1\"\" in your calendar and is allowing a full charge.", active},
-        };
+    const std::tuple<std::string, std::function<void(Manager&)>, InterruptionLevel> cases[] = {
+        {"charging_paused", &Manager::sendChargingPausedNotice, passive},
+        {"charging_resumed", &Manager::sendChargingResumedNotice, passive},
+        {"low_battery", &Manager::sendLowBatteryNotice, active},
+        {"thermal_pause", &Manager::sendThermalNotice, active},
+        {"override_done", &Manager::sendOverrideCompleteNotice, passive},
+        {"power_change", [](Manager& manager) { manager.sendPowerSourceNotice("AC Power"); }, passive},
+        {"smart_context_travel", [](Manager& manager) { manager.sendSmartContextTravelNotice("x"); }, active},
+    };
     auto& manager = NotificationManager::shared();
-    for (const auto& [identifier, send, title, body, level] : cases) {
+    for (const auto& [identifier, send, level] : cases) {
         SCOPED_TRACE(identifier);
         send(manager);
         const auto last = center.standing().back();
         EXPECT_THAT(last.identifier, StartsWith(identifier));
         EXPECT_EQ(last.identifier.size(), identifier.size() + 36) << "a UUID behind it";
-        EXPECT_EQ(last.title, title);
-        EXPECT_EQ(last.body, body);
         EXPECT_EQ(last.interruptionLevel, level);
         EXPECT_TRUE(last.hasDefaultSound);
     }
@@ -191,19 +178,6 @@ TEST_F(NotificationsTest, TheStatusFollowsTheServerAndSaysWhatBecameOfATest)
         EXPECT_EQ(status.testResult.get(), error.value_or(""));
     }
     EXPECT_EQ(center.standing().size(), 1U);
-}
-
-TEST(ChargeEventTest, AnEventThatLacksItsValueIsNone)
-{
-    using enum ChargeEvent::Kind;
-    for (const ChargeEvent& event :
-         {ChargeEvent{chargingPaused}, ChargeEvent{.kind = powerSourceChanged, .powerSource = "AC"},
-          ChargeEvent{.kind = levelLost, .level = 0}, ChargeEvent{.kind = cycleCompleted, .cycleCount = 7}})
-        EXPECT_EQ(ChargeEvent::unarchived(event.archived()), event);
-    EXPECT_FALSE(ChargeEvent::unarchived({}));
-    EXPECT_FALSE(ChargeEvent::unarchived(ChargeEvent{powerSourceChanged}.archived()));
-    EXPECT_FALSE(ChargeEvent::unarchived(ChargeEvent{.kind = levelLost, .level = 101}.archived()));
-    EXPECT_FALSE(ChargeEvent::unarchived(ChargeEvent{cycleCompleted}.archived()));
 }
 
 } // namespace
