@@ -45,23 +45,6 @@ TEST(ChargePolicy, EachModeHasItsThresholdsAndTheStrongestWins)
     }
 }
 
-TEST(ChargePolicy, HeatPausesWhateverWouldChargeAndNoLimitIsRaisedForIt)
-{
-    const auto held = [](const ChargingSettings& settings, const ManualCharging& manual,
-                         bool isQuickCharging) {
-        const auto decision =
-            decideCharging(settings, isQuickCharging, manual, ChargeControl::thresholds, 63);
-        return std::pair(decision.mode, *decision.thresholds);
-    };
-    const std::pair hot{ChargeMode::heat, Thresholds{0, 63}};
-    EXPECT_EQ(held({.isAppleRecommendedMode = false}, {}, false), hot);
-    EXPECT_EQ(held({}, {State::resumed}, false), hot);
-    EXPECT_EQ(held({}, {}, true), hot) << "one before a journey";
-    EXPECT_EQ(held({.isStorageModeEnabled = true}, {}, false),
-              std::pair(ChargeMode::heat, (Thresholds{0, 50})));
-    EXPECT_EQ(held({}, {State::paused, 70}, false), std::pair(ChargeMode::paused, (Thresholds{0, 70})));
-}
-
 TEST(ChargePolicy, KnowsWhetherChargingIsAllowed)
 {
     const auto allowed = [](std::optional<Thresholds> inForce, double level, bool isCharging) {

@@ -393,21 +393,6 @@ TEST_F(DaemonTest, AfterAYesOnlyThatIsChangedWhichWasAskedForAndIsStillWanted)
     EXPECT_EQ(corrected.back(), ":1.1");
 }
 
-TEST_F(DaemonTest, WhatAMessageFollowsIsNotItsWishLaterOn)
-{
-    isThinking = true;
-    daemon->settings({":1.1", 1000});
-    change({.customHysteresis = 5});
-    const ChargingSettings message{.customChargeLimit = 90, .customHysteresis = 5};
-    click(message);
-    change({.customHysteresis = 7});
-    answer(":1.1");
-    asked.clear();
-    send(":1.1", message, 1000); // has not heard of the 7 yet
-    EXPECT_EQ(asked, "");
-    EXPECT_EQ(daemon->batteryState().customHysteresis, 7);
-}
-
 TEST_F(DaemonTest, OfASendersQuestionsTheNewestCounts)
 {
     isThinking = true;

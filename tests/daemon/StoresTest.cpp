@@ -8,7 +8,6 @@
 #include "state/HistoryStore.h"
 #include "state/SettingsStore.h"
 
-#include <cmath>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -146,17 +145,6 @@ TEST_F(StoresTest, AFailedWriteKeepsTheOldFileAndSaysSoOnce)
     for (int attempt = 0; attempt < 2; ++attempt) EXPECT_FALSE(store.save({}));
     EXPECT_EQ(log.count("Cannot write"), 1U);
     EXPECT_EQ(load(), before);
-}
-
-TEST_F(StoresTest, RefusesSettingsThatCannotBe)
-{
-    for (const double limit : {19.9, 100.1, std::nan(""), HUGE_VAL})
-        EXPECT_TRUE(problemWith({.customChargeLimit = limit})) << limit;
-    for (const double hysteresis : {-0.1, 20.1, std::nan(""), -HUGE_VAL})
-        EXPECT_TRUE(problemWith({.customHysteresis = hysteresis})) << hysteresis;
-    EXPECT_TRUE(problemWith({.lowBatteryLimit = std::nan("")}));
-    EXPECT_FALSE(problemWith({.customChargeLimit = 20, .customHysteresis = 20, .lowBatteryLimit = 400}));
-    EXPECT_EQ(clamped({.lowBatteryLimit = -3}).lowBatteryLimit, 0);
 }
 
 TEST_F(StoresTest, TheHistoryIsCappedKeptAndNeverDeleted)
