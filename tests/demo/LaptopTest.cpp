@@ -16,121 +16,15 @@
 namespace velmora {
 namespace {
 
-constexpr double minute = 60;
-const std::string battery = "class/power_supply/BAT0/";
-
-struct Laptop : SimulatedLaptop {
-    using SimulatedLaptop::SimulatedLaptop;
-    explicit Laptop(const char* kind, double percent = 70) : SimulatedLaptop(*laptopOfKind(kind))
-    {
-        setLevel(percent);
-    }
-
-    std::string text(const std::string& path) const
-    {
-        const auto [bytes, error] = load(path);
-        return error ? "errno " + std::to_string(error) : bytes.substr(0, bytes.size() - 1);
-    }
-    double number(const std::string& path) const { return std::stod(text(path)); }
-    std::string status() const { return text(battery + "status"); }
-};
-
-TEST(SimulatedLaptop, ResumesOnlyBelowItsStartLevel)
-{
-    const std::tuple<const char*, const char*, double, const char*> cases[] = {
-        {"plugged in above the start", "thresholds", 76, "Not charging"},
-        {"plugged in at the start", "thresholds", 75, "Not charging"},
-        {"plugged in below the start", "thresholds", 74.9, "Charging"},
-        {"plugged in above the limit", "thresholds", 90, "Not charging"},
-        {"an end alone: within the firmware's gap", "end-only", 79, "Not charging"},
-        {"an end alone: below that", "end-only", 77, "Charging"},
-    };
-    for (const auto& [what, kind, level, status] : cases) {
-        SCOPED_TRACE(what);
-        Laptop laptop(kind, 50);
-        laptop.plug(false);
-        laptop.store(battery + "charge_control_end_threshold", "80");
-        laptop.store(battery + "charge_control_start_threshold", "75");
-        laptop.setLevel(level);
-        laptop.plug(true);
-        EXPECT_EQ(laptop.status(), status);
-        laptop.advance(minute);
-        EXPECT_EQ(laptop.status(), status);
-    }
-}
-
-TEST(SimulatedLaptop, GivesExactlyWhatTheMachineDraws)
-{
-    Laptop laptop("thresholds", 80);
-    laptop.setLoad(12);
-    laptop.plug(false);
-    const double before = laptop.number(battery + "energy_now");
-    laptop.advance(30 * minute);
-    EXPECT_NEAR(laptop.number(battery + "energy_now"), before - 6e6, 10);
-}
-
-TEST(SimulatedLaptop, AnnouncesAsTheKernelDoes)
-{
-    using Names = std::vector<std::string>;
-    Laptop laptop("thresholds", 74);
-    laptop.takeAnnouncements();
-    EXPECT_EQ(laptop.store(battery + "charge_control_end_threshold", "80"), 0);
-    EXPECT_EQ(laptop.takeAnnouncements(), Names{}) << "a write is never announced";
-    laptop.plug(false);
-    EXPECT_EQ(laptop.takeAnnouncements(), (Names{"AC", "BAT0"}));
-    laptop.advance(20 * minute);
-    EXPECT_EQ(laptop.takeAnnouncements(), Names{"BAT0"}) << "a few percent less";
-}
-
-TEST(SimulatedLaptop, IsAsHotAndAsOldAsItIsTold)
-{
-    Laptop laptop("thresholds");
-    laptop.setHeat(46.5);
-    laptop.advance(60 * minute);
-    EXPECT_EQ(laptop.text(battery + "temp"), "465");
-    laptop.setHeat(std::nullopt);
-    laptop.advance(60 * minute);
-    EXPECT_LT(laptop.number(battery + "temp"), 400);
-    const double before = laptop.number(battery + "cycle_count");
-    laptop.takeAnnouncements();
-    laptop.addCycle();
-    EXPECT_EQ(laptop.number(battery + "cycle_count"), before + 1);
-    EXPECT_EQ(laptop.takeAnnouncements().size(), 1U);
-}
-
-TEST(SimulatedLaptop, HoldsItsFirmwaresOwnLimitWhileThatIsOn)
-{
-    const std::string mode = "bus/platform/drivers/ideapad_acpi/VPC2004:00/conservation_mode";
-    const std::string types = battery + "charge_types";
-    const std::tuple<const char*, std::string, const char*, const char*, const char*, int> cases[] = {
-        {"conservation-mode", mode, "1\n", "1", "0", 60},
-        {"long-life", types, "Long_Life", "Fast Standard [Long_Life]", "Standard", 80},
-    };
-    for (const auto& [kind, file, on, shown, off, level] : cases) {
-        SCOPED_TRACE(kind);
-        Laptop laptop(kind, level - 1);
-        EXPECT_EQ(laptop.store(file, "2"), EINVAL);
-        EXPECT_EQ(laptop.store(file, on), 0);
-        EXPECT_EQ(laptop.text(file), shown);
-        EXPECT_TRUE(laptop.takeWrites().back().isSwitch);
-        laptop.setLevel(level - 10);
-        laptop.advance(60 * minute);
-        EXPECT_EQ(laptop.status(), "Not charging");
-        EXPECT_NEAR(laptop.number(battery + "capacity"), level, 1);
-        EXPECT_EQ(laptop.store(file, off), 0);
-        laptop.advance(minute);
-        EXPECT_EQ(laptop.status(), "Charging");
-    }
-}
-
 TEST(CapturedLaptop, StandsAsCapturedUntilItMoves)
 {
     for (const auto& entry : std::filesystem::directory_iterator(VELMORA_MACHINES)) {
         if (entry.path().extension() != ".sysfs") continue;
         SCOPED_TRACE(entry.path().stem());
         const auto machine = CapturedMachine::load(entry.path());
-        const Laptop laptop(LaptopMake{.machine = machine});
-        for (const auto& [path, text] : machine.values) EXPECT_EQ(laptop.text(path), text) << path;
+        const SimulatedLaptop laptop(LaptopMake{.machine = machine});
+        for (const auto& [path, text] : machine.values)
+            EXPECT_EQ(laptop.load(path).bytes, text + '\n') << path;
         for (const auto& [path, error] : machine.errors) EXPECT_EQ(laptop.load(path).error, error) << path;
     }
 }
@@ -215,16 +109,6 @@ TEST_F(RecordedPast, EndsAQuarterOfAnHourAgo)
         "2020-01-25,2020-02-01,80000,72000,97\r\n",
         R"([{"t":0,"p":97,"h":90,"s":"Nominal","c":false},{"t":2505600,"p":42,"h":89.5,"s":"Nominal","c":false}])"};
     for (const char* form : forms) EXPECT_EQ(read(form), expected) << form;
-}
-
-TEST_F(RecordedPast, OfABrokenFileThereIsNone)
-{
-    for (const std::string file :
-         {"", "[1]", "date,full_mAh\n2020-02-01,1\n", "date,full_mAh,design_mAh\n2020-02-01,nan,4000\n",
-          "date,full_mAh,design_mAh\n2020-02-30,3600,4000\n", "date,full_mAh,design_mAh\n2020-02-01,3600\n",
-          "date,full_mAh,design_mAh\n2020-02-01,3600,0\n"})
-        EXPECT_THROW(read(file), std::runtime_error) << file;
-    EXPECT_THROW(past::recorded(folder.path(), now), std::runtime_error);
 }
 
 } // namespace
