@@ -75,67 +75,6 @@ TEST_F(SessionTest, ASecondProgramHandsItsErrandToTheFirst)
     EXPECT_EQ(lastError, SD_BUS_ERROR_INVALID_ARGS);
 }
 
-/// One end of a connection without a bus between.
-dbus::Bus endOf(int socket, bool isServer)
-{
-    dbus::Bus bus;
-    dbus::check(sd_bus_new(out(bus)), "sd_bus_new");
-    dbus::check(sd_bus_set_fd(bus.get(), socket, socket), "sd_bus_set_fd");
-    if (isServer) dbus::check(sd_bus_set_server(bus.get(), true, sd_id128_t{}), "sd_bus_set_server");
-    dbus::check(sd_bus_start(bus.get()), "sd_bus_start");
-    return bus;
-}
-
-int call(sd_bus* bus, const char* interface, const char* member, bool waits)
-{
-    constexpr std::uint64_t patience = 200'000; // microseconds
-    sd_bus_message* made = nullptr;
-    dbus::check(sd_bus_message_new_method_call(bus, &made, nullptr, "/", interface, member), member);
-    const dbus::Message message(made);
-    std::uint64_t serial = 0; // asked for, as an answer would be
-    return waits ? sd_bus_call(bus, made, patience, nullptr, nullptr) : sd_bus_send(bus, made, &serial);
-}
-
-using Flood = LoopTest;
-
-TEST_F(Flood, OfACallerWhoNeverReadsFillsNoMemory)
-{
-    constexpr int calls = 3'000;
-    int ends[2]{};
-    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0, ends), 0);
-    const auto server = endOf(ends[0], true), client = endOf(ends[1], false);
-    const int small = 4'096; // what the kernel keeps for a reader
-    ASSERT_EQ(setsockopt(ends[0], SOL_SOCKET, SO_SNDBUF, &small, sizeof small), 0);
-    dbus::shedFloods(server.get());
-    int seen = 0;
-    const auto count = [](sd_bus_message*, void* number, sd_bus_error*) {
-        ++*static_cast<int*>(number);
-        return 0;
-    };
-    dbus::check(sd_bus_add_filter(server.get(), nullptr, count, &seen), "filter");
-    dbus::check(sd_bus_attach_event(server.get(), loop.handle(), SD_EVENT_PRIORITY_NORMAL), "attach");
-
-    auto caller = std::async(std::launch::async, [&] {
-        for (int i = 0; i < calls; ++i)
-            call(client.get(), "org.freedesktop.DBus.Introspectable", "Introspect", false);
-        sd_bus_flush(client.get());
-    });
-    std::uint64_t most = 0, unsent = 0;
-    EXPECT_TRUE(eventually([&] {
-        sd_bus_get_n_queued_write(server.get(), &unsent);
-        most = std::max(most, unsent);
-        return seen >= calls;
-    }));
-    EXPECT_EQ(most, 2 * dbus::maximumUnsent + 1);
-
-    caller = std::async(std::launch::async, [&] { // reads, at last
-        while (call(client.get(), "org.freedesktop.DBus.Peer", "Ping", true) == -ETIMEDOUT) {
-        }
-    });
-    EXPECT_TRUE(
-        eventually([&] { return caller.wait_for(std::chrono::seconds{0}) == std::future_status::ready; }));
-}
-
 namespace fs = std::filesystem;
 
 fs::path temporaryDirectory()
