@@ -32,27 +32,6 @@ struct XPCClientTest : WireTest {
     }
 };
 
-TEST_F(XPCClientTest, GoesOnWithADaemonThatGoesAndComesBack)
-{
-    auto first = startDaemon();
-    const auto client = makeClient();
-    settle(*client);
-    first.reset();
-    int early = 0;
-    client->fetchCurrentState([&](const auto&) { ++early; });
-    client->updateSettings({.customChargeLimit = 60});
-    for (int time = 1; time <= 2; ++time) {
-        const auto daemon = startDaemon();
-        ASSERT_TRUE(eventually([&] { return appeared == time; }));
-        settle(*client);
-        daemon->protocol().push(at(time));
-        ASSERT_TRUE(eventually([&] { return pushed.size() == static_cast<std::size_t>(time); }));
-    }
-    EXPECT_EQ(early, 0);
-    EXPECT_TRUE(service.received.empty());
-    EXPECT_EQ(log.count(), 0U); // a missing daemon is no news
-}
-
 TEST_F(XPCClientTest, SendsNothingBeforeItKnowsWhatIsHeldAndFollowsIt)
 {
     const auto client = makeClient();
@@ -119,21 +98,6 @@ TEST_F(XPCClientTest, LetsAPersonBeAskedForWhatAPersonWantsAloneAndTellsOfARefus
     client->asPerson([&] { client->updateSettings({.customChargeLimit = 72}); });
     EXPECT_EQ(refusals.back(), "") << "a person has tried anew";
     EXPECT_EQ(log.count("needs password"), 1U);
-}
-
-TEST_F(XPCClientTest, ADaemonThatDiesInACallAnswersNothing)
-{
-    Peer dying(loop);
-    bool asked = false;
-    dying.serve([&](sd_bus_message*) { return asked = true, 1; });
-    const auto client = makeClient();
-    bool answered = false;
-    client->fetchCurrentState([&](const auto&) { answered = true; });
-    ASSERT_TRUE(eventually([&] { return asked; }));
-    dying.hangUp();
-    const auto daemon = startDaemon();
-    settle(*client);
-    EXPECT_FALSE(answered);
 }
 
 TEST_F(XPCClientTest, EachQuestionForAChargeBeforeAJourneyIsAnsweredOnce)
