@@ -14,6 +14,7 @@
 
 #include <cstdlib>
 #include <nlohmann/json.hpp>
+#include <vector>
 
 // Whatever a daemon answers, or an application that knows a fleet, velmoractl shows text without a control
 // character, or says in a Failure that it cannot be understood.
@@ -22,61 +23,42 @@ namespace {
 
 using namespace velmora;
 
-constexpr std::array keys{"percentage",
-                          "isCharging",
-                          "powerSource",
-                          "thermalState",
-                          "timeToFull",
-                          "timeToEmpty",
-                          "HasBattery",
-                          "Control",
-                          "Driver",
-                          "Mode",
-                          "StartThreshold",
-                          "EndThreshold",
-                          "FixedLimit",
-                          "LastAction",
-                          "LastActionDate",
-                          "fixed limit",
-                          "thresholds",
-                          "end threshold",
-                          "auto-protect",
-                          "paused",
-                          "55-60 or 80",
-                          "unknown",
-                          "customHysteresis",
-                          "Battery",
-                          "Name",
-                          "WantedStartThreshold",
-                          "WantedEndThreshold",
-                          "Percentage",
-                          "Power",
-                          "EnergyNow",
-                          "Voltage",
-                          "Temperature",
-                          "Health",
-                          "CycleCount",
-                          "Manufacturer",
-                          "State",
-                          "date",
-                          "customChargeLimit",
-                          "not charging",
-                          "deviceID",
-                          "deviceName",
-                          "isCharging",
-                          "lastUpdate",
-                          "limitInForce",
-                          "autoProtectInForce",
-                          "storageModeInForce",
-                          "acceptsCommands",
-                          "commandTimestamp",
-                          "commandTaken",
-                          "remoteChargeLimit",
-                          "remoteAppleMode",
-                          "kind",
-                          "server",
-                          "host",
-                          "port"};
+/// All names that there are, and the words among the values that mean something.
+const std::vector<const char*> keys = [] {
+    std::vector<const char*> all{"percentage",
+                                 "isCharging",
+                                 "powerSource",
+                                 "thermalState",
+                                 "timeToFull",
+                                 "timeToEmpty",
+                                 "customHysteresis",
+                                 "customChargeLimit",
+                                 "date",
+                                 "Battery",
+                                 "not charging",
+                                 "deviceID",
+                                 "thresholds",
+                                 "fixed limit",
+                                 "end threshold",
+                                 "auto-protect",
+                                 "paused",
+                                 "55-60 or 80",
+                                 "unknown",
+                                 "deviceName",
+                                 "kind",
+                                 "server",
+                                 "host",
+                                 "port",
+                                 "lastUpdate",
+                                 "limitInForce",
+                                 "remoteChargeLimit",
+                                 "acceptsCommands",
+                                 "commandTaken",
+                                 "commandTimestamp"};
+    for (const auto& property : chargerProperties) all.push_back(property.name);
+    for (const auto& property : batteryProperties) all.push_back(property.name);
+    return all;
+}();
 
 dbus::Message record(fuzz::Input& input)
 {
