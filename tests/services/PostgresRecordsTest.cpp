@@ -15,6 +15,7 @@
 #include <atomic>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
@@ -202,6 +203,20 @@ TEST_F(PostgresRecordsTest, SaysWhatIsWrongWithAPlace)
     EXPECT_EQ(faultOf(place()), "no-encryption");
     server->kill();
     EXPECT_EQ(faultOf(place()), "no-server");
+}
+
+TEST_F(PostgresRecordsTest, ATestThatComesToNoEndIsAnsweredOnce)
+{
+    std::promise<std::string> password;
+    std::vector<RecordFault> answers;
+    stores.test(
+        place(), [&] { return password.get_future().get(); },
+        [&](RecordFault fault, const auto&) { answers.push_back(fault); });
+    time->advance(std::chrono::seconds{20});
+    EXPECT_THAT(answers, testing::ElementsAre(RecordFault::unreachable));
+    password.set_value("alice-pw");
+    EXPECT_EQ(tested(place()), ": ");
+    EXPECT_EQ(answers.size(), 1U);
 }
 
 TEST_F(PostgresRecordsTest, TakesThePasswordFromTheFileThatWasChosenOrNotAtAll)

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <dlfcn.h>
 #include <exception>
+#include <stdexcept>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -29,6 +30,9 @@ constexpr std::array<ModuleName, recordPlaceKindTexts.size()> modules{{
     {"velmora-sqlite.so", "velmora-session"},
     {"velmora-postgresql.so", "velmora-postgresql"},
 }};
+
+constexpr std::chrono::seconds longestTest{20};
+constexpr long mostThreads = 8; ///< of stores and tests that have ended and not come back yet
 
 constexpr auto consequence = " The fleet's records are neither read nor written.";
 
@@ -57,6 +61,17 @@ CloudError tried(RecordBackend& backend)
     }
 }
 
+/// A test, which is answered once. Main thread only.
+struct Trial {
+    RecordStores::Tested tested;
+    MainLoop::Timer watch;
+
+    void end(const CloudError& result)
+    {
+        if (const auto tell = std::exchange(tested, nullptr)) tell(result.fault, result.text);
+    }
+};
+
 } // namespace
 
 LinuxRecordStores::LinuxRecordStores(Setup setup, std::shared_ptr<MainLoop> loop, std::shared_ptr<Log> log)
@@ -84,12 +99,23 @@ void LinuxRecordStores::test(const RecordPlace& place, Password password, Tested
             std::string(modules.at(static_cast<std::size_t>(place.kind)).file) + " could not be loaded";
         return loop_->post([tested = std::move(tested), detail] { tested(RecordFault::noModule, detail); });
     }
-    std::thread([loop = loop_, opened = std::move(opened), tested = std::move(tested),
-                 presence = presence_]() mutable {
-        const auto result = tried(*opened);
-        opened.reset();
-        loop->post([tested = std::move(tested), result] { tested(result.fault, result.text); });
-    }).detach();
+    const auto trial = std::make_shared<Trial>();
+    trial->tested = std::move(tested);
+    trial->watch = loop_->after(longestTest, [weak = std::weak_ptr(trial), backend = std::weak_ptr(opened)] {
+        if (const auto late = backend.lock()) late->cancel();
+        if (const auto kept = weak.lock())
+            kept->end({.text = "the test does not come to an end", .fault = RecordFault::unreachable});
+    });
+    try {
+        if (presence_.use_count() > mostThreads) throw std::runtime_error("earlier tests are still at work");
+        std::thread([loop = loop_, opened = std::move(opened), trial, presence = presence_]() mutable {
+            const auto result = tried(*opened);
+            opened.reset();
+            loop->post([trial = std::move(trial), result] { trial->end(result); });
+        }).detach();
+    } catch (const std::exception& error) {
+        loop_->post([trial, why = std::string(error.what())] { trial->end({.text = why}); });
+    }
 }
 
 std::unique_ptr<RecordBackend> LinuxRecordStores::backend(const RecordPlace& place, Password password)

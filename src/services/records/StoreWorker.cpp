@@ -8,7 +8,9 @@
 
 #include <deque>
 #include <exception>
+#include <optional>
 #include <pthread.h>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -70,47 +72,70 @@ public:
     void end();
 
 private:
-    struct Waiting {
-        std::chrono::steady_clock::time_point until;
-        Request request;
-        bool isTooMany = false;
+    using Clock = std::chrono::steady_clock;
+    struct Pending {
+        Clock::time_point until;
+        std::shared_ptr<const Request> request;
     };
 
+    void start() VELMORA_REQUIRES(mutex_);
     void work();
     bool awaitWork() VELMORA_REQUIRES(mutex_);
-    Tell answer(const Waiting& next);
+    void answerNext() VELMORA_REQUIRES(mutex_);
+    void watch();
+    bool isAnythingPending() const VELMORA_REQUIRES(mutex_);
+    Tell takeOverdue() VELMORA_REQUIRES(mutex_);
 
     std::shared_ptr<const void> presence_; // goes last
     const std::unique_ptr<RecordBackend> backend_;
     const Bounds bounds_;
     Mutex mutex_;
     Condition changed_;
-    std::deque<Waiting> waiting_ VELMORA_GUARDED_BY(mutex_);
+    std::deque<Pending> waiting_ VELMORA_GUARDED_BY(mutex_);
+    std::deque<std::shared_ptr<const Request>> tooMany_ VELMORA_GUARDED_BY(mutex_);
+    std::optional<Pending> current_ VELMORA_GUARDED_BY(mutex_); // at the backend, and not answered yet
     bool isStarted_ VELMORA_GUARDED_BY(mutex_) = false;
+    bool isWatched_ VELMORA_GUARDED_BY(mutex_) = false;
     bool isEnded_ VELMORA_GUARDED_BY(mutex_) = false;
     bool isResting_ VELMORA_GUARDED_BY(mutex_) = true;
 };
 
 void StoreWorker::Thread::take(Request request)
 {
+    auto taken = std::make_shared<const Request>(std::move(request));
     {
         const MutexLock lock(mutex_);
-        waiting_.push_back({.until = std::chrono::steady_clock::now() + bounds_.patience,
-                            .request = std::move(request),
-                            .isTooMany = waiting_.size() >= bounds_.requests});
-        if (!std::exchange(isStarted_, true))
-            std::thread([self = shared_from_this()] { self->work(); }).detach();
+        if (waiting_.size() < bounds_.requests)
+            waiting_.push_back({Clock::now() + bounds_.patience, std::move(taken)});
+        else
+            tooMany_.push_back(std::move(taken));
+        start();
     }
     changed_.notifyAll();
 }
 
+/// The watch first: it answers what nobody works on.
+void StoreWorker::Thread::start()
+{
+    try {
+        if (!isWatched_) std::thread([self = shared_from_this()] { self->watch(); }).detach();
+        isWatched_ = true;
+        if (!isStarted_) std::thread([self = shared_from_this()] { self->work(); }).detach();
+        isStarted_ = true;
+    } catch (const std::system_error&) {
+        // The system has no thread to give now: the next request tries it again.
+    }
+}
+
 void StoreWorker::Thread::end()
 {
-    std::deque<Waiting> dropped;
+    std::deque<Pending> dropped;
+    std::deque<std::shared_ptr<const Request>> alsoDropped;
     {
         const MutexLock lock(mutex_);
         isEnded_ = true;
         dropped.swap(waiting_);
+        alsoDropped.swap(tooMany_);
     }
     changed_.notifyAll();
     backend_->cancel();
@@ -118,7 +143,7 @@ void StoreWorker::Thread::end()
 
 bool StoreWorker::Thread::awaitWork()
 {
-    const auto restAt = std::chrono::steady_clock::now() + bounds_.idle;
+    const auto restAt = Clock::now() + bounds_.idle;
     while (!isEnded_ && waiting_.empty()) {
         if (isResting_) {
             changed_.wait(mutex_);
@@ -136,27 +161,76 @@ void StoreWorker::Thread::work()
 {
     pthread_setname_np(pthread_self(), "velmora-records");
     const MutexLock lock(mutex_);
-    while (awaitWork()) {
-        isResting_ = false;
-        Waiting next = std::move(waiting_.front());
-        waiting_.pop_front();
-        mutex_.unlock();
-        Tell tell = answer(next);
-        mutex_.lock();
-        const bool isWanted = !isEnded_;
-        mutex_.unlock();
-        if (isWanted) tell();
-        tell = nullptr; // what they hold goes outside of the lock: the store may end with it
-        next.request = nullptr;
-        mutex_.lock();
-    }
+    while (awaitWork()) answerNext();
 }
 
-Tell StoreWorker::Thread::answer(const Waiting& next)
+void StoreWorker::Thread::answerNext()
 {
-    const bool isLate = next.isTooMany || std::chrono::steady_clock::now() > next.until;
-    return next.request(isLate ? nullptr : backend_.get(),
-                        {.text = "the store is busy with earlier requests", .fault = RecordFault::slow});
+    isResting_ = false;
+    auto request = std::move(waiting_.front().request);
+    waiting_.pop_front();
+    current_ = {Clock::now() + bounds_.patience, request};
+    mutex_.unlock();
+    Tell tell = (*request)(backend_.get(), {});
+    mutex_.lock();
+    auto own = std::exchange(current_, std::nullopt);
+    const bool isWanted = !isEnded_ && own;
+    mutex_.unlock();
+    changed_.notifyAll();
+    if (isWanted) tell();
+    tell = nullptr; // what they hold goes outside of the lock: the store may end with it
+    own.reset();
+    request.reset();
+    mutex_.lock();
+}
+
+// -- What the backend does not come to in time
+
+bool StoreWorker::Thread::isAnythingPending() const
+{
+    return current_ || !waiting_.empty() || !tooMany_.empty();
+}
+
+void StoreWorker::Thread::watch()
+{
+    pthread_setname_np(pthread_self(), "velmora-watch");
+    const MutexLock lock(mutex_);
+    while (!isEnded_ && isAnythingPending()) {
+        Tell tell = takeOverdue();
+        if (!tell) {
+            changed_.waitUntil(mutex_, current_ ? current_->until : waiting_.front().until);
+            continue;
+        }
+        mutex_.unlock();
+        tell();
+        tell = nullptr;
+        mutex_.lock();
+    }
+    isWatched_ = false;
+}
+
+/// What has waited longest comes first: the request at the backend before those behind it.
+Tell StoreWorker::Thread::takeOverdue()
+{
+    const auto now = Clock::now();
+    const auto refused = [](const auto& request, const char* why, RecordFault fault) {
+        return [request, error = CloudError{.text = why, .fault = fault}] { (*request)(nullptr, error)(); };
+    };
+    constexpr auto busy = "the store is busy with earlier requests";
+    if (!tooMany_.empty()) {
+        const auto request = std::move(tooMany_.front());
+        tooMany_.pop_front();
+        return refused(request, busy, RecordFault::slow);
+    }
+    if (current_ && current_->until <= now) {
+        const auto request = std::exchange(current_, std::nullopt)->request;
+        return refused(request, "the store does not come to an end with the request",
+                       RecordFault::unreachable);
+    }
+    if (waiting_.empty() || waiting_.front().until > now) return nullptr;
+    const auto request = std::move(waiting_.front().request);
+    waiting_.pop_front();
+    return refused(request, busy, RecordFault::slow);
 }
 
 // -- The store

@@ -14,16 +14,19 @@ namespace velmora {
 
 /// A record store over a backend, which one thread asks, one request after the other. The thread starts with
 /// the first request. It owns all that it needs: a store that ends leaves it behind where it still waits.
+/// While something is asked for a second thread watches that it is answered in time, even by a backend that
+/// never comes back.
 class StoreWorker final : public CloudDatabase {
 public:
     struct Bounds {
         std::chrono::milliseconds idle = std::chrono::seconds{2}; ///< after which the backend may rest
-        /// A request that has waited so long behind others fails instead of being tried.
+        /// A request that has waited so long behind others fails instead of being tried, and one that the
+        /// backend has been at for so long fails, too.
         std::chrono::milliseconds patience = std::chrono::seconds{20};
-        std::size_t requests = 256; ///< that wait; what is beyond fails when its turn comes
+        std::size_t requests = 256; ///< that wait; what is beyond fails at once
     };
 
-    /// The thread holds `presence` until it is done, also after this store.
+    /// The threads hold `presence` until they are done, also after this store.
     StoreWorker(std::unique_ptr<RecordBackend> backend, std::shared_ptr<const void> presence, Bounds bounds);
     StoreWorker(std::unique_ptr<RecordBackend> backend, std::shared_ptr<const void> presence);
     StoreWorker(const StoreWorker&) = delete;
