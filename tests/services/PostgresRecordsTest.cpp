@@ -14,6 +14,7 @@
 #include <array>
 #include <atomic>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <future>
 #include <gmock/gmock.h>
@@ -462,7 +463,7 @@ TEST_F(PostgresRecordsTest, SetUpMayBeRepeatedAndTheCheckFindsWhatIsWrong)
     for (const std::string wrong :
          {"no TLS", "as SCRAM-SHA-256", "lost in a crash", "index for listings", "Row security is not on",
           "everybody their own records: own_records, watch.", "People lack rights to: delete.",
-          "should not have: empty the table.", "Others have rights to the table: everybody.",
+          "should not have: empty the table.", "Others have rights to schema or table: everybody.",
           "right to: bob."})
         EXPECT_THAT(said, testing::ContainsRegex("WRONG [^\n]*" + wrong));
     EXPECT_EQ(administer("add bob"), 1); // who has such rights gets no password of ours
@@ -476,6 +477,87 @@ TEST_F(PostgresRecordsTest, SetUpMayBeRepeatedAndTheCheckFindsWhatIsWrong)
     EXPECT_EQ(administer("check --nonsense"), 2);
     EXPECT_EQ(administer("check --admin-password-file " + secret("alice", "alice-pw")), 1);
     EXPECT_THAT(said, testing::HasSubstr("no password is given to a socket"));
+}
+
+TEST_F(PostgresRecordsTest, WhatOthersMadeIsLeftAloneAndGivesThemNoRights)
+{
+    server->sql("CREATE ROLE eve LOGIN; CREATE DATABASE shared OWNER eve; CREATE DATABASE hers OWNER eve; "
+                "CREATE DATABASE half");
+    const std::string trap = " LANGUAGE plpgsql AS $$ BEGIN ALTER ROLE eve SUPERUSER; RETURN NULL; END $$; ";
+    server->sql("SET SESSION AUTHORIZATION eve; CREATE TABLE public.goods (x int); "
+                "CREATE FUNCTION public.quote_ident(name) RETURNS text" +
+                    trap,
+                "shared");
+    EXPECT_EQ(administer("setup --database shared"), 1);
+    EXPECT_THAT(said, testing::ContainsRegex("WRONG +The database belongs to eve"));
+    EXPECT_THAT(said, testing::ContainsRegex("note +Everybody who is known"));
+
+    server->sql("SET SESSION AUTHORIZATION eve; CREATE FUNCTION public.take() RETURNS trigger" + trap +
+                    "CREATE SCHEMA velmora; CREATE TABLE velmora.record (owner text DEFAULT current_user, "
+                    "type text, name text, fields jsonb DEFAULT '{}', version bigint DEFAULT 1, seq bigint "
+                    "GENERATED ALWAYS AS IDENTITY); CREATE TRIGGER take BEFORE DELETE ON velmora.record "
+                    "EXECUTE FUNCTION public.take()",
+                "hers");
+    for (const std::string wrong : {"no superuser and may change them: eve", "belong there: trigger take"}) {
+        for (const auto& command :
+             {std::string("setup"), "add carol --password-file " + secret("carol", "x")}) {
+            EXPECT_EQ(administer(command + " --database hers"), 1);
+            EXPECT_THAT(said, testing::HasSubstr(wrong));
+        }
+        EXPECT_EQ(administer("remove carol"), 1); // looks into all databases
+        server->sql("ALTER SCHEMA velmora OWNER TO postgres; ALTER TABLE velmora.record OWNER TO postgres",
+                    "hers");
+    }
+    EXPECT_EQ(server->sql("SELECT rolsuper FROM pg_roles WHERE rolname = 'eve'"), "f");
+
+    // As a set-up leaves it that was broken off.
+    EXPECT_EQ(administer("setup --database half"), 0) << said;
+    EXPECT_EQ(server->sql("SELECT has_database_privilege('eve', 'half', 'CONNECT')"), "f");
+
+    server->sql("ALTER TABLE velmora.record ALTER owner DROP DEFAULT");
+    std::ofstream(server->folder() + "/data/pg_hba.conf", std::ios::app)
+        << "host replication all all trust\nhostssl sameuser all all pam\nnonsense\n";
+    EXPECT_EQ(administer("check"), 1);
+    EXPECT_THAT(said,
+                testing::ContainsRegex("WRONG +Lines of pg_hba.conf [^\n]*\\(trust\\), [^\n]*\\(pam\\), "
+                                       "[^\n]*\\(invalid connection type"));
+    EXPECT_THAT(said, testing::ContainsRegex("WRONG +The table of records has other columns: owner text, "));
+}
+
+TEST_F(PostgresRecordsTest, NothingOfAPersonWhoIsRemovedPassesToTheNextOfThatName)
+{
+    const auto again = "add alice --password-file " + secret("alice", "alice-pw");
+    EXPECT_EQ(administer("setup --database second"), 0) << said;
+    server->sql("SET SESSION AUTHORIZATION alice; INSERT INTO velmora.record (type, name) VALUES ('x', 'y')",
+                "second");
+    EXPECT_THAT(server->sqlAs("alice", "alice-pw", "SELECT lo_create(0)"), testing::HasSubstr("ERROR"));
+    server->sql("CREATE TABLE goods (); ALTER TABLE goods OWNER TO alice; SET SESSION AUTHORIZATION alice; "
+                "SELECT lo_create(0); ALTER DEFAULT PRIVILEGES GRANT SELECT ON TABLES TO bob",
+                "postgres");
+    std::atomic<bool> isEnough = false;
+    std::atomic<int> saved = 0;
+    std::thread writer([&] {
+        for (const auto own = open(place()); !isEnough;)
+            if (!save(*own, std::to_string(saved), {})) ++saved;
+    });
+    EXPECT_TRUE(eventually([&] { return saved > 20; }));
+    EXPECT_EQ(administer("remove alice"), 1);
+    EXPECT_THAT(said, testing::HasSubstr("owns other things in: postgres."));
+    EXPECT_THAT(server->sqlAs("alice", "alice-pw", "SELECT 1"),
+                testing::HasSubstr("not permitted to log in"));
+    server->sql("DROP TABLE goods", "postgres");
+    EXPECT_EQ(administer(again), 0) << said; // in again, and at it
+    EXPECT_TRUE(eventually([&, before = saved.load()] { return saved > before; }));
+    EXPECT_EQ(administer("remove alice"), 0) << said;
+    isEnough = true;
+    writer.join();
+    for (const std::string database : {"velmora", "second"})
+        EXPECT_EQ(server->sql("SELECT count(*) FROM velmora.record", database), "0");
+
+    // Records that an administrator's own DROP ROLE left.
+    server->sql("INSERT INTO velmora.record (owner, type, name) VALUES ('alice', 'x', 'y')", "second");
+    EXPECT_EQ(administer(again), 0) << said;
+    EXPECT_EQ(server->sql("SELECT count(*) FROM velmora.record", "second"), "0");
 }
 
 /// Runs a program on a terminal of its own, on which each question gets the next answer; what it shows.

@@ -44,11 +44,13 @@ constexpr std::array serverRows{
              SELECT current_setting('max_connections')::int
                     - current_setting('superuser_reserved_connections')::int AS n) AS connections)"},
     Row{trMark("Nobody comes in over the network without SCRAM-SHA-256 or a certificate."),
-        trMark("Lines of pg_hba.conf let people in over the network by weaker means: %1."),
-        R"(SELECT coalesce(string_agg(line_number::text || ' (' || auth_method || ')', ', '), '')
+        trMark("Lines of pg_hba.conf are wrong, or let people in over the network by other means than "
+               "scram-sha-256 or cert: %1."),
+        R"(SELECT coalesce(string_agg(line_number::text || ' (' || coalesce(error, auth_method) || ')', ', '
+                                      ORDER BY line_number), '')
            FROM pg_hba_file_rules
-           WHERE type LIKE 'host%' AND auth_method IN ('trust', 'password', 'ident')
-             AND database && ARRAY['all', current_database()::text])"},
+           WHERE error IS NOT NULL
+              OR type LIKE 'host%' AND auth_method NOT IN ('scram-sha-256', 'md5', 'cert', 'reject'))"},
     Row{trMark("It listens for other machines."),
         trMark("It listens for this computer alone; for others set listen_addresses = '*' in "
                "postgresql.conf."),
@@ -58,7 +60,7 @@ constexpr std::array serverRows{
                "hostssl %1 +velmora_user samenet scram-sha-256"),
         R"(SELECT CASE WHEN EXISTS (
              SELECT FROM pg_hba_file_rules WHERE type IN ('host', 'hostssl')
-               AND auth_method NOT IN ('reject', 'trust', 'ident')
+               AND auth_method IN ('scram-sha-256', 'md5', 'cert')
                AND address NOT LIKE '127.%' AND address NOT IN ('::1', 'samehost', 'localhost')
                AND database && ARRAY['all', current_database()::text])
            THEN '' ELSE current_database()::text END)",
@@ -67,14 +69,39 @@ constexpr std::array serverRows{
 
 constexpr auto tableStatement = "SELECT to_regclass('velmora.record') IS NOT NULL";
 
-constexpr std::array tableRows{
+/// Where one of these is wrong, nothing there may be touched with an administrator's rights.
+constexpr std::array ownRows{
+    Row{trMark("Schema and table belong to an administrator."),
+        trMark("Schema or table belong to somebody who is no superuser and may change them: %1."),
+        R"(SELECT coalesce(string_agg(rolname, ', ' ORDER BY rolname), '') FROM pg_roles
+           WHERE NOT rolsuper AND rolname <> current_user
+             AND oid IN (SELECT nspowner FROM pg_namespace WHERE nspname = 'velmora' UNION
+                         SELECT relowner FROM pg_class WHERE oid = 'velmora.record'::regclass))"},
     Row{trMark("The table of records is as it should be."),
         trMark("The table of records has other columns: %1."),
-        R"(SELECT CASE WHEN c = 'owner text, type text, name text, fields jsonb, version bigint, seq bigint'
-             THEN '' ELSE c END
-           FROM (SELECT string_agg(attname || ' ' || format_type(atttypid, NULL), ', ' ORDER BY attnum) AS c
-                 FROM pg_attribute WHERE attrelid = 'velmora.record'::regclass
-                   AND attnum > 0 AND NOT attisdropped) AS columns)"},
+        R"(SELECT CASE WHEN c = 'owner text CURRENT_USER, type text, name text, fields jsonb ''{}''::jsonb, '
+                                'version bigint 1, seq bigint a' THEN '' ELSE c END
+           FROM (SELECT string_agg(concat_ws(' ', attname, format_type(atttypid, NULL),
+                                             pg_get_expr(adbin, adrelid), nullif(attidentity::text, ''),
+                                             nullif(attgenerated::text, '')), ', ' ORDER BY attnum) AS c
+                 FROM pg_attribute LEFT JOIN pg_attrdef ON adrelid = attrelid AND adnum = attnum
+                 WHERE attrelid = 'velmora.record'::regclass AND attnum > 0 AND NOT attisdropped) AS columns)"},
+    Row{trMark("Nothing else hangs on it."), trMark("On the table hangs what does not belong there: %1."),
+        R"(WITH it AS (SELECT * FROM pg_class WHERE oid = 'velmora.record'::regclass)
+           SELECT coalesce(string_agg(what, ', ' ORDER BY what), '') FROM (
+             SELECT 'trigger ' || tgname FROM pg_trigger, it WHERE tgrelid = it.oid AND NOT tgisinternal
+             UNION ALL SELECT 'rule ' || rulename FROM pg_rewrite, it WHERE ev_class = it.oid
+             UNION ALL SELECT 'constraint ' || conname FROM pg_constraint c, it
+               WHERE it.oid IN (conrelid, confrelid) AND contype NOT IN ('p', 'n')
+                 AND pg_get_constraintdef(c.oid) NOT IN (
+                   'CHECK ((jsonb_typeof(fields) = ''object''::text))',
+                   'CHECK (((octet_length(name) <= 255) AND (octet_length((fields)::text) <= 65536)))')
+             UNION ALL SELECT 'inheritance' FROM pg_inherits, it WHERE it.oid IN (inhrelid, inhparent)
+             UNION ALL SELECT 'a kind of its own' FROM it WHERE relkind <> 'r' OR relpersistence <> 'p'
+           ) AS found (what))"},
+};
+
+constexpr std::array tableRows{
     Row{trMark("Its keys and the index for listings are there."),
         trMark("Its key (owner, name), or the index for listings (owner, type, seq), is missing."),
         R"(SELECT count(*) = 2 FROM (
@@ -111,12 +138,14 @@ constexpr std::array tableRows{
              ('create things in the schema', has_schema_privilege('velmora_user', 'velmora', 'CREATE')),
              ('log in as velmora_user', (SELECT rolcanlogin FROM pg_roles WHERE rolname = 'velmora_user')))
            AS rights (what, isGiven) WHERE isGiven)"},
-    Row{trMark("Nobody but Velmora's people has rights to the table."),
-        trMark("Others have rights to the table: %1."),
+    Row{trMark("Nobody but Velmora's people has rights to schema and table."),
+        trMark("Others have rights to schema or table: %1."),
         R"(SELECT coalesce(string_agg(DISTINCT coalesce(g.rolname, 'everybody'), ', '), '')
-           FROM pg_class c, aclexplode(c.relacl) a LEFT JOIN pg_roles g ON g.oid = a.grantee
-           WHERE c.oid = 'velmora.record'::regclass AND a.grantee <> c.relowner
-             AND g.rolname IS DISTINCT FROM 'velmora_user')"},
+           FROM (SELECT relowner, relacl FROM pg_class WHERE oid = 'velmora.record'::regclass
+                 UNION ALL SELECT nspowner, nspacl FROM pg_namespace WHERE nspname = 'velmora'
+                 UNION ALL SELECT NULL, attacl FROM pg_attribute WHERE attrelid = 'velmora.record'::regclass
+                ) AS c (owner, acl), aclexplode(acl) AS a LEFT JOIN pg_roles g ON g.oid = a.grantee
+           WHERE a.grantee IS DISTINCT FROM c.owner AND g.rolname IS DISTINCT FROM 'velmora_user')"},
     // Superusers count as members of every role.
     Row{trMark("None of Velmora's people has rights beyond that."),
         trMark("These people may read everybody's records, or give themselves the right to: %1."),
@@ -126,8 +155,30 @@ constexpr std::array tableRows{
              AND (NOT p.rolsuper OR EXISTS (SELECT FROM pg_auth_members
                                             WHERE member = p.oid AND roleid = 'velmora_user'::regrole))
              AND (r.rolsuper OR r.rolbypassrls OR r.rolcreaterole OR r.rolreplication
-                  OR r.oid = (SELECT relowner FROM pg_class WHERE oid = 'velmora.record'::regclass)))"},
+                  OR r.oid IN (SELECT relowner FROM pg_class WHERE oid = 'velmora.record'::regclass
+                               UNION SELECT nspowner FROM pg_namespace WHERE nspname = 'velmora'
+                               UNION SELECT datdba FROM pg_database WHERE datname = current_database())))"},
+    Row{trMark("The database belongs to an administrator."),
+        trMark(
+            "The database belongs to %1, who is no superuser and may decide what is run when others connect: "
+            "ALTER DATABASE ... OWNER TO postgres."),
+        R"(SELECT coalesce(string_agg(rolname, ', '), '') FROM pg_roles JOIN pg_database ON datdba = pg_roles.oid
+           WHERE datname = current_database() AND NOT rolsuper AND rolname <> current_user)"},
+    Row{trMark("Nobody but Velmora's people gets into the database."),
+        trMark(
+            "Everybody who is known to the server gets into the database, unless: REVOKE ALL ON DATABASE %1 "
+            "FROM PUBLIC."),
+        R"(SELECT coalesce(string_agg(DISTINCT quote_ident(datname), ''), '')
+           FROM pg_database, aclexplode(coalesce(datacl, acldefault('d', datdba))) AS a
+           WHERE datname = current_database() AND a.grantee = 0)",
+        true},
 };
+
+/// The answer to it: "t" or nothing where all is right.
+std::string answerTo(const Row& row, Connection& server)
+{
+    return std::string(server.ask(row.statement, {}, setupPatience()).text(0, 0).value_or("?"));
+}
 
 /// Prints the lines of a report.
 class Report {
@@ -146,11 +197,10 @@ public:
     {
         constexpr auto notAllowed = "42501";
         try {
-            const auto answer = server_.ask(row.statement, {}, setupPatience());
-            const std::string told(answer.text(0, 0).value_or("?"));
-            const bool isRight = told == "t" || told.empty();
-            if (!isRight && row.isAdvice) return line(tr("note"), tr(row.wrong, told));
-            tell(isRight, isRight ? tr(row.right) : tr(row.wrong, told));
+            const auto found = answerTo(row, server_);
+            const bool isRight = found == "t" || found.empty();
+            if (!isRight && row.isAdvice) return line(tr("note"), tr(row.wrong, found));
+            tell(isRight, isRight ? tr(row.right) : tr(row.wrong, found));
         } catch (const ServerFailure& failure) {
             if (failure.state.empty()) throw;
             if (failure.state == notAllowed)
@@ -171,6 +221,15 @@ private:
 
 } // namespace
 
+std::string foreignness(Connection& server)
+{
+    for (const auto& row : ownRows) {
+        const auto found = answerTo(row, server);
+        if (!found.empty()) return tr(row.wrong, found);
+    }
+    return {};
+}
+
 bool check(Connection& server, const std::string& database)
 {
     Report report(server);
@@ -184,6 +243,7 @@ bool check(Connection& server, const std::string& database)
         report.tell(false, tr("The database %1 has no table of records: \"setup\" makes it.", database));
         return false;
     }
+    for (const auto& row : ownRows) report.ask(row);
     for (const auto& row : tableRows) report.ask(row);
     return report.isRight();
 }

@@ -9,18 +9,33 @@
 
 #include <chrono>
 #include <stdexcept>
+#include <thread>
 
 namespace velmora::postgresql {
 
 namespace {
 
-// One set-up at a time: without the lock in its first line several at once would stumble over each other.
-constexpr auto lockStatement = "SELECT pg_advisory_xact_lock(1986358381)";
+// One change at a time: without this lock several at once would stumble over each other. Roles are the whole
+// server's, and so is this lock, which only superusers can take: others go without.
+constexpr auto lockStatement = R"(DO $$ BEGIN
+  LOCK TABLE pg_catalog.pg_authid IN SHARE UPDATE EXCLUSIVE MODE;
+EXCEPTION WHEN insufficient_privilege THEN NULL; END $$)";
+
+// Whether nothing is there yet: a database just made, maybe by a set-up that was broken off.
+constexpr auto isBareStatement = R"(
+SELECT (SELECT string_agg(nspname, ',') FROM pg_namespace
+        WHERE nspname !~ '^pg_' AND nspname <> 'information_schema') = 'public'
+       AND NOT EXISTS (SELECT FROM pg_class WHERE relnamespace = to_regnamespace('public')))";
+
+// Large objects are the one thing that people could create without a right.
+constexpr auto closeStatements = R"(
+REVOKE ALL ON SCHEMA public FROM PUBLIC;
+REVOKE EXECUTE ON FUNCTION lo_creat(int), lo_create(oid), lo_from_bytea(oid, bytea) FROM PUBLIC;
+)";
 
 // The owner belongs to the key, or names of two people's records would collide; its collation is what
-// listings are looked up by. Roles are the whole server's, where no lock of a database holds off another
-// set-up.
-constexpr auto schemaStatements = R"(
+// listings are looked up by.
+constexpr auto tableStatements = R"(
 CREATE SCHEMA IF NOT EXISTS velmora;
 CREATE TABLE IF NOT EXISTS velmora.record (
   owner text COLLATE "C" NOT NULL DEFAULT current_user, type text NOT NULL, name text COLLATE "C" NOT NULL,
@@ -28,6 +43,9 @@ CREATE TABLE IF NOT EXISTS velmora.record (
   seq bigint GENERATED ALWAYS AS IDENTITY,
   PRIMARY KEY (owner, name), CHECK (jsonb_typeof(fields) = 'object'),
   CHECK (octet_length(name) <= 255 AND octet_length(fields::text) <= 65536)) WITH (fillfactor = 70);
+)";
+
+constexpr auto ruleStatements = R"(
 CREATE INDEX IF NOT EXISTS record_listing ON velmora.record (owner, type, seq);
 ALTER TABLE velmora.record ENABLE ROW LEVEL SECURITY;
 ALTER TABLE velmora.record FORCE ROW LEVEL SECURITY;
@@ -51,10 +69,27 @@ constexpr auto roleStatement =
 
 constexpr auto usersRole = "velmora_user";
 
+// What stays behind in templates, which new databases are copied from, would stay there for good.
+constexpr auto databasesStatement = R"(
+SELECT datname FROM pg_database d WHERE datallowconn AND (NOT datistemplate OR EXISTS (
+  SELECT FROM pg_shdepend JOIN pg_roles r ON r.oid = refobjid
+  WHERE dbid = d.oid AND refclassid = 'pg_authid'::regclass AND rolname = $1)) ORDER BY datname)";
+
+constexpr auto endStatement = R"(
+SELECT count(pg_terminate_backend(pid)) FROM pg_stat_activity
+WHERE usesysid = (SELECT oid FROM pg_roles WHERE rolname = $1))";
+
+// Without rights people can own large objects and default rights alone: the rest is for other uses.
+constexpr auto othersStatement = R"(
+SELECT string_agg(DISTINCT coalesce(datname, 'the server'), ', ')
+FROM pg_shdepend JOIN pg_roles r ON r.oid = refobjid LEFT JOIN pg_database d ON d.oid = dbid
+WHERE refclassid = 'pg_authid'::regclass AND rolname = $1 AND deptype = 'o'
+  AND classid NOT IN ('pg_largeobject'::regclass, 'pg_default_acl'::regclass))";
+
 void begin(Connection& server)
 {
     server.run("BEGIN", setupPatience());
-    server.ask(lockStatement, {}, setupPatience());
+    server.run(lockStatement, setupPatience());
 }
 
 /// The database is for all languages, whatever the server's is.
@@ -70,18 +105,80 @@ void makeDatabase(Connection& server, const std::string& database)
     }
 }
 
-/// Whether the database was there.
-bool hasDatabase(Administrator& administrator, const std::string& database)
+void provideDatabase(Administrator& administrator, const std::string& database)
 {
     try {
         administrator.connect(database);
-        return true;
     } catch (const ServerFailure& failure) {
         if (failure.fault != RecordFault::noDatabase) throw;
+        auto server = administrator.connect("postgres");
+        makeDatabase(server, database);
     }
-    auto server = administrator.connect("postgres");
-    makeDatabase(server, database);
-    return false;
+}
+
+/// Nobody else gets into a database that is Velmora's alone.
+void closeToOthers(Connection& server, const std::string& name)
+{
+    if (server.ask(isBareStatement, {}, setupPatience()).text(0, 0) == "t")
+        server.run("REVOKE ALL ON DATABASE " + name + " FROM PUBLIC;" + closeStatements, setupPatience());
+}
+
+void refuseForeign(Connection& server)
+{
+    const auto found = foreignness(server);
+    if (!found.empty()) throw std::runtime_error(tr("Velmora did not make what is there. %1", found));
+}
+
+bool hasTable(Connection& server)
+{
+    return server.ask("SELECT to_regclass('velmora.record')", {}, setupPatience()).text(0, 0).has_value();
+}
+
+/// In all databases of the server, since a role is the whole server's.
+template <typename Act>
+void inEachDatabase(Administrator& administrator, const std::string& person, Act act)
+{
+    auto server = administrator.connect();
+    const auto databases = server.ask(databasesStatement, {person}, setupPatience());
+    for (int row = 0; row < databases.count(); ++row) {
+        auto there = administrator.connect(std::string(*databases.text(row, 0)));
+        act(there);
+    }
+}
+
+/// So that they never become those of another person of that name.
+void forgetRecords(Administrator& administrator, const std::string& person)
+{
+    inEachDatabase(administrator, person, [&](Connection& server) {
+        // A trigger of somebody else's would be run with the administrator's rights.
+        if (!hasTable(server) || !foreignness(server).empty()) return;
+        // Who may not look at everybody's records would otherwise delete none, and not be told.
+        server.run("SET row_security = off", setupPatience());
+        server.ask("DELETE FROM velmora.record WHERE owner = $1", {person}, setupPatience());
+    });
+}
+
+void endConnections(Connection& server, const std::string& person)
+{
+    const auto limit = setupPatience();
+    while (server.ask(endStatement, {person}, limit).text(0, 0) != "0") {
+        if (std::chrono::steady_clock::now() > limit.deadline)
+            throw std::runtime_error(tr("The connections of %1 do not end.", person));
+        std::this_thread::sleep_for(std::chrono::milliseconds{50});
+    }
+}
+
+void dropRole(Administrator& administrator, Connection& server, const std::string& person)
+{
+    const auto name = server.quotedName(person);
+    const auto others = server.ask(othersStatement, {person}, setupPatience());
+    if (const auto where = others.text(0, 0))
+        throw std::runtime_error(tr("%1 cannot log in any more, but owns other things in: %2. Give them to "
+                                    "somebody or drop them there, and give this command once more.",
+                                    person, std::string(*where)));
+    inEachDatabase(administrator, person,
+                   [&](Connection& there) { there.run("DROP OWNED BY " + name, setupPatience()); });
+    server.run("DROP ROLE " + name, setupPatience());
 }
 
 } // namespace
@@ -97,6 +194,14 @@ Administrator::~Administrator()
 }
 
 Connection Administrator::connect(const std::string& database)
+{
+    auto server = connected(database);
+    // Whoever may create functions there could otherwise have the administrator run them.
+    server.run("SELECT pg_catalog.set_config('search_path', '', false)", setupPatience());
+    return server;
+}
+
+Connection Administrator::connected(const std::string& database)
 {
     auto place = request_.place;
     place.database = database;
@@ -117,22 +222,23 @@ Connection Administrator::connect(const std::string& database)
 void setUp(Administrator& administrator, const Request& request)
 {
     const auto& database = request.place.database;
-    const bool isNew = !hasDatabase(administrator, database);
+    provideDatabase(administrator, database);
     auto server = administrator.connect(database);
-    begin(server);
     const auto name = server.quotedName(database);
-    if (isNew) // then it is Velmora's alone, and nobody else gets in
-        server.run("REVOKE ALL ON DATABASE " + name + " FROM PUBLIC; REVOKE ALL ON SCHEMA public FROM PUBLIC",
-                   setupPatience());
-    server.run(schemaStatements, setupPatience());
+    begin(server);
+    closeToOthers(server, name);
+    server.run(tableStatements, setupPatience());
+    refuseForeign(server);
+    server.run(ruleStatements, setupPatience());
     server.run("GRANT CONNECT ON DATABASE " + name + " TO " + usersRole, setupPatience());
     server.run("COMMIT", setupPatience());
 }
 
 bool isPerson(Connection& server, const std::string& person)
 {
-    if (!server.ask("SELECT to_regclass('velmora.record')", {}, setupPatience()).text(0, 0))
+    if (!hasTable(server))
         throw std::runtime_error(tr("The database has no table of records: \"setup\" makes it."));
+    refuseForeign(server);
     const auto rows = server.ask(roleStatement, {person}, setupPatience());
     if (rows.count() == 0) return false;
     if (rows.text(0, 1) == "t" && rows.text(0, 0) == "f") return true;
@@ -141,10 +247,12 @@ bool isPerson(Connection& server, const std::string& person)
                                  : tr("There is a role %1 that is not one of Velmora's people.", person));
 }
 
-void addPerson(Connection& server, const std::string& person, const std::string& password)
+void addPerson(Administrator& administrator, const std::string& person, const std::string& password)
 {
+    auto server = administrator.connect();
     begin(server);
     const bool isKnown = isPerson(server, person);
+    if (!isKnown) forgetRecords(administrator, person);
     const auto kept = server.quotedText(server.encrypted(password, person));
     const auto name = server.quotedName(person);
     server.run(isKnown ? "ALTER ROLE " + name + " LOGIN PASSWORD " + kept
@@ -153,22 +261,20 @@ void addPerson(Connection& server, const std::string& person, const std::string&
     server.run("COMMIT", setupPatience());
 }
 
-void removePerson(Connection& server, const std::string& person)
+void removePerson(Administrator& administrator, const std::string& person)
 {
+    auto server = administrator.connect();
     begin(server);
-    if (!isPerson(server, person)) throw std::runtime_error(tr("There is no person %1.", person));
-    const auto name = server.quotedName(person);
-    // As that person: others, the table's owner among them, see nothing of these records.
-    server.run("SET LOCAL ROLE " + name +
-                   "; DELETE FROM velmora.record WHERE owner = current_user::text; "
-                   "RESET ROLE; DROP ROLE " +
-                   name,
-               setupPatience());
+    const bool isKnown = isPerson(server, person);
+    if (isKnown) server.run("ALTER ROLE " + server.quotedName(person) + " NOLOGIN", setupPatience());
     server.run("COMMIT", setupPatience());
-    // A connection of a role that is gone sees no records, but would stay.
-    server.ask("SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE usename IS NULL AND "
-               "usesysid IS NOT NULL AND datname = current_database()",
-               {}, setupPatience());
+    if (isKnown) {
+        endConnections(server, person);
+        dropRole(administrator, server, person);
+    }
+    // After the role, so that nothing is saved in between; and without one, where an earlier attempt ended.
+    forgetRecords(administrator, person);
+    if (!isKnown) throw std::runtime_error(tr("There is no person %1.", person));
 }
 
 } // namespace velmora::postgresql

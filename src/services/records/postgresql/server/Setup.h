@@ -22,15 +22,20 @@ public:
     Administrator& operator=(const Administrator&) = delete;
     ~Administrator();
 
+    /// A connection on which names without a schema are the server's own, whoever else made some.
     Connection connect(const std::string& database);
+    /// To the database that the request names.
+    Connection connect() { return connect(request_.place.database); }
 
 private:
+    Connection connected(const std::string& database);
+
     const Request& request_;
     std::string password_;
 };
 
 /// Makes what is missing: the database, and in it schema, table and the rules that keep people's records
-/// apart. What is there stays as it is.
+/// apart. What is there stays as it is. Throws where schema or table are somebody else's.
 void setUp(Administrator& administrator, const Request& request);
 
 /// Whether that is one of Velmora's people. Throws for a role of another use or with rights that no person
@@ -38,11 +43,16 @@ void setUp(Administrator& administrator, const Request& request);
 bool isPerson(Connection& server, const std::string& person);
 
 /// Lets a person in, or gives one that is in the new password, which the server learns only in the form that
-/// it keeps. Throws where `isPerson` does.
-void addPerson(Connection& server, const std::string& person, const std::string& password);
+/// it keeps. Who is new finds no records of an earlier person of that name. Throws where `isPerson` does.
+void addPerson(Administrator& administrator, const std::string& person, const std::string& password);
 
-/// Removes a person and that person's records, and ends their connections.
-void removePerson(Connection& server, const std::string& person);
+/// Shuts a person out, ends their connections, and removes the role and the records, those in other databases
+/// of the server too. Throws where the role owns things of other uses, and then leaves both.
+void removePerson(Administrator& administrator, const std::string& person);
+
+/// What makes schema and table other ones than `setUp` makes, or lets others change them, as a sentence;
+/// empty where nothing does.
+std::string foreignness(Connection& server);
 
 /// Prints a line for each thing that is right or wrong. Whether all is right.
 bool check(Connection& server, const std::string& database);

@@ -30,11 +30,11 @@ void print(const std::string& text)
 
 void add(Administrator& administrator, const Request& request)
 {
-    auto server = administrator.connect(request.place.database);
+    auto server = administrator.connect();
     isPerson(server, request.person); // so that nobody is asked for a password in vain
     auto password = passwordFor(request.passwordFile, tr("New password of %1:", request.person), true);
     try {
-        addPerson(server, request.person, password);
+        addPerson(administrator, request.person, password);
     } catch (...) {
         wipe(password);
         throw;
@@ -51,12 +51,14 @@ bool run(const Request& request)
         add(administrator, request);
         return true;
     }
+    if (request.command == Request::Command::remove) {
+        removePerson(administrator, request.person);
+        print(tr("%1 and the records are gone.", request.person) + '\n');
+        return true;
+    }
     if (request.command == Request::Command::setup) setUp(administrator, request);
-    auto server = administrator.connect(request.place.database);
-    if (request.command != Request::Command::remove) return check(server, request.place.database);
-    removePerson(server, request.person);
-    print(tr("%1 and the records are gone.", request.person) + '\n');
-    return true;
+    auto server = administrator.connect();
+    return check(server, request.place.database);
 }
 
 /// By the socket a server mostly asks the system who somebody is.
