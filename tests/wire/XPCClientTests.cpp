@@ -97,6 +97,13 @@ TEST_F(XPCClientTest, LetsAPersonBeAskedForWhatAPersonWantsAloneAndTellsOfARefus
     EXPECT_EQ(refusals, std::vector<std::string>{"needs password"});
     client->asPerson([&] { client->updateSettings({.customChargeLimit = 72}); });
     EXPECT_EQ(refusals.back(), "") << "a person has tried anew";
+    daemon->charger().settingsChanged(archived({.customChargeLimit = 72}));
+    ASSERT_TRUE(eventually([&] { return client->told()->held.customChargeLimit == 72; }));
+    client->updateSettings({.customChargeLimit = 73});
+    daemon->charger().changeRefused(Refused::denied, service.callers.back());
+    daemon->charger().settingsChanged(archived({.customChargeLimit = 74}));
+    ASSERT_TRUE(eventually([&] { return client->told()->held.customChargeLimit == 74; }));
+    EXPECT_EQ(refusals.back(), "") << "nobody asked for that one";
     EXPECT_EQ(log.count("needs password"), 1U);
 }
 

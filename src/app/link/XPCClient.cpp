@@ -135,6 +135,7 @@ void XPCClient::forgetRecords()
     settings_.reset();
     told_.reset();
     sentLast_.reset();
+    asked_.reset();
     if (chargerRecord_) chargerRecord_->forget();
     if (settingsRecord_) settingsRecord_->forget();
 }
@@ -151,6 +152,7 @@ void XPCClient::takeSettings(const KeyedArchive& news, RecordFollower::Told how)
              .isAnswer = how == RecordFollower::Told::inAnswer};
     if (settings_ && !told_->isAnswer) told_->byOthers = differing(*settings_, told) & fields;
     settings_ = settings_ ? combined(*settings_, told, fields) : told;
+    if (asked_ == told_->held) asked_.reset();
     toldLast_ = fields;
     if (const auto handler = onSettingsChange) handler();
 }
@@ -274,7 +276,10 @@ void XPCClient::updateSettings(const ChargingSettings& settings)
     if (!settings_) return;
     settings_ = settings;
     if (sentLast_ == settings) return;
-    if (isPersonsWish_) setRefusal("");
+    if (isPersonsWish_) {
+        asked_ = told_ && told_->held == settings ? std::nullopt : std::optional(settings);
+        setRefusal("");
+    }
     attempt("send the settings", [&] {
         const auto call = newCall(wire::daemon_protocol::updateSettings);
         dbus::check(sd_bus_message_set_expect_reply(call.get(), false), "one way");
@@ -306,7 +311,7 @@ void XPCClient::asPerson(const std::function<void()>& act)
 
 int XPCClient::changeRefused(sd_bus_message* signal)
 {
-    if (!daemon_->sent(signal)) return 0;
+    if (!daemon_->sent(signal) || !std::exchange(asked_, std::nullopt)) return 0;
     const char* given = nullptr;
     dbus::check(sd_bus_message_read(signal, "s", &given), "read a refusal");
     const auto* why = std::ranges::find(refusedTexts, std::string_view(given));

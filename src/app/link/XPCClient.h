@@ -65,8 +65,8 @@ public:
     /// Settings that `act` sends are a person's wish, who may be asked for a password for them. All others
     /// are sent by the program itself, which asks nobody.
     void asPerson(const std::function<void()>& act) override;
-    /// Why the daemon refused what was sent last, as one of `refusedTexts`; empty where it has not, or a
-    /// person has tried anew.
+    /// Why the daemon refused what a person asked for last, as one of `refusedTexts`; empty where it has not,
+    /// or a person has tried anew. What the program itself sends may be refused without a word here.
     const std::string& refusal() const { return refusal_; }
     /// Called when that has changed.
     std::function<void()> onRefusal;
@@ -134,6 +134,8 @@ private:
     /// The last message to this daemon; nothing once it has contradicted that, and so may have refused it.
     std::optional<ChargingSettings> sentLast_;
     bool isPersonsWish_ = false; ///< while a person's deed is done
+    /// What a person asked for, until the daemon holds it or has refused it.
+    std::optional<ChargingSettings> asked_;
     std::string refusal_;
     bool isDaemonMissing_ = false;
     std::list<dbus::Slot> matches_;
