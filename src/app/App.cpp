@@ -22,7 +22,7 @@ App::App(LinuxPlatform& platform)
         model_.fleet().daemonAppeared();
     };
     client_->onDaemonPresence = [this] {
-        if (client_->isDaemonMissing()) model_.fleet().daemonGone();
+        if (client_->isDaemonMissing()) model_.daemonGone();
         travelCharge_.chargerChanged();
         if (onChargerChange) onChargerChange();
         if (onDaemonPresence) onDaemonPresence();

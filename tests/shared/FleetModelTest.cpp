@@ -128,6 +128,10 @@ TEST_F(FleetModelTest, TicksWhileThereIsADatabaseAndKeepsWhatIsSelected)
     EXPECT_EQ(model.selectedDeviceID.get(), "SHELF");
     database->isFailing = false;
     tick();
+    model.selectedDeviceID.set(std::nullopt);
+    tick();
+    EXPECT_FALSE(model.selectedDeviceID.get()) << "there is one first refresh";
+    EXPECT_EQ(model.percentage.get(), 71);
     manager.leave([](bool) {});
     loop.advance(1h);
     EXPECT_THAT(model.fleetStates.get(), IsEmpty());
@@ -201,10 +205,17 @@ TEST_F(FleetModelTest, SendsNothingOfAnotherMachineShownFirst)
     EXPECT_EQ(model.percentage.get(), 3);
     EXPECT_FALSE(model.isStorageModeEnabled.get());
     EXPECT_EQ(own().value<double>(field::percentage), 71) << "uploaded before";
-    command({{field::remoteChargeLimit, 60.0}, {field::remoteAppleMode, true}});
 
     database->calls.clear();
-    loop.advance(3min);
+    const auto questions = daemon->stateRequests.size();
+    manager.leave([](bool) {});
+    loop.advance(FleetPolling::patience);
+    EXPECT_GT(daemon->stateRequests.size(), questions) << "whatever becomes of the database";
+    join();
+    loop.advance(1min);
+    command({{field::remoteChargeLimit, 60.0}, {field::remoteAppleMode, true}});
+    loop.advance(2min);
+    EXPECT_EQ(machine.log->count("The daemon does not answer"), 1U);
     EXPECT_THAT(daemon->sent, IsEmpty()) << "until the daemon has answered";
     EXPECT_THAT(database->calls, testing::Each(testing::Not(testing::StartsWith("save"))));
     EXPECT_EQ(model.customChargeLimit.get(), 80);
@@ -241,12 +252,16 @@ TEST_F(FleetModelTest, APersonsChangeOutlivesTheFirstRefresh)
         model.notifyOnCycle.set(true);
         model.syncSettingsToDaemon();
     });
+    held.notifyOnCycle = true;
+    model.asPerson([&] { model.customHysteresis.set(9); });
+    held.customHysteresis = 5; // later, by velmoractl
+    tell(differing({}, {.customHysteresis = 5}));
     loop.advance(5s);
     EXPECT_THAT(daemon->sent, IsEmpty());
-    daemon->stateRequests.back()(ownState(80, true));
+    daemon->stateRequests.back()({71, false, "AC", "Fair", 80, 5, -1, -1, true});
     machine.settle();
     const ChargingSettings wanted{
-        .isStorageModeEnabled = true, .customChargeLimit = 75, .notifyOnCycle = true};
+        .isStorageModeEnabled = true, .customChargeLimit = 75, .customHysteresis = 5, .notifyOnCycle = true};
     EXPECT_THAT(daemon->sent, ElementsAre(wanted)) << "the owner's, rather than the command's";
     EXPECT_EQ(daemon->persons, 1U) << "who may be asked for a password";
     take(wanted);
@@ -304,6 +319,18 @@ TEST_F(FleetModelTest, TheOwnerAtTheMachineWins)
     tick();
     EXPECT_EQ(machine.log->count("Took over"), 1U) << "that it does what it wants itself is no news";
 
+    loop.advance(5min);
+    command({{field::remoteChargeLimit, 61.0}});
+    setByHand(79); // before the command was read
+    take({.customChargeLimit = 79});
+    database->isFailing = true;
+    tick();
+    EXPECT_EQ(commandedLimit(), 61);
+    database->isFailing = false;
+    for (int times = 0; times < 2; ++times) tick();
+    EXPECT_EQ(model.customChargeLimit.get(), 79);
+    EXPECT_EQ(commandedLimit(), 79);
+
     commanded(61);
     held.customChargeLimit = 88; // by velmoractl
     tell(differing({}, {.customChargeLimit = 88}));
@@ -353,6 +380,7 @@ TEST_F(FleetModelTest, TellsWhatTheDaemonHoldsAndLogsWhoseCommandItTook)
     EXPECT_EQ(machine.log->count("Took over"), 0U);
     for (int times = 0; times < 2; ++times) tick();
     EXPECT_EQ(machine.log->count("Could not take over a command of De sk"), 1U);
+    EXPECT_FALSE(recorded()->acceptsCommands) << "as long as the daemon obeys none";
     take({.isAppleRecommendedMode = false, .isStorageModeEnabled = true, .customChargeLimit = 60});
     loop.advance(2s);
     wanted = {.limit = 60, .isStorageModeOn = true, .acceptsCommands = true, .commandTaken = given};
@@ -369,11 +397,25 @@ TEST_F(FleetModelTest, TellsWhatTheDaemonHoldsAndLogsWhoseCommandItTook)
     wanted.acceptsCommands = false;
     EXPECT_EQ(recorded(), wanted);
     model.fleet().acceptCommands(true);
-    model.fleet().daemonGone();
+    model.daemonGone();
+    store("ME", {{field::percentage, 12.0}});
+    tick();
     loop.advance(2s);
     EXPECT_EQ(recorded(), wanted) << "nobody is there to obey";
+    EXPECT_EQ(own().value<double>(field::percentage), 12) << "nor to tell the level";
+    tell();
+    daemon->push(ownState(60));
+    loop.advance(2s);
+    command({{field::remoteChargeLimit, 40.0}, {field::isStorageModeEnabled, true}}, 0, "Liar (ME)");
+    tick();
+    EXPECT_EQ(machine.log->count("Took over a command of Liar (ME)"), 1U) << "but for the limit";
+    records->stored.clear(); // by another machine
+    held.isAppleRecommendedMode = true;
     tell();
     loop.advance(2s);
+    EXPECT_THAT(records->stored, IsEmpty()) << "no machine without a battery";
+    for (int times = 0; times < 2; ++times) tick();
+    EXPECT_TRUE(recorded()->isAutoProtectOn);
     store("ME", {{field::limitInForce, 1.0}});
     tick();
     EXPECT_EQ(recorded()->limit, 60) << "somebody else has written it";

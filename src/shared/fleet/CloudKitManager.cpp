@@ -103,18 +103,16 @@ void CloudKitManager::syncRemoteControl(double limit, bool mode, std::optional<b
                                         const std::optional<std::string>& targetDeviceID)
 {
     if (!database_) return;
-    const auto target = targetDeviceID.value_or(currentDeviceID_);
-    // Saved first: whoever reads the command then reads whose it is.
-    CloudRecord whose(device_record::type, device_record::nameOf(target));
-    whose.set(device_record::commandOrigin, origin());
-    database_->save(std::move(whose), [](const auto&) {});
-    const auto fill = [this, limit, mode, storageMode](CloudRecord& record) {
+    const bool isOwn = !targetDeviceID;
+    const auto fill = [this, limit, mode, storageMode, isOwn](CloudRecord& record) {
         record.set(device_record::remoteChargeLimit, limit);
         record.set(device_record::remoteAppleMode, mode);
         if (storageMode) record.set(device_record::isStorageModeEnabled, *storageMode);
         record.set(device_record::commandTimestamp, clock_->now());
+        record.set(device_record::commandOrigin, origin());
+        if (isOwn) lastOwnCommand_ = clock_->now();
     };
-    change(target, fill, [](const auto&) {});
+    change(targetDeviceID.value_or(currentDeviceID_), fill, [](const auto&) {});
 }
 
 void CloudKitManager::fetchLatestReport(const std::optional<std::string>& deviceID,
@@ -171,7 +169,14 @@ void CloudKitManager::saveInForce(const SettingsInForce& settings)
     record.set(device_record::acceptsCommands, settings.acceptsCommands);
     if (settings.commandTaken) record.set(device_record::commandTaken, *settings.commandTaken);
     const auto saved = [this](const auto& error) { note("CloudKit settings", error); };
-    database_->save(std::move(record), onMainThread<std::optional<CloudError>>(saved));
+    const auto fetched = [this, record, saved](const CloudResult<CloudRecord>& result) {
+        const auto* found = std::get_if<CloudRecord>(&result);
+        if (found && found->value<Date>(device_record::lastUpdate))
+            database_->save(record, onMainThread<std::optional<CloudError>>(saved));
+        else if (const auto error = errorOf(result); error && error->code == CloudError::Code::failed)
+            saved(error);
+    };
+    database_->fetch(record.name(), onMainThread<CloudResult<CloudRecord>>(fetched));
 }
 
 void CloudKitManager::removeDevice(const std::string& deviceID, std::function<void(bool)> completion)

@@ -66,6 +66,8 @@ public:
     /// recommended mode, and storage mode where it is given. What becomes of it nobody is told.
     void syncRemoteControl(double limit, bool mode, std::optional<bool> storageMode,
                            const std::optional<std::string>& targetDeviceID);
+    /// The time of the last command that was written for no other device, as far as that is known.
+    const std::optional<Date>& lastOwnCommand() const { return lastOwnCommand_; }
 
     /// Reads the record of one device, or of this machine.
     void fetchLatestState(const std::optional<std::string>& deviceID, std::function<void(State)> completion);
@@ -76,7 +78,8 @@ public:
     /// Lists the first records of devices in the order in which they were created; see `devices`.
     void fetchAllDeviceStates(std::function<void(std::vector<SharedBatteryState>)> completion);
 
-    /// Says in this machine's record what is in force here, beside its state.
+    /// Says in this machine's record what is in force here, beside its state. Not where there is no state:
+    /// the others would see an empty battery.
     void saveInForce(const SettingsInForce& settings);
 
     /// Removes the record of a device; `completion` is told whether it is gone.
@@ -101,6 +104,7 @@ private:
     std::set<std::string, std::less<>> failing_; ///< operations whose failure was logged
     std::string deviceName_;
     std::string currentDeviceID_;
+    std::optional<Date> lastOwnCommand_;
     std::shared_ptr<CloudDatabase> database_;
     std::unique_ptr<Lifetime> using_; ///< ends with the use of that database, and its answers with it
 };

@@ -195,6 +195,12 @@ bool BatteryModel::fetchStateForFleet()
     return true;
 }
 
+void BatteryModel::daemonGone()
+{
+    isToldOf_ = false;
+    fleet_.daemonGone();
+}
+
 void BatteryModel::fetchInitialState()
 {
     if (!daemonClient_) return;

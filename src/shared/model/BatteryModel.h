@@ -109,6 +109,8 @@ public:
     void fetchFleetStates() { fleet_.fetchStates(); }
     /// Uploads, looks for a command and lists now, without waiting for a minute to pass.
     void syncFleetNow() { fleet_.tick(); }
+    /// The daemon went: what it has told of the battery is shown on, and told to no other machine.
+    void daemonGone();
     /// What it has to be told by who owns the model.
     FleetPolling& fleet() { return fleet_; }
 

@@ -15,6 +15,7 @@ FleetPolling::FleetPolling(BatteryModel& model, Hands hands)
       hands_(std::move(hands)),
       manager_(CloudKitManager::shared()),
       loop_(Platform::current().mainLoop),
+      log_(Platform::current().log),
       commands_(model),
       inForceNews_(*loop_, quiet, [this] { saveInForce(); })
 {
@@ -43,7 +44,6 @@ void FleetPolling::follow(bool hasDatabase)
 
 void FleetPolling::tick()
 {
-    if (isHoldingBack_) hands_.ask(); // the answer may have been lost
     upload();
     poll();
     fetchStates();
@@ -68,10 +68,10 @@ void FleetPolling::poll()
 void FleetPolling::polled(const std::optional<DeviceReport>& own)
 {
     commands_.read(own);
-    isListed_ = isListed_ || (own && own->lastUpdate);
+    isListed_ = own && own->lastUpdate; // another machine may have removed it
     recorded_ = own ? own->inForce : std::nullopt;
     // A listing that is still under way may show another machine first.
-    const bool mayBeFirst = listings_ > 0 && !model_.selectedDeviceID.get();
+    const bool mayBeFirst = listings_ > 0 && isFirstDue();
     if (!mayBeFirst) applyCommand();
     saveInForce();
 }
@@ -87,16 +87,39 @@ void FleetPolling::listed(std::vector<SharedBatteryState> states)
     --listings_;
     const auto first = states.empty() ? std::nullopt : std::optional(states.front());
     model_.fleetStates.set(std::move(states));
-    if (first && !model_.selectedDeviceID.get()) showFirst(*first);
+    if (first && isFirstDue()) showFirst(*first);
+    if (first) isFirstDone_ = true;
     applyCommand();
     saveInForce(); // at once: listings that come one after another would put off what comes soon
+}
+
+bool FleetPolling::isFirstDue() const
+{
+    return !isFirstDone_ && !model_.selectedDeviceID.get();
 }
 
 void FleetPolling::showFirst(const SharedBatteryState& first)
 {
     model_.selectedDeviceID.set(first.deviceID);
     hands_.show(first);
+    isWarned_ = false;
+    holdBack();
+}
+
+/// A daemon that is missing is asked as soon as it appears.
+void FleetPolling::holdBack()
+{
     isHoldingBack_ = hands_.ask();
+    asking_ = isHoldingBack_ && !isDaemonMissing_ ? loop_->every(patience, [this] { askAgain(); }) : nullptr;
+}
+
+void FleetPolling::askAgain()
+{
+    if (!std::exchange(isWarned_, true))
+        log_->warning("BatteryModel",
+                      "The daemon does not answer: changes made here are sent once it has told "
+                      "this machine's state. It is asked again every five seconds.");
+    hands_.ask();
 }
 
 void FleetPolling::applyCommand()
@@ -109,6 +132,7 @@ void FleetPolling::applyCommand()
 void FleetPolling::answered()
 {
     if (!std::exchange(isHoldingBack_, false)) return;
+    asking_ = nullptr;
     commands_.apply();
     const auto fields = std::exchange(personsFields_, {});
     const bool isSendingDue = std::exchange(isSendingDue_, false);
@@ -141,6 +165,7 @@ void FleetPolling::acceptCommands(bool isAccepting)
 
 void FleetPolling::settingsTold(const SettingsTold& told)
 {
+    personsFields_ &= ~told.byOthers; // which is newer
     commands_.settingsTold(told);
     if (!isHoldingBack_) commands_.settle();
     saveInForceSoon();
@@ -148,11 +173,14 @@ void FleetPolling::settingsTold(const SettingsTold& told)
 
 void FleetPolling::daemonAppeared()
 {
-    if (isHoldingBack_) hands_.ask();
+    isDaemonMissing_ = false;
+    if (isHoldingBack_) holdBack();
 }
 
 void FleetPolling::daemonGone()
 {
+    isDaemonMissing_ = true;
+    asking_ = nullptr;
     commands_.daemonGone();
     saveInForceSoon();
 }

@@ -24,8 +24,9 @@ class BatteryModel;
 ///
 /// The first device of the first listing is selected and shown. It may be another one: so the daemon is asked
 /// for this machine's state right away, and nothing is sent, neither to the daemon nor to the others, until
-/// it has answered. What was to be sent is sent then, and what a person has set meanwhile is set again. Main
-/// thread only.
+/// it has answered. What was to be sent is sent then, and what a person has set meanwhile is set again, where
+/// nobody has set it elsewhere since. The daemon is asked until it answers, whatever becomes of the database.
+/// Main thread only.
 class FleetPolling {
     Lifetime lifetime_;
 
@@ -41,6 +42,8 @@ public:
     };
 
     static constexpr std::chrono::seconds interval{60};
+    /// After which a daemon that has not answered is asked again.
+    static constexpr std::chrono::seconds patience{5};
     /// After which the others are told what is in force here since.
     static constexpr std::chrono::seconds quiet{1};
 
@@ -72,7 +75,10 @@ private:
     void poll();
     void polled(const std::optional<DeviceReport>& own);
     void listed(std::vector<SharedBatteryState> states);
+    bool isFirstDue() const;
     void showFirst(const SharedBatteryState& first);
+    void holdBack();
+    void askAgain();
     void applyCommand();
     void saveInForce();
     void saveInForceSoon();
@@ -81,17 +87,22 @@ private:
     Hands hands_;
     CloudKitManager& manager_;
     std::shared_ptr<MainLoop> loop_;
+    std::shared_ptr<Log> log_;
     RemoteCommands commands_;
     Debouncer inForceNews_;
     bool isListed_ = false;                   ///< this machine has a record with its state
     std::optional<SettingsInForce> recorded_; ///< what that says to be in force
     int listings_ = 0;                        ///< under way
+    bool isFirstDone_ = false;                ///< a device was shown, or chosen, at a first listing
+    bool isDaemonMissing_ = false;
     bool isHoldingBack_ = false;
+    bool isWarned_ = false; ///< of that
     bool isSendingDue_ = false;
     bool isUploadDue_ = false;
     SettingsMask personsFields_; ///< set by a person while the daemon's answer was waited for
     ChargingSettings persons_;
     MainLoop::Timer timer_;
+    MainLoop::Timer asking_;
     Subscription database_;
     Subscription uploads_;
 };

@@ -56,7 +56,14 @@ std::string valuesText(const SharedBatteryState& command)
         add("limit " + std::to_string(std::lround(*limit)) + " %");
     if (command.remoteAppleMode) add(std::string("Auto-Protect") + onOff(*command.remoteAppleMode));
     if (command.isStorageModeEnabled) add(std::string("storage mode") + onOff(*command.isStorageModeEnabled));
-    return text.empty() ? "no value that could be" : text;
+    return text;
+}
+
+/// It has values that can be.
+bool isCommand(const SharedBatteryState& state)
+{
+    return state.commandTimestamp && (isLimit(state.remoteChargeLimit.value_or(0)) || state.remoteAppleMode ||
+                                      state.isStorageModeEnabled);
 }
 
 } // namespace
@@ -81,6 +88,7 @@ void RemoteCommands::read(const std::optional<DeviceReport>& own)
     isUnapplied_ = own.has_value();
     if (!own) return;
     own_ = own;
+    isRewriteDue_ = true;
     if (!taken_ && own->inForce) taken_ = own->inForce->commandTaken; // by the run before this one
     warnIfNotTaken();
 }
@@ -88,6 +96,8 @@ void RemoteCommands::read(const std::optional<DeviceReport>& own)
 void RemoteCommands::apply()
 {
     if (!std::exchange(isUnapplied_, false) || !isAccepting_ || !isFresh() || isOverruled()) return;
+    applied_ = own_->state.commandTimestamp;
+    if (isWrittenHere()) return; // with what was in force
     bool hasChanged = false;
     const auto assign = [&](auto& property, const auto& wanted) {
         if (!wanted || *wanted == property.get()) return;
@@ -97,7 +107,6 @@ void RemoteCommands::apply()
         property.set(*wanted);
     };
     const auto command = own_->state;
-    applied_ = command.commandTimestamp;
     if (isLimit(command.remoteChargeLimit.value_or(0)))
         assign(model_.customChargeLimit, command.remoteChargeLimit);
     assign(model_.isAppleRecommendedModeEnabled, command.remoteAppleMode);
@@ -108,9 +117,14 @@ void RemoteCommands::apply()
 void RemoteCommands::changedByPerson(SettingsMask fields, const ChargingSettings& values)
 {
     fields &= commandable();
-    if (fields.none() || !isFresh()) return;
-    overruled_ = own_->state.commandTimestamp;
-    lastDeed_ = clock_->now();
+    if (fields.none()) return;
+    isOwnWish_ = true;
+    remember(fields, values);
+}
+
+void RemoteCommands::remember(SettingsMask fields, const ChargingSettings& values)
+{
+    wish_ = Deed{.at = clock_->now(), .command = isFresh() ? own_->state.commandTimestamp : std::nullopt};
     wished_ = combined(wished_, values, fields);
     wishedFields_ |= fields;
 }
@@ -120,24 +134,34 @@ void RemoteCommands::changedByPerson(SettingsMask fields, const ChargingSettings
 void RemoteCommands::settingsTold(const SettingsTold& told)
 {
     held_ = told.held;
-    isDaemonThere_ = true;
-    changedByPerson(told.byOthers, told.held);
+    if (!std::exchange(isDaemonThere_, true)) isRefused_ = false;
+    if (const auto others = told.byOthers & commandable(); others.any()) remember(others, told.held);
     if (!told.isAnswer || (differing(wished_, told.held) & wishedFields_).none()) return;
     wishedFields_.reset();
-    overruled_.reset();
+    wish_.reset();
+    isOwnWish_ = false;
 }
 
 void RemoteCommands::settle()
 {
     if (!isDaemonThere_) return;
-    if (wishedFields_.any() && (differing(wished_, *held_) & wishedFields_).none()) {
+    if (wish_ && (differing(wished_, *held_) & wishedFields_).none()) {
         wishedFields_.reset();
-        if (isFresh())
-            manager_.syncRemoteControl(model_.customChargeLimit.get(),
-                                       model_.isAppleRecommendedModeEnabled.get(),
-                                       model_.isStorageModeEnabled.get(), std::nullopt);
+        deed_ = std::exchange(wish_, std::nullopt);
+        isRewriteDue_ = true;
+        if (std::exchange(isOwnWish_, false)) isRefused_ = false;
     }
+    if (!wish_) rewrite();
     noteTaken();
+}
+
+/// A save that fails is made good after the next reading.
+void RemoteCommands::rewrite()
+{
+    if (!isRewriteDue_ || !isFresh() || !isOverruled()) return;
+    isRewriteDue_ = false;
+    manager_.syncRemoteControl(held_->customChargeLimit, held_->isAppleRecommendedMode,
+                               held_->isStorageModeEnabled, std::nullopt);
 }
 
 std::optional<SettingsInForce> RemoteCommands::inForce() const
@@ -148,7 +172,7 @@ std::optional<SettingsInForce> RemoteCommands::inForce() const
                     .isAutoProtectOn = held_->isAppleRecommendedMode,
                     .isStorageModeOn = held_->isStorageModeEnabled};
     if (!settings) return std::nullopt;
-    settings->acceptsCommands = isAccepting_ && isDaemonThere_;
+    settings->acceptsCommands = isAccepting_ && isDaemonThere_ && !isRefused_;
     settings->commandTaken = taken_;
     return settings;
 }
@@ -156,27 +180,35 @@ std::optional<SettingsInForce> RemoteCommands::inForce() const
 /// A time that is yet to come is fresh: the other machine's clock may be ahead.
 bool RemoteCommands::isFresh() const
 {
-    const auto given = own_ ? own_->state.commandTimestamp : std::nullopt;
-    return given && clock_->now() - *given < freshness;
+    return own_ && isCommand(own_->state) && clock_->now() - *own_->state.commandTimestamp < freshness;
 }
 
-bool RemoteCommands::isOwn() const
+/// By this run, to overrule another. What others write at the same time may not be told from it.
+bool RemoteCommands::isWrittenHere() const
 {
-    return own_->commandOrigin && own_->commandOrigin->ends_with("(" + manager_.currentDeviceID() + ")");
+    const auto& origin = own_->commandOrigin;
+    const auto last = manager_.lastOwnCommand();
+    return last && own_->state.commandTimestamp <= last && origin &&
+           origin->ends_with("(" + manager_.currentDeviceID() + ")");
 }
 
-/// A command of this machine's own that is older than a person's last change was on its way then.
 bool RemoteCommands::isOverruled() const
 {
+    return isOverruledBy(deed_) || isOverruledBy(wish_);
+}
+
+/// A change that is yet to come was made before the clock was set back.
+bool RemoteCommands::isOverruledBy(const std::optional<Deed>& deed) const
+{
     const auto given = own_->state.commandTimestamp;
-    return overruled_ == given || (isOwn() && *given < lastDeed_);
+    return deed && (given == deed->command || (given < deed->at && deed->at <= clock_->now()));
 }
 
 bool RemoteCommands::isHeld() const
 {
     const auto& command = own_->state;
-    return isDaemonThere_ &&
-           command.remoteChargeLimit.value_or(held_->customChargeLimit) == held_->customChargeLimit &&
+    const auto limit = command.remoteChargeLimit.value_or(0);
+    return isDaemonThere_ && (!isLimit(limit) || limit == held_->customChargeLimit) &&
            command.remoteAppleMode.value_or(held_->isAppleRecommendedMode) == held_->isAppleRecommendedMode &&
            command.isStorageModeEnabled.value_or(held_->isStorageModeEnabled) == held_->isStorageModeEnabled;
 }
@@ -186,18 +218,21 @@ void RemoteCommands::noteTaken()
     const auto given = own_ ? own_->state.commandTimestamp : std::nullopt;
     if (!given || applied_ != given || taken_ == given || isOverruled() || !isHeld()) return;
     taken_ = given;
-    if (!isOwn()) log_->info(category, "Took over a command of " + described() + ".");
+    isRefused_ = false;
+    if (!isWrittenHere()) log_->info(category, "Took over a command of " + described() + ".");
 }
 
 /// Asked at a reading, so that what the reading before it had applied has had its time.
 void RemoteCommands::warnIfNotTaken()
 {
     const auto given = own_->state.commandTimestamp;
-    if (!given || applied_ != given || taken_ == given || warnedOf_ == given || isOverruled()) return;
-    warnedOf_ = given;
+    if (!given || applied_ != given || taken_ == given || isOverruled() || isWrittenHere()) return;
+    isRefused_ = true;
+    if (std::exchange(warnedOf_, given) == given) return;
     log_->warning(category, "Could not take over a command of " + described() +
                                 ": the daemon does not hold to it. It is tried again each minute until it "
-                                "is five minutes old.");
+                                "is five minutes old; the other machines are told that this one takes none "
+                                "until a change of its settings succeeds here.");
 }
 
 std::string RemoteCommands::described() const

@@ -19,12 +19,15 @@ class BatteryModel;
 /// others may know of the settings here.
 ///
 /// A command is applied while it is fresh, at each reading anew: only what differs is assigned, so that
-/// nothing has to be remembered of it. It counts as taken over once the daemon holds all of its values; that
-/// is a line in the log, with who has given it.
+/// nothing has to be remembered of it. A limit out of range is no part of it. It counts as taken over once
+/// the daemon holds all of its values; that is a line in the log, with who has given it. One that it has not
+/// taken over by the next reading shows that commands are refused here, and the others are told so until a
+/// change of settings succeeds or the daemon comes anew.
 ///
-/// The owner at the machine wins: once the daemon has taken over a person's change here, made while a command
-/// was fresh, the command is written anew with the values of this machine. Until then it is passed over. A
-/// change that the daemon refuses leaves the command in force. Main thread only.
+/// The owner at the machine wins: a person's change here overrules every command that was given before it, by
+/// its sender's clock, or that was known, also one that is read later. Such a command is passed over, and
+/// written anew with the values of this machine once the daemon has taken the change over. A change that the
+/// daemon refuses overrules nothing. Main thread only.
 class RemoteCommands {
 public:
     static constexpr double freshness = 300; ///< seconds for which a command counts
@@ -53,10 +56,19 @@ public:
     std::optional<SettingsInForce> inForce() const;
 
 private:
+    /// A person's change here.
+    struct Deed {
+        Date at;
+        std::optional<Date> command; ///< that was fresh then: by another clock, it may have been given later
+    };
+
+    void remember(SettingsMask fields, const ChargingSettings& values);
     bool isFresh() const;
-    bool isOwn() const;
+    bool isWrittenHere() const;
     bool isOverruled() const;
+    bool isOverruledBy(const std::optional<Deed>& deed) const;
     bool isHeld() const;
+    void rewrite();
     void noteTaken();
     void warnIfNotTaken();
     std::string described() const;
@@ -69,13 +81,15 @@ private:
     bool isAccepting_ = true;
     std::optional<DeviceReport> own_; ///< the last one that was read
     bool isUnapplied_ = false;        ///< since that
-    std::optional<Date> applied_;     ///< the command, by when it was given; so are the next three
+    std::optional<Date> applied_;     ///< the command, by when it was given; so are the next two
     std::optional<Date> taken_;
     std::optional<Date> warnedOf_;
-    std::optional<Date> overruled_;
-    Date lastDeed_; ///< of a person's that overruled a command
-    // What a person has changed and the daemon has not told yet.
-    SettingsMask wishedFields_;
+    bool isRefused_ = false;    ///< the daemon does not let this user's commands through
+    std::optional<Deed> deed_;  ///< the last one that the daemon has taken over
+    bool isRewriteDue_ = false; ///< once for each reading and deed
+    std::optional<Deed> wish_;  ///< the last one while the daemon has not told of it
+    bool isOwnWish_ = false;    ///< made through this program
+    SettingsMask wishedFields_; ///< by that, and what they are to be
     ChargingSettings wished_;
     bool isDaemonThere_ = false;
     std::optional<ChargingSettings> held_; ///< by the daemon, when it last told
