@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "DeafBus.h"
 #include "LinuxPlatform.h"
 #include "Options.h"
 #include "RecordingLog.h"
@@ -9,13 +10,8 @@
 #include "bus/ApplicationObject.h"
 #include "bus/SessionBus.h"
 
-#include <algorithm>
 #include <atomic>
-#include <cerrno>
-#include <future>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <thread>
 #include <unistd.h>
 
@@ -24,22 +20,16 @@ namespace {
 
 TEST(SessionBusTest, ABusThatIsNotThereOrTakesConnectionsAndSaysNothingHoldsNobodyUp)
 {
-    const TemporaryFolder folder;
-    const auto path = (folder.path() / "bus").string();
-    const int listening = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + path).c_str(), 1);
+    const DeafBus bus;
+    setenv("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str(), 1);
     EventLoop loop;
     RecordingLog log;
     EXPECT_EQ(SessionBus(loop, log).role(), SessionBus::Role::noBus);
     EXPECT_EQ(log.count(), 1U);
-    ASSERT_EQ(bind(listening, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(listen(listening, 1), 0);
+    bus.listen();
     EXPECT_EQ(SessionBus(loop, log).role(), SessionBus::Role::noBus);
     EXPECT_EQ(log.count("does not answer"), 1U);
     unsetenv("DBUS_SESSION_BUS_ADDRESS");
-    close(listening);
 }
 
 TEST_F(SessionTest, ASecondProgramHandsItsErrandToTheFirst)

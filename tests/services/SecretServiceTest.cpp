@@ -3,6 +3,7 @@
 
 #include "desktop/SecretService.h"
 
+#include "DeafBus.h"
 #include "Keyring.h"
 #include "LoopTest.h"
 #include "ManualLoop.h"
@@ -12,9 +13,6 @@
 #include <csignal>
 #include <future>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 namespace velmora {
 namespace {
@@ -147,14 +145,9 @@ TEST_F(SecretServiceTest, WaitsTenSecondsAtMostForOneThatIsBeingStarted)
 
 TEST_F(SecretServiceTest, ABusThatNeverAnswersHoldsNobodyUp)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.path() / "deaf";
-    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    const Descriptor<::close> deaf(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    ASSERT_EQ(bind(deaf.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(listen(deaf.get(), 8), 0);
-    setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + path).c_str(), 1);
+    const DeafBus deaf;
+    deaf.listen();
+    setenv("DBUS_SESSION_BUS_ADDRESS", deaf.address().c_str(), 1);
     expectUnavailable();
 }
 

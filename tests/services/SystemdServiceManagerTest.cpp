@@ -3,6 +3,7 @@
 
 #include "systemd/SystemdServiceManager.h"
 
+#include "DeafBus.h"
 #include "LoopTest.h"
 #include "PrivateBus.h"
 #include "RecordingLog.h"
@@ -10,10 +11,7 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <thread>
-#include <unistd.h>
 
 namespace velmora {
 namespace {
@@ -154,16 +152,11 @@ TEST_F(SystemdServiceManagerTest, OnlyEnabledIsEnabledAndWhoDoesNotSayIsNotWaite
         isAsking = false;
         systemd.join();
     }
-    const TemporaryFolder folder;
-    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
-    (folder.path() / "deaf").string().copy(address.sun_path, sizeof address.sun_path - 1);
-    setenv("DBUS_SYSTEM_BUS_ADDRESS", (std::string("unix:path=") + address.sun_path).c_str(), 1);
+    const DeafBus deaf;
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", deaf.address().c_str(), 1);
     EXPECT_EQ(service.status(), Status::notRegistered) << "no bus";
-    const int deaf = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    ASSERT_EQ(bind(deaf, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(listen(deaf, 1), 0);
+    deaf.listen();
     EXPECT_EQ(service.status(), Status::notRegistered) << "one that lets nobody in";
-    close(deaf);
     EXPECT_EQ(log.count("Cannot ask systemd"), 3U);
 }
 

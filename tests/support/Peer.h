@@ -40,6 +40,16 @@ public:
 
     /// The answer; null for an error, whose name is then `lastError`.
     dbus::Message ask(const dbus::Message& call);
+    /// A signal with what `append` puts into it: to `to`, or to all.
+    template <typename Append>
+    void say(const char* path, const char* interface, const char* member, Append append,
+             const char* to = nullptr) const
+    {
+        dbus::Message signal;
+        dbus::check(sd_bus_message_new_signal(bus(), out(signal), path, interface, member), member);
+        append(signal.get());
+        dbus::check(sd_bus_send_to(bus(), signal.get(), to, nullptr), member);
+    }
     /// Sends and expects no answer.
     void tell(const dbus::Message& call) const;
     std::string lastError;

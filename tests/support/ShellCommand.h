@@ -5,8 +5,10 @@
 
 #include <array>
 #include <cstdio>
+#include <pty.h>
 #include <string>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace velmora {
 
@@ -25,6 +27,30 @@ inline Outcome shell(const std::string& command)
     while (const auto size = std::fread(part.data(), 1, part.size(), pipe))
         outcome.said.append(part.data(), size);
     const int status = pclose(pipe);
+    outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return outcome;
+}
+
+/// The same on a terminal, on which a person types `line`, its end included, once something is asked there.
+inline Outcome typed(const std::string& command, const std::string& line)
+{
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+        execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+        _exit(127);
+    }
+    Outcome outcome{-1, ""};
+    std::array<char, 4096> part{};
+    bool isTyped = false;
+    for (ssize_t size = 0; (size = read(terminal, part.data(), part.size())) > 0;) {
+        outcome.said.append(part.data(), static_cast<std::size_t>(size));
+        if (!isTyped && outcome.said.ends_with("): "))
+            isTyped = write(terminal, line.data(), line.size()) > 0;
+    }
+    close(terminal);
+    int status = 0;
+    waitpid(child, &status, 0);
     outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return outcome;
 }

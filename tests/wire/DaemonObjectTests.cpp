@@ -218,12 +218,9 @@ TEST_F(DaemonObjectTest, BelievesLogindAloneAndHasItWaitWithASleep)
     const char* name = nullptr;
     sd_bus_message_read(made, "s", &name);
     const auto wakeUp = [&](bool isSleep = false) {
-        sd_bus_message* signal = nullptr;
-        sd_bus_message_new_signal(peer.bus(), &signal, "/org/freedesktop/login1",
-                                  "org.freedesktop.login1.Manager", "PrepareForSleep");
-        const dbus::Message sent(signal);
-        sd_bus_message_append(signal, "b", isSleep);
-        ASSERT_GE(sd_bus_send_to(peer.bus(), signal, name, nullptr), 0);
+        const auto append = [&](auto* signal) { sd_bus_message_append(signal, "b", isSleep); };
+        peer.say("/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep", append,
+                 name);
     };
     wakeUp();
     peer.sync();

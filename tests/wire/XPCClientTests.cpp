@@ -286,13 +286,7 @@ TEST_F(XPCClientTest, TellsOfEventsAndDropsWhatIsNone)
     std::vector<ChargeEvent> events;
     client->onEvent = [&](const auto& event) { events.push_back(event); };
     const auto tell = [&](const auto& append) {
-        sd_bus_message* made = nullptr;
-        ASSERT_GE(sd_bus_message_new_signal(daemon.bus(), &made, wire::objectPath, wire::charger::interface,
-                                            "Occurred"),
-                  0);
-        const dbus::Message signal(made);
-        append(made);
-        ASSERT_GE(sd_bus_send(daemon.bus(), made, nullptr), 0);
+        daemon.say(wire::objectPath, wire::charger::interface, "Occurred", append);
     };
     const auto tellRecord = [&](const KeyedArchive& record) {
         tell([&](auto* signal) { dbus::append(signal, record); });
@@ -354,11 +348,7 @@ TEST_F(XPCClientTest, APushOfAnybodyElseIsDropped)
 
     Peer spoofer(loop);
     const auto send = [&](const char* path, const char* interface, const char* member, const auto& append) {
-        sd_bus_message* made = nullptr;
-        ASSERT_GE(sd_bus_message_new_signal(spoofer.bus(), &made, path, interface, member), 0);
-        const dbus::Message signal(made);
-        append(made);
-        ASSERT_GE(sd_bus_send_to(spoofer.bus(), made, victim.c_str(), nullptr), 0);
+        spoofer.say(path, interface, member, append, victim.c_str());
     };
     send(dbus::busPath, dbus::busName, "NameOwnerChanged", [&](auto* signal) {
         sd_bus_message_append(signal, "sss", wire::serviceName, "", spoofer.name().c_str());
