@@ -2,17 +2,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "App.h"
+#include "DeafBus.h"
 #include "SimulatedLaptopTest.h"
 #include "bus/Records.h"
 
-#include <atomic>
 #include <cstdlib>
-#include <future>
 #include <map>
 #include <poll.h>
 #include <set>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace velmora {
@@ -157,31 +155,6 @@ struct ApplicationTest : SimulatedLaptopTest {
     std::optional<App> app;
 };
 
-TEST_F(ApplicationTest, QuickChargeEndsByItselfAndStaysEndedThroughARestart)
-{
-    beginAt(79);
-    model().toggleTemporaryOverride();
-    ASSERT_TRUE(becomes(99, 100));
-    ASSERT_TRUE(passUntil(100, "Full"));
-    ASSERT_TRUE(becomes(78, 80)) << "it ends by itself";
-    ASSERT_TRUE(eventually([&] { return !model().isTemporaryOverrideEnabled.get(); })) << "and is not shown";
-    model().toggleTemporaryOverride();
-    ASSERT_TRUE(becomes(99, 100)) << "it can be asked for again at once";
-    model().toggleTemporaryOverride();
-    ASSERT_TRUE(becomes(78, 80));
-    ASSERT_TRUE(tellsHeatNotice(false));
-    EXPECT_EQ(end(), 80) << "its echo starts nothing";
-    stopDaemon();
-    startDaemon();
-    ASSERT_TRUE(tellsHeatNotice(true));
-    EXPECT_EQ(end(), 80) << "nor after a restart";
-    daemon->signal(SIGKILL);
-    daemon->wait();
-    startDaemon();
-    ASSERT_TRUE(tellsHeatNotice(false));
-    EXPECT_EQ(end(), 80) << "nor after a crash";
-}
-
 TEST_F(ApplicationTest, ChoicesOutliveALogIn)
 {
     Eavesdropper ear(loop, bus.address());
@@ -233,97 +206,16 @@ TEST_F(ApplicationTest, ApplicationsFollowAChangeByAnybodyAndTakeNothingBack)
     }
 }
 
-/// One application of a fleet; what the other machines do, the test writes into the store.
-struct FleetApplicationTest : ApplicationTest {
-    void joinFleet()
-    {
-        others = Platform::current().recordStores->open({}, [] { return std::string(); });
-        ASSERT_TRUE(others) << log();
-        write("DESK", {{"percentage", 3.0}, {"isCharging", true}});
-        app->ecosystemSync().turnOn();
-        ASSERT_TRUE(eventually([&] { return own().lastUpdate.has_value(); }));
-    }
-
-    void write(const std::string& device, const CloudRecord::Fields& fields)
-    {
-        CloudRecord record("DeviceStatus", "DeviceStatus_" + device);
-        for (const auto& [name, value] : fields) record.set(name, value);
-        std::atomic<bool> isDone = false;
-        others->save(record, [&](const auto& error) { isDone = !error; });
-        ASSERT_TRUE(eventually([&] { return isDone.load(); }));
-    }
-    DeviceReport own()
-    {
-        std::promise<CloudResult<CloudRecord>> answer;
-        others->fetch("DeviceStatus_" + app->ecosystemSync().deviceID.get(),
-                      [&](auto result) { answer.set_value(std::move(result)); });
-        const auto result = answer.get_future().get();
-        const auto* record = std::get_if<CloudRecord>(&result);
-        return record ? DeviceReport(*record) : DeviceReport();
-    }
-    bool ticks()
-    {
-        if (!eventually([] { return !CloudKitManager::shared().isSyncing.get(); })) return false;
-        const auto before = own().lastUpdate;
-        model().syncFleetNow();
-        return eventually([&] { return own().lastUpdate > before; });
-    }
-
-    std::shared_ptr<CloudDatabase> others;
-};
-
-TEST_F(FleetApplicationTest, KeepsToItselfWhoeverIsListedFirstObeysAndGivesWayToItsOwner)
-{
-    beginAt(60);
-    ASSERT_TRUE(peer.set({.isStorageModeEnabled = true}));
-    ASSERT_TRUE(becomes(48, 50));
-    ASSERT_TRUE(eventually([&] { return model().isStorageModeEnabled.get(); }));
-    joinFleet();
-    for (int tick = 0; tick < 3; ++tick) ASSERT_TRUE(ticks());
-    EXPECT_EQ(model().selectedDeviceID.get(), "DESK");
-    ASSERT_TRUE(eventually([&] { return own().inForce.has_value(); }));
-    EXPECT_EQ(end(), 50);
-    EXPECT_NEAR(own().state.percentage, 60, 1);
-    SettingsInForce wanted{
-        .limit = 80, .isAutoProtectOn = true, .isStorageModeOn = true, .acceptsCommands = true};
-    EXPECT_EQ(own().inForce, wanted);
-
-    const auto given = platform->clock().now();
-    write(app->ecosystemSync().deviceID.get(), {{"remoteChargeLimit", 65.0},
-                                                {"remoteAppleMode", true},
-                                                {"isStorageModeEnabled", false},
-                                                {"commandTimestamp", given},
-                                                {"commandOrigin", "Desk (DESK)"}});
-    ASSERT_TRUE(ticks());
-    EXPECT_TRUE(becomes(63, 65));
-    EXPECT_TRUE(eventually([&] { return own().inForce->commandTaken.has_value(); }));
-    EXPECT_NEAR(*own().inForce->commandTaken - given, 0, 0.001);
-
-    ASSERT_TRUE(peer.set({.customChargeLimit = 85}));
-    ASSERT_TRUE(becomes(83, 85));
-    EXPECT_TRUE(eventually([&] { return own().state.remoteChargeLimit == 85; })) << "by another program";
-    app->asPerson([&] {
-        model().customChargeLimit.set(75);
-        model().syncSettingsToDaemon();
-    });
-    EXPECT_TRUE(eventually([&] { return own().state.remoteChargeLimit == 75; })) << "here";
-    for (int tick = 0; tick < 2; ++tick) ASSERT_TRUE(ticks());
-    EXPECT_TRUE(becomes(73, 75));
-}
-
 using DeafBusTest = SystemTest;
 
 TEST_F(DeafBusTest, ABusThatNeverAnswersHoldsNobodysEnd)
 {
     layLaptop();
-    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
-    const std::string path = folder.path() / "deaf";
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    pollfd listener{socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0), POLLIN, 0};
-    ASSERT_EQ(bind(listener.fd, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    ASSERT_EQ(listen(listener.fd, 1), 0);
+    const DeafBus deaf;
+    deaf.listen();
+    pollfd listener{deaf.descriptor(), POLLIN, 0};
     auto variables = environment();
-    variables["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=" + path;
+    variables["DBUS_SYSTEM_BUS_ADDRESS"] = deaf.address();
     for (const char* name : {"velmorad", "velmora"}) {
         SCOPED_TRACE(name);
         Process program(std::string(VELMORA_BIN "/") + name, variables, folder.path() / "log");
@@ -332,7 +224,6 @@ TEST_F(DeafBusTest, ABusThatNeverAnswersHoldsNobodysEnd)
         EXPECT_EQ(program.terminate(), 0);
         close(connection);
     }
-    close(listener.fd);
     EXPECT_EQ(end(), 100) << "without the name the charger is not this daemon's to hold";
     EXPECT_FALSE(std::filesystem::exists(state() / "settings.json"));
 }

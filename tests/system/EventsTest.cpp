@@ -23,7 +23,8 @@ struct EventsTest : SystemTest {
         startDaemon();
         const auto heard = [](sd_bus_message* signal, void* self, sd_bus_error*) {
             const auto event = ChargeEvent::unarchived(dbus::readArchive(signal));
-            if (event) static_cast<EventsTest*>(self)->events.push_back(*event);
+            if (event && event->kind != ChargeEvent::Kind::levelLost)
+                static_cast<EventsTest*>(self)->events.push_back(*event);
             return 0;
         };
         listening = dbus::match(
@@ -47,19 +48,12 @@ struct EventsTest : SystemTest {
         LoopTest::serve();
     }
 
-    /// Told next, and nothing else before it but points that were lost.
-    testing::AssertionResult tells(ChargeEvent::Kind kind)
+    /// Told next, and nothing else before it.
+    bool tells(ChargeEvent::Kind kind)
     {
-        const auto isLevel = [](const auto& one) { return one.kind == ChargeEvent::Kind::levelLost; };
-        const bool isTold = eventually([&] {
-            if (kind != ChargeEvent::Kind::levelLost) std::erase_if(events, isLevel);
-            return !events.empty();
-        });
-        if (!isTold) return testing::AssertionFailure() << "nothing was told";
-        const auto first = events.front();
-        events.erase(events.begin());
-        if (first.kind == kind) return testing::AssertionSuccess();
-        return testing::AssertionFailure() << chargeEventKinds.at(static_cast<std::size_t>(first.kind));
+        EXPECT_TRUE(eventually([&] { return !events.empty(); }));
+        const auto told = std::exchange(events, {});
+        return told.size() == 1 && told.front().kind == kind;
     }
 
     TreeOptions options{.folder = tree(), .isPlain = true};
@@ -94,17 +88,6 @@ TEST_F(EventsTest, WhatHappensToALaptopIsToldOnceAndNoPauseForHeatOutlivesTheDae
     EXPECT_TRUE(eventually([this] { return end() < 80; })) << "until it has lasted again";
     stopDaemon();
     EXPECT_EQ(end(), 80);
-    owner->command("heat 30");
-    startDaemon();
-
-    owner->command("cycle");
-    ASSERT_TRUE(tells(Kind::cycleCompleted));
-    owner->command("unplug");
-    owner->command("plug");
-    owner->command("unplug");
-    ASSERT_TRUE(tells(Kind::powerSourceChanged));
-    owner->command("level 19");
-    EXPECT_TRUE(eventually([this] { return !events.empty() && events.back().level == 19; }));
 }
 
 } // namespace

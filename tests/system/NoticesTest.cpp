@@ -8,8 +8,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <gmock/gmock.h>
-#include <list>
-#include <unistd.h>
 
 namespace velmora {
 namespace {
@@ -22,31 +20,16 @@ class Desktop {
 public:
     static constexpr double lowBatteryLimit = 25; ///< not the usual one, so that it tells who knows it
 
-    /// `sessions` has the files of logind that this desktop's velmora sees, where `session` is its own; an
-    /// empty name for a desktop without logind.
-    Desktop(EventLoop& loop, Process::Environment environment, const std::filesystem::path& sessions,
-            const std::string& session)
-        : environment_(std::move(environment))
+    Desktop(EventLoop& loop, Process::Environment environment) : environment_(std::move(environment))
     {
         environment_["DBUS_SESSION_BUS_ADDRESS"] = bus_.address();
         environment_["XDG_CONFIG_HOME"] = folder_.path() / "config";
         environment_["XDG_RUNTIME_DIR"] = folder_.path();
-        environment_["XDG_SESSION_ID"] = session;
+        environment_["XDG_SESSION_ID"] = "";
         environment_["DISPLAY"] = environment_["WAYLAND_DISPLAY"] = "";
         folder_.write("config/velmora/preferences.conf", "hasSeenGnomeAdvice=true\n");
-        folder_.write("start", "#!/bin/sh\n" +
-                                   (session.empty() ? ""
-                                                    : "mount -t tmpfs none /run && "
-                                                      "mkdir -p /run/systemd/sessions && mount --bind " +
-                                                          sessions.string() + " /run/systemd/sessions &&\n") +
-                                   "exec " VELMORA_BIN "/velmora --background\n");
-        if (!session.empty())
-            folder_.write("apart",
-                          "#!/bin/sh\nexec unshare -m " + (folder_.path() / "start").string() + "\n");
-        for (const auto* script : {"start", "apart"})
-            if (std::filesystem::exists(folder_.path() / script))
-                std::filesystem::permissions(folder_.path() / script, std::filesystem::perms{0700});
-        program_ = folder_.path() / (session.empty() ? "start" : "apart");
+        folder_.write("start", "#!/bin/sh\nexec " VELMORA_BIN "/velmora --background\n");
+        std::filesystem::permissions(program_, std::filesystem::perms{0700});
         setenv("DBUS_SESSION_BUS_ADDRESS", bus_.address().c_str(), 1);
         script_ = dbus::openSessionBus(loop);
     }
@@ -96,7 +79,7 @@ private:
     PrivateBus bus_;
     TemporaryFolder folder_;
     Process::Environment environment_;
-    std::filesystem::path program_;
+    std::filesystem::path program_ = folder_.path() / "start";
     Dunst dunst_{bus_.address()};
     dbus::Bus script_;
     std::optional<Process> velmora_;
@@ -118,25 +101,23 @@ struct NoticesTest : SimulatedLaptopTest {
     }
     void TearDown() override
     {
-        for (const auto& desktop : desktops)
-            if (HasFailure()) std::fputs(desktop.log().c_str(), stderr);
-        desktops.clear();
+        if (HasFailure() && desktop) std::fputs(desktop->log().c_str(), stderr);
+        desktop.reset();
         unsetenv("DBUS_SESSION_BUS_ADDRESS");
         unsetenv("VELMORA_HEAT_PATIENCE");
         SimulatedLaptopTest::TearDown();
     }
 
-    Desktop& sitDown(const std::string& session = "")
+    void sitDown()
     {
-        auto& desktop = desktops.emplace_back(loop, environment(), folder.path() / "sessions", session);
+        desktop.emplace(loop, environment());
         setenv("DBUS_SYSTEM_BUS_ADDRESS", bus.address().c_str(), 1); // another bus took the name over
-        logIn(desktop);
-        return desktop;
+        logIn();
     }
-    void logIn(Desktop& desktop)
+    void logIn()
     {
-        desktop.logIn();
-        ASSERT_TRUE(eventually([&] { return desktop.isReady(); }));
+        desktop->logIn();
+        ASSERT_TRUE(eventually([&] { return desktop->isReady(); }));
     }
     void restartDaemon()
     {
@@ -145,56 +126,56 @@ struct NoticesTest : SimulatedLaptopTest {
     }
 
     /// In that order, and no other.
-    bool areShown(const Desktop& desktop, const Titles& titles)
+    bool areShown(const Titles& titles)
     {
-        eventually([&] { return desktop.titles().size() >= titles.size(); });
-        EXPECT_EQ(desktop.titles(), titles);
-        return desktop.titles() == titles;
+        eventually([&] { return desktop->titles().size() >= titles.size(); });
+        EXPECT_EQ(desktop->titles(), titles);
+        return desktop->titles() == titles;
     }
 
     ChargingSettings wanted{.notifyOnCycle = true, .lowBatteryLimit = Desktop::lowBatteryLimit};
-    std::list<Desktop> desktops;
+    std::optional<Desktop> desktop;
 };
 
 TEST_F(NoticesTest, EachThingThatHappensIsOneNotice)
 {
-    auto& desktop = sitDown();
+    sitDown();
     Titles told{"Charging Paused"};
     ASSERT_TRUE(passUntil(75, "Charging") && shows(75, true));
     ASSERT_TRUE(passUntil(80, "Not charging"));
-    ASSERT_TRUE(areShown(desktop, told));
+    ASSERT_TRUE(areShown(told));
     passHours(24);
 
     plug(false);
     told.push_back("Power Source Changed");
-    ASSERT_TRUE(areShown(desktop, told));
-    EXPECT_EQ(desktop.lastBody(), "Your Mac is now running on Battery Power.");
+    ASSERT_TRUE(areShown(told));
+    EXPECT_EQ(desktop->lastBody(), "Your Mac is now running on Battery Power.");
 
     ASSERT_TRUE(passUntil(25, "Discharging"));
     told.push_back("Low Battery");
-    ASSERT_TRUE(areShown(desktop, told));
-    logIn(desktop);
+    ASSERT_TRUE(areShown(told));
+    logIn();
     ASSERT_TRUE(passUntil(20, "Discharging") && shows(20, false));
     restartDaemon();
     ASSERT_TRUE(passUntil(15, "Discharging") && shows(15, false));
 
     plug(true);
     told.push_back("Power Source Changed");
-    ASSERT_TRUE(areShown(desktop, told)) << "the dip was told before either restart";
-    EXPECT_EQ(desktop.lastBody(), "Your Mac is now running on AC Power.");
+    ASSERT_TRUE(areShown(told)) << "the dip was told before either restart";
+    EXPECT_EQ(desktop->lastBody(), "Your Mac is now running on AC Power.");
     with([](auto& one) { one.setLevel(50), one.setHeat(46); });
     told.push_back("Thermal Protection");
     ASSERT_TRUE(eventually([&] {
         with([](auto& one) { one.advance(1); });
-        return desktop.titles() == told;
+        return desktop->titles() == told;
     }));
     with([](auto& one) { one.setHeat(30), one.addCycle(); });
     told.push_back("Charge Cycle Completed");
-    ASSERT_TRUE(areShown(desktop, told));
+    ASSERT_TRUE(areShown(told));
     wanted.isTemporaryOverride = true;
     ASSERT_TRUE(peer.set(wanted) && becomes(99, 100) && passUntil(100, "Full"));
     told.push_back("Full Charge Reached");
-    areShown(desktop, told);
+    areShown(told);
 }
 
 TEST_F(NoticesTest, AJourneyInTheCalendarIsChargedFor)
@@ -205,57 +186,27 @@ TEST_F(NoticesTest, AJourneyInTheCalendarIsChargedFor)
     folder.write("data/velmora/calendars/trip.ics",
                  std::string("BEGIN:VEVENT\nUID:1\nSUMMARY:Flight to Lisbon\nDTSTART:") + start +
                      "\nEND:VEVENT\n");
-    auto& desktop = sitDown();
+    sitDown();
     ASSERT_TRUE(passUntil(75, "Charging") && shows(75, true));
     ASSERT_TRUE(passUntil(80, "Not charging"));
     Titles told{"Charging Paused"};
-    ASSERT_TRUE(areShown(desktop, told));
-    desktop.switchOn(wire::face::calendar::isConsentGiven);
-    desktop.switchOn(wire::face::calendar::isTravelChargeOn);
+    ASSERT_TRUE(areShown(told));
+    desktop->switchOn(wire::face::calendar::isConsentGiven);
+    desktop->switchOn(wire::face::calendar::isTravelChargeOn);
     ASSERT_TRUE(becomes(99, 100));
     told.push_back("Charging to 100% for Travel");
-    ASSERT_TRUE(areShown(desktop, told));
-    EXPECT_EQ(desktop.lastBody(),
+    ASSERT_TRUE(areShown(told));
+    EXPECT_EQ(desktop->lastBody(),
               "Velmora detected \"Flight to Lisbon\" in your calendar and is allowing a full charge.");
 
     for (const bool isWanted : {true, false})
         ASSERT_TRUE(peer.set({.isTemporaryOverride = isWanted, .lowBatteryLimit = Desktop::lowBatteryLimit}));
     ASSERT_TRUE(becomes(78, 80));
-    logIn(desktop);
+    logIn();
     plug(false);
     told.push_back("Power Source Changed");
-    ASSERT_TRUE(areShown(desktop, told))
-        << "once an event, though it was taken back and the program restarted";
+    ASSERT_TRUE(areShown(told)) << "once an event, though it was taken back and the program restarted";
     EXPECT_EQ(end(), 80);
-}
-
-TEST_F(NoticesTest, OfTwoSessionsTheOneInUseIsTold)
-{
-    // Neither as an ordinary user, nor in a chroot whose root is not a mount.
-    if (std::system("unshare -m true 2>/dev/null") != 0) GTEST_SKIP() << "no mounts to stand in for logind";
-    const auto give = [this](const std::string& session, bool isActive) {
-        folder.write("sessions/" + session,
-                     isActive ? "ACTIVE=1\nSTATE=active\n" : "ACTIVE=0\nSTATE=online\n");
-    };
-    give("velmora1", true);
-    give("velmora2", false);
-    auto& first = sitDown("velmora1");
-    auto& second = sitDown("velmora2");
-    plug(false);
-    ASSERT_TRUE(areShown(first, {"Power Source Changed"}));
-    ASSERT_TRUE(passUntil(25, "Discharging"));
-    ASSERT_TRUE(areShown(first, {"Power Source Changed", "Low Battery"}));
-
-    give("velmora1", false);
-    give("velmora2", true);
-    ASSERT_TRUE(passUntil(22, "Discharging"));
-    ASSERT_TRUE(areShown(second, {"Low Battery"})) << "it is news to who sits there now";
-    logIn(first);
-    logIn(second);
-    ASSERT_TRUE(passUntil(18, "Discharging"));
-    plug(true);
-    ASSERT_TRUE(areShown(second, {"Low Battery", "Power Source Changed"}));
-    EXPECT_EQ(first.titles().size(), 2U);
 }
 
 } // namespace

@@ -27,30 +27,6 @@ struct SettingsTest : SystemTest {
     }
 };
 
-TEST_F(SettingsTest, EveryModeArrivesInTheTreeAndSurvivesARestart)
-{
-    EXPECT_TRUE(becomes(78, 80)) << "Auto-Protect is on from the start";
-    const std::tuple<const char*, ChargingSettings, int, int> cases[] = {
-        {"a limit", {.customChargeLimit = 70, .customHysteresis = 5}, 65, 70},
-        {"storage", {.isStorageModeEnabled = true, .customChargeLimit = 70}, 48, 50},
-        {"quick charge", {.isTemporaryOverride = true, .customChargeLimit = 70}, 99, 100},
-        {"a lower limit", {.customChargeLimit = 60}, 58, 60},
-    };
-    for (const auto& [what, settings, wantedStart, wantedEnd] : cases) {
-        SCOPED_TRACE(what);
-        peer.send(settings);
-        EXPECT_TRUE(becomes(wantedStart, wantedEnd)) << start() << " " << end();
-        EXPECT_EQ(peer.state()->customChargeLimit, settings.customChargeLimit);
-        // The tree has it before the daemon has heard so from its worker.
-        EXPECT_TRUE(eventually([&] { return peer.number("EndThreshold") == wantedEnd; }));
-        EXPECT_EQ(peer.number("WantedStartThreshold"), wantedStart);
-    }
-    stopDaemon();
-    layLaptop(); // as firmware that was reset meanwhile
-    startDaemon();
-    EXPECT_TRUE(becomes(58, 60));
-}
-
 TEST_F(SettingsTest, TheDaemonDescribesItselfWithEveryNameTypeAndSelector)
 {
     const auto xml = peer.introspection();

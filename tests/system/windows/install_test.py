@@ -40,14 +40,6 @@ class InstallTest(WindowTest):
         self.open_dashboard()
         self.await_dashboard()
 
-    def test_cancelled_it_can_be_tried_again(self):
-        self.start_fresh("--prompt", 1, "--cancel")
-        for _ in range(2):
-            self.press("button", BUTTON)
-            self.widget("progress bar", "Installing background services...")
-        self.widget("button", BUTTON)
-        self.assertEqual(self.battery("charge_control_end_threshold"), "100")
-
 
 if __name__ == "__main__":
     unittest.main(verbosity=2)

@@ -28,21 +28,6 @@ class PanelTest(WindowTest):
                   "the caption follows")
         self.assertEqual(self.battery("status"), "Charging")
 
-    def test_quick_charge_and_the_switches(self):
-        self.start_all()
-        self.open_panel()
-        self.await_charger(78, 80)
-        for role, name, start, end in [("button", "Quick Charge to 100%", 99, 100),
-                                       ("button", "Stop Quick Charge", 78, 80),
-                                       ("check box", "Auto-Protect", 95, 100),
-                                       ("check box", "Auto-Protect", 78, 80)]:
-            self.press(role, name)
-            self.await_charger(start, end)
-        for is_on in True, False:
-            self.press("check box", "Demo Simulation")
-            self.await_switch("Demo Simulation", is_on)
-        self.await_charger(78, 80)
-
     def test_it_closes_and_its_program_ends(self):
         self.start_all()
         def click_outside():

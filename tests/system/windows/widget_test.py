@@ -54,21 +54,6 @@ class WidgetTest(WindowTest):
         self.show("--widget", "small")
         self.assertEqual(self.place(), (place[0], place[1] + 16, *place[2:]))
 
-    def test_a_pinned_one_stays_above_the_dashboard(self):
-        self.start_all()
-        self.set("small", place=GLib.Variant("ai", (300, 300)))
-        self.show("--widget", "small")
-        x, y, *_ = self.place()
-        self.assertEqual((x, y), (300, 300))
-        xdotool("mousemove", x + 80, y + 80, "click", 3)
-        self.press("menu item", "Keep on Top")
-        self.show("--dashboard")
-        until(lambda: has("ACTIVE", self.window("Velmora Dashboard")), "the dashboard has the focus")
-        xdotool("mousemove", x + 80, y + 80, "click", 3)
-        self.press("menu item", "Close")
-        until(lambda: not self.window(self.title), "it has closed")
-        self.assertTrue(self.window("Velmora Dashboard"))
-
     def test_those_that_are_wished_at_log_in_are_there_and_leave_the_focus(self):
         self.start_velmora()
         for size in "small", "medium":
