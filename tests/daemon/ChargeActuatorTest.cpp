@@ -314,30 +314,30 @@ TEST_F(ChargeActuatorTest, AValueThatTheFirmwareIgnoredIsTriedAgainWithinMinutes
     EXPECT_EQ(log.count(), 1U);
 }
 
-TEST(FixedLimit, OfAnUnknownDriverHoldsALevelThatNobodyKnows)
-{
+/// Plain files, which show what was written.
+struct ChargeTypes : testing::Test {
+    ChargeTypes() { folder.write(battery / "type", "Battery\n"); }
+
+    const std::filesystem::path battery = std::filesystem::path(supplies) / "BAT0";
     const TemporaryFolder folder;
     RecordingLog log;
-    const auto battery = std::filesystem::path(supplies) / "BAT0";
-    folder.write(battery / "type", "Battery\n");
+    ChargeActuator actuator{Sysfs(folder.path()), log};
+};
+
+TEST_F(ChargeTypes, OfAnUnknownDriverHoldALevelThatNobodyKnows)
+{
     folder.write(battery / "charge_types", "Standard [Long_Life]\n");
     folder.write("module/thinkpad_acpi/refcnt", "0\n");
-    ChargeActuator actuator(Sysfs(folder.path()), log);
     const auto charger = actuator.apply({"BAT0"}, {{}, 80}, true).chargers.at(0);
     EXPECT_EQ(charger.family->fixed, fixedLimit("unknown"));
     EXPECT_TRUE(charger.holds({{}, 50}));
     EXPECT_FALSE(charger.holds({{}, 100}));
 }
 
-TEST(ChargeType, IsSwitchedToTheOneThatObeysThresholds)
+TEST_F(ChargeTypes, AreSwitchedToTheOneThatObeysThresholds)
 {
-    const TemporaryFolder folder;
-    RecordingLog log;
-    const auto battery = std::filesystem::path(supplies) / "BAT0";
-    folder.write(battery / "type", "Battery\n");
     folder.write(battery / "charge_control_end_threshold", "100\n");
     folder.write(battery / "charge_types", "[Fast] Standard Custom\n");
-    ChargeActuator actuator(Sysfs(folder.path()), log);
     actuator.apply({"BAT0"}, {{}, 100}, true);
     EXPECT_TRUE(folder.read(battery / "charge_types").starts_with("[Fast]")) << "no limit, no need";
     actuator.apply({"BAT0"}, {{}, 80}, true);

@@ -732,35 +732,6 @@ TEST_F(DaemonTest, WhoeverAsksIsToldWhatIsSoNow)
     EXPECT_EQ(pushes.back().thermalState, "Nominal") << "and the truth follows";
 }
 
-TEST_F(DaemonTest, RecordsSamplesOfTheTrueHealth)
-{
-    heat(91);
-    battery(70, "Charging");
-    ASSERT_FALSE(daemon->analyticsHistory().empty());
-    EXPECT_EQ(daemon->analyticsHistory().back(), (HSHistorySnapshot{clock.now(), 70, 91.5, "Serious", true}));
-    const auto kept = daemon->analyticsHistory();
-    boot();
-    EXPECT_EQ(daemon->analyticsHistory(), kept) << "over a restart";
-}
-
-TEST_F(DaemonTest, AFirmwareThatDoesNotAnswerHoldsUpNobody)
-{
-    hardware.inlineWork = false; // the worker is stuck
-    boot();
-    EXPECT_EQ(ready, 1);
-    loop->advance(2s);
-    EXPECT_EQ(ready, 2) << "clients are served all the same";
-    send(":1.1", {.customChargeLimit = 70});
-    EXPECT_EQ(daemon->batteryState().customChargeLimit, 70);
-    EXPECT_NE(folder.read("settings.json").find("70"), std::string::npos) << "and remembered";
-    int answers = 0;
-    daemon->controlCharging({":1.9", 0}, ChargingCommand::toggle, [&](const auto&) { ++answers; });
-    hardware.inlineWork = true;
-    while (hardware.run() || loop->runPosted()) {
-    }
-    EXPECT_EQ(answers, 1) << "answered once the charger has";
-}
-
 TEST_F(DaemonTest, WithoutABatteryNothingIsClaimedWrittenOrRecorded)
 {
     std::filesystem::remove_all(folder.path() / "class");

@@ -47,18 +47,6 @@ TEST(BatteryHardwareService, ReadsADescription)
     }
 }
 
-TEST(BatteryHardwareService, TakesTheFirstInternalBattery)
-{
-    const PowerSourceDescription ups{{"Type", "UPS"s}, {"Current Capacity", 9.0}};
-    const PowerSourceDescription odd{{"Type", std::int64_t{1}}};
-    const auto first = battery({{"Current Capacity", 20.0}});
-    const auto second = battery({{"Current Capacity", 30.0}});
-    const auto found = BatteryHardwareService::stateFromDescriptions({odd, ups, {}, first, second});
-    ASSERT_TRUE(found);
-    EXPECT_EQ(found->percentage, 20);
-    EXPECT_FALSE(BatteryHardwareService::stateFromDescriptions({ups, odd, {}}));
-}
-
 TEST(BatteryHardwareService, DeliversAtTheStartOnChangesAndWhenAsked)
 {
     FakePlatform platform;
