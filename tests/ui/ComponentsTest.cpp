@@ -2,36 +2,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "Views.h"
-#include "paint/SymbolProvider.h"
 
 #include <limits>
 
 namespace velmora {
 namespace {
-
-int inked(const QImage& image)
-{
-    int count = 0;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x) count += qAlpha(image.pixel(x, y)) > 127;
-    return count;
-}
-
-TEST(Symbols, WhatIsUnknownIsTransparentAndNamedInTheLog)
-{
-    static QStringList log;
-    const auto before = qInstallMessageHandler(
-        [](QtMsgType, const QMessageLogContext&, const QString& line) { log << line; });
-    SymbolProvider provider;
-    for (const auto* id : {"no.such/ff000000", "bolt.fill/red?", "bolt.fill", ""}) {
-        QSize size;
-        EXPECT_EQ(inked(provider.requestImage(id, &size, {20, 20})), 0) << id;
-        EXPECT_EQ(size, QSize(20, 20));
-        EXPECT_EQ(log.value(log.size() - 1), QStringLiteral("No symbol \"%1\"").arg(id));
-    }
-    qInstallMessageHandler(before);
-    EXPECT_EQ(provider.requestImage("circle/ff000000", nullptr, {1 << 20, 1}).width(), 1024);
-}
 
 using Component = Views;
 

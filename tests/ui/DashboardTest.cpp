@@ -76,7 +76,7 @@ struct Dashboard : Views {
     bool isGranting = true;
 };
 
-TEST_F(Dashboard, LinksLeadToTheirPagesByMouseAndKeyboard)
+TEST_F(Dashboard, LinksLeadToTheirPagesByKeyboard)
 {
     const std::pair<const char*, const char*> pages[] = {
         {"Health", "Health Trends"}, {"Thermal", "Thermal History"},     {"Ecosystem", "Ecosystem Sync"},
@@ -88,13 +88,7 @@ TEST_F(Dashboard, LinksLeadToTheirPagesByMouseAndKeyboard)
     for (const auto& [page, itsTitle] : pages) {
         press(Qt::Key_Down);
         EXPECT_EQ(title(), itsTitle);
-    }
-    for (const auto& [page, itsTitle] : pages) {
-        const auto link = QString("link") + page;
-        click(link);
-        EXPECT_EQ(title(), itsTitle);
-        EXPECT_TRUE(voice(link)->state().checked);
-        EXPECT_FALSE(property("placeholder", "visible") == "true");
+        EXPECT_TRUE(voice(QString("link") + page)->state().checked);
     }
     open("Attic");
     EXPECT_EQ(property("placeholder", "visible"), "true");

@@ -110,10 +110,9 @@ TEST(PictureComparison, SeesWhatPeopleSeeAndNotHowTypeIsDrawn)
 {
     struct Look {
         const char* what = "";
-        bool differs = false;
+        bool differs = true;
         int shift = 0;
-        QColor card{0xff, 0x99, 0x00}, word = Qt::black;
-        bool hasDot = true;
+        QColor card{0xff, 0x99, 0x00};
         QFont::HintingPreference hinting = QFont::PreferVerticalHinting;
     };
     const auto drawn = [](const Look& look) {
@@ -127,20 +126,14 @@ TEST(PictureComparison, SeesWhatPeopleSeeAndNotHowTypeIsDrawn)
         font.setPixelSize(13);
         font.setHintingPreference(look.hinting);
         painter.setFont(font);
-        painter.setPen(look.word);
         painter.drawText(140, 40, "Holding at 80%: plugged in");
-        painter.setBrush(look.hasDot ? Qt::darkGreen : Qt::transparent);
-        painter.setPen(Qt::NoPen);
-        painter.drawEllipse(150, 60, 6, 6);
         return reduced(image);
     };
     const Look cases[] = {
-        {.what = "hinting", .hinting = QFont::PreferNoHinting},
-        {.what = "a pixel", .shift = 1},
-        {.what = "four pixels", .differs = true, .shift = 4},
-        {.what = "ground", .differs = true, .card = {0xff, 0x80, 0x00}},
-        {.what = "word", .differs = true, .word = Qt::darkGray},
-        {.what = "dot", .differs = true, .hasDot = false},
+        {.what = "hinting", .differs = false, .hinting = QFont::PreferNoHinting},
+        {.what = "a pixel", .differs = false, .shift = 1},
+        {.what = "four pixels", .shift = 4},
+        {.what = "ground", .card = {0xff, 0x80, 0x00}},
     };
     for (const auto& look : cases)
         EXPECT_EQ(!differences(drawn(look), drawn({})).empty(), look.differs) << look.what;
@@ -258,39 +251,6 @@ TEST_P(Pictures, GroundsHaveTheirExactShades)
         for (const auto& [level, opacity] : isDark ? dark : light)
             expected += (255 * level - expected) * opacity;
         EXPECT_NEAR(pixel(picture, cell, x, y).green(), expected, 1) << cell << ' ' << x << ' ' << y;
-    }
-}
-
-TEST_P(Pictures, InksHaveTheirExactColoursAndFade)
-{
-    const double ground = GetParam() == std::string("dark") ? 0x1e : 0xff;
-    const struct {
-        const char* cell;
-        double x, y; ///< part of the component's box
-        QRgb ink;
-        double fade;        ///< opacity at the bottom right corner
-        double opacity = 1; ///< of all of it
-    } cases[] = {
-        {"gradient primary", 0.75, 0.75, 0x007aff, 0.8},
-        {"gradient healthy", 0.75, 0.75, 0x34c759, 0.7},
-        {"gradient active", 0.75, 0.75, 0x007aff, 0.6},
-        {"gradient lowPower", 0.75, 0.75, 0xff3b30, 0.7},
-        {"BatteryRing, charging", 0.6, 0.05, 0x34c759, 0.7, 0.4},
-        {"BatteryRing, low", 0.6, 0.05, 0xff3b30, 0.7},
-        {"BatteryRing, limit reached", 0.96, 0.5, 0x007aff, 0.6},
-        {"BatteryRing, normal", 0.96, 0.5, 0x007aff, 0.8},
-        {"BatteryRing, full", 0.96, 0.5, 0x007aff, 0.8},
-        {"BatteryRing, full", 0.04, 0.5, 0x007aff, 0.8},
-        {"BatteryRing, empty", 0.96, 0.5, 0x007aff, 0, 0},
-    };
-    const auto picture = gallery();
-    for (const auto& [cell, x, y, ink, fade, opacity] : cases) {
-        const auto covers = opacity * (1 - (1 - fade) * (x + y) / 2);
-        const auto found = pixel(picture, cell, x, y);
-        const int is[] = {found.red(), found.green(), found.blue()};
-        const int full[] = {qRed(ink), qGreen(ink), qBlue(ink)};
-        for (int i = 0; i < 3; ++i)
-            EXPECT_NEAR(is[i], ground + (full[i] - ground) * covers, 2.5) << cell << ", colour " << i;
     }
 }
 

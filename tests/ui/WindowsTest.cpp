@@ -3,7 +3,6 @@
 
 #include "windows/Windows.h"
 #include "FakeApplication.h"
-#include "Pictures.h"
 #include "Views.h"
 
 #include <QDBusReply>
@@ -182,12 +181,10 @@ TEST_F(Program, UnderstandsItsArgumentsOrSaysSo)
         {"--help", 0},
         {"", 2},
         {"--show", 2},
-        {"--show panel x", 2},
         {"--at 1,2", 2},
         {"--toggle panel --at 1", 2},
         {"--toggle panel --show panel", 2},
         {"--show cellar", 1},
-        {"--show-inactive cellar", 1},
         {"--picture x.png --window cellar", 1},
         {"--picture x.png --page Health", 2},
     };
@@ -226,13 +223,6 @@ TEST_F(Program, DrawsAPictureOfTheApplicationsValues)
     EXPECT_LT(some.pixelColor(160, 445).lightness(), 64) << "dark, as the environment asks";
     EXPECT_NE(some, draw(87));
     EXPECT_EQ(some, draw(12));
-
-    auto environment = first.processEnvironment();
-    environment.insert("QT_SCALE_FACTOR", "2");
-    first.setProcessEnvironment(environment);
-    const auto finer = draw(12);
-    EXPECT_EQ(finer.size(), some.size() * 2);
-    EXPECT_TRUE(differences(reduced(reduced(finer)), reduced(some)).empty());
 }
 
 } // namespace
