@@ -554,6 +554,17 @@ TEST_F(PostgresRecordsTest, NothingOfAPersonWhoIsRemovedPassesToTheNextOfThatNam
     for (const std::string database : {"velmora", "second"})
         EXPECT_EQ(server->sql("SELECT count(*) FROM velmora.record", database), "0");
 
+    // Who locks the table for all can be removed all the same, and leaves it open.
+    std::system(
+        ("PGPASSWORD=bob-pw psql -qc 'BEGIN; LOCK TABLE velmora.record; SELECT pg_sleep(99)' 'host=127.0.0.1 "
+         "user=bob dbname=velmora port=" +
+         std::to_string(server->port()) + "' >/dev/null 2>&1 &")
+            .c_str());
+    EXPECT_TRUE(eventually([&] {
+        return server->sql("SELECT count(*) FROM pg_locks WHERE mode = 'AccessExclusiveLock' AND granted") !=
+               "0";
+    }));
+    EXPECT_EQ(administer("remove bob"), 0) << said;
     // Records that an administrator's own DROP ROLE left.
     server->sql("INSERT INTO velmora.record (owner, type, name) VALUES ('alice', 'x', 'y')", "second");
     EXPECT_EQ(administer(again), 0) << said;

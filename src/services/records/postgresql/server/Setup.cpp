@@ -3,11 +3,14 @@
 
 #include "records/postgresql/server/Setup.h"
 
+#include "base/Text.h"
 #include "base/Translation.h"
 #include "base/Wipe.h"
 #include "records/postgresql/server/Passwords.h"
 
 #include <chrono>
+#include <cstdio>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 
@@ -141,8 +144,16 @@ void inEachDatabase(Administrator& administrator, const std::string& person, Act
     auto server = administrator.connect();
     const auto databases = server.ask(databasesStatement, {person}, setupPatience());
     for (int row = 0; row < databases.count(); ++row) {
-        auto there = administrator.connect(std::string(*databases.text(row, 0)));
-        act(there);
+        const std::string name(*databases.text(row, 0));
+        std::optional<Connection> there;
+        try {
+            there.emplace(administrator.connect(name));
+        } catch (const ServerFailure& failure) { // pg_hba.conf may keep administrators from it
+            std::fprintf(
+                stderr, "%s\n",
+                printable(tr("The database %1 was not looked into: %2", name, failure.what())).c_str());
+        }
+        if (there) act(*there);
     }
 }
 
@@ -156,6 +167,17 @@ void forgetRecords(Administrator& administrator, const std::string& person)
         server.run("SET row_security = off", setupPatience());
         server.ask("DELETE FROM velmora.record WHERE owner = $1", {person}, setupPatience());
     });
+}
+
+/// Whether the role is there. It throws for one that is not a person's, or has more rights than these may.
+bool isKnown(Connection& server, const std::string& person)
+{
+    const auto rows = server.ask(roleStatement, {person}, setupPatience());
+    if (rows.count() == 0) return false;
+    if (rows.text(0, 1) == "t" && rows.text(0, 0) == "f") return true;
+    throw std::runtime_error(rows.text(0, 1) == "t"
+                                 ? tr("%1 has rights on the server that no person may have.", person)
+                                 : tr("There is a role %1 that is not one of Velmora's people.", person));
 }
 
 void endConnections(Connection& server, const std::string& person)
@@ -239,23 +261,18 @@ bool isPerson(Connection& server, const std::string& person)
     if (!hasTable(server))
         throw std::runtime_error(tr("The database has no table of records: \"setup\" makes it."));
     refuseForeign(server);
-    const auto rows = server.ask(roleStatement, {person}, setupPatience());
-    if (rows.count() == 0) return false;
-    if (rows.text(0, 1) == "t" && rows.text(0, 0) == "f") return true;
-    throw std::runtime_error(rows.text(0, 1) == "t"
-                                 ? tr("%1 has rights on the server that no person may have.", person)
-                                 : tr("There is a role %1 that is not one of Velmora's people.", person));
+    return isKnown(server, person);
 }
 
 void addPerson(Administrator& administrator, const std::string& person, const std::string& password)
 {
     auto server = administrator.connect();
     begin(server);
-    const bool isKnown = isPerson(server, person);
-    if (!isKnown) forgetRecords(administrator, person);
+    const bool isThere = isPerson(server, person);
+    if (!isThere) forgetRecords(administrator, person);
     const auto kept = server.quotedText(server.encrypted(password, person));
     const auto name = server.quotedName(person);
-    server.run(isKnown ? "ALTER ROLE " + name + " LOGIN PASSWORD " + kept
+    server.run(isThere ? "ALTER ROLE " + name + " LOGIN PASSWORD " + kept
                        : "CREATE ROLE " + name + " LOGIN PASSWORD " + kept + " IN ROLE " + usersRole,
                setupPatience());
     server.run("COMMIT", setupPatience());
@@ -265,16 +282,17 @@ void removePerson(Administrator& administrator, const std::string& person)
 {
     auto server = administrator.connect();
     begin(server);
-    const bool isKnown = isPerson(server, person);
-    if (isKnown) server.run("ALTER ROLE " + server.quotedName(person) + " NOLOGIN", setupPatience());
+    // It does not look at the table, which those who are to be removed may have locked.
+    const bool isThere = isKnown(server, person);
+    if (isThere) server.run("ALTER ROLE " + server.quotedName(person) + " NOLOGIN", setupPatience());
     server.run("COMMIT", setupPatience());
-    if (isKnown) {
+    if (isThere) {
         endConnections(server, person);
         dropRole(administrator, server, person);
     }
     // After the role, so that nothing is saved in between; and without one, where an earlier attempt ended.
     forgetRecords(administrator, person);
-    if (!isKnown) throw std::runtime_error(tr("There is no person %1.", person));
+    if (!isThere) throw std::runtime_error(tr("There is no person %1.", person));
 }
 
 } // namespace velmora::postgresql
