@@ -59,6 +59,8 @@ public:
         const auto work = [this, name, fetched] {
             const auto* found = records_->find(name);
             if (isFailing || isFailingToFetch) return fetched(broken());
+            if (std::ranges::find(unreadable, name) != unreadable.end())
+                return fetched(CloudError{.code = CloudError::Code::unreadable, .text = "nonsense"});
             if (found) return fetched(CloudRecord(found->type(), found->name(), found->fields()));
             fetched(CloudError{.code = CloudError::Code::notFound, .text = "there is no such record"});
         };
@@ -95,11 +97,12 @@ public:
         enqueue("remove " + name, [this, name, done] {
             if (isFailing) return done(broken());
             std::erase_if(records_->stored, [&](const auto& record) { return record.name() == name; });
+            std::erase(unreadable, name);
             done({});
         });
     }
 
-    std::vector<std::string> unreadable; ///< names of records that a listing fails to read
+    std::vector<std::string> unreadable; ///< names of records that cannot be read
 
 private:
     static CloudError broken() { return {.text = "the store is broken", .fault = RecordFault::unreachable}; }

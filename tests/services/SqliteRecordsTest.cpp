@@ -92,6 +92,8 @@ TEST_F(SqliteRecordsTest, MergesWhatWasSetAndListsInTheOrderOfCreation)
     EXPECT_THAT(listed(*store, 2), ElementsAre("b", "a"));
     EXPECT_EQ(problem(remove(*store, "b")) + problem(remove(*store, "b")), "");
     EXPECT_THAT(listed(*store, 2), ElementsAre("a", "?"));
+    const auto unreadable = fetch(*store, "list");
+    EXPECT_EQ(std::get<CloudError>(unreadable).code, CloudError::Code::unreadable);
 
     struct stat found {};
     ASSERT_EQ(stat(file.c_str(), &found), 0);
@@ -196,8 +198,16 @@ TEST_F(SqliteRecordsTest, ADamagedFileIsSetAsideAndANewOneBegun)
     }
     EXPECT_THAT(listed(*open()), ElementsAre()) << "what was there is gone, and said to be";
     EXPECT_EQ(log->count("is damaged"), 2U);
-    EXPECT_EQ(saved(*open()), "");
+    const auto third = open();
+    EXPECT_EQ(saved(*third), "");
+    std::filesystem::remove(file);
+    EXPECT_EQ(saved(*third), "") << "which somebody has deleted meanwhile";
     EXPECT_THAT(listed(*open()), ElementsAre("a"));
+
+    std::filesystem::remove(file);
+    execute("CREATE TABLE record(something)");
+    EXPECT_EQ(saved(*open()), "") << "that file was somebody else's";
+    EXPECT_EQ(filesWith("cloud.db.broken-3"), 1U);
 }
 
 TEST_F(SqliteRecordsTest, AFileThatIsLockedForLongFailsInTimeAndIsReadAllTheWhile)

@@ -72,6 +72,13 @@ TEST_F(CloudKitManagerTest, UploadsOneAtATimeAndLeavesCommandsAlone)
     machine.settle();
     EXPECT_EQ(recordOf("ME").value<double>(field::percentage), 42);
     EXPECT_EQ(recordOf("ME").value<double>(field::remoteChargeLimit), 60);
+
+    database->isFailingToFetch = false;
+    database->unreadable = {"DeviceStatus_ME"};
+    manager.syncState(43, true, "Fair");
+    machine.settle();
+    EXPECT_THAT(list(), SizeIs(1)) << "nonsense is replaced";
+    EXPECT_EQ(recordOf("ME").value<double>(field::remoteChargeLimit), std::nullopt);
 }
 
 TEST_F(CloudKitManagerTest, SaysOnceWhatFails)

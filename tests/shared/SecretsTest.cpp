@@ -88,6 +88,7 @@ TEST_F(DeviceIdentityTest, StaysTheSameWhateverIsLost)
     EXPECT_EQ(stored(), first);
     EXPECT_EQ(filed(), first + "\n");
     EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms{0600});
+    EXPECT_EQ(std::filesystem::status(file.parent_path()).permissions(), std::filesystem::perms{0700});
 
     store.isAvailable = false;
     EXPECT_EQ(identityInOneLife(), first) << "locked";

@@ -22,7 +22,8 @@ CloudResult<CloudRecord> stored::decoded(const StoredRecord& record)
 {
     if (auto fields = record_codec::decode(record.fields))
         return CloudRecord(record.type, record.name, std::move(*fields));
-    return CloudError{.text = "the record " + record.name + " cannot be read"};
+    return CloudError{.code = CloudError::Code::unreadable,
+                      .text = "the record " + record.name + " cannot be read"};
 }
 
 CloudResult<CloudRecord> stored::fetch(RecordBackend& backend, const std::string& name)

@@ -41,7 +41,7 @@ bool writePrivately(const fs::path& file, const std::string& text)
 {
     const fs::path temporary = file.string() + ".new";
     std::error_code error;
-    fs::create_directories(file.parent_path(), error);
+    makePrivateFolder(file.parent_path());
     fs::remove(temporary, error);
     if (!writeWholeFile(temporary, "")) return false;
     fs::permissions(temporary, fs::perms::owner_read | fs::perms::owner_write, error);

@@ -6,6 +6,7 @@
 #include "base/Handle.h"
 
 #include <cstdio>
+#include <sys/stat.h>
 
 namespace velmora {
 
@@ -34,6 +35,13 @@ bool writeWholeFile(const std::filesystem::path& file, std::string_view bytes)
     if (!out) return false;
     const bool isWritten = std::fwrite(bytes.data(), 1, bytes.size(), out.get()) == bytes.size();
     return std::fclose(out.release()) == 0 && isWritten;
+}
+
+void makePrivateFolder(const std::filesystem::path& folder)
+{
+    std::error_code ignored; // who writes there notices
+    std::filesystem::create_directories(folder.parent_path(), ignored);
+    mkdir(folder.c_str(), S_IRWXU);
 }
 
 } // namespace velmora

@@ -23,4 +23,8 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& file);
 /// Whether `bytes` are now all of `file`, as far as the kernel is concerned: nothing is synced.
 bool writeWholeFile(const std::filesystem::path& file, std::string_view bytes);
 
+/// Makes a folder that its user alone may look into, and those above it as is usual, where they are missing.
+/// What is there stays as it is.
+void makePrivateFolder(const std::filesystem::path& folder);
+
 } // namespace velmora

@@ -71,6 +71,10 @@ void CloudKitManager::change(const std::string& deviceID, Fill fill, CloudDataba
     const auto fetched = [this, name, fill = std::move(fill),
                           saved = std::move(saved)](const CloudResult<CloudRecord>& result) {
         const auto* found = std::get_if<CloudRecord>(&result);
+        const auto error = errorOf(result);
+        const bool isOwn = name == device_record::nameOf(currentDeviceID_);
+        if (isOwn && error && error->code == CloudError::Code::unreadable)
+            database_->remove(name, [](const auto&) {}); // or it would stay so for ever
         auto record = found ? *found : CloudRecord(device_record::type, name);
         fill(record);
         database_->save(std::move(record), onMainThread<std::optional<CloudError>>(saved));

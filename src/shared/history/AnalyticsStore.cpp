@@ -21,8 +21,7 @@ fs::path defaultFile()
         return folder.empty() ? folder : folder / "velmora_history.json";
     }
     const auto folder = platform.applicationSupportDirectories.front() / "Velmora";
-    std::error_code ignored;
-    fs::create_directories(folder, ignored);
+    makePrivateFolder(folder);
     return folder / "history.json";
 }
 

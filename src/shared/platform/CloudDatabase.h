@@ -101,7 +101,11 @@ inline constexpr std::array recordFaultTexts{"",
                                              "other"};
 
 struct CloudError {
-    enum class Code : std::uint8_t { notFound, failed };
+    enum class Code : std::uint8_t {
+        notFound,
+        unreadable, ///< the record is there, and what it holds is none: a save would not change that
+        failed,
+    };
     Code code = Code::failed;
     std::string text{}; ///< for the log
     RecordFault fault = RecordFault::other;

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <ctime>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
@@ -23,12 +22,14 @@ namespace {
 
 constexpr auto category = "SqliteRecords";
 constexpr mode_t ownersAlone = 0600;
+constexpr std::chrono::minutes asidePause{1}; // what is damaged again by then has another cause
 
 constexpr auto schema =
     "CREATE TABLE IF NOT EXISTS record(seq INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE, type TEXT NOT "
     "NULL,"
     " fields TEXT NOT NULL CHECK(json_valid(fields)), version INTEGER NOT NULL DEFAULT 1) STRICT;"
     "CREATE INDEX IF NOT EXISTS record_type ON record(type, seq);";
+constexpr auto usedColumns = "SELECT seq, name, type, fields, version FROM record LIMIT 0";
 constexpr auto saveStatement =
     "INSERT INTO record(type, name, fields) VALUES(?1, ?2, ?3) ON CONFLICT(name) DO UPDATE"
     " SET fields = json_patch(fields, excluded.fields), version = version + 1";
@@ -39,11 +40,12 @@ constexpr auto removeStatement = "DELETE FROM record WHERE name = ?1";
 /// A write-ahead log needs memory that all who have the file open share, which machines do not.
 bool isOnNetwork(const std::filesystem::path& file)
 {
-    constexpr std::array<std::uint32_t, 5> networks{0x6969U,      // NFS
-                                                    0x517BU,      // SMB
-                                                    0xFE534D42U,  // SMB2
-                                                    0xFF534D42U,  // CIFS
-                                                    0x65735546U}; // FUSE: may be one
+    constexpr std::array<std::uint32_t, 18> networks{
+        0x6969U,     0x517BU,     0xFE534D42U, 0xFF534D42U, // NFS, SMB, SMB2, CIFS
+        0x65735546U, 0x01021997U, 0x786F4256U,              // FUSE (may be one), 9P, VirtualBox
+        0x00C36400U, 0x0BD00BD0U, 0x5346414FU, 0x6B414653U, // Ceph, Lustre, AFS and the kernel's AFS
+        0x73757245U, 0x564CU,     0x01161970U, 0x7461636FU, // Coda, NCP, GFS2, OCFS2
+        0x47504653U, 0x19830326U, 0xAAD7AAEAU};             // GPFS, BeeGFS, PanFS
     struct statfs system {};
     return statfs(file.c_str(), &system) == 0 &&
            std::ranges::find(networks, static_cast<std::uint32_t>(system.f_type)) != networks.end();
@@ -187,8 +189,9 @@ void SqliteBackend::cancel() noexcept
 std::optional<CloudError> SqliteBackend::perform(const Act& act)
 {
     deadline_ = std::chrono::steady_clock::now() + patience;
+    if (database_ && !isStillThere()) database_.reset();
     int code = attempt(act);
-    if (isDamage(code) && setAside()) code = attempt(act);
+    if (isDamage(code) && std::chrono::steady_clock::now() >= nextAside_ && setAside()) code = attempt(act);
     if (code == SQLITE_OK) return std::nullopt;
     auto failed = error(code);
     // The next request opens the file anew: it may be another one then, or another disk.
@@ -267,10 +270,19 @@ int SqliteBackend::prepareDatabase()
     sqlite3_busy_handler(database, waitForLock, this);
     sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     if (sqlite3_db_readonly(database, "main") == 1) return SQLITE_READONLY;
-    const int code = execute(isOnNetwork(file_) ? "PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL"
-                                                : "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL");
+    int code = execute(isOnNetwork(file_) ? "PRAGMA journal_mode=DELETE; PRAGMA synchronous=FULL"
+                                          : "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL");
     if (code != SQLITE_OK) return code;
-    return execute((std::string("PRAGMA cache_size=-256;") + schema).c_str());
+    code = execute((std::string("PRAGMA cache_size=-256;") + schema).c_str());
+    if (code == SQLITE_OK) code = execute(usedColumns);
+    return code == SQLITE_ERROR ? SQLITE_NOTADB : code;
+}
+
+/// Who deletes the file, or puts another one there, is not to find later that nothing went into it.
+bool SqliteBackend::isStillThere() const
+{
+    struct stat found {};
+    return lstat(file_.c_str(), &found) == 0 && found.st_ino == opened_;
 }
 
 int SqliteBackend::execute(const char* statements)
@@ -283,21 +295,38 @@ bool SqliteBackend::setAside()
 {
     const std::string why = database_ ? sqlite3_errmsg(database_.get()) : "it is no database";
     database_.reset();
-    struct stat found {};
-    if (lstat(file_.c_str(), &found) == 0 && found.st_ino != opened_) return true; // another program has
-    const std::string aside = file_.string() + ".broken-" + std::to_string(std::time(nullptr));
+    if (!isStillThere()) return true; // another program has
+    const std::string aside = freeName();
     std::error_code failed;
     std::filesystem::rename(file_, aside, failed);
+    const auto damage = file_.string() + " is damaged, or no file of Velmora's (" + why + "): ";
+    nextAside_ = std::chrono::steady_clock::now() + asidePause;
+    if (failed) {
+        const bool isNews = !std::exchange(isRefused_, true);
+        if (isNews) log_->error(category, damage + "it cannot be set aside: " + failed.message() + ".");
+        return false;
+    }
+    isRefused_ = false;
     for (const char* suffix : {"-wal", "-shm"}) {
         std::error_code absent;
         std::filesystem::rename(file_.string() + suffix, aside + suffix, absent);
     }
-    log_->error(category, file_.string() + " is damaged (" + why + "): " +
-                              (failed ? "it cannot be set aside: " + failed.message() + "."
-                                      : "set aside as " + aside +
-                                            ", a new one is begun. Each machine "
-                                            "uploads itself again."));
-    return !failed;
+    log_->error(category, damage + "set aside as " + aside +
+                              ", a new one is begun. Each machine uploads itself again.");
+    return true;
+}
+
+/// The last of a few where all are taken: that one is replaced.
+std::string SqliteBackend::freeName() const
+{
+    constexpr int most = 5;
+    std::string name;
+    for (int number = 1; number <= most; ++number) {
+        name = file_.string() + ".broken-" + std::to_string(number);
+        std::error_code error;
+        if (!std::filesystem::exists(name, error)) break;
+    }
+    return name;
 }
 
 } // namespace velmora

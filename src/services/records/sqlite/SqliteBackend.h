@@ -21,8 +21,9 @@ namespace velmora {
 /// The records of one user in a file of this computer, which several programs of that user may have open.
 ///
 /// The file is readable by its user alone; one that is another user's, a link, or no file at all is not
-/// touched. One that is damaged is kept under another name, and a new one begun. What is locked by another
-/// program, and what the disk does not take, fails within `patience`.
+/// touched. One that is damaged, or not Velmora's, is kept under another name, and a new one begun; likewise
+/// where it was deleted. What is locked by another program, and what the disk does not take, fails within
+/// `patience`.
 class SqliteBackend final : public RecordBackend {
 public:
     static constexpr std::chrono::milliseconds patience{5'000};
@@ -47,7 +48,9 @@ private:
     int prepareFile();
     int prepareDatabase();
     int execute(const char* statements);
+    bool isStillThere() const;
     bool setAside();
+    std::string freeName() const;
     CloudError error(int code) const;
     static int waitForLock(void* self, int times);
 
@@ -57,6 +60,8 @@ private:
     std::atomic<bool> isCancelled_ = false;
     std::optional<CloudError> problem_; ///< with the file, where SQLite was not even asked
     Handle<sqlite3, sqlite3_close> database_;
+    std::chrono::steady_clock::time_point nextAside_{}; ///< no file is set aside before
+    bool isRefused_ = false;                            ///< to set one aside, and that was logged
     ino_t opened_ = 0; ///< the file that was opened: another may have taken its name since
 };
 
