@@ -59,7 +59,7 @@ public:
         const auto work = [this, name, fetched] {
             const auto* found = records_->find(name);
             if (isFailing || isFailingToFetch) return fetched(broken());
-            if (std::ranges::find(unreadable, name) != unreadable.end())
+            if (name == nonsense)
                 return fetched(CloudError{.code = CloudError::Code::unreadable, .text = "nonsense"});
             if (found) return fetched(CloudRecord(found->type(), found->name(), found->fields()));
             fetched(CloudError{.code = CloudError::Code::notFound, .text = "there is no such record"});
@@ -97,12 +97,13 @@ public:
         enqueue("remove " + name, [this, name, done] {
             if (isFailing) return done(broken());
             std::erase_if(records_->stored, [&](const auto& record) { return record.name() == name; });
-            std::erase(unreadable, name);
+            if (name == nonsense) nonsense.clear();
             done({});
         });
     }
 
-    std::vector<std::string> unreadable; ///< names of records that cannot be read
+    std::vector<std::string> unreadable; ///< names of records that a listing fails to read
+    std::string nonsense;                ///< the name of a record that cannot be read until it is removed
 
 private:
     static CloudError broken() { return {.text = "the store is broken", .fault = RecordFault::unreachable}; }

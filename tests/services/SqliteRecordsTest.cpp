@@ -110,7 +110,10 @@ TEST_F(SqliteRecordsTest, TwoProgramsLoseNoFieldOfEachOther)
         const auto store = open();
         int failed = 0;
         for (int i = 0; i < saves; ++i)
-            failed += save(*store, "shared", {{prefix + std::to_string(i), 1.0}}).has_value();
+            if (const auto error = save(*store, "shared", {{prefix + std::to_string(i), 1.0}})) {
+                ++failed;
+                ADD_FAILURE() << prefix << i << problem(error);
+            }
         return failed;
     };
     const pid_t other = fork();

@@ -74,7 +74,7 @@ TEST_F(CloudKitManagerTest, UploadsOneAtATimeAndLeavesCommandsAlone)
     EXPECT_EQ(recordOf("ME").value<double>(field::remoteChargeLimit), 60);
 
     database->isFailingToFetch = false;
-    database->unreadable = {"DeviceStatus_ME"};
+    database->nonsense = "DeviceStatus_ME";
     manager.syncState(43, true, "Fair");
     machine.settle();
     EXPECT_THAT(list(), SizeIs(1)) << "nonsense is replaced";

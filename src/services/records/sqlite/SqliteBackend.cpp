@@ -201,7 +201,12 @@ std::optional<CloudError> SqliteBackend::perform(const Act& act)
 
 int SqliteBackend::attempt(const Act& act)
 {
-    const int code = database_ ? SQLITE_OK : open();
+    int code = database_ ? SQLITE_OK : open();
+    // Of two that begin the file at once SQLite has one fail rather than each wait for the other.
+    while ((code & 0xff) == SQLITE_BUSY && waitForLock(this, 0)) {
+        database_.reset();
+        code = open();
+    }
     return code == SQLITE_OK ? act(database_.get()) : code;
 }
 
