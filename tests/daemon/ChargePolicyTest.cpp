@@ -132,10 +132,9 @@ TEST_F(QuickChargeTest, EndsWhenFullOrUnplugged)
         {"unplugged for over a minute", unplugged, 70s, true},
     };
     for (const auto& [what, reading, lasting, ends] : cases) {
-        SCOPED_TRACE(what);
         quick = QuickCharge{};
         quick.ask(true);
-        EXPECT_EQ(pass(lasting, reading), ends);
+        EXPECT_EQ(pass(lasting, reading), ends) << what;
     }
 }
 

@@ -97,8 +97,7 @@ TEST(HistoryFilter, DropsWhatTellsNothingNew)
         {"no level", sampleAt(20'000, std::numeric_limits<double>::quiet_NaN()), false},
     };
     for (const auto& [what, candidate, isKept] : cases) {
-        SCOPED_TRACE(what);
-        EXPECT_EQ(isWorthKeeping(&last, candidate), isKept);
+        EXPECT_EQ(isWorthKeeping(&last, candidate), isKept) << what;
     }
     EXPECT_TRUE(isWorthKeeping(nullptr, last));
 }

@@ -81,11 +81,9 @@ TEST_F(InstallationManagerTest, AnAnswerThatComesTooLateFindsNobody)
 
 TEST(VersionNotice, IsForSystemsWithALimiter)
 {
-    for (const auto& [system, isShown] : {std::pair(SystemVersion{25, 9}, false),
-                                          {{26, 3}, false},
-                                          {{26, 4}, true},
-                                          {{27, 3}, false},
-                                          {{27, 4}, true}}) {
+    const std::pair<SystemVersion, bool> cases[] = {
+        {{25, 9}, false}, {{26, 3}, false}, {{26, 4}, true}, {{27, 3}, false}, {{27, 4}, true}};
+    for (const auto& [system, isShown] : cases) {
         FakePlatform machine;
         machine.platform.systemVersion = system;
         VersionNotice notice;
@@ -98,23 +96,20 @@ TEST(VersionNotice, ComesBackUntilItIsAnsweredAndThenNeverAgain)
 {
     FakePlatform machine;
     machine.platform.systemVersion = {26, 4};
-    {
-        VersionNotice notice;
-        for (int time = 0; time < 2; ++time) {
-            notice.appeared();
-            EXPECT_TRUE(notice.showMacOS264Banner.get());
-            notice.showMacOS264Banner.set(false); // closed by other means
-        }
-        EXPECT_EQ(machine.preferences->assignments, 0);
-        notice.dismissed();
+    VersionNotice notice;
+    for (int time = 0; time < 2; ++time) {
         notice.appeared();
-        EXPECT_FALSE(notice.showMacOS264Banner.get());
+        EXPECT_TRUE(notice.showMacOS264Banner.get());
+        notice.showMacOS264Banner.set(false); // closed by other means
     }
-    EXPECT_EQ(machine.preferences->values,
-              (decltype(machine.preferences->values){{"hasSeenMacOS264Banner", true}}));
+    EXPECT_EQ(machine.preferences->assignments, 0);
+    notice.dismissed();
+    EXPECT_TRUE(machine.preferences->boolean("hasSeenMacOS264Banner"));
     VersionNotice ofTheNextStart;
-    ofTheNextStart.appeared();
-    EXPECT_FALSE(ofTheNextStart.showMacOS264Banner.get());
+    for (auto* one : {&notice, &ofTheNextStart}) {
+        one->appeared();
+        EXPECT_FALSE(one->showMacOS264Banner.get());
+    }
 }
 
 TEST(WidgetSettings, AreAsTheyWereLeftAndBrokenPlacesAreNone)

@@ -42,8 +42,7 @@ TEST(BatteryHardwareService, ReadsADescription)
         {"of nothing", {{"Current Capacity", max}, {"Max Capacity", 0.0}}, {0, false, "Battery", -1, -1}},
     };
     for (const auto& [what, description, expected] : cases) {
-        SCOPED_TRACE(what);
-        EXPECT_EQ(BatteryHardwareService::stateFromDescriptions({battery(description)}), expected);
+        EXPECT_EQ(BatteryHardwareService::stateFromDescriptions({battery(description)}), expected) << what;
     }
 }
 
