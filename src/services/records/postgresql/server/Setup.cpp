@@ -24,9 +24,11 @@ constexpr auto lockStatement = R"(DO $$ BEGIN
   LOCK TABLE pg_catalog.pg_authid IN SHARE UPDATE EXCLUSIVE MODE;
 EXCEPTION WHEN insufficient_privilege THEN NULL; END $$)";
 
-// Whether nothing is there yet: a database just made, maybe by a set-up that was broken off.
+// Whether nothing is there yet: a database just made, maybe by a set-up that was broken off. Some are empty
+// and everybody's all the same.
 constexpr auto isBareStatement = R"(
-SELECT (SELECT string_agg(nspname, ',') FROM pg_namespace
+SELECT current_database() NOT IN ('postgres', 'template1') AND
+       (SELECT string_agg(nspname, ',') FROM pg_namespace
         WHERE nspname !~ '^pg_' AND nspname <> 'information_schema') = 'public'
        AND NOT EXISTS (SELECT FROM pg_class WHERE relnamespace = to_regnamespace('public')))";
 
