@@ -312,6 +312,8 @@ TEST_F(PostgresRecordsTest, AFullServerIsToldAndUsedAgainOnceItHasRoom)
     server->sql("DROP TRIGGER refusal ON velmora.record");
     EXPECT_EQ(problem(save(*store, "laptop", {{"percentage", 1.0}})), "");
     server->sql("SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE usename = 'alice'");
+    EXPECT_TRUE(eventually(
+        [&] { return server->sql("SELECT count(*) FROM pg_stat_activity WHERE usename = 'alice'") == "0"; }));
     EXPECT_EQ(problem(save(*store, "laptop", {{"percentage", 2.0}})), "");
 }
 
