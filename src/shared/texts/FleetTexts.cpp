@@ -181,8 +181,8 @@ std::string obstacleText(const DeviceReport& device)
     if (!device.inForce) return tr("That machine has not said yet what is in force there.");
     if (!device.inForce->acceptsCommands)
         return tr(
-            "That machine takes no commands: its owner has switched them off, or nothing there holds the "
-            "charger.");
+            "That machine takes no commands: its owner has switched them off or may not change the charger "
+            "there, or nothing there holds it.");
     return {};
 }
 
