@@ -416,6 +416,16 @@ TEST_F(FleetModelTest, TellsWhatTheDaemonHoldsAndLogsWhoseCommandItTook)
     EXPECT_THAT(records->stored, IsEmpty()) << "no machine without a battery";
     for (int times = 0; times < 2; ++times) tick();
     EXPECT_TRUE(recorded()->isAutoProtectOn);
+    command({{field::remoteChargeLimit, 55.0}}, 200);
+    tick();
+    refuse();
+    loop.advance(2min);
+    EXPECT_FALSE(recorded()->acceptsCommands);
+    model.daemonGone();
+    tell();
+    daemon->push(ownState());
+    loop.advance(2min);
+    EXPECT_TRUE(recorded()->acceptsCommands) << "another daemon may obey";
     store("ME", {{field::limitInForce, 1.0}});
     tick();
     EXPECT_EQ(recorded()->limit, 60) << "somebody else has written it";

@@ -228,6 +228,7 @@ void RemoteCommands::warnIfNotTaken()
     const auto given = own_->state.commandTimestamp;
     if (!given || applied_ != given || taken_ == given || isOverruled() || isWrittenHere()) return;
     isRefused_ = true;
+    applied_.reset(); // until it is tried again
     if (std::exchange(warnedOf_, given) == given) return;
     log_->warning(category, "Could not take over a command of " + described() +
                                 ": the daemon does not hold to it. It is tried again each minute until it "
