@@ -32,7 +32,7 @@ Failure offFailure()
 /// Why what was asked for has not come to pass.
 Failure problem(const FleetSnapshot& now)
 {
-    const auto known = fleet::problemText(now.fault, now.place.kind);
+    const auto known = fleet::problemText(now.fault, now.place);
     return {ExitStatus::failed, known.empty() ? tr("It was sent, and has not come to pass in time.") : known};
 }
 
@@ -109,7 +109,7 @@ void FleetControl::expectUsable(const RecordPlace& place, const KeyedArchive& re
     link_.operate(face::test, record);
     const auto now = link_.awaited([](const auto& at) { return !at.isTesting && at.testResult; });
     const auto found = now.testResult.value_or(RecordFault::slow);
-    if (found != RecordFault::none) throw Failure(ExitStatus::failed, fleet::testText(found, place.kind));
+    if (found != RecordFault::none) throw Failure(ExitStatus::failed, fleet::testText(found, place));
 }
 
 void FleetControl::take(const RecordPlace& place)
@@ -135,6 +135,9 @@ std::string FleetControl::turnOn()
 std::string FleetControl::leave()
 {
     link_.operate(face::leave);
+    const auto now = link_.awaited([](const auto& at) { return !at.isLeaving; });
+    if (now.isLeaving || now.isRecordLeft)
+        throw Failure(ExitStatus::failed, tr("Ecosystem Sync is off. %1", fleet::recordLeftText()));
     return done(tr("Ecosystem Sync is off: this machine has left the fleet."));
 }
 
@@ -153,7 +156,7 @@ std::string FleetControl::test()
     auto record = request_.fleet.place ? placeRecord(place) : archived(place);
     expectUsable(place, record);
     record.wipe();
-    return done(fleet::testText(RecordFault::none, place.kind));
+    return done(fleet::testText(RecordFault::none, place));
 }
 
 std::string FleetControl::command()
@@ -166,7 +169,9 @@ std::string FleetControl::command()
     link_.operate(face::command, archived(wanted));
     const auto after = link_.awaitedListing([&](const auto& at) { return isCommanded(at, device, wanted); });
     if (!isCommanded(after, device, wanted)) throw problem(after);
-    return done(tr("%1 takes that over within a minute, while it is awake.", fleet::nameOf(device)));
+    const auto said = tr("%1 takes that over within a minute, while it is awake.", fleet::nameOf(device));
+    const auto kept = request_.fleet.action == Action::limit ? "" : fleet::lowLimitText(device);
+    return done(kept.empty() ? said : tr("%1 %2", said, kept));
 }
 
 std::string FleetControl::remove()
@@ -174,7 +179,7 @@ std::string FleetControl::remove()
     const auto before = link_.listed();
     if (!before.isOn) throw offFailure();
     const auto device = otherMachine(before, request_.fleet.device);
-    if (!fleet::isSilent(device, SystemClock().now()))
+    if (!device.isSilent(SystemClock().now()))
         throw Failure(ExitStatus::unable,
                       tr("%1 was heard of in the last ten minutes, and would only come back: "
                          "turn Ecosystem Sync off there.",

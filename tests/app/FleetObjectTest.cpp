@@ -104,7 +104,9 @@ TEST_F(FleetObjectTest, DevicesAreToldWholeAndCommandedAsTheyAllow)
 {
     sync.turnOn();
     machine.settle();
-    manager.devices.set({other(), DeviceReport{}});
+    auto listed = other();
+    listed.recordName = device_record::nameOf("OTHER");
+    manager.devices.set({listed, DeviceReport{}});
     const auto reply = property(wired::devices, wire::recordListType);
     dbus::check(sd_bus_message_enter_container(reply.get(), 'a', wire::recordType), "enter");
     EXPECT_EQ(deviceReportOf(dbus::readArchive(reply.get())), other());

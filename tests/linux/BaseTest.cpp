@@ -128,6 +128,7 @@ TEST_F(PreferencesFileTest, WhatIsSetHoldsAtOnceAndIsThereBeforeTheEnd)
         preferences.set("installed", true);
         preferences.set("installed", false);
         preferences.setText("place", "-12,400");
+        EXPECT_EQ(queue->given, 1) << "one write for all of it";
         EXPECT_TRUE(preferences.boolean("seen"));
         EXPECT_FALSE(std::filesystem::exists(file)) << "the caller waits for no disk";
     }

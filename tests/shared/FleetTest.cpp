@@ -141,7 +141,7 @@ TEST_F(CloudKitManagerTest, ReadsWhateverARecordHolds)
     store("DeviceStatus_A", {{field::percentage, std::string("full")},
                              {field::isCharging, 1.0},
                              {field::thermalState, std::string("Serious")},
-                             {field::deviceName, std::string("Attic")},
+                             {field::deviceName, "Attic\n\x1b" + std::string(254, 'c') + "\u00e9"},
                              {field::lastUpdate, Date{7}},
                              {field::commandTimestamp, 7.0}});
     store("DeviceStatus_lost");
@@ -155,7 +155,7 @@ TEST_F(CloudKitManagerTest, ReadsWhateverARecordHolds)
     ASSERT_THAT(states, SizeIs(3));
     SharedBatteryState expected{.percentage = 0, .powerSource = "Cloud"};
     expected.deviceID = "A";
-    expected.deviceName = "Attic";
+    expected.deviceName = "Attic  " + std::string(248, 'c');
     expected.thermalState = "Serious";
     EXPECT_EQ(states[0], expected);
     EXPECT_THAT(states[1].deviceID, Optional(std::string()));
@@ -238,10 +238,39 @@ TEST_F(EcosystemSyncTest, NothingIsOpenedBeforeAPersonTurnsItOn)
     EXPECT_TRUE(manager.hasDatabase.get());
     EXPECT_EQ(begun, 1) << "nobody looks";
     sync->leave();
+    EXPECT_TRUE(sync->isLeaving.get());
     machine.settle();
+    EXPECT_FALSE(sync->isLeaving.get());
+    EXPECT_FALSE(sync->isRecordLeft.get());
     EXPECT_FALSE(manager.hasDatabase.get());
     EXPECT_FALSE(start().isOn.get());
     EXPECT_EQ(machine.log->count("Could not remove"), 0U);
+}
+
+TEST_F(EcosystemSyncTest, ARecordIsTakenAwayWhereTheMachineLeavesOrSaidToBeLeft)
+{
+    start().turnOn();
+    const auto upload = [this] {
+        manager.syncState(50, true, "Nominal");
+        machine.settle();
+    };
+    upload();
+    sync->use(server(), std::nullopt);
+    EXPECT_TRUE(manager.hasDatabase.get()) << "the new place waits for nothing";
+    machine.settle();
+    EXPECT_THAT(stores.records->stored, IsEmpty()) << "the old place's, in this test the same";
+    upload();
+    auto trusted = server();
+    trusted.trust = RecordPlace::Trust::certificate;
+    sync->use(trusted, std::nullopt); // the same records in another way
+    machine.settle();
+    EXPECT_THAT(stores.records->stored, SizeIs(1));
+    stores.opened.lock()->isFailing = true;
+    sync->leave();
+    machine.settle();
+    EXPECT_TRUE(sync->isRecordLeft.get());
+    EXPECT_FALSE(sync->isLeaving.get());
+    EXPECT_EQ(machine.log->count("Could not remove"), 1U);
 }
 
 TEST_F(EcosystemSyncTest, AtLogInItWaitsForTheSecretStore)
@@ -310,6 +339,12 @@ TEST_F(EcosystemSyncTest, CommandsAndRemovalsGoOnlyWhereTheyMay)
     fields[field::lastUpdate] = now + -600;
     store("DEAF", fields);
     store("UNKNOWN", {});
+    fields[field::acceptsCommands] = true;
+    fields[field::limitInForce] = 40.0;
+    fields[field::lastUpdate] = now + 601; // its clock was ahead
+    store("LOW", fields);
+    store("DeviceStatus_WILLING", {}); // read as WILLING's
+    stores.records->stored.emplace_back(field::type, "stray");
     start().turnOn();
     EXPECT_FALSE(sync->command("WILLING", 60, true, false)) << "not listed yet";
     manager.fetchAllDeviceStates([](const auto&) {});
@@ -319,11 +354,20 @@ TEST_F(EcosystemSyncTest, CommandsAndRemovalsGoOnlyWhereTheyMay)
     for (const auto* device : {"DEAF", "UNKNOWN", "NOBODY"})
         EXPECT_FALSE(sync->command(device, 60, true, false)) << device;
     EXPECT_TRUE(sync->command("WILLING", 60, true, false));
-    EXPECT_FALSE(sync->removeDevice("WILLING")) << "heard of just now";
     EXPECT_TRUE(sync->removeDevice("DEAF"));
     EXPECT_TRUE(sync->removeDevice("UNKNOWN"));
     machine.settle();
+    EXPECT_TRUE(sync->command("LOW", 40, true, true)) << "what is in force there may stay";
+    EXPECT_FALSE(sync->command("LOW", 41, true, true));
+    machine.settle();
+    EXPECT_TRUE(sync->removeDevice("LOW"));
+    EXPECT_TRUE(sync->removeDevice("WILLING")) << "the one that nobody hears of";
+    EXPECT_TRUE(sync->removeDevice("stray"));
+    manager.fetchAllDeviceStates([](const auto&) {});
+    machine.settle();
+    EXPECT_FALSE(sync->removeDevice("WILLING")) << "heard of just now";
     ASSERT_THAT(stores.records->stored, SizeIs(1));
+    EXPECT_EQ(stores.records->stored[0].name(), "DeviceStatus_WILLING");
     EXPECT_EQ(stores.records->stored[0].value<double>(field::remoteChargeLimit), 60);
 }
 

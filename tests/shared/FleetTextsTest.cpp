@@ -55,8 +55,14 @@ TEST(FleetTexts, TellWhatBecameOfACommandAndWhatTheNextBeginsWith)
         EXPECT_EQ(text.empty(), std::string_view(says).empty());
         EXPECT_EQ(fleet::suggested(device, now).limit, next) << says;
     }
-    taken.inForce->limit = 30; // by a script there
-    EXPECT_EQ(fleet::suggested(taken, now).limit, 50);
+    for (const auto& [inForce, next] : {std::pair{30., 30.}, {-5., 50.}, {1e300, 100.}}) {
+        taken.inForce->limit = inForce; // by a script there, or nonsense
+        EXPECT_EQ(fleet::suggested(taken, now).limit, next);
+        EXPECT_EQ(fleet::lowLimitText(taken).empty(), next != 30);
+    }
+    taken.inForce->limit = 30;
+    taken.state.remoteChargeLimit = 40; // passed over there, the modes are as they were wanted
+    EXPECT_NE(fleet::commandText(taken, now).find("taken over"), std::string::npos);
     EXPECT_EQ(fleet::obstacleText(taken), "");
     taken.inForce->acceptsCommands = false;
     EXPECT_NE(fleet::obstacleText(taken), "");
@@ -67,6 +73,7 @@ TEST(FleetTexts, TellHowOldIsWhatAMachineSaid)
 {
     const std::pair<double, const char*> cases[] = {
         {-50, "Charging, heat: Fair, just now"},
+        {-600, "Charging, heat: Fair, heard of at an unknown time, as its clock is ahead"},
         {119, "Charging, heat: Fair, just now"},
         {180, "Charging, heat: Fair, 3 minutes ago"},
         {600, "Charging, heat: Fair, not heard of for 10 minutes"},
@@ -80,7 +87,7 @@ TEST(FleetTexts, TellHowOldIsWhatAMachineSaid)
     for (const auto& [seconds, text] : cases) {
         device.lastUpdate = now + -seconds;
         EXPECT_EQ(fleet::statusText(device, now), text);
-        EXPECT_EQ(fleet::isSilent(device, now), seconds >= 600);
+        EXPECT_EQ(device.isSilent(now), seconds >= 600 || seconds <= -600);
     }
     device.state.deviceName = "\x1b[2J \n";
     EXPECT_EQ(fleet::nameOf(device).find('\x1b'), std::string::npos)
@@ -90,14 +97,14 @@ TEST(FleetTexts, TellHowOldIsWhatAMachineSaid)
 TEST(FleetTexts, SayOfEachFaultSomethingOfItsOwn)
 {
     std::set<std::string> texts;
+    const RecordPlace thisComputer;
+    RecordPlace place{.kind = RecordPlace::Kind::server, .host = "h", .user = "ada"};
     for (std::size_t fault = 0; fault < recordFaultTexts.size(); ++fault)
-        texts.insert(fleet::problemText(RecordFault(fault), RecordPlace::Kind::server));
+        texts.insert(fleet::problemText(RecordFault(fault), place));
     EXPECT_EQ(texts.size(), recordFaultTexts.size());
-    using enum RecordPlace::Kind;
     EXPECT_NE(fleet::problemText(RecordFault::noModule, thisComputer),
-              fleet::problemText(RecordFault::noModule, server));
-    EXPECT_NE(fleet::testText(RecordFault::none, server), "");
-    RecordPlace place{.kind = server, .host = "h", .user = "ada"};
+              fleet::problemText(RecordFault::noModule, place));
+    EXPECT_NE(fleet::testText(RecordFault::none, place), "");
     EXPECT_EQ(fleet::missingText(place), "");
     for (auto* text : {&place.host, &place.user, &place.database}) {
         const auto kept = std::exchange(*text, "");
@@ -106,6 +113,8 @@ TEST(FleetTexts, SayOfEachFaultSomethingOfItsOwn)
         EXPECT_NE(fleet::missingText(place), "");
         *text = kept;
     }
+    place.passwordFile = "/nonexistent";
+    EXPECT_NE(fleet::testText(RecordFault::noPassword, place).find(place.passwordFile), std::string::npos);
     place.port = 0;
     EXPECT_NE(fleet::missingText(place).find("65535"), std::string::npos);
 }

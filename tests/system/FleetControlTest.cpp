@@ -125,6 +125,9 @@ TEST_F(FleetControlTest, KnowsWhichMachineIsMeantAndKeepsWhatElseIsInForceThere)
     lay("1A-LOFT", "Loft");
     lay("1B-VAN", "Van\x1b[31m");
     lay("2C-OLD", "Van\x1b[31m", 700);
+    lay("3D-LOW", "Low");
+    record("3D-LOW").set(field::limitInForce, 40.0);
+    record("3D-LOW").set(field::percentage, -50.0);
     const std::tuple<const char*, int, const char*> cases[] = {
         {"limit attic 60", 1, "No machine of the fleet"},
         {"limit 1 60", 1, "Several machines"},
@@ -133,6 +136,7 @@ TEST_F(FleetControlTest, KnowsWhichMachineIsMeantAndKeepsWhatElseIsInForceThere)
         {"limit 1a 60", 0, "Loft takes that over"},
         {"remove Loft", 4, "heard of in the last ten minutes"},
         {"remove 2C", 0, "is forgotten"},
+        {"storage Low on", 0, "limit of 40% there stays"},
         {"accept off", 0, "takes no commands"},
         {"devices", 0, "Van"},
     };
@@ -140,6 +144,8 @@ TEST_F(FleetControlTest, KnowsWhichMachineIsMeantAndKeepsWhatElseIsInForceThere)
     EXPECT_EQ(record("1A-LOFT").value<double>(field::remoteChargeLimit), 60);
     EXPECT_EQ(record("1A-LOFT").value<bool>(field::isStorageModeEnabled), true) << "on its way still";
     EXPECT_EQ(record("1A-LOFT").value<bool>(field::remoteAppleMode), true) << "a limit turns it on";
+    EXPECT_EQ(record("3D-LOW").value<double>(field::remoteChargeLimit), 40);
+    EXPECT_THAT(control("devices").said, Not(HasSubstr("-50")));
     EXPECT_FALSE(record("1B-VAN").value<Date>(field::commandTimestamp));
     EXPECT_EQ(machine.recordStores->records->find(field::nameOf("2C-OLD")), nullptr);
     EXPECT_FALSE(sync.acceptsCommands.get());
@@ -147,7 +153,7 @@ TEST_F(FleetControlTest, KnowsWhichMachineIsMeantAndKeepsWhatElseIsInForceThere)
     record("1A-LOFT").set(field::acceptsCommands, false);
     expectOutcome("auto-protect Loft off", 4, "takes no commands");
     const auto devices = json::parse(control("devices --json").said, nullptr, false);
-    ASSERT_EQ(devices.size(), 2U);
+    ASSERT_EQ(devices.size(), 3U);
     EXPECT_EQ(devices[0]["isThisMachine"], false);
     EXPECT_THAT(devices[0]["commandTimestamp"].get<std::string>(), testing::EndsWith("Z"));
     EXPECT_TRUE(devices[1]["commandTimestamp"].is_null());
@@ -183,6 +189,10 @@ TEST_F(FleetControlTest, TriesAServerWithThePasswordThatIsTypedAndTakesItOnlyIfI
     EXPECT_EQ(control("test --server other.example --user ada", "\x03").status, -1) << "Ctrl-C ends it";
     expectOutcome("test", 0, "It works");
     expectOutcome("off", 0, "left the fleet");
+    EXPECT_FALSE(sync.isOn.get());
+    sync.turnOn();
+    machine.recordStores->opened.lock()->isFailing = true;
+    expectOutcome("off", 1, "stays where it was");
     EXPECT_FALSE(sync.isOn.get());
 }
 

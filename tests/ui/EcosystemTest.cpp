@@ -107,15 +107,17 @@ TEST_F(Ecosystem, ManyMachinesCostWhatIsInSightAndTheKeyboardKeepsItsPlace)
     QList<QVariantMap> many;
     for (int i = 0; i < 200; ++i)
         many << device("m" + QString::number(i), "Machine " + QString::number(i), 20);
+    many[0]["deviceName"] = "%2 of %3";
     tell({{"deviceID", "m0"}});
     list(many);
+    EXPECT_TRUE(text("listEnd").contains("first 200"));
     const auto shown = [&] {
         return std::ranges::count_if(below(item("devices")),
                                      [](auto* one) { return one->property("identifier").isValid(); });
     };
     EXPECT_LT(shown(), 20);
     EXPECT_EQ(voice("devicem0")->text(QAccessible::Name),
-              "Machine 0 (this machine): Not charging, heat: Nominal, just now, 72%");
+              "%2 of %3 (this machine): Not charging, heat: Nominal, just now, 72%");
     item("devices")->forceActiveFocus(Qt::TabFocusReason);
     press(Qt::Key_End);
     press(Qt::Key_Up);
@@ -132,7 +134,8 @@ TEST_F(Ecosystem, ManyMachinesCostWhatIsInSightAndTheKeyboardKeepsItsPlace)
         << "one stop, not one a machine";
     press(Qt::Key_Backtab);
     press(Qt::Key_Return);
-    EXPECT_EQ(model.selectedDeviceID(), "");
+    EXPECT_EQ(model.selectedDeviceID(), "m198") << "who looks at one again means to see it";
+    EXPECT_TRUE(voice("devicem198")->state().checked);
 }
 
 TEST_F(Ecosystem, ACommandBeginsWithWhatIsInForceAndIsSentAsAWhole)
@@ -175,11 +178,25 @@ TEST_F(Ecosystem, ACommandBeginsWithWhatIsInForceAndIsSentAsAWhole)
     clickInSight("remove");
     EXPECT_EQ(asking(), "removeDevice");
     EXPECT_EQ(sent, (QVariantMap{{"deviceID", "c"}}));
+    list({device("d", "Low", 20, inForce(40))});
+    select("d");
+    EXPECT_TRUE(text("remoteLimit/caption").contains("40% there stays"));
+    clickInSight("remoteStorage");
+    clickInSight("send");
+    EXPECT_EQ(sent.value("limit"), 40.0) << "nobody has moved it";
+    item("remoteLimit/slider")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Right);
+    EXPECT_EQ(text("remoteLimit/value"), "50%") << "none between";
+    list({device("a", "Attic", 20, inForce(90))});
     select("a");
     EXPECT_FALSE(item("send")->isVisible());
     EXPECT_TRUE(text("obstacle").contains("Thresholds"));
     select("gone");
     EXPECT_FALSE(item("device")->isVisible());
+    tell({{"isOn", false}, {"isLeaving", true}});
+    EXPECT_TRUE(text("left").contains("being removed"));
+    tell({{"isLeaving", false}, {"isRecordLeft", true}});
+    EXPECT_TRUE(text("left").contains("ten minutes"));
 }
 
 TEST_F(Ecosystem, AServerIsTriedAndTakenByTheKeyboard)

@@ -42,7 +42,7 @@ void command(EcosystemSync& sync, const KeyedArchive& record)
     const auto wanted = fleetCommandOf(record);
     if (!sync.command(wanted.deviceID, wanted.limit, wanted.isAutoProtectOn, wanted.isStorageModeOn))
         throw std::invalid_argument("a command goes to a listed machine that takes commands, with a limit of "
-                                    "50 to 100");
+                                    "50 to 100, or the one in force there");
 }
 
 void removeDevice(EcosystemSync& sync, const KeyedArchive& record)
@@ -84,6 +84,8 @@ void serve(ExportedObject& object, EcosystemSync& sync, CloudKitManager& manager
     });
     object.watch(sync.fault);
     object.watch(manager.lastFault);
+    object.bind(wired::isLeaving, sync.isLeaving);
+    object.bind(wired::isRecordLeft, sync.isRecordLeft);
     object.bind(wired::isTesting, sync.isTesting);
     object.bind(wired::testResult, sync.testResult);
     object.bind(wired::lastSyncDate, manager.lastSyncDate);

@@ -134,6 +134,8 @@ void readValue(sd_bus_message* message, std::string_view name, FleetSnapshot& no
 {
     if (name == face::isOn) now.isOn = readTruth(message);
     if (name == face::acceptsCommands) now.acceptsCommands = readTruth(message);
+    if (name == face::isLeaving) now.isLeaving = readTruth(message);
+    if (name == face::isRecordLeft) now.isRecordLeft = readTruth(message);
     if (name == face::isTesting) now.isTesting = readTruth(message);
     if (name == face::place) now.place = readPlace(message);
     if (name == face::deviceID) now.deviceID = readText(message);

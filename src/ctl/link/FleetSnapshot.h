@@ -20,6 +20,8 @@ struct FleetSnapshot {
     std::string deviceID{}; ///< this machine's; empty while not known
     std::string deviceName{};
     RecordFault fault = RecordFault::none;
+    bool isLeaving = false;
+    bool isRecordLeft = false;
     bool isTesting = false;
     std::optional<RecordFault> testResult{};
     std::optional<Date> lastSyncDate{};

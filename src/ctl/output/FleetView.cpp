@@ -11,6 +11,7 @@
 #include "texts/PanelTexts.h"
 #include "wire/ModelFace.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 namespace velmora::ctl {
@@ -39,7 +40,7 @@ std::string fleetText(const FleetSnapshot& now)
     lines.add(now.deviceName.empty() ? tr("This machine") : "", now.deviceID);
     if (!now.isOn) return lines.text();
     lines.add(tr("Records"), fleet::placeText(now.place));
-    lines.add("", fleet::problemText(now.fault, now.place.kind));
+    lines.add("", fleet::problemText(now.fault, now.place));
     lines.add(tr("Last saved"), now.lastSyncDate ? localTime(*now.lastSyncDate) : tr("not yet"));
     lines.add(tr("Machines"), std::to_string(now.devices.size()));
     lines.add(tr("Commands"), now.acceptsCommands ? tr("taken from the others") : tr("none are taken"));
@@ -65,12 +66,14 @@ std::string devicesText(const FleetSnapshot& now, Date time)
     for (const auto& device : now.devices) {
         const auto name = fleet::nameOf(device);
         lines.add(isOwn(now, device) ? tr("%1 (this machine)", name) : name,
-                  panel::percentageText(device.state.percentage) + "  " + fleet::statusText(device, time));
+                  panel::percentageText(std::clamp(device.state.percentage, 0.0, 100.0)) + "  " +
+                      fleet::statusText(device, time));
         lines.add("", fleet::inForceText(device));
         if (!isOwn(now, device)) lines.add("", fleet::commandText(device, time));
         lines.add("", device.state.deviceID.value_or(""));
     }
-    return lines.text();
+    const auto end = fleet::listEndText(now.devices.size());
+    return lines.text() + (end.empty() ? "" : end + '\n');
 }
 
 Json devicesJson(const FleetSnapshot& now)

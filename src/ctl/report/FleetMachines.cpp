@@ -5,7 +5,6 @@
 
 #include "base/Text.h"
 #include "base/Translation.h"
-#include "fleet/EcosystemSync.h"
 #include "link/Failure.h"
 #include "texts/FleetTexts.h"
 
@@ -90,7 +89,6 @@ FleetCommand commandFor(const DeviceReport& device, const FleetRequest& request,
     const auto obstacle = fleet::obstacleText(device);
     if (!obstacle.empty()) throw Failure(ExitStatus::unable, obstacle);
     auto command = fleet::suggested(device, now);
-    command.limit = std::clamp(command.limit, EcosystemSync::lowestLimit, EcosystemSync::highestLimit);
     if (request.action == Action::limit) command.limit = request.limit;
     if (request.action == Action::limit || request.action == Action::autoProtect)
         command.isAutoProtectOn = request.isOn;

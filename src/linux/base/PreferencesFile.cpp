@@ -76,15 +76,24 @@ void PreferencesFile::setText(std::string_view key, std::string_view value)
     if (folder_.empty()) return;
     std::string text;
     for (const auto& [name, kept] : values_) text.append(name).append("=").append(kept).append("\n");
-    queue_->async([this, text = std::move(text)] { save(text); });
+    std::unique_lock lock(mutex_);
+    const bool isWaiting = std::exchange(unsaved_, std::move(text)).has_value();
+    lock.unlock();
+    if (!isWaiting) queue_->async([this] { save(); });
 }
 
-void PreferencesFile::save(std::string_view text)
+void PreferencesFile::save()
 {
     std::error_code error; // a folder that cannot be made is a file that cannot be written, which is said
     std::filesystem::create_directories(folder_.parent_path(), error);
     mkdir(folder_.c_str(), ownersFolder);
-    file_.write(text);
+    file_.write(takeUnsaved());
+}
+
+std::string PreferencesFile::takeUnsaved()
+{
+    const std::lock_guard lock(mutex_);
+    return std::exchange(unsaved_, std::nullopt).value_or("");
 }
 
 } // namespace velmora

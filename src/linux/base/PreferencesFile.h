@@ -11,6 +11,8 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 
 namespace velmora {
@@ -34,12 +36,15 @@ public:
 
 private:
     void read();
-    void save(std::string_view text);
+    void save();
+    std::string takeUnsaved();
 
     std::filesystem::path folder_;
     StateFile file_; // the queue's, once values are read
     std::map<std::string, std::string, std::less<>> values_;
-    std::unique_ptr<WorkQueue> queue_; // last, so that it may finish
+    std::mutex mutex_;
+    std::optional<std::string> unsaved_; ///< a write waits in the queue for the last of what was set
+    std::unique_ptr<WorkQueue> queue_;   // last, so that it may finish
 };
 
 } // namespace velmora

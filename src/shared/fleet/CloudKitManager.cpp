@@ -183,14 +183,14 @@ void CloudKitManager::saveInForce(const SettingsInForce& settings)
     database_->fetch(record.name(), onMainThread<CloudResult<CloudRecord>>(fetched));
 }
 
-void CloudKitManager::removeDevice(const std::string& deviceID, std::function<void(bool)> completion)
+void CloudKitManager::removeRecord(const std::string& name, std::function<void(bool)> completion)
 {
     if (!database_) return completion(false);
     const auto removed = [this, completion = std::move(completion)](const auto& error) {
         note("CloudKit remove", error);
         completion(!error);
     };
-    database_->remove(device_record::nameOf(deviceID), onMainThread<std::optional<CloudError>>(removed));
+    database_->remove(name, onMainThread<std::optional<CloudError>>(removed));
 }
 
 void CloudKitManager::leave(std::function<void(bool)> completion)
@@ -199,11 +199,11 @@ void CloudKitManager::leave(std::function<void(bool)> completion)
     useDatabase(nullptr, currentDeviceID_);
     if (!database) return completion(false);
     // The answer holds the database until it has reached this thread: it must not end on its own.
-    const auto removed = [database, completion = std::move(completion)](const auto& error) {
-        completion(!error);
-    };
-    database->remove(device_record::nameOf(currentDeviceID_),
-                     onMainThread<std::optional<CloudError>>(removed));
+    const auto removed =
+        lifetime_.guard([database, completion = std::move(completion)](bool isGone) { completion(isGone); });
+    database->remove(device_record::nameOf(currentDeviceID_), [loop = loop_, removed](const auto& error) {
+        loop->post([removed, isGone = !error] { removed(isGone); });
+    });
 }
 
 void CloudKitManager::note(const char* operation, const std::optional<CloudError>& error)

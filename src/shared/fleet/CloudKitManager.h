@@ -27,6 +27,8 @@ namespace velmora {
 /// a line in the log, once until it is over, and never more than that. Main thread only; completions come
 /// there too. Those that wait when the database is exchanged are dropped.
 class CloudKitManager {
+    Lifetime lifetime_;
+
 public:
     using State = std::optional<SharedBatteryState>;
 
@@ -51,7 +53,7 @@ public:
     void useDatabase(std::shared_ptr<CloudDatabase> database, std::string currentDeviceID);
 
     /// Removes this machine's record, and uses the database no more: nothing is sent after the removal.
-    /// `completion` is told whether the record is gone.
+    /// `completion` is told whether the record is gone, whatever is used meanwhile.
     void leave(std::function<void(bool isGone)> completion);
 
     /// This machine's; empty before there was a database.
@@ -82,8 +84,8 @@ public:
     /// the others would see an empty battery.
     void saveInForce(const SettingsInForce& settings);
 
-    /// Removes the record of a device; `completion` is told whether it is gone.
-    void removeDevice(const std::string& deviceID, std::function<void(bool isGone)> completion);
+    /// Removes a record by its name; `completion` is told whether it is gone.
+    void removeRecord(const std::string& name, std::function<void(bool isGone)> completion);
 
 private:
     using Fill = std::function<void(CloudRecord&)>;

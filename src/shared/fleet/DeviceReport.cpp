@@ -3,6 +3,11 @@
 
 #include "fleet/DeviceReport.h"
 
+#include "base/Text.h"
+#include "base/Utf8.h"
+
+#include <cmath>
+
 namespace velmora {
 
 namespace {
@@ -17,6 +22,15 @@ std::string deviceIDOf(std::string name)
     return name;
 }
 
+/// Another machine wrote it, so it may be anything, and long.
+std::optional<std::string> textOf(const CloudRecord& record, std::string_view field)
+{
+    const auto stored = record.value<std::string>(field);
+    if (!stored) return std::nullopt;
+    constexpr auto longest = DeviceReport::longestText, read = 2 * longest; // what is cut there is not seen
+    return std::string(utf8Prefix(printable(cleanUtf8(std::string_view(*stored).substr(0, read))), longest));
+}
+
 SharedBatteryState stateOf(const CloudRecord& record)
 {
     SharedBatteryState state;
@@ -28,8 +42,8 @@ SharedBatteryState stateOf(const CloudRecord& record)
     state.isStorageModeEnabled = record.value<bool>(isStorageModeEnabled);
     state.commandTimestamp = record.value<Date>(commandTimestamp);
     state.deviceID = deviceIDOf(record.name());
-    state.deviceName = record.value<std::string>(deviceName);
-    state.thermalState = record.value<std::string>(thermalState);
+    state.deviceName = textOf(record, deviceName);
+    state.thermalState = textOf(record, thermalState);
     return state;
 }
 
@@ -55,11 +69,24 @@ std::string device_record::nameOf(std::string_view deviceID)
 }
 
 DeviceReport::DeviceReport(const CloudRecord& record)
-    : state(stateOf(record)),
+    : recordName(record.name()),
+      state(stateOf(record)),
       lastUpdate(record.value<Date>(device_record::lastUpdate)),
       inForce(inForceOf(record)),
-      commandOrigin(record.value<std::string>(device_record::commandOrigin))
+      commandOrigin(textOf(record, device_record::commandOrigin))
 {
+}
+
+bool DeviceReport::isSilent(Date now) const
+{
+    return !lastUpdate || std::abs(now - *lastUpdate) >= silence;
+}
+
+bool DeviceReport::takesLimit(double limit) const
+{
+    constexpr double lowest = 0; // in force, by a script there or an older version
+    const bool isSettable = limit >= lowestLimit && limit <= highestLimit;
+    return isSettable || (inForce && limit == inForce->limit && limit >= lowest && limit <= highestLimit);
 }
 
 } // namespace velmora

@@ -7,6 +7,7 @@
 #include "battery/BatteryDataSource.h"
 #include "platform/CloudDatabase.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -51,8 +52,15 @@ struct SettingsInForce {
     friend bool operator==(const SettingsInForce&, const SettingsInForce&) = default;
 };
 
-/// A device's record, read. Never fails: what is absent or of another type is left out.
+/// A device's record, read. Never fails: what is absent or of another type is left out. A text is one line of
+/// UTF-8, cut after `longestText` bytes.
 struct DeviceReport {
+    static constexpr std::size_t longestText = 255;
+    static constexpr double silence = 600; ///< seconds without an upload, after which it may be removed
+    /// What a command may set, percent.
+    static constexpr double lowestLimit = 50, highestLimit = 100;
+
+    std::string recordName{};   ///< as it is stored; what was read from a bus has none
     SharedBatteryState state{}; ///< the nine fields; the device's identifier is in `deviceID`
     std::optional<Date> lastUpdate{};
     std::optional<SettingsInForce> inForce{}; ///< nothing while any but `commandTaken` is missing
@@ -60,6 +68,12 @@ struct DeviceReport {
 
     DeviceReport() = default;
     explicit DeviceReport(const CloudRecord& record);
+
+    /// Nobody has heard of it for so long that it may be removed. A time that is as far ahead as that says
+    /// nothing: the clocks differ.
+    bool isSilent(Date now) const;
+    /// A command to it may have that limit: one that may be set, or the one in force there.
+    bool takesLimit(double limit) const;
 
     friend bool operator==(const DeviceReport&, const DeviceReport&) = default;
 };

@@ -36,6 +36,15 @@ std::uint16_t portOf(std::string_view text, std::uint16_t otherwise)
 }
 
 /// Printable ASCII, and no blanks.
+/// However they are reached.
+bool areSameRecords(const RecordPlace& one, const RecordPlace& other)
+{
+    if (one.kind != other.kind) return false;
+    return one.kind == RecordPlace::Kind::thisComputer ||
+           (one.host == other.host && one.port == other.port && one.database == other.database &&
+            one.user == other.user);
+}
+
 bool isPlain(std::string_view text, std::size_t maximum)
 {
     return text.size() <= maximum && std::ranges::all_of(text, [](char c) { return c > ' ' && c <= '~'; });
@@ -98,10 +107,19 @@ void EcosystemSync::leave()
     isOn.set(false);
     preferences_->set(key::isEcosystemSyncOn, false);
     fault.set(RecordFault::none);
+    leaveRecords();
+}
+
+void EcosystemSync::leaveRecords()
+{
+    isLeaving.set(true);
+    isRecordLeft.set(false);
     manager_.leave(lifetime_.guard([this](bool isGone) {
         if (!isGone)
             log_->warning(category, "Could not remove this machine's record: other machines may, once it has "
                                     "been silent for ten minutes.");
+        isRecordLeft.set(!isGone);
+        isLeaving.set(false);
     }));
 }
 
@@ -124,6 +142,8 @@ void EcosystemSync::use(const RecordPlace& wanted, const std::optional<std::stri
 
 void EcosystemSync::adopt(const RecordPlace& wanted)
 {
+    const bool isElsewhere = !areSameRecords(place.get(), wanted);
+    if (isElsewhere && manager_.hasDatabase.get()) leaveRecords();
     place.set(wanted);
     keep();
     isPersonsWish_ = true;
@@ -149,19 +169,22 @@ void EcosystemSync::test(const RecordPlace& wanted, const std::optional<std::str
 bool EcosystemSync::command(const std::string& target, double limit, bool isAutoProtectOn,
                             bool isStorageModeOn)
 {
-    const auto* report = find(target);
+    const auto* report =
+        find([name = device_record::nameOf(target)](const auto& one) { return one.recordName == name; });
     const bool isTaken = report && report->inForce && report->inForce->acceptsCommands;
-    if (!isTaken || !(limit >= lowestLimit && limit <= highestLimit)) return false;
+    if (!isTaken || !report->takesLimit(limit)) return false;
     manager_.syncRemoteControl(limit, isAutoProtectOn, isStorageModeOn, target);
     return true;
 }
 
 bool EcosystemSync::removeDevice(const std::string& device)
 {
-    const auto* report = find(device);
-    if (!report || device == deviceID.get()) return false;
-    if (report->lastUpdate && clock_->now() - *report->lastUpdate < silence) return false;
-    manager_.removeDevice(device, [](bool) {});
+    // A record under another name than its device's may stand beside that device's own.
+    const auto* report = find([&, own = device_record::nameOf(deviceID.get())](const auto& one) {
+        return one.state.deviceID == device && one.recordName != own && one.isSilent(clock_->now());
+    });
+    if (!report) return false;
+    manager_.removeRecord(report->recordName, [](bool) {});
     return true;
 }
 
@@ -208,11 +231,10 @@ bool EcosystemSync::isComplete(const RecordPlace& wanted)
            wanted.port > 0;
 }
 
-const DeviceReport* EcosystemSync::find(const std::string& device) const
+const DeviceReport* EcosystemSync::find(const std::function<bool(const DeviceReport&)>& isMeant) const
 {
     const auto& devices = manager_.devices.get();
-    const auto found =
-        std::ranges::find_if(devices, [&](const auto& report) { return report.state.deviceID == device; });
+    const auto found = std::ranges::find_if(devices, isMeant);
     return found == devices.end() ? nullptr : &*found;
 }
 

@@ -34,8 +34,8 @@ class EcosystemSync {
 
 public:
     static constexpr auto passwordService = "app.velmora.cloud";
-    static constexpr double silence = 600; ///< seconds without an upload, after which a device may be removed
-    static constexpr double lowestLimit = 50, highestLimit = 100; ///< percent, of a command
+    static constexpr double lowestLimit = DeviceReport::lowestLimit; ///< percent, of a command
+    static constexpr double highestLimit = DeviceReport::highestLimit;
 
     /// Begins at once where it is on: as soon as the secret store is ready and this machine's identity known.
     /// `manager` must outlive this.
@@ -50,6 +50,10 @@ public:
     Observable<std::string> deviceID{std::string()}; ///< this machine's; empty while not known
     /// Why there is no database although it is on, or why the person's last wish came to nothing.
     Observable<RecordFault> fault{RecordFault::none};
+    /// This machine has left, and the store has not said yet whether its record is gone.
+    Observable<bool> isLeaving{false};
+    /// That record could not be removed when this machine left last.
+    Observable<bool> isRecordLeft{false};
     Observable<bool> isTesting{false};
     /// Of the last test; nothing before one.
     Observable<std::optional<RecordFault>> testResult{std::nullopt};
@@ -67,11 +71,12 @@ public:
 
     void turnOn();
 
-    /// Removes this machine's record and turns it off, also where the record cannot be removed: others can do
-    /// that then.
+    /// Removes this machine's record and turns it off, also where the record cannot be removed, which
+    /// `isRecordLeft` says: others can do that then.
     void leave();
 
-    /// From now on the records live there; nothing is taken along, each machine uploads itself again.
+    /// From now on the records live there; nothing is taken along, each machine uploads itself again. This
+    /// machine's record at the place before is removed, if that can be done.
     /// `password` is kept in the secret store first; without one the password that is there stays. A place
     /// that is not complete, or whose password cannot be kept, changes nothing: `fault` says so.
     void use(const RecordPlace& place, const std::optional<std::string>& password);
@@ -80,8 +85,8 @@ public:
     void test(const RecordPlace& place, const std::optional<std::string>& password);
 
     /// Has another machine of the fleet take these settings over: limit in percent. Whether it has, its
-    /// report tells. False, and nothing is sent, for a limit out of range, without a database, or while that
-    /// machine's settings are not known or it takes no commands.
+    /// report tells. False, and nothing is sent, for a limit that it does not take (see DeviceReport),
+    /// without a database, or while that machine's settings are not known or it takes no commands.
     bool command(const std::string& deviceID, double limit, bool isAutoProtectOn, bool isStorageModeOn);
 
     /// Removes a machine that has been silent for long; not this one. False where it was not begun.
@@ -92,7 +97,8 @@ private:
     void open();
     void adopt(const RecordPlace& place);
     RecordStores::Password keptPassword(const RecordPlace& place) const;
-    const DeviceReport* find(const std::string& deviceID) const;
+    void leaveRecords();
+    const DeviceReport* find(const std::function<bool(const DeviceReport&)>& isMeant) const;
     RecordPlace kept() const;
     void keep() const;
 

@@ -106,7 +106,7 @@ public:
     void asPerson(const std::function<void()>& act);
 
     /// Lists the user's devices anew.
-    void fetchFleetStates() { fleet_.fetchStates(); }
+    void fetchFleetStates() { fleet_.refresh(); }
     /// Uploads, looks for a command and lists now, without waiting for a minute to pass.
     void syncFleetNow() { fleet_.tick(); }
     /// The daemon went: what it has told of the battery is shown on, and told to no other machine.

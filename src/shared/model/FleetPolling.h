@@ -53,6 +53,11 @@ public:
     void start();
     void tick();
     void fetchStates();
+    /// Likewise, unless a listing is under way, whose answer is as good.
+    void refresh()
+    {
+        if (listings_ == 0) fetchStates();
+    }
 
     /// The daemon is to answer first.
     bool isHoldingBack() const { return isHoldingBack_; }

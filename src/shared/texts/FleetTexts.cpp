@@ -27,11 +27,18 @@ bool isHandedBack(const DeviceReport& device)
     return device.commandOrigin && device.commandOrigin->ends_with("(" + device.state.id() + ")");
 }
 
+bool isSettable(double limit)
+{
+    return limit >= DeviceReport::lowestLimit && limit <= DeviceReport::highestLimit;
+}
+
+/// A limit that no command can set is passed over there.
 bool isAsCommanded(const DeviceReport& device)
 {
     const auto& is = *device.inForce;
     const auto& wanted = device.state;
-    return wanted.remoteChargeLimit == is.limit && wanted.remoteAppleMode == is.isAutoProtectOn &&
+    const auto limit = wanted.remoteChargeLimit.value_or(is.limit);
+    return (limit == is.limit || !isSettable(limit)) && wanted.remoteAppleMode == is.isAutoProtectOn &&
            wanted.isStorageModeEnabled.value_or(is.isStorageModeOn) == is.isStorageModeOn;
 }
 
@@ -72,7 +79,8 @@ std::string ageText(const DeviceReport& device, Date now)
 {
     if (!device.lastUpdate) return tr("not heard of yet");
     const double seconds = now - *device.lastUpdate;
-    return seconds < EcosystemSync::silence ? agoText(seconds) : silenceText(seconds);
+    if (!device.isSilent(now)) return agoText(seconds);
+    return seconds > 0 ? silenceText(seconds) : tr("heard of at an unknown time, as its clock is ahead");
 }
 
 /// Of those that lie with the server or with the way to it; English, in the order of the faults.
@@ -126,18 +134,35 @@ std::string missingText(const RecordPlace& place)
     return tr("Host, database, user and file take letters, digits and signs without blanks.");
 }
 
-std::string problemText(RecordFault fault, RecordPlace::Kind kind)
+std::string problemText(RecordFault fault, const RecordPlace& place)
 {
-    if (fault == RecordFault::noModule && kind == RecordPlace::Kind::thisComputer)
+    if (fault == RecordFault::noPassword && !place.passwordFile.empty())
+        return tr(
+            "The password file %1 cannot be used: it has to be there, yours alone (mode 0600), and hold "
+            "the password in one line.",
+            printable(place.passwordFile));
+    if (fault == RecordFault::noModule && place.kind == RecordPlace::Kind::thisComputer)
         return tr("The part of Velmora that keeps records on this computer is missing: install the package "
                   "velmora-session anew.");
     return fault == RecordFault::none ? std::string() : tr(problems.at(static_cast<std::size_t>(fault)));
 }
 
-std::string testText(RecordFault found, RecordPlace::Kind kind)
+std::string testText(RecordFault found, const RecordPlace& place)
 {
     return found == RecordFault::none ? tr("It works: a record was saved, read and removed.")
-                                      : problemText(found, kind);
+                                      : problemText(found, place);
+}
+
+std::string recordLeftText()
+{
+    return tr("This machine's record could not be removed and stays where it was: your other machines can "
+              "remove it once it has been silent for ten minutes.");
+}
+
+std::string listEndText(std::size_t listed)
+{
+    if (listed < CloudDatabase::maximumResults) return {};
+    return tr("Only the first %1 machines are listed.", std::to_string(CloudDatabase::maximumResults));
 }
 
 std::string nameOf(const DeviceReport& device, bool isThisMachine)
@@ -153,11 +178,6 @@ std::string statusText(const DeviceReport& device, Date now)
     const auto heat = ThermalMonitorService::thermalStateFromRawValue(device.state.thermalState.value_or(""));
     if (!heat) return tr("%1, %2", charging, ageText(device, now));
     return tr("%1, heat: %2, %3", charging, panel::thermalText(*heat), ageText(device, now));
-}
-
-bool isSilent(const DeviceReport& device, Date now)
-{
-    return !device.lastUpdate || now - *device.lastUpdate >= EcosystemSync::silence;
 }
 
 namespace {
@@ -194,12 +214,22 @@ FleetCommand suggested(const DeviceReport& device, Date now)
                          .isAutoProtectOn = is.isAutoProtectOn,
                          .isStorageModeOn = is.isStorageModeOn};
     if (commandState(device, now) == CommandState::underWay) {
-        command.limit = device.state.remoteChargeLimit.value_or(is.limit);
+        const auto onItsWay = device.state.remoteChargeLimit.value_or(is.limit);
+        if (device.takesLimit(onItsWay)) command.limit = onItsWay;
         command.isAutoProtectOn = device.state.remoteAppleMode.value_or(is.isAutoProtectOn);
         command.isStorageModeOn = device.state.isStorageModeEnabled.value_or(is.isStorageModeOn);
     }
-    command.limit = std::clamp(command.limit, EcosystemSync::lowestLimit, EcosystemSync::highestLimit);
+    if (!device.takesLimit(command.limit))
+        command.limit = std::clamp(command.limit, DeviceReport::lowestLimit, DeviceReport::highestLimit);
     return command;
+}
+
+std::string lowLimitText(const DeviceReport& device)
+{
+    if (!device.inForce || isSettable(device.inForce->limit) || !device.takesLimit(device.inForce->limit))
+        return {};
+    return tr("The limit of %1 there stays as it is unless you choose another, of 50% to 100%.",
+              panel::percentageText(device.inForce->limit));
 }
 
 std::string commandText(const DeviceReport& device, Date now)

@@ -228,6 +228,8 @@ inline constexpr auto acceptsCommands = "acceptsCommands";
 inline constexpr auto place = "place";
 inline constexpr auto deviceID = "deviceID";
 inline constexpr auto deviceName = "deviceName";
+inline constexpr auto isLeaving = "isLeaving";
+inline constexpr auto isRecordLeft = "isRecordLeft";
 inline constexpr auto isTesting = "isTesting";
 inline constexpr auto lastSyncDate = "lastSyncDate";
 inline constexpr auto lastListDate = "lastListDate";
@@ -241,6 +243,8 @@ inline constexpr std::array properties{
     Property{deviceID, "s"},     ///< this machine's; empty while not known
     Property{deviceName, "s"},   ///< likewise
     Property{fault, "s"},        ///< one of recordFaultTexts: what keeps the records from being reached
+    Property{isLeaving, "b"},    ///< it is off, and whether this machine's record is gone is not known yet
+    Property{isRecordLeft, "b"}, ///< that record could not be removed at the last leave
     Property{isTesting, "b"},
     Property{testResult, "as"},   ///< one of recordFaultTexts, after a test
     Property{lastSyncDate, "ad"}, ///< of the last upload: seconds since 2001-01-01 UTC

@@ -4,7 +4,7 @@
 import QtQuick
 import Velmora
 
-/// One of the user's machines, to select or deselect. In a list the arrow keys lead to it, not the tabulator.
+/// One of the user's machines, to select. In a list the arrow keys lead to it, not the tabulator.
 PressButton {
     id: choice
 
@@ -18,9 +18,10 @@ PressButton {
 
     focusPolicy: Qt.ClickFocus
     objectName: "device" + identifier
-    text: qsTr("%1: %2, %3").arg(name).arg(status).arg(battery)
+    text: Texts.filled(qsTr("%1: %2, %3"), [name, status, battery])
     padding: 8
     checkable: true
+    autoExclusive: true // a click on the selected one leaves it so
     checked: selected
 
     background: Rectangle {

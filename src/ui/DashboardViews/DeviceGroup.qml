@@ -102,9 +102,10 @@ SettingsGroup {
         enabled: group.takesCommands
         title: qsTr("Charge limit there")
         current: group.limit
-        from: 50
+        caption: group.takesCommands ? group.device.lowLimitText : ""
+        from: group.device.lowestLimit ?? 50
         to: 100
-        onChosen: value => group.touch(() => group.limit = value)
+        onChosen: value => group.touch(() => group.limit = value > from ? Math.max(50, value) : from)
     }
     ToggleRow {
         objectName: "remoteAutoProtect"

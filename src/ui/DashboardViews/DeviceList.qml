@@ -53,7 +53,7 @@ PodBackground {
             selected: fleet.selected === identifier
             onClicked: {
                 list.currentIndex = index;
-                fleet.chosen(selected ? "" : identifier);
+                fleet.chosen(identifier);
             }
 
             FocusRing {

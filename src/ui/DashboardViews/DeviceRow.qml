@@ -17,7 +17,7 @@ RowLayout {
 
     spacing: 10
     Accessible.role: Accessible.StaticText
-    Accessible.name: qsTr("%1: %2, %3").arg(name).arg(status).arg(battery)
+    Accessible.name: Texts.filled(qsTr("%1: %2, %3"), [name, status, battery])
 
     Item {
         implicitWidth: 32

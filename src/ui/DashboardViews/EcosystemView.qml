@@ -59,6 +59,16 @@ DashboardPage {
                 color: Theme.colors.secondary
             }
         }
+        Label {
+            objectName: "left"
+            Layout.alignment: Qt.AlignHCenter
+            Layout.preferredWidth: Math.min(460, page.width - 2 * page.padding)
+            visible: text
+            text: EcosystemSync.isLeaving ? qsTr("This machine's record is being removed …") : EcosystemSync.leftText
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.Wrap
+            Accessible.role: Accessible.AlertMessage
+        }
         ProminentButton {
             objectName: "begin"
             Layout.alignment: Qt.AlignHCenter
@@ -92,6 +102,14 @@ DashboardPage {
             visible: !isEmpty
             selected: page.battery.selectedDeviceID
             onChosen: identifier => page.battery.selectDevice(identifier)
+        }
+        Label {
+            objectName: "listEnd"
+            Layout.fillWidth: true
+            visible: text
+            text: EcosystemSync.listEndText
+            color: Theme.colors.secondary
+            wrapMode: Text.Wrap
         }
         Label {
             objectName: "empty"

@@ -79,6 +79,8 @@ Column { // a layout would keep the place that it had for a caption of more line
         snapMode: T.Slider.SnapAlways
         focusPolicy: Qt.StrongFocus
         hoverEnabled: true
+        onFromChanged: if (!pressed)
+            setting.settle()
         onPressedChanged: ask()
         onValueChanged: ask() // a screen reader neither presses nor lets go
         readonly property real minimumValue: from // for screen readers

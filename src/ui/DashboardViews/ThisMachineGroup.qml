@@ -14,7 +14,7 @@ SettingsGroup {
     Label {
         objectName: "thisMachine"
         Layout.fillWidth: true
-        text: EcosystemSync.deviceID ? qsTr("This machine is %1 (%2).").arg(EcosystemSync.deviceName).arg(EcosystemSync.deviceID) : qsTr("This machine's identifier is being looked for: the secret store may be locked.")
+        text: EcosystemSync.deviceID ? Texts.filled(qsTr("This machine is %1 (%2)."), [EcosystemSync.deviceName, EcosystemSync.deviceID]) : qsTr("This machine's identifier is being looked for: the secret store may be locked.")
         wrapMode: Text.Wrap
     }
     ToggleRow {

@@ -57,7 +57,7 @@ FleetList::Row RemoteFleet::rowOf(const DeviceReport& report) const
 {
     const auto now = now_();
     const auto id = text(report.state.id());
-    const bool isCharging = report.state.isCharging && !fleet::isSilent(report, now);
+    const bool isCharging = report.state.isCharging && !report.isSilent(now);
     return {.identifier = id,
             .name = text(fleet::nameOf(report, id == deviceID())),
             .status = text(fleet::statusText(report, now)),
@@ -90,12 +90,16 @@ QVariantMap RemoteFleet::device(const QString& identifier) const
     const auto now = now_();
     const auto command = fleet::suggested(*found, now);
     const auto given = found->state.commandTimestamp;
+    constexpr auto lowest = DeviceReport::lowestLimit;
+    const auto inForce = found->inForce ? found->inForce->limit : lowest;
     return {{"name", text(fleet::nameOf(*found))},
             {"isThisMachine", identifier == deviceID()},
-            {"isRemovable", identifier != deviceID() && fleet::isSilent(*found, now)},
+            {"isRemovable", identifier != deviceID() && found->isSilent(now)},
             {"inForce", text(fleet::inForceText(*found))},
             {"obstacle", text(fleet::obstacleText(*found))},
             {"limit", command.limit},
+            {"lowLimitText", text(fleet::lowLimitText(*found))},
+            {"lowestLimit", found->takesLimit(inForce) ? std::min(inForce, lowest) : lowest},
             {"isAutoProtectOn", command.isAutoProtectOn},
             {"isStorageModeOn", command.isStorageModeOn},
             {"commandDate", given ? given->sinceReference : 0.0},
@@ -161,7 +165,17 @@ QString RemoteFleet::placeText() const
 QString RemoteFleet::problemText() const
 {
     const auto fault = value(wiring::fault).toString().toStdString();
-    return isOn() ? text(fleet::problemText(faultOf(fault), recordPlace().kind)) : QString();
+    return isOn() ? text(fleet::problemText(faultOf(fault), recordPlace())) : QString();
+}
+
+QString RemoteFleet::leftText() const
+{
+    return !isOn() && value(wiring::isRecordLeft).toBool() ? text(fleet::recordLeftText()) : QString();
+}
+
+QString RemoteFleet::listEndText() const
+{
+    return text(fleet::listEndText(reports_.size()));
 }
 
 QString RemoteFleet::missingText(const QVariantMap& place) const
@@ -173,7 +187,7 @@ QString RemoteFleet::testText(const QVariantMap& place) const
 {
     const auto result = value(wiring::testResult).toStringList();
     if (result.isEmpty()) return {};
-    return text(fleet::testText(faultOf(result.first().toStdString()), placeOf(place).kind));
+    return text(fleet::testText(faultOf(result.first().toStdString()), placeOf(place)));
 }
 
 QString RemoteFleet::lastSync() const

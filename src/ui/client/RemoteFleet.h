@@ -25,13 +25,17 @@ class RemoteFleet : public velmora::RemoteObject {
     VELMORA_MIRRORED(bool, isOn)
     VELMORA_MIRRORED(bool, acceptsCommands)
     VELMORA_MIRRORED(bool, isTesting)
+    VELMORA_MIRRORED(bool, isLeaving)
     VELMORA_MIRRORED(QString, deviceID)
     VELMORA_MIRRORED(QString, deviceName)
     /// Where the records live, by the wire's keys.
     Q_PROPERTY(QVariantMap place READ place NOTIFY changed)
     Q_PROPERTY(QString placeText READ placeText NOTIFY changed)
     Q_PROPERTY(QString problemText READ problemText NOTIFY changed) ///< empty: there is none
-    Q_PROPERTY(QString lastSync READ lastSync NOTIFY changed)       ///< empty: never
+    /// After this machine has left, where its record could not be removed; empty else.
+    Q_PROPERTY(QString leftText READ leftText NOTIFY changed)
+    Q_PROPERTY(QString listEndText READ listEndText NOTIFY listed) ///< what the list does not show
+    Q_PROPERTY(QString lastSync READ lastSync NOTIFY changed)      ///< empty: never
     /// Rows as FleetList has them, texts all.
     Q_PROPERTY(QAbstractListModel* devices READ devices CONSTANT)
     Q_PROPERTY(int listings READ listings NOTIFY listed) ///< how often `device` may have changed
@@ -64,6 +68,8 @@ public:
     QVariantMap place() const;
     QString placeText() const;
     QString problemText() const;
+    QString leftText() const;
+    QString listEndText() const;
     QString lastSync() const;
     QAbstractListModel* devices() { return &list_; }
     int listings() const { return listings_; }

@@ -30,6 +30,17 @@ ThermalMonitorService::ThermalState thermal(const QString& raw)
 
 } // namespace
 
+QString Texts::filled(QString text, const QStringList& values) const
+{
+    for (qsizetype at = text.indexOf('%'); at >= 0; at = text.indexOf('%', at)) {
+        const auto number = text.mid(at + 1, 1).toInt();
+        const bool isPlaceholder = number > 0 && number <= values.size();
+        if (isPlaceholder) text.replace(at, 2, values[number - 1]);
+        at += isPlaceholder ? values[number - 1].size() : 1;
+    }
+    return text;
+}
+
 QString Texts::percentage(double percent) const
 {
     return text(panel::percentageText(percent));

@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QVariantList>
 #include <QtQml/qqmlregistration.h>
 
@@ -25,6 +26,10 @@ class Texts : public QObject {
     Q_PROPERTY(QString about READ about CONSTANT)
 public:
     using QObject::QObject;
+
+    /// `text` with %1 to %9 replaced. Unlike String.arg one after the other it takes values that have such
+    /// placeholders themselves, as what others have written may.
+    Q_INVOKABLE QString filled(QString text, const QStringList& values) const;
 
     Q_INVOKABLE QString percentage(double percent) const;
 

@@ -36,7 +36,7 @@ QString newFile(QStandardPaths::StandardLocation place, const QString& name, con
     const auto stem = name + QDateTime::currentDateTime().toString(QStringLiteral(" yyyy-MM-dd"));
     auto path = folder.filePath(stem + ending);
     for (int number = 2; QFile::exists(path); ++number)
-        path = folder.filePath(QStringLiteral("%1 (%2)%3").arg(stem).arg(number).arg(ending));
+        path = folder.filePath(QStringLiteral("%1 (%2)%3").arg(stem, QString::number(number), ending));
     return path;
 }
 
