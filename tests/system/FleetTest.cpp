@@ -2,11 +2,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "CapturedMachine.h"
+#include "Dunst.h"
 #include "LoopTest.h"
 #include "PrivateBus.h"
-#include "Process.h"
 #include "ShellCommand.h"
-#include "TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -20,11 +19,12 @@ using testing::HasSubstr;
 /// A laptop with a daemon and a user who is logged in, and velmora as it runs without a screen.
 class Machine {
 public:
-    Machine(const std::string& name, const std::filesystem::path& records)
+    Machine(const std::string& name, const std::filesystem::path& records, const std::string& level = "94")
     {
         folder_.write("machine-info", "PRETTY_HOSTNAME=\"" + name + "\"\n");
         auto captured = CapturedMachine::load(std::filesystem::path(VELMORA_MACHINES) /
                                               "thinkpad-x1-extreme-held-at-limit.sysfs");
+        captured.values["class/power_supply/BAT0/capacity"] = level;
         captured.values["class/power_supply/BAT0/charge_control_start_threshold"] = "0";
         captured.values["class/power_supply/BAT0/charge_control_end_threshold"] = "100";
         captured.layInto(folder_.path() / "sys");
@@ -74,6 +74,7 @@ public:
         return text.empty() ? -1 : std::stoi(text);
     }
     std::string log() const { return folder_.read("log"); }
+    const std::string& session() const { return session_.address(); }
 
 private:
     PrivateBus system_, session_;
@@ -92,10 +93,10 @@ struct FleetTest : LoopTest {
     std::filesystem::path records() const { return folder.path() / "cloud.db"; }
 
     /// Two machines, of which neither takes part yet; the loft's is the first to do so.
-    void switchOn()
+    void switchOn(const std::string& loftLevel = "94")
     {
         study.emplace("Study", records());
-        loft.emplace("Loft", records());
+        loft.emplace("Loft", records(), loftLevel);
         for (const auto* machine : {&*study, &*loft})
             ASSERT_TRUE(eventually([&] {
                 return machine->control("fleet").status == 0 && machine->control("status").status == 0 &&
@@ -175,6 +176,21 @@ TEST_F(FleetTest, AMachinePutAwayStaysAtHalfWhateverTheFirstOneOfTheFleetHolds)
     EXPECT_EQ(loft->seen("Study")["limitInForce"], 80);
     EXPECT_EQ(loft->seen("Loft")["storageModeInForce"], false);
     EXPECT_EQ(loft->end(), 80);
+}
+
+TEST_F(FleetTest, TheFirstOneOfTheFleetIsToldOfWhenItIsLow)
+{
+    if (!Dunst::isInstalled()) GTEST_SKIP() << "dunst or Xvfb is not installed";
+    switchOn("12");
+    Dunst dunst(study->session());
+    ASSERT_TRUE(eventually([&] { return dunst.displayed() >= 0; }));
+    loft->look();
+    ASSERT_TRUE(eventually([this] { return loft->seen("Loft").value("percentage", 0.0) == 12; }));
+    study->look();
+    ASSERT_TRUE(eventually([&] { return !dunst.shown().empty(); }));
+    EXPECT_EQ(dunst.shown().front().title, "Remote Mac Battery Low");
+    EXPECT_EQ(dunst.shown().front().body, "Your MacBook is at 12%. Consider plugging it in.");
+    EXPECT_EQ(study->seen("Study")["percentage"], 94) << "what it says of itself is its own";
 }
 
 } // namespace
