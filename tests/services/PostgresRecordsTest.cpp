@@ -478,7 +478,10 @@ TEST_F(PostgresRecordsTest, SetUpMayBeRepeatedAndTheCheckFindsWhatIsWrong)
     EXPECT_EQ(server->sql("SELECT count(*) FROM pg_roles WHERE rolname = 'alice'"), "0");
     EXPECT_EQ(administer("check --nonsense"), 2);
     EXPECT_EQ(administer("check --admin-password-file " + secret("alice", "alice-pw")), 1);
-    EXPECT_THAT(said, testing::HasSubstr("no password is given to a socket"));
+    // The library of 16 is held to SCRAM there instead.
+    if (std::stoi(server->sql("SHOW server_version_num")) < 160'000) {
+        EXPECT_THAT(said, testing::HasSubstr("no password is given to a socket"));
+    }
 }
 
 TEST_F(PostgresRecordsTest, WhatOthersMadeIsLeftAloneAndGivesThemNoRights)
