@@ -23,7 +23,8 @@ std::string whole(double value);
 /// A word of the command line as part of a sentence.
 std::string shown(std::string_view word);
 
-/// Whether that is "on". Throws a Fault where it is neither that nor "off"; `command` is whose word it is.
+/// True for the word "on", false for "off"; throws a Fault for any other. `command` is the command that was
+/// given the word, for the text of the Fault.
 bool onOff(std::string_view command, std::string_view word);
 
 } // namespace velmora::ctl

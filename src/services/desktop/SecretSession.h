@@ -16,8 +16,8 @@ namespace velmora {
 /// made, used and dropped within one call, on any thread. The bus starts the service where it knows how. No
 /// call makes it ask the user for anything, and only what is unlocked is found.
 ///
-/// Secrets travel as they are: the bus is the user's own, and a cipher agreed on over it would hide nothing
-/// from whoever can listen there.
+/// Secrets travel unencrypted. The bus is the user's own, and a program that can listen there can ask the
+/// service for the same secrets.
 ///
 /// All functions throw std::system_error where the service refuses, answers with something else than it
 /// should, or has not answered by the deadline.

@@ -32,7 +32,8 @@ bool isSocketFolder(const std::string& host)
     return host.starts_with('/');
 }
 
-/// Before 16 libpq gives a password in clear to whoever asks for it on a socket.
+/// On a Unix socket libpq before version 16 sends the password in clear text to any server that asks for it,
+/// so it gets one only for the system's own sockets.
 bool mayAskForPassword(const std::string& host)
 {
     const bool isOfSystem = host == "/run/postgresql" || host == "/var/run/postgresql";

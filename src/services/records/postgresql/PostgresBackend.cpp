@@ -22,9 +22,9 @@ using std::chrono::seconds;
 constexpr seconds connectLimit{5};
 constexpr seconds requestLimit{10};
 constexpr double longestPause = 30; // seconds
-/// What a server does later than that after it was asked to, it must not do at all: its user was told that it
-/// failed, and may have saved something newer. This and the timeout of statements are less than
-/// `requestLimit`.
+/// A save that the server has not begun within this time must not be done any more: by `requestLimit` its
+/// caller is told that it failed, and may save something newer. This plus the timeout of statements is less
+/// than `requestLimit`.
 constexpr seconds beginLimit{5};
 
 // No statement has a function of the server's in what it updates: servers that spread their tables over many

@@ -16,8 +16,8 @@ namespace velmora::postgresql {
 /// The records on a PostgreSQL server that velmora-fleet-server has set up; the server shows each user that
 /// user's own alone.
 ///
-/// What the server has not begun within five seconds of its own clock it does not do any more: a save that
-/// was told to have failed never comes after a later one.
+/// Each save carries a deadline by the server's clock. A server that reaches it later leaves the save undone,
+/// so that a save reported as failed never overwrites a newer one.
 ///
 /// A connection is made when something is asked for, and closed when it rests. After an attempt that failed,
 /// nothing is tried for a while that grows from about one second to about 30, at random, so that the
