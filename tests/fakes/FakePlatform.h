@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "FakeIdentityProvider.h"
 #include "FakePorts.h"
 #include "FakeRecordStores.h"
 #include "ManualLoop.h"
@@ -31,6 +32,7 @@ struct FakePlatform {
     std::shared_ptr<FakeCalendarStore> calendarStore = std::make_shared<FakeCalendarStore>();
     std::shared_ptr<FakeSecretStore> secretStore = std::make_shared<FakeSecretStore>(loop);
     std::shared_ptr<FakeRecordStores> recordStores = std::make_shared<FakeRecordStores>(loop);
+    std::shared_ptr<FakeIdentityProvider> identityProvider = std::make_shared<FakeIdentityProvider>();
     std::map<std::string, std::shared_ptr<ManualQueue>, std::less<>> queues; ///< by label, once asked for
 
 private:
@@ -52,6 +54,7 @@ public:
         platform.calendarStore = calendarStore;
         platform.secretStore = secretStore;
         platform.recordStores = recordStores;
+        platform.identityProvider = identityProvider;
         platform.hostName = "Study";
         platform.bundleIdentifier = "app.velmora.Velmora";
         platform.makeWorkQueue = [this](std::string_view label) { return ManualQueue::handle(queue(label)); };

@@ -37,16 +37,6 @@ std::size_t ExportedObject::indexOf(std::string_view name) const
     return static_cast<std::size_t>(found - face_.properties.begin());
 }
 
-void ExportedObject::derive(std::string_view name, const std::function<KeyedArchive::Value()>& value)
-{
-    Row& row = rows_.at(indexOf(name));
-    row.read = [value](sd_bus_message* reply) { property::append(reply, value()); };
-    row.hasChanged = [value, was = value()]() mutable {
-        auto is = value();
-        return std::exchange(was, is) != is;
-    };
-}
-
 void ExportedObject::addOperation(const char* name, const std::function<void()>& operate)
 {
     operations_.push_back({name, false, [operate](sd_bus_message*) { operate(); }});

@@ -35,7 +35,8 @@ public:
 
     /// A property that follows from others: looked at again whenever a bound or watched one changes, and by
     /// `derivedChanged`.
-    void derive(std::string_view name, const std::function<KeyedArchive::Value()>& value);
+    template <typename Read>
+    void derive(std::string_view name, Read value);
     /// A derived property follows from `observable`, which must outlive the object.
     template <typename T>
     void watch(Observable<T>& observable)
@@ -99,6 +100,17 @@ private:
     std::vector<sd_bus_vtable> table_;
     dbus::Slot object_;
 };
+
+template <typename Read>
+void ExportedObject::derive(std::string_view name, Read value)
+{
+    Row& row = rows_.at(indexOf(name));
+    row.read = [value](sd_bus_message* reply) { property::append(reply, value()); };
+    row.hasChanged = [value, was = value()]() mutable {
+        auto is = value();
+        return std::exchange(was, is) != is;
+    };
+}
 
 template <typename T>
 void ExportedObject::bind(std::string_view name, Observable<T>& observable)

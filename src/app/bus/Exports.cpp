@@ -5,6 +5,7 @@
 
 #include "base/Wipe.h"
 #include "fleet/FleetArchive.h"
+#include "wire/TypedValue.h"
 
 #include <stdexcept>
 
@@ -66,7 +67,85 @@ void addOperations(ExportedObject& object, EcosystemSync& sync, const std::funct
     add(wired::removeDevice, removeDevice);
 }
 
+/// A property of the manager that has its initial value until there is a manager.
+template <typename T>
+void deriveLate(ExportedObject& object, AccountSetup& account, const char* name,
+                Observable<T> AppleAuthManager::*property)
+{
+    object.derive(name, [&account, property] {
+        const auto* manager = account.manager();
+        return manager ? (manager->*property).get() : T{};
+    });
+}
+
+void watch(ExportedObject& object, AppleAuthManager& manager)
+{
+    for (auto* truth : {&manager.isSignedIn, &manager.isLoading, &manager.isUnconfirmed, &manager.isRevoked})
+        object.watch(*truth);
+    for (auto* text : {&manager.userDisplayName, &manager.userEmail, &manager.errorMessage})
+        object.watch(*text);
+    object.watch(manager.signedInSince);
+    object.derivedChanged();
+}
+
+void signIn(AccountSetup& account, const KeyedArchive& record)
+{
+    const auto anchor = wire::typed<std::string>(record, wire::face::account::presentationAnchor, "");
+    if (!account.madeManager().signIn(anchor)) throw std::invalid_argument("a sign-in is under way");
+}
+
+void useProvider(AccountSetup& account, const KeyedArchive& record)
+{
+    namespace wired = wire::face::account;
+    const IdentitySource source{.issuer = wire::typed<std::string>(record, wired::issuer, ""),
+                                .clientID = wire::typed<std::string>(record, wired::clientID, ""),
+                                .parameters = wire::typed<std::string>(record, wired::parameters, "")};
+    auto secret = wire::typed<std::string>(record, wired::clientSecret, "");
+    std::optional<std::string> given;
+    if (!secret.empty()) given = secret;
+    const bool isDone = account.use(source, given);
+    wipe(secret);
+    if (given) wipe(*given);
+    if (!isDone)
+        throw std::invalid_argument(
+            "a provider takes an issuer (https, or http on this machine), a client and "
+            "parameters as NAME=VALUE&NAME=VALUE, of printable ASCII characters");
+}
+
 } // namespace
+
+void serve(ExportedObject& object, AccountSetup& account)
+{
+    namespace wired = wire::face::account;
+    using Manager = AppleAuthManager;
+    deriveLate(object, account, wired::isSignedIn, &Manager::isSignedIn);
+    deriveLate(object, account, wired::userDisplayName, &Manager::userDisplayName);
+    deriveLate(object, account, wired::userEmail, &Manager::userEmail);
+    deriveLate(object, account, wired::isLoading, &Manager::isLoading);
+    deriveLate(object, account, wired::errorMessage, &Manager::errorMessage);
+    deriveLate(object, account, wired::isUnconfirmed, &Manager::isUnconfirmed);
+    deriveLate(object, account, wired::isRevoked, &Manager::isRevoked);
+    deriveLate(object, account, wired::signedInSince, &Manager::signedInSince);
+    const auto derive = [&](const char* name, std::string IdentitySource::*part) {
+        object.derive(name, [&account, part] { return account.source.get().*part; });
+    };
+    derive(wired::issuer, &IdentitySource::issuer);
+    derive(wired::clientID, &IdentitySource::clientID);
+    derive(wired::parameters, &IdentitySource::parameters);
+    object.watch(account.source);
+    object.bind(wired::hasClientSecret, account.hasClientSecret);
+    object.bind(wired::isSecretRefused, account.isSecretRefused);
+    if (account.manager())
+        watch(object, *account.manager());
+    else
+        account.onManager = [&object, &account] { watch(object, *account.manager()); };
+    object.addOperation(wired::signIn, [&account](const KeyedArchive& record) { signIn(account, record); });
+    object.addOperation(wired::cancelSignIn, [&account] { account.madeManager().cancelSignIn(); });
+    object.addOperation(wired::signOut, [&account] { account.madeManager().signOut(); });
+    object.addOperation(wired::checkAgain, [&account] { account.madeManager().checkAgain(); });
+    object.addOperation(wired::use, [&account](const KeyedArchive& record) { useProvider(account, record); });
+    object.serve();
+}
 
 void serve(ExportedObject& object, EcosystemSync& sync, CloudKitManager& manager,
            const std::function<void()>& refresh)

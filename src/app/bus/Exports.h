@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "account/AccountSetup.h"
 #include "alerts/CalendarConsent.h"
 #include "alerts/DeliveredNotices.h"
 #include "alerts/NotificationStatus.h"
@@ -31,6 +32,9 @@ void serve(ExportedObject& object, WidgetSettings& widget);
 void serve(ExportedObject& object, CalendarContextManager& calendar, CalendarConsent& consent,
            TravelCharge& travel);
 void serve(ExportedObject& object, NotificationStatus& status, DeliveredNotices& delivered);
+
+/// The account's manager is made when an operation needs it.
+void serve(ExportedObject& object, AccountSetup& account);
 
 /// `refresh` lists the fleet's devices anew.
 void serve(ExportedObject& object, EcosystemSync& sync, CloudKitManager& manager,

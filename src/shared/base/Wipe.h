@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 
 namespace velmora {
@@ -15,6 +16,15 @@ inline void wipe(std::string& text) noexcept
     volatile char* const bytes = text.data();
     for (std::size_t i = 0; i < text.size(); ++i) bytes[i] = '\0';
     text.clear();
+}
+
+/// A copy that is wiped once nobody holds it any more.
+inline std::shared_ptr<const std::string> guarded(const std::string& secret)
+{
+    return {new std::string(secret), [](std::string* kept) {
+                wipe(*kept);
+                delete kept;
+            }};
 }
 
 } // namespace velmora

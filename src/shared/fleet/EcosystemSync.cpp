@@ -35,7 +35,6 @@ std::uint16_t portOf(std::string_view text, std::uint16_t otherwise)
     return error == std::errc{} && end == text.data() + text.size() && port > 0 ? port : otherwise;
 }
 
-/// Printable ASCII, and no blanks.
 /// However they are reached.
 bool areSameRecords(const RecordPlace& one, const RecordPlace& other)
 {
@@ -45,6 +44,7 @@ bool areSameRecords(const RecordPlace& one, const RecordPlace& other)
             one.user == other.user);
 }
 
+/// Printable ASCII, and no blanks.
 bool isPlain(std::string_view text, std::size_t maximum)
 {
     return text.size() <= maximum && std::ranges::all_of(text, [](char c) { return c > ' ' && c <= '~'; });
@@ -54,15 +54,6 @@ bool isPath(std::string_view text)
 {
     constexpr std::size_t longest = 1'000;
     return text.size() <= longest && std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
-}
-
-/// Wiped once nobody holds it any more.
-std::shared_ptr<const std::string> guarded(const std::string& password)
-{
-    return {new std::string(password), [](std::string* kept) {
-                wipe(*kept);
-                delete kept;
-            }};
 }
 
 } // namespace

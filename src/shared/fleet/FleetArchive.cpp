@@ -4,6 +4,7 @@
 #include "fleet/FleetArchive.h"
 
 #include "wire/ModelFace.h"
+#include "wire/TypedValue.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,22 +16,8 @@ namespace velmora {
 
 namespace {
 
-/// The value under `key`; `otherwise` where there is none.
-template <typename T>
-T typed(const KeyedArchive& archive, const std::string& key, T otherwise)
-{
-    const auto* value = archive.find(key);
-    if (value && !std::holds_alternative<T>(*value))
-        throw std::invalid_argument(key + " takes a value of another type");
-    return value ? std::get<T>(*value) : std::move(otherwise);
-}
-
-template <typename T>
-T required(const KeyedArchive& archive, const std::string& key)
-{
-    if (!archive.find(key)) throw std::invalid_argument(key + " is missing");
-    return typed<T>(archive, key, {});
-}
+using wire::required;
+using wire::typed;
 
 template <typename Enum, std::size_t Count>
 std::string textOf(const std::array<const char*, Count>& texts, Enum value)

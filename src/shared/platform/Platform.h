@@ -5,6 +5,7 @@
 
 #include "platform/CalendarStore.h"
 #include "platform/Clock.h"
+#include "platform/IdentityProvider.h"
 #include "platform/Log.h"
 #include "platform/MainLoop.h"
 #include "platform/NotificationCenter.h"
@@ -41,6 +42,7 @@ struct Platform {
     std::shared_ptr<SecretStore> secretStore;
     std::shared_ptr<CalendarStore> calendarStore;
     std::shared_ptr<RecordStores> recordStores;
+    std::shared_ptr<IdentityProvider> identityProvider;
     /// Makes a serial queue; `label` names its thread.
     std::function<std::unique_ptr<WorkQueue>(std::string_view label)> makeWorkQueue;
     /// The user's data folders for applications, best first; may be empty.

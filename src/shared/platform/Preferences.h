@@ -43,6 +43,11 @@ inline constexpr std::string_view recordDatabase = "recordDatabase";
 inline constexpr std::string_view recordUser = "recordUser";
 inline constexpr std::string_view recordTrust = "recordTrust"; ///< one of recordTrustTexts
 inline constexpr std::string_view recordPasswordFile = "recordPasswordFile";
+inline constexpr std::string_view identityIssuer = "identityIssuer";
+inline constexpr std::string_view identityClient = "identityClient";
+inline constexpr std::string_view identityParameters = "identityParameters";
+inline constexpr std::string_view hasIdentitySecret = "hasIdentitySecret"; ///< the secret store has it
+inline constexpr std::string_view signedInSince = "signedInSince";         ///< seconds, as a Date has them
 inline constexpr std::string_view hasSeenVersionNotice = "hasSeenMacOS264Banner";
 } // namespace preference_key
 

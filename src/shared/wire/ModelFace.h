@@ -287,6 +287,57 @@ inline constexpr auto removeDevice = "removeDevice"; ///< a device
 
 } // namespace velmora::wire::face::fleet
 
+/// The user's account, beside the model under the same name; see velmora::AppleAuthManager and
+/// velmora::AccountSetup.
+namespace velmora::wire::face::account {
+
+inline constexpr auto objectPath = "/app/velmora/AppleAuthManager";
+inline constexpr auto interface = "app.velmora.AppleAuthManager";
+
+inline constexpr auto isSignedIn = "isSignedIn";
+inline constexpr auto userDisplayName = "userDisplayName";
+inline constexpr auto userEmail = "userEmail";
+inline constexpr auto isLoading = "isLoading";
+inline constexpr auto errorMessage = "errorMessage";
+inline constexpr auto isUnconfirmed = "isUnconfirmed";
+inline constexpr auto isRevoked = "isRevoked";
+inline constexpr auto signedInSince = "signedInSince";
+// Of the provider; also the keys of the record that `use` takes.
+inline constexpr auto issuer = "issuer";
+inline constexpr auto clientID = "clientID";
+inline constexpr auto parameters = "parameters";
+inline constexpr auto hasClientSecret = "hasClientSecret";
+inline constexpr auto isSecretRefused = "isSecretRefused";
+inline constexpr std::array properties{
+    Property{isSignedIn, "b"},      Property{userDisplayName, "as"},
+    Property{userEmail, "as"},      Property{isLoading, "b"}, ///< a sign-in is under way
+    Property{errorMessage, "as"},                             ///< of the last sign-in, in the user's language
+    Property{isUnconfirmed, "b"},  ///< known from before, and the provider has not said so yet
+    Property{isRevoked, "b"},      ///< the provider no longer honours the sign-in that was kept
+    Property{signedInSince, "ad"}, ///< seconds since 2001-01-01 UTC
+    Property{issuer, "s"},         ///< empty: no provider was chosen
+    Property{clientID, "s"},        Property{parameters, "s"},
+    Property{hasClientSecret, "b"}, ///< the secret store has one
+    Property{isSecretRefused, "b"}, ///< the secret store did not take the one that was given last
+};
+inline constexpr Face face{objectPath, interface, properties};
+
+/// Beside issuer, client and parameters in the record that `use` takes; only ever sent.
+inline constexpr auto clientSecret = "clientSecret";
+/// The key of what the desktop gives for a click, in the record that `signIn` takes.
+inline constexpr auto presentationAnchor = "presentationAnchor";
+
+// Operations. A call that is not sound is answered with org.freedesktop.DBus.Error.InvalidArgs and words for
+// a developer.
+inline constexpr auto signIn = "signIn"; ///< takes a record; not while one is under way
+inline constexpr auto cancelSignIn = "cancelSignIn";
+inline constexpr auto signOut = "signOut";
+inline constexpr auto checkAgain = "checkAgain"; ///< with the provider, who is unconfirmed
+/// Takes a record: the provider from now on; what is absent is empty, and without an issuer there is none.
+inline constexpr auto use = "use";
+
+} // namespace velmora::wire::face::account
+
 /// What the tray icon says, beside the model, for desktops that show it in a way of their own.
 namespace velmora::wire::face::status {
 
