@@ -1,0 +1,110 @@
+# An identity provider on the loopback, and a person who signs in with it. Sourced by ./run, after stage.sh.
+
+account=(app.velmora.Velmora /app/velmora/AppleAuthManager app.velmora.AppleAuthManager)
+of_account() { [ "$(busctl --user get-property "${account[@]}" "$1")" = "$2" ]; } # PROPERTY VALUE : whether it is that
+is_signed_in() { of_account isSignedIn 'b true'; }
+is_signing_in() { of_account isLoading 'b true'; }
+is_revoked() { of_account isRevoked 'b true'; }
+
+# start_provider : with what it needs in build/identity.
+start_provider() {
+    local node
+    echo "Installing the identity provider ..."
+    node=$(demo/identity/install build/identity) || { echo "npm could not install it." >&2; finish 1; }
+    start "$node" demo/identity/provider.js build/identity >&5 2>"$scene/provider.log"
+    await "The identity provider" "$scene/provider.log"
+    issuer=$answer
+    echo "An identity provider: $issuer. Its one client is velmora; any name and any password will do."
+}
+
+# use_provider : as the page does where a person fills it in.
+use_provider() {
+    within 10 is_owned app.velmora.Velmora || { echo "velmora did not come up." >&2; finish 1; }
+    busctl --user call "${account[@]}" use 'a{sv}' 2 issuer s "$issuer" clientID s velmora
+}
+
+# at_provider WHAT : as an administrator there.
+at_provider() { curl --silent --fail --request POST "$issuer/control/$1"; }
+
+# What xdg-open finds as the person's browser on our display.
+provide_browser() {
+    local more=()
+    [ "$(id -u)" -ne 0 ] || more=(--no-sandbox) # which it cannot set up as root
+    mkdir "$scene/home"
+    cat >"$scene/browser" <<SH
+#!/bin/sh
+export HOME=$scene/home
+exec chromium --user-data-dir=$scene/home/browser --no-first-run --no-default-browser-check --password-store=basic \
+    --disable-background-networking --disable-component-update --disable-sync --disable-gpu --window-position=120,40 \
+    --window-size=1000,760 ${more[*]} "\$@" >>$scene/browser.log 2>&1
+SH
+    chmod +x "$scene/browser"
+    export BROWSER=$scene/browser
+}
+
+# in_browser TITLE KEY... : waits for a page of that title, and presses the keys there.
+in_browser() {
+    local title=$1 window
+    shift
+    within 30 xdotool search --onlyvisible --name "^$title.*Chromium" || {
+        echo "The browser has not shown \"$title\"." >&2
+        return 1
+    }
+    window=$(xdotool search --onlyvisible --name "^$title.*Chromium" | tail -1)
+    sleep 1.5 # it is drawn, and takes keys
+    import -silent -window root "$pictures/browser-${title,,}.png"
+    xdotool windowfocus --sync "$window" key --clearmodifiers --delay 60 "$@"
+}
+
+# sign_in : a click in the page, and what the person does in the browser that opens.
+sign_in() {
+    busctl --user call "${account[@]}" signIn 'a{sv}' 0
+    within 10 is_signing_in || return
+    take_picture account-signing-in dashboard Ecosystem
+    in_browser Sign-in a d a Tab s e c r e t Return &&
+        in_browser Consent Return &&
+        within 20 is_signed_in || return
+    sleep 1 # the browser shows its last page
+    import -silent -window root "$pictures/browser-signed-in.png"
+}
+
+# restart_velmora : the resident program, as after a log-in.
+restart_velmora() {
+    local i
+    build/bin/velmora --quit
+    wait "$velmora" || true
+    for i in "${!started[@]}"; do [ "${started[i]}" != "$velmora" ] || unset "started[i]"; done
+    started=("${started[@]}")
+    start build/bin/velmora --background 2> >(logged)
+    velmora=${started[-1]}
+    within 10 is_owned app.velmora.Velmora
+}
+
+# expect WHAT COMMAND... : says whether it is so within half a minute; all ends where it is not.
+expect() {
+    within 30 "${@:2}" || {
+        echo "Not so: $1." >&2
+        busctl --user introspect "${account[@]}" >&2
+        finish 1
+    }
+    echo "account: $1"
+}
+
+# A sign-in by a real browser, and what becomes of it; each in pictures.
+take_account_pictures() {
+    mkdir -p "$pictures"
+    within 5 heard_of_the_battery || true
+    take_picture account-before dashboard Ecosystem
+    sign_in || true
+    expect "Ada has signed in with a browser" is_signed_in
+    take_picture account-signed-in dashboard Ecosystem
+    restart_velmora
+    expect "a restart has restored that, and the provider has confirmed it" is_signed_in
+    take_picture account-restored dashboard Ecosystem
+    at_provider revoke/ada
+    echo "account: the provider has withdrawn what Ada had consented to"
+    restart_velmora
+    expect "the next start shows it" is_revoked
+    take_picture account-revoked dashboard Ecosystem
+    echo "Pictures of the account: $pictures"
+}
