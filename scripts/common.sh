@@ -2,7 +2,8 @@
 # ./package and ./bench/run.
 
 build_packages=(g++ cmake ninja-build pkg-config libsystemd-dev nlohmann-json3-dev libfuse3-dev libxcb1-dev
-    libical-dev libsqlite3-dev libpq-dev qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev)
+    libical-dev libsqlite3-dev libpq-dev libcurl4-openssl-dev libcjose-dev libjansson-dev libssl-dev
+    qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-svg-dev)
 run_packages=(dbus systemd fuse3 qml6-module-qtqml qml6-module-qtqml-models qml6-module-qtqml-workerscript
     qml6-module-qtquick qml6-module-qtquick-layouts qml6-module-qtquick-templates)
 screen_packages=(xvfb xauth dunst gnome-keyring libsecret-tools) # where there is no display
