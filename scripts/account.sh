@@ -62,7 +62,7 @@ sign_in() {
     within 10 is_signing_in || return
     take_picture account-signing-in dashboard Ecosystem
     in_browser Sign-in a d a Tab s e c r e t Return &&
-        in_browser Consent Return &&
+        in_browser Authorize Return &&
         within 20 is_signed_in || return
     sleep 1 # the browser shows its last page
     import -silent -window root "$pictures/browser-signed-in.png"
