@@ -29,41 +29,40 @@ at_provider() { curl --silent --fail --request POST "$issuer/control/$1"; }
 # What xdg-open finds as the person's browser on our display.
 provide_browser() {
     local more=()
-    [ "$(id -u)" -ne 0 ] || more=(--no-sandbox) # which it cannot set up as root
+    [ "$(id -u)" -ne 0 ] || more=(--no-sandbox --test-type) # as root it has none, and would say so
     mkdir "$scene/home"
     cat >"$scene/browser" <<SH
 #!/bin/sh
 export HOME=$scene/home
-exec chromium --user-data-dir=$scene/home/browser --no-first-run --no-default-browser-check --password-store=basic \
+exec chromium --incognito --user-data-dir=$scene/home/browser --no-first-run --no-default-browser-check --password-store=basic \
     --disable-background-networking --disable-component-update --disable-sync --disable-gpu --window-position=120,40 \
     --window-size=1000,760 ${more[*]} "\$@" >>$scene/browser.log 2>&1
 SH
     chmod +x "$scene/browser"
-    export BROWSER=$scene/browser
+    mkdir -p "$XDG_DATA_HOME/applications" "$XDG_CONFIG_HOME"
+    printf '[Desktop Entry]\nType=Application\nName=Browser\nExec=%s %%u\n' "$scene/browser" \
+        >"$XDG_DATA_HOME/applications/browser.desktop"
+    printf '[Default Applications]\nx-scheme-handler/http=browser.desktop\n' >"$XDG_CONFIG_HOME/mimeapps.list"
+    export BROWSER=$scene/browser # for an xdg-open that knows no entries
 }
 
-# in_browser TITLE KEY... : waits for a page of that title, and presses the keys there.
-in_browser() {
-    local title=$1 window
-    shift
-    within 30 xdotool search --onlyvisible --name "^$title.*Chromium" || {
-        echo "The browser has not shown \"$title\"." >&2
-        return 1
-    }
-    window=$(xdotool search --onlyvisible --name "^$title.*Chromium" | tail -1)
-    sleep 1.5 # it is drawn, and takes keys
-    import -silent -window root "$pictures/browser-${title,,}.png"
-    xdotool windowfocus --sync "$window" key --clearmodifiers --delay 60 "$@"
+# press KEY... : in the browser, once what it shows is drawn.
+press() {
+    sleep 2
+    import -silent -window root "$pictures/browser-$((browser_pictures += 1)).png"
+    xdotool windowfocus --sync "$(xdotool search --onlyvisible --name "^$provider_page" | tail -1)" key --delay 60 "$@"
 }
+provider_page='Sign-in - Chromium' browser_pictures=0 # the title of both forms: who it is, and what Velmora may know
+agree() { is_signed_in || { press Return && is_signed_in; }; }
 
 # sign_in : a click in the page, and what the person does in the browser that opens.
 sign_in() {
     busctl --user call "${account[@]}" signIn 'a{sv}' 0
     within 10 is_signing_in || return
     take_picture account-signing-in dashboard Ecosystem
-    in_browser Sign-in a d a Tab s e c r e t Return &&
-        in_browser Authorize Return &&
-        within 20 is_signed_in || return
+    within 30 xdotool search --onlyvisible --name "^$provider_page" || return
+    press a d a Tab s e c r e t Return
+    within 30 agree || return
     sleep 1 # the browser shows its last page
     import -silent -window root "$pictures/browser-signed-in.png"
 }
