@@ -42,6 +42,8 @@ public:
 private:
     IdentityToken() = default;
 
+    bool fits(const ProviderKey& key) const;
+
     std::string text_;
     std::string algorithm_;
     std::string keyID_; ///< empty: not told
