@@ -1,0 +1,90 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "identity/openid/RedirectRequest.h"
+
+#include "identity/openid/Encoding.h"
+
+#include <algorithm>
+#include <charconv>
+#include <map>
+
+namespace velmora::openid {
+
+namespace {
+
+using Parameters = std::map<std::string, std::string, std::less<>>;
+
+/// Takes the part of `text` before `mark`, and the mark, from it; all of it where there is none.
+std::string_view taken(std::string_view& text, char mark)
+{
+    const auto end = std::min(text.find(mark), text.size());
+    const auto part = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    return part;
+}
+
+/// "a+b%20c" as "a b c".
+std::optional<std::string> decoded(std::string_view text)
+{
+    std::string plain;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '%') {
+            plain += text[i] == '+' ? ' ' : text[i];
+            continue;
+        }
+        unsigned value = 0;
+        const auto digits = text.substr(i + 1, 2);
+        const auto end = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16).ptr;
+        if (digits.size() != 2 || end != digits.data() + 2) return std::nullopt;
+        plain += static_cast<char>(value);
+        i += 2;
+    }
+    return plain;
+}
+
+std::optional<Parameters> parametersOf(std::string_view query)
+{
+    Parameters found;
+    while (!query.empty()) {
+        auto value = taken(query, '&');
+        const auto name = decoded(taken(value, '='));
+        auto text = decoded(value);
+        if (!name || !text || !found.emplace(*name, std::move(*text)).second) return std::nullopt;
+    }
+    return found;
+}
+
+std::string textOf(const Parameters& parameters, std::string_view name)
+{
+    const auto found = parameters.find(name);
+    return found == parameters.end() ? std::string() : found->second;
+}
+
+Redirect redirectOf(const Parameters& parameters)
+{
+    Redirect redirect{.error = textOf(parameters, "error"),
+                      .errorText = textOf(parameters, "error_description")};
+    if (redirect.error.empty()) redirect.code = textOf(parameters, "code");
+    if (parameters.contains("iss")) redirect.issuer = textOf(parameters, "iss");
+    return redirect;
+}
+
+} // namespace
+
+std::variant<Redirect, Stray> readRedirect(std::string_view head, std::string_view state)
+{
+    auto line = head.substr(0, head.find_first_of("\r\n"));
+    const auto method = taken(line, ' ');
+    auto query = taken(line, ' ');
+    if (!query.starts_with('/') || !line.starts_with("HTTP/1.")) return Stray::malformed;
+    if (method != "GET" && method != "HEAD") return Stray::method;
+    if (taken(query, '?') != "/callback") return Stray::path;
+    const auto parameters = parametersOf(query);
+    if (!parameters) return Stray::malformed;
+    if (!isSameSecret(textOf(*parameters, "state"), state)) return Stray::state;
+    if (method == "HEAD") return Stray::head;
+    return redirectOf(*parameters);
+}
+
+} // namespace velmora::openid
