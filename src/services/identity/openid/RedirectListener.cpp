@@ -24,7 +24,7 @@ using namespace std::chrono;
 constexpr std::size_t mostVisits = 32;
 constexpr std::size_t mostBytes = 32'768; ///< of a request: browsers send cookies of all of 127.0.0.1's ports
 constexpr auto visitPatience = 10s;
-constexpr int backlog = 32;
+constexpr int backlog = 128;
 
 [[noreturn]] void fail(const char* what)
 {
@@ -237,10 +237,10 @@ void RedirectListener::answer(const ResultPage& page)
 std::string RedirectListener::strays() const
 {
     std::string text;
-    if (foreign_ > 0) text += std::to_string(foreign_) + " connections of other users were closed";
+    if (foreign_ > 0) text = "connections of other users closed: " + std::to_string(foreign_);
     if (wrongStates_ > 0)
-        text += (text.empty() ? "" : ", ") + std::to_string(wrongStates_) +
-                " redirects of no sign-in were refused";
+        text += (text.empty() ? "" : ", ") +
+                ("redirects of other sign-ins refused: " + std::to_string(wrongStates_));
     return text;
 }
 
