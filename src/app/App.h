@@ -4,6 +4,7 @@
 #pragma once
 
 #include "LinuxPlatform.h"
+#include "account/AccountSetup.h"
 #include "alerts/CalendarConsent.h"
 #include "alerts/ChargeNotices.h"
 #include "alerts/TravelCharge.h"
@@ -30,6 +31,7 @@ public:
     CalendarConsent& calendarConsent() { return calendarConsent_; }
     TravelCharge& travelCharge() { return travelCharge_; }
     EcosystemSync& ecosystemSync() { return ecosystemSync_; }
+    AccountSetup& account() { return account_; }
 
     /// Has the daemon look at the machine, which it does seldom while the firmware holds the charge. What is
     /// new comes with its pushes.
@@ -74,6 +76,7 @@ private:
     CalendarConsent calendarConsent_;
     TravelCharge travelCharge_;
     EcosystemSync ecosystemSync_{CloudKitManager::shared()};
+    AccountSetup account_;
     Subscription levels_;
     Subscription modelChanges_;
     Subscription heat_;

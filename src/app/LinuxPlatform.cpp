@@ -12,6 +12,9 @@
 #include "desktop/CalendarHelpers.h"
 #include "desktop/DesktopNotificationCenter.h"
 #include "desktop/SecretService.h"
+#include "identity/Browser.h"
+#include "identity/OpenIDProvider.h"
+#include "modules/ModuleLoader.h"
 #include "power/LinuxPowerSources.h"
 #include "records/LinuxRecordStores.h"
 #include "systemd/SystemdServiceManager.h"
@@ -110,11 +113,34 @@ std::filesystem::path recordsFile()
 
 /// Modules lie in ../lib/velmora where they were built, and in the system's folder of libraries where they
 /// are installed.
-LinuxRecordStores::Setup recordStores()
+std::vector<std::filesystem::path> moduleFolders()
 {
     const auto prefix = programFolder().parent_path();
-    return {.folders = {prefix / "lib" / "velmora", prefix / VELMORA_LIBDIR / "velmora"},
-            .file = recordsFile()};
+    return {prefix / "lib" / "velmora", prefix / VELMORA_LIBDIR / "velmora"};
+}
+
+/// With a secret store of its own, which is not cancelled before the last token is in it.
+std::shared_ptr<IdentityProvider> openIDProvider(const std::shared_ptr<EventLoop>& loop,
+                                                 const std::shared_ptr<Log>& log)
+{
+    static constexpr ModuleLoader::Name module{"velmora-openid.so", "velmora-openid", identityModuleEntry};
+    const auto loader = std::make_shared<ModuleLoader>(
+        ModuleLoader::Setup{.folders = moduleFolders(),
+                            .category = "OpenIDProvider",
+                            .consequence = "Nobody can sign in, and no sign-in is confirmed."},
+        log);
+    const auto browser = std::make_shared<Browser>(*loop, log);
+    return std::make_shared<OpenIDProvider>(OpenIDProvider::Setup{
+        .loop = loop,
+        .log = log,
+        .secrets = std::make_shared<SecretService>(*loop, nullptr),
+        .open =
+            [loader](IdentityAccess access) {
+                const auto* found = loader->module<IdentityModule>(module);
+                return found ? found->open(std::move(access)) : nullptr;
+            },
+        .openBrowser = [browser](const auto& url, const auto& anchor,
+                                 auto failed) { return browser->open(url, anchor, std::move(failed)); }});
 }
 
 } // namespace
@@ -135,8 +161,10 @@ LinuxPlatform::LinuxPlatform(const std::string& program) : loop_(std::make_share
         preferencesFolder(), platform_.makeWorkQueue("velmora-prefs"), clock(), log());
     platform_.calendarStore = calendarStore(log());
     platform_.serviceManager = std::make_shared<SystemdServiceManager>(*loop_, log());
-    platform_.recordStores =
-        std::make_shared<LinuxRecordStores>(recordStores(), platform_.mainLoop, platform_.log);
+    platform_.recordStores = std::make_shared<LinuxRecordStores>(
+        LinuxRecordStores::Setup{.folders = moduleFolders(), .file = recordsFile()}, platform_.mainLoop,
+        platform_.log);
+    platform_.identityProvider = openIDProvider(loop_, platform_.log);
     platform_.hostName = hostName();
     platform_.applicationSupportDirectories = dataFolders();
     platform_.temporaryDirectory = temporaryFolder(log());

@@ -76,6 +76,7 @@ void Shell::serve(sd_bus* bus)
                    CalendarContextManager::shared(), app_.calendarConsent(), app_.travelCharge());
     exports::serve(fleet_.emplace(loop_, bus, wire::face::fleet::face), app_.ecosystemSync(),
                    CloudKitManager::shared(), [this] { app_.model().fetchFleetStates(); });
+    exports::serve(account_.emplace(loop_, bus, wire::face::account::face), app_.account());
     serveStatus(bus);
     application_.emplace(bus);
     application_->onActivate = [this](const std::string& token) { startedAgain(token); };

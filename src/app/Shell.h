@@ -62,6 +62,7 @@ private:
     std::optional<ExportedObject> mediumWidgetObject_;
     std::optional<ExportedObject> calendar_;
     std::optional<ExportedObject> fleet_;
+    std::optional<ExportedObject> account_;
     std::optional<ApplicationObject> application_;
     WindowsProgram windows_;
     std::optional<WindowsFollower> windowsFollower_;

@@ -4,15 +4,13 @@
 #include "records/LinuxRecordStores.h"
 
 #include "base/Uuid.h"
-#include "base/Version.h"
 #include "records/PasswordSource.h"
 #include "records/StoreWorker.h"
 
+#include <array>
 #include <chrono>
-#include <dlfcn.h>
 #include <exception>
 #include <stdexcept>
-#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -22,19 +20,15 @@ namespace {
 
 constexpr auto category = "RecordStores";
 
-struct ModuleName {
-    const char* file;
-    const char* package; ///< that has it
-};
-constexpr std::array<ModuleName, recordPlaceKindTexts.size()> modules{{
-    {"velmora-sqlite.so", "velmora-session"},
-    {"velmora-postgresql.so", "velmora-postgresql"},
+constexpr std::array<ModuleLoader::Name, recordPlaceKindTexts.size()> modules{{
+    {"velmora-sqlite.so", "velmora-session", recordModuleEntry},
+    {"velmora-postgresql.so", "velmora-postgresql", recordModuleEntry},
 }};
 
 constexpr std::chrono::seconds longestTest{20};
 constexpr long mostThreads = 8; ///< of stores and tests that have ended and not come back yet
 
-constexpr auto consequence = " The fleet's records are neither read nor written.";
+constexpr auto consequence = "The fleet's records are neither read nor written.";
 
 /// What keeps the store from working; nothing where it does.
 std::optional<CloudError> found(RecordBackend& backend)
@@ -75,7 +69,10 @@ struct Trial {
 } // namespace
 
 LinuxRecordStores::LinuxRecordStores(Setup setup, std::shared_ptr<MainLoop> loop, std::shared_ptr<Log> log)
-    : setup_(std::move(setup)), loop_(std::move(loop)), log_(std::move(log)), complaints_(*log_, category)
+    : setup_(std::move(setup)),
+      loop_(std::move(loop)),
+      log_(std::move(log)),
+      loader_({.folders = setup_.folders, .category = category, .consequence = consequence}, log_)
 {
 }
 
@@ -120,7 +117,7 @@ void LinuxRecordStores::test(const RecordPlace& place, Password password, Tested
 
 std::unique_ptr<RecordBackend> LinuxRecordStores::backend(const RecordPlace& place, Password password)
 {
-    const auto* found = module(place.kind);
+    const auto* found = loader_.module<RecordModule>(modules.at(static_cast<std::size_t>(place.kind)));
     if (!found) return nullptr;
     try {
         return found->open({.place = place,
@@ -128,46 +125,10 @@ std::unique_ptr<RecordBackend> LinuxRecordStores::backend(const RecordPlace& pla
                             .password = passwordSource(place, std::move(password), log_),
                             .log = log_});
     } catch (const std::exception& error) {
-        log_->error(category, std::string("Could not make a record store: ") + error.what() + consequence);
+        log_->error(category,
+                    std::string("Could not make a record store: ") + error.what() + ". " + consequence);
         return nullptr;
     }
-}
-
-const RecordModule* LinuxRecordStores::module(RecordPlace::Kind kind)
-{
-    const auto index = static_cast<std::size_t>(kind);
-    const auto& [file, package] = modules.at(index);
-    auto& loaded = loaded_.at(index);
-    for (const auto& folder : setup_.folders)
-        if (std::error_code error; !loaded && std::filesystem::exists(folder / file, error))
-            loaded = load(folder / file, package);
-    if (loaded) {
-        complaints_.settle(file);
-        return loaded;
-    }
-    complaints_.raise(file, std::string(file) + " is not there, or cannot be used: the package " + package +
-                                " of this version has it." + consequence);
-    return nullptr;
-}
-
-/// It stays loaded, also where it is of no use: libraries that it brought may have left threads or thread
-/// variables behind.
-const RecordModule* LinuxRecordStores::load(const std::filesystem::path& file, const char* package)
-{
-    void* handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-    void* symbol = handle ? dlsym(handle, recordModuleEntry) : nullptr;
-    if (!symbol) {
-        const char* why = dlerror();
-        complaints_.raise(file,
-                          "Could not load " + file.string() + ": " + (why ? why : "it has no entry") + ".");
-        return nullptr;
-    }
-    const auto* loaded = reinterpret_cast<RecordModuleEntry*>(symbol)();
-    if (std::string_view(loaded->version) == version()) return loaded;
-    complaints_.raise(file, file.string() + " is of Velmora " + loaded->version + ", this program of " +
-                                version() + ": it is used once the package " + package +
-                                " is of the same version and this program has started anew.");
-    return nullptr;
 }
 
 } // namespace velmora

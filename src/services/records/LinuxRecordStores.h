@@ -3,12 +3,11 @@
 
 #pragma once
 
-#include "platform/Complaints.h"
+#include "modules/ModuleLoader.h"
 #include "platform/MainLoop.h"
 #include "platform/RecordStores.h"
 #include "records/RecordModule.h"
 
-#include <array>
 #include <filesystem>
 #include <memory>
 #include <vector>
@@ -35,15 +34,12 @@ public:
     void test(const RecordPlace& place, Password password, Tested tested) override;
 
 private:
-    const RecordModule* module(RecordPlace::Kind kind);
-    const RecordModule* load(const std::filesystem::path& file, const char* package);
     std::unique_ptr<RecordBackend> backend(const RecordPlace& place, Password password);
 
     Setup setup_;
     std::shared_ptr<MainLoop> loop_;
     std::shared_ptr<Log> log_;
-    Complaints complaints_;
-    std::array<const RecordModule*, recordPlaceKindTexts.size()> loaded_{};
+    ModuleLoader loader_;
     std::shared_ptr<const void> presence_ = std::make_shared<char>(); ///< held by each thread
 };
 

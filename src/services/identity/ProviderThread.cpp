@@ -1,0 +1,110 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+#include "identity/ProviderThread.h"
+
+#include <pthread.h>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+namespace velmora {
+
+// -- A conversation
+
+bool Conversation::begin(std::unique_ptr<OpenIDClient> client)
+{
+    const MutexLock lock(mutex_);
+    client_ = std::move(client);
+    return !isCancelled_;
+}
+
+void Conversation::cancel()
+{
+    std::shared_ptr<OpenIDClient> client;
+    {
+        const MutexLock lock(mutex_);
+        if (isOver_) return;
+        isCancelled_ = true;
+        client = client_;
+    }
+    if (client) client->cancel();
+}
+
+bool Conversation::finish()
+{
+    const MutexLock lock(mutex_);
+    isOver_ = true;
+    return !isCancelled_;
+}
+
+// -- The thread
+
+bool ProviderThread::run(Task task)
+try {
+    const MutexLock lock(mutex_);
+    if (!isAtWork_) std::thread([self = shared_from_this()] { self->work(); }).detach();
+    isAtWork_ = true;
+    waiting_.push_back(std::move(task));
+    return true;
+} catch (const std::system_error&) {
+    return false;
+}
+
+void ProviderThread::work()
+{
+    pthread_setname_np(pthread_self(), "velmora-openid");
+    mutex_.lock();
+    while (!waiting_.empty()) {
+        auto task = std::move(waiting_.front());
+        waiting_.pop_front();
+        mutex_.unlock();
+        task();
+        task = nullptr; // what it holds goes outside of the lock
+        mutex_.lock();
+    }
+    isAtWork_ = false;
+    mutex_.unlock();
+    changed_.notifyAll();
+}
+
+bool ProviderThread::enter(const std::shared_ptr<Conversation>& conversation)
+{
+    const MutexLock lock(mutex_);
+    current_ = conversation;
+    return !isEnding_;
+}
+
+bool ProviderThread::isEnding() const
+{
+    const MutexLock lock(mutex_);
+    return isEnding_;
+}
+
+bool ProviderThread::isDone(std::chrono::milliseconds limit)
+{
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    const MutexLock lock(mutex_);
+    while (isAtWork_)
+        if (!changed_.waitUntil(mutex_, deadline)) return !isAtWork_;
+    return true;
+}
+
+bool ProviderThread::end(const std::function<void()>& cancelAll)
+{
+    std::shared_ptr<Conversation> current;
+    {
+        const MutexLock lock(mutex_);
+        isEnding_ = true;
+        current = current_.lock();
+    }
+    const bool isAnswerAwaited = current && current->ending() == Conversation::Ending::whenAnswered;
+    if (current && !isAnswerAwaited) current->cancel();
+    if (isDone(isAnswerAwaited ? patience : moment)) return true;
+    if (current) current->cancel();
+    cancelAll();
+    isDone(moment);
+    return false;
+}
+
+} // namespace velmora
