@@ -11,19 +11,18 @@
 
 namespace velmora {
 
-/// What the browser shows once its part in a sign-in is done, in the reader's language. The module has no
-/// translations of its own.
+/// What the browser shows once its part in a sign-in is done: UTF-8, in the reader's language.
 struct SignInPages {
-    std::string signedIn = "You are signed in. You can close this page.";
-    std::string canceled = "You are not signed in. You can close this page.";
-    std::string failed = "The sign-in has failed. Velmora says why. You can close this page.";
+    std::string signedIn{};
+    std::string canceled{};
+    std::string failed{};
 };
 
 /// What a provider is reached with.
 struct IdentityAccess {
     IdentitySource source{};
     IdentityProvider::ClientSecret secret{}; ///< asked when it is needed, where it may take seconds
-    SignInPages pages{};
+    SignInPages pages{};                     ///< for a sign-in
 };
 
 /// The part of Velmora that speaks to OpenID providers: a shared object that is loaded at its first use and

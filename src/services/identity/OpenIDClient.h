@@ -13,7 +13,7 @@ namespace velmora {
 
 struct IdentityProblem {
     IdentityFault fault = IdentityFault::invalid;
-    std::string detail{}; ///< for the log: printable, never a token, a code or a secret
+    std::string detail{}; ///< a sentence for the log: printable, never a token, a code or a secret
 };
 
 /// One conversation with an OpenID provider. Calls block, at most for the time that each says; all but

@@ -31,6 +31,13 @@ IdentityError errorOf(IdentityFault fault)
             .localizedDescription = account::faultText(fault)};
 }
 
+SignInPages pages()
+{
+    return {.signedIn = account::signedInPage(),
+            .canceled = account::canceledPage(),
+            .failed = account::failedPage()};
+}
+
 } // namespace
 
 /// What is done on the provider's thread. It owns all that it needs, and may outlive the provider.
@@ -78,10 +85,10 @@ private:
 std::optional<IdentityProblem> OpenIDProvider::Desk::begin(const IdentityAccess& access,
                                                            const std::shared_ptr<Conversation>& conversation)
 {
-    const Problem ended{IdentityFault::canceled, "it was ended"};
+    const Problem ended{IdentityFault::canceled, "It was ended."};
     if (!thread_->enter(conversation)) return ended;
     auto client = setup_.open(access);
-    if (!client) return Problem{IdentityFault::noModule, "the module that does it cannot be used"};
+    if (!client) return Problem{IdentityFault::noModule, "The module that does it cannot be used."};
     if (!conversation->begin(std::move(client))) return ended;
     return std::nullopt;
 }
@@ -98,7 +105,7 @@ OpenIDProvider::Desk::ask(const PresentationAnchor& anchor, const std::shared_pt
     };
     auto answer = conversation->client().signIn(
         [&](const std::string& url) { return setup_.openBrowser(url, anchor, fail); });
-    if (*hasNoBrowser) return Problem{IdentityFault::noBrowser, "the program that opens the browser failed"};
+    if (*hasNoBrowser) return Problem{IdentityFault::noBrowser, "The program that opens the browser failed."};
     return answer;
 }
 
@@ -114,7 +121,7 @@ IdentityProvider::Result OpenIDProvider::Desk::signIn(const IdentityAccess& acce
         problem = std::get<Problem>(answer);
     }
     if (problem->fault != IdentityFault::canceled)
-        warn("The sign-in with " + access.source.issuer + " did not succeed: " + problem->detail + ".");
+        warn("The sign-in with " + access.source.issuer + " did not succeed. " + problem->detail);
     return errorOf(problem->fault);
 }
 
@@ -174,7 +181,7 @@ OpenIDProvider::Desk::confirm(const IdentityAccess& access, const std::string& u
         problem = std::get<Problem>(answer);
     }
     if (problem->fault != IdentityFault::canceled)
-        warn(access.source.issuer + " did not confirm the sign-in: " + problem->detail + ".");
+        warn(access.source.issuer + " did not confirm the sign-in. " + problem->detail);
     if (problem->fault != IdentityFault::revoked) return CredentialState::unknown;
     kept_.remove(user); // or a void token would stay for ever
     return CredentialState::revoked;
@@ -230,7 +237,9 @@ void OpenIDProvider::performRequest(const std::array<Scope, 2>&, const Presentat
             [completed = std::move(completed)] { completed(errorOf(IdentityFault::noProvider)); });
     auto conversation = std::make_shared<Conversation>(Conversation::Ending::atOnce);
     request_ = conversation;
-    ask<Result>([access = inUse_, anchor, conversation = std::move(conversation)](
+    auto access = inUse_;
+    access.pages = pages();
+    ask<Result>([access = std::move(access), anchor, conversation = std::move(conversation)](
                     Desk& desk) { return desk.signIn(access, anchor, conversation); },
                 errorOf(IdentityFault::invalid), std::move(completed));
 }

@@ -40,4 +40,19 @@ std::string faultText(IdentityFault fault)
     return fault == IdentityFault::canceled ? std::string() : tr(faults.at(static_cast<std::size_t>(fault)));
 }
 
+std::string signedInPage()
+{
+    return tr("You are signed in. You can close this page.");
+}
+
+std::string canceledPage()
+{
+    return tr("You are not signed in. You can close this page.");
+}
+
+std::string failedPage()
+{
+    return tr("The sign-in has failed, and Velmora says why. You can close this page.");
+}
+
 } // namespace velmora::account

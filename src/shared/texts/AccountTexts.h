@@ -13,4 +13,9 @@ namespace velmora::account {
 /// Why a sign-in has failed, and what helps; empty for `canceled`. Any thread.
 std::string faultText(IdentityFault fault);
 
+/// What the browser says once its part in a sign-in is done.
+std::string signedInPage();
+std::string canceledPage();
+std::string failedPage();
+
 } // namespace velmora::account
