@@ -1,7 +1,7 @@
 # An identity provider on the loopback, and a person who signs in with it. Sourced by ./run, after stage.sh.
 
-account=(app.velmora.Velmora /app/velmora/AppleAuthManager app.velmora.AppleAuthManager)
-of_account() { [ "$(busctl --user get-property "${account[@]}" "$1")" = "$2" ]; } # PROPERTY VALUE : whether it is that
+manager_of_account=(app.velmora.Velmora /app/velmora/AppleAuthManager app.velmora.AppleAuthManager)
+of_account() { [ "$(busctl --user get-property "${manager_of_account[@]}" "$1")" = "$2" ]; } # PROPERTY VALUE : whether it is that
 is_signed_in() { of_account isSignedIn 'b true'; }
 is_signing_in() { of_account isLoading 'b true'; }
 is_revoked() { of_account isRevoked 'b true'; }
@@ -20,7 +20,7 @@ start_provider() {
 # use_provider : as the page does where a person fills it in.
 use_provider() {
     within 10 is_owned app.velmora.Velmora || { echo "velmora did not come up." >&2; finish 1; }
-    busctl --user call "${account[@]}" use 'a{sv}' 2 issuer s "$issuer" clientID s velmora
+    busctl --user call "${manager_of_account[@]}" use 'a{sv}' 2 issuer s "$issuer" clientID s velmora
 }
 
 # at_provider WHAT : as an administrator there.
@@ -57,7 +57,7 @@ agree() { is_signed_in || { press Return && is_signed_in; }; }
 
 # sign_in : a click in the page, and what the person does in the browser that opens.
 sign_in() {
-    busctl --user call "${account[@]}" signIn 'a{sv}' 0
+    busctl --user call "${manager_of_account[@]}" signIn 'a{sv}' 0
     within 10 is_signing_in || return
     take_picture account-signing-in dashboard Ecosystem
     within 30 xdotool search --onlyvisible --name "^$provider_page" || return
@@ -83,7 +83,7 @@ restart_velmora() {
 expect() {
     within 30 "${@:2}" || {
         echo "Not so: $1." >&2
-        busctl --user introspect "${account[@]}" >&2
+        busctl --user introspect "${manager_of_account[@]}" >&2
         finish 1
     }
     echo "account: $1"
