@@ -3,50 +3,22 @@
 
 #pragma once
 
-#include "base/Descriptor.h"
-#include "base/Mutex.h"
+#include "ScriptedServer.h"
 
-#include <functional>
-#include <map>
-#include <memory>
 #include <nlohmann/json.hpp>
-#include <string>
-#include <thread>
-#include <unistd.h>
-#include <vector>
 
 namespace velmora {
 
-/// An OpenID provider on a free port of 127.0.0.1 that does as a test tells it. Untold it is an honest one: a
-/// public client, PKCE, refresh tokens that rotate (use of an old one ends the grant), revocation; whoever
-/// comes to /authorize is signed in. Gone with the object. Its functions may be called from any thread.
+/// An OpenID provider on the loopback that does as a test tells it. Untold it is an honest one: a public
+/// client, PKCE, refresh tokens that rotate (use of an old one ends the grant), revocation; whoever comes to
+/// /authorize is signed in. Gone with the object. Its functions may be called from any thread.
 class ScriptedProvider {
 public:
     using Json = nlohmann::json;
-
-    struct Request {
-        std::string method{}, path{};                    ///< without the query
-        std::map<std::string, std::string> parameters{}; ///< of the query and the form, decoded
-        std::string authorization{};
-        std::string body{};
-    };
-    /// How an answer is sent.
-    enum class Manner {
-        whole,
-        truncated,      ///< half of the body that was announced, then the end
-        slow,           ///< a byte each 50 ms
-        silent,         ///< not at all, the connection stays open
-        reset,          ///< not at all, the connection is reset
-        endlessHeaders, ///< until the client goes
-        endlessBody,    ///< likewise, the body
-    };
-    struct Answer {
-        int status = 200;
-        std::string body{};
-        std::vector<std::string> headers{"Content-Type: application/json"};
-        Manner manner = Manner::whole;
-    };
-    using Handler = std::function<Answer(const Request&)>;
+    using Request = ScriptedServer::Request;
+    using Answer = ScriptedServer::Answer;
+    using Manner = ScriptedServer::Manner;
+    using Handler = ScriptedServer::Handler;
 
     /// What the provider says and does. A function changes what would be said, just before.
     struct Behavior {
@@ -58,9 +30,8 @@ public:
         bool rotates = true;
         bool isBlind = false;            ///< asks for no PKCE
         std::string refusal{};           ///< "access_denied": what /authorize answers with
-        std::string algorithm = "RS256"; ///< or ES256, PS256, none, HS256 (with the public key as secret)
-        std::string keyID{};             ///< what the token names as its key; empty: the right one
-        std::function<void(Json&)> discovery{}, keys{}, claims{}, header{}, tokens{}, userinfo{};
+        std::string algorithm = "RS256"; ///< or any that SigningKeys knows
+        std::function<void(Json&)> discovery{}, keys{}, header{}, claims{}, tokens{}, userinfo{};
         std::function<std::string(std::string)> identityToken{}; ///< after its signature
         std::map<std::string, Handler> paths{}; ///< instead of what it does at "/token" and so on
     };
@@ -78,7 +49,7 @@ public:
     void rotateKeys();
     /// The user's grants end: what was given is void.
     void revokeGrants();
-    /// Accepts no connections, and does again.
+    /// Refuses connections, and accepts them again.
     void goDown();
     void comeUp();
 
@@ -94,7 +65,7 @@ public:
 
 private:
     struct State;
-    std::shared_ptr<State> state_;
+    std::unique_ptr<State> state_;
 };
 
 } // namespace velmora
