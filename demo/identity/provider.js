@@ -47,7 +47,7 @@ function configuration() {
         }],
         claims: { openid: ['sub'], profile: ['name', 'given_name', 'family_name'], email: ['email', 'email_verified'] },
         cookies: { keys: [randomBytes(32).toString('hex')] },
-        features: { devInteractions: { enabled: true }, revocation: { enabled: true } },
+        features: { devInteractions: { enabled: true }, introspection: { enabled: true }, revocation: { enabled: true } },
         findAccount: (_, id) => (deleted.has(id) ? undefined : account(id)),
         jwks: { keys: [{ ...privateKey.export({ format: 'jwk' }), alg: 'RS256', use: 'sig', kid: randomBytes(8).toString('hex') }] },
         pkce: { required: () => true },
