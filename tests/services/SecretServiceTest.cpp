@@ -53,8 +53,9 @@ struct SecretServiceTest : LoopTest {
     void expectUnavailable()
     {
         EXPECT_FALSE(save("new"));
-        EXPECT_FALSE(read());
-        EXPECT_NE(remove(), success);
+        SecretItem item{.service = "app.velmora.test", .account = "me"};
+        EXPECT_EQ(store->copyMatching(item), unavailable);
+        EXPECT_EQ(remove(), unavailable);
     }
     void waitUntilReady()
     {

@@ -5,6 +5,7 @@
 
 #include "desktop/SecretSession.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <string_view>
 #include <sys/eventfd.h>
@@ -18,6 +19,22 @@ SecretService::SecretService(MainLoop& loop, sd_bus* session)
 {
     dbus::check(cancelled_ ? 0 : -errno, "eventfd");
 }
+
+namespace {
+
+/// A store that is locked may keep what it does not show. One without a default collection keeps nothing: it
+/// answers the question with an error of its own.
+SecretStatus absence(SecretSession& session)
+try {
+    return session.isLocked() ? SecretStatus::unavailable : SecretStatus::notFound;
+} catch (const std::system_error& error) {
+    const auto& why = error.code();
+    const bool isUnanswered = why == std::errc::timed_out || why == std::errc::operation_canceled ||
+                              why == std::errc::not_connected || why == std::errc::connection_reset;
+    return isUnanswered ? SecretStatus::unavailable : SecretStatus::notFound;
+}
+
+} // namespace
 
 template <typename Use>
 SecretStatus SecretService::with(Use use) const
@@ -43,7 +60,7 @@ SecretStatus SecretService::copyMatching(SecretItem& item)
 {
     return with([&](SecretSession& session) {
         const auto found = session.find(item.service, item.account);
-        if (found.empty()) return SecretStatus::notFound;
+        if (found.empty()) return absence(session);
         item.data = session.secretOf(found.front());
         return SecretStatus::success;
     });
@@ -52,10 +69,10 @@ SecretStatus SecretService::copyMatching(SecretItem& item)
 SecretStatus SecretService::remove(const SecretItem& item)
 {
     return with([&](SecretSession& session) {
-        auto status = SecretStatus::notFound;
-        for (const auto& found : session.find(item.service, item.account))
-            if (session.remove(found)) status = SecretStatus::success;
-        return status;
+        const auto found = session.find(item.service, item.account);
+        if (found.empty()) return absence(session);
+        const auto isGone = [&](const auto& one) { return session.remove(one); };
+        return std::ranges::count_if(found, isGone) > 0 ? SecretStatus::success : SecretStatus::unavailable;
     });
 }
 

@@ -128,6 +128,15 @@ std::vector<std::string> SecretSession::find(const std::string& service, const s
     return items;
 }
 
+bool SecretSession::isLocked()
+{
+    const auto call = newCall(defaultCollection, "org.freedesktop.DBus.Properties", "Get");
+    check(sd_bus_message_append(call.get(), "ss", collectionInterface, "Locked"), "Locked");
+    int isLocked = 0;
+    check(sd_bus_message_read(ask(call).get(), "v", "b", &isLocked), "Locked");
+    return isLocked != 0;
+}
+
 std::string SecretSession::secretOf(const std::string& item)
 {
     const auto call = newCall(item.c_str(), itemInterface, "GetSecret");

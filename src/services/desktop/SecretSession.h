@@ -36,6 +36,9 @@ public:
     /// The items with these attributes.
     std::vector<std::string> find(const std::string& service, const std::string& account);
 
+    /// Whether what is not found may be in the default collection all the same.
+    bool isLocked();
+
     std::string secretOf(const std::string& item);
     /// Whether it was stored, in place of one with the same attributes.
     bool store(const std::string& service, const std::string& account, std::string_view secret);

@@ -142,6 +142,7 @@ IdentityProvider::Result OpenIDProvider::Desk::settle(const IdentityAccess& acce
              "run: it may want another parameter for that.");
     kept_.keep(user, now);
     if (conversation.finish()) return signedIn.credential;
+    // Cancelled meanwhile. To revoke the new token could end the sign-in that was kept, too.
     if (before)
         kept_.keep(user, *before);
     else
