@@ -17,6 +17,21 @@ start_provider() {
     echo "An identity provider: $issuer. Its one client is velmora; any name and any password will do."
 }
 
+# spare_keyring : on a desktop the person's own secret store keeps the sign-in: one that is there is left alone, and ours does not stay.
+is_kept() { secret-tool lookup service app.velmora.appleauth account apple_user_id >/dev/null; }
+has_gone() { ! is_kept; }
+spare_keyring() {
+    if is_kept; then
+        echo "Somebody is signed in with the Velmora of this desktop, and a trial would sign them out. With --screenshots it would not." >&2
+        finish 1
+    fi
+    before_end=forget_sign_in
+}
+forget_sign_in() {
+    busctl --user call "${manager_of_account[@]}" signOut && within 5 has_gone ||
+        echo "The trial's sign-in may still be in your secret store, under app.velmora.appleauth and app.velmora.oidc." >&2
+}
+
 # use_provider : as the page does where a person fills it in.
 use_provider() {
     within 10 is_owned app.velmora.Velmora || { echo "velmora did not come up." >&2; finish 1; }
@@ -25,6 +40,15 @@ use_provider() {
 
 # at_provider WHAT : as an administrator there.
 at_provider() { curl --silent --fail --request POST "$issuer/control/$1"; }
+
+# account_obeys ORDER : does it; fails where it is none of these.
+account_obeys() {
+    case "$1" in
+        restart) restart_velmora || echo "velmora did not come up." >&2 ;;
+        "revoke "*) at_provider "revoke/${1#revoke }" || echo "The provider did not take that." >&2 ;;
+        *) return 1 ;;
+    esac
+}
 
 # What xdg-open finds as the person's browser on our display.
 provide_browser() {

@@ -9,7 +9,7 @@ run_packages=(dbus systemd fuse3 qml6-module-qtqml qml6-module-qtqml-models qml6
 screen_packages=(xvfb xauth dunst gnome-keyring libsecret-tools) # where there is no display
 picture_packages=(imagemagick xdotool) # for a picture of it with the panel that a click opens
 server_packages=(postgresql openssl) # for a fleet whose records a server keeps
-account_packages=(curl xdg-utils) # for a sign-in with an identity provider of ours, which npm installs
+account_packages=(curl libsecret-tools xdg-utils) # for a sign-in with an identity provider of ours, which npm installs
 tray_programs=(cbatticon fdpowermon lxqt-powermanagement xfce4-power-manager) # what Velmora is measured beside
 test_packages=(libgtest-dev libgmock-dev python3 xvfb xauth xdotool at-spi2-core gir1.2-atspi-2.0 python3-gi
     openbox tint2 dunst gnome-keyring libsecret-tools systemd polkitd appstream desktop-file-utils postgresql)

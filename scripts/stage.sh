@@ -6,11 +6,14 @@ started=()
 mkfifo "$scene/ready" "$scene/orders"
 exec 5<>"$scene/ready" # a line here: what was started last can be used
 
+before_end=true # a command that is run before all ends
+
 # finish [STATUS] : ends all, the programs first, the buses and the laptop under them last.
 finish() {
     trap - EXIT
     trap '' INT TERM
     local i
+    $before_end || true
     for ((i = ${#started[@]} - 1; i >= 0; i--)); do
         kill "${started[i]}" 2>/dev/null || continue
         wait "${started[i]}" 2>/dev/null || true
