@@ -80,7 +80,8 @@ void deriveLate(ExportedObject& object, AccountSetup& account, const char* name,
 
 void watch(ExportedObject& object, AppleAuthManager& manager)
 {
-    for (auto* truth : {&manager.isSignedIn, &manager.isLoading, &manager.isUnconfirmed, &manager.isRevoked})
+    for (auto* truth : {&manager.isSignedIn, &manager.isLoading, &manager.isUnconfirmed, &manager.isChecking,
+                        &manager.isRevoked})
         object.watch(*truth);
     for (auto* text : {&manager.userDisplayName, &manager.userEmail, &manager.errorMessage})
         object.watch(*text);
@@ -124,6 +125,7 @@ void serve(ExportedObject& object, AccountSetup& account)
     deriveLate(object, account, wired::isLoading, &Manager::isLoading);
     deriveLate(object, account, wired::errorMessage, &Manager::errorMessage);
     deriveLate(object, account, wired::isUnconfirmed, &Manager::isUnconfirmed);
+    deriveLate(object, account, wired::isChecking, &Manager::isChecking);
     deriveLate(object, account, wired::isRevoked, &Manager::isRevoked);
     deriveLate(object, account, wired::signedInSince, &Manager::signedInSince);
     const auto derive = [&](const char* name, std::string IdentitySource::*part) {

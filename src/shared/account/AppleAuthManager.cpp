@@ -113,7 +113,8 @@ void AppleAuthManager::restored(const std::optional<Identity>& kept)
 
 void AppleAuthManager::checkAgain()
 {
-    if (!isUnconfirmed.get() || std::exchange(isAsking_, true)) return;
+    if (!isUnconfirmed.get() || isChecking.get()) return;
+    isChecking.set(true);
     nextCheck_.reset();
     const auto answer = lifetime_.guard([this, epoch = epoch_](IdentityProvider::CredentialState state) {
         if (epoch == epoch_) answered(state);
@@ -125,7 +126,7 @@ void AppleAuthManager::checkAgain()
 
 void AppleAuthManager::answered(IdentityProvider::CredentialState state)
 {
-    isAsking_ = false;
+    isChecking.set(false);
     switch (state) {
     case IdentityProvider::CredentialState::revoked:
     case IdentityProvider::CredentialState::notFound:
@@ -208,7 +209,7 @@ void AppleAuthManager::signedIn(const Identity& identity)
 {
     if (!user_.empty() && user_ != identity.user) provider_->forget(user_);
     user_ = identity.user;
-    isAsking_ = false;
+    isChecking.set(false);
     nextCheck_.reset();
     const auto now = clock_->now();
     preferences_->setText(preference_key::signedInSince,
@@ -248,7 +249,7 @@ void AppleAuthManager::clearStoredCredentials()
 {
     ++epoch_;
     nextCheck_.reset();
-    isAsking_ = false;
+    isChecking.set(false);
     withSecrets(forgetStored, [this, epoch = epoch_](bool) {
         if (epoch != epoch_) return; // somebody has signed in meanwhile
         user_.clear();

@@ -50,6 +50,7 @@ public:
     Observable<std::optional<std::string>> errorMessage{std::nullopt}; ///< of the last sign-in
     /// Somebody is known from before, and the provider has not confirmed it in this run.
     Observable<bool> isUnconfirmed{false};
+    Observable<bool> isChecking{false}; ///< it is being asked now
     /// The provider no longer honours the sign-in that was kept: the user has to sign in anew.
     Observable<bool> isRevoked{false};
     Observable<std::optional<Date>> signedInSince{std::nullopt};
@@ -87,7 +88,6 @@ private:
     std::string user_;         ///< who is known; empty: nobody
     std::uint64_t epoch_ = 0;  ///< of that knowledge: what was asked about an earlier one counts no more
     std::size_t attempts_ = 0; ///< of having the provider confirm
-    bool isAsking_ = false;    ///< the provider
     MainLoop::Timer nextCheck_;
     std::unique_ptr<WorkQueue> queue_; ///< while the secret store is waited for
     int waiting_ = 0;                  ///< for it

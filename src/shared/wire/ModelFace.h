@@ -300,6 +300,7 @@ inline constexpr auto userEmail = "userEmail";
 inline constexpr auto isLoading = "isLoading";
 inline constexpr auto errorMessage = "errorMessage";
 inline constexpr auto isUnconfirmed = "isUnconfirmed";
+inline constexpr auto isChecking = "isChecking";
 inline constexpr auto isRevoked = "isRevoked";
 inline constexpr auto signedInSince = "signedInSince";
 // Of the provider; also the keys of the record that `use` takes.
@@ -313,6 +314,7 @@ inline constexpr std::array properties{
     Property{userEmail, "as"},      Property{isLoading, "b"}, ///< a sign-in is under way
     Property{errorMessage, "as"},                             ///< of the last sign-in, in the user's language
     Property{isUnconfirmed, "b"},  ///< known from before, and the provider has not said so yet
+    Property{isChecking, "b"},     ///< that provider is being asked now
     Property{isRevoked, "b"},      ///< the provider no longer honours the sign-in that was kept
     Property{signedInSince, "ad"}, ///< seconds since 2001-01-01 UTC
     Property{issuer, "s"},         ///< empty: no provider was chosen
