@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 
 #include "Views.h"
+#include "client/RemoteAccount.h"
 #include "client/RemoteFleet.h"
 #include "client/RemoteInstallation.h"
 
@@ -43,11 +44,14 @@ struct Ecosystem : Views {
         QObject::connect(sync, &RemoteObject::operationWanted, [this](const QString& operation) {
             if (operation != "refresh") asked << operation;
         });
-        QObject::connect(sync, &RemoteObject::recordOperationWanted,
-                         [this](const QString& operation, const QVariantMap& record) {
-                             asked << operation;
-                             sent = record;
-                         });
+        for (RemoteObject* one : {static_cast<RemoteObject*>(sync), static_cast<RemoteObject*>(account)})
+            QObject::connect(one, &RemoteObject::recordOperationWanted,
+                             [this](const QString& operation, const QVariantMap& record) {
+                                 asked << operation;
+                                 sent = record;
+                             });
+        QObject::connect(account, &RemoteObject::operationWanted,
+                         [this](const QString& operation) { asked << operation; });
         singleton<RemoteInstallation>("InstallationManager")->apply({{"isInstallationCompleted", true}});
         makeWindow("DashboardWindow");
         window->setProperty("selectedTab", "Ecosystem");
@@ -72,6 +76,11 @@ struct Ecosystem : Views {
         sync->apply(values);
         draw();
     }
+    void tellAccount(const QVariantMap& values)
+    {
+        account->apply(values);
+        draw();
+    }
     void list(const QList<QVariantMap>& devices)
     {
         tell({{"isOn", true}, {"devices", QVariant::fromValue(devices)}});
@@ -93,11 +102,28 @@ struct Ecosystem : Views {
         item(path)->forceActiveFocus(Qt::TabFocusReason);
         press(Qt::Key_A, Qt::ControlModifier);
         for (const auto letter : text) QTest::keyClick(window.get(), letter.toLatin1());
+        draw();
     }
     QString text(const QString& path) const { return property(path, "text"); }
+    /// What the account can be told now, by the buttons' names.
+    QString choices() const
+    {
+        QStringList shown;
+        for (const auto* one :
+             {"chooseProvider", "signIn", "cancelSignIn", "checkAgain", "signOut", "changeProvider"})
+            if (item(one)->isVisible()) shown << one;
+        return shown.join(' ');
+    }
+    QString focused() const
+    {
+        QCoreApplication::processEvents();
+        const auto* one = window->activeFocusItem();
+        return one ? one->objectName() : QString();
+    }
     QString asking() { return std::exchange(asked, {}).join(' '); }
 
     RemoteFleet* sync = singleton<RemoteFleet>("EcosystemSync");
+    RemoteAccount* account = singleton<RemoteAccount>("AppleAuthManager");
     QStringList asked;
     QVariantMap sent; ///< with the last operation that takes a record
 };
@@ -246,6 +272,114 @@ TEST_F(Ecosystem, AServerIsTriedAndTakenByTheKeyboard)
     EXPECT_FALSE(item("place/host")->isVisible());
     clickInSight("place/use");
     EXPECT_EQ(sent.value("kind"), "this-computer");
+}
+
+const QVariantMap provider{
+    {"issuer", "https://login.example"}, {"clientID", "velmora"}, {"parameters", "access_type=offline"}};
+
+TEST_F(Ecosystem, TheAccountSaysWhereItStandsAndWhatCanBeDone)
+{
+    const QVariantMap nobody{{"isSignedIn", false},
+                             {"isLoading", false},
+                             {"isUnconfirmed", false},
+                             {"isChecking", false},
+                             {"isRevoked", false},
+                             {"userDisplayName", QStringList()},
+                             {"userEmail", QStringList()},
+                             {"errorMessage", QStringList()},
+                             {"issuer", "https://login.example"}};
+    const auto many = QString("\u202eevil %1\n\u05e9 ").repeated(4'000);
+    const struct {
+        QVariantMap known;
+        const char *choices, *says;
+    } cases[] = {
+        {{{"issuer", ""}}, "chooseProvider", "No identity provider"},
+        {{}, "signIn changeProvider", "Nobody is signed in"},
+        {{{"isLoading", true}}, "cancelSignIn changeProvider", "browser"},
+        {{{"isSignedIn", true},
+          {"userDisplayName", QStringList(many)},
+          {"userEmail", QStringList("%1@%2")},
+          {"signedInSince", QVariant::fromValue(QList<double>{today.sinceReference})}},
+         "signOut changeProvider",
+         "since 3 Nov 2026"},
+        {{{"isUnconfirmed", true}}, "signIn checkAgain signOut changeProvider", "not said yet"},
+        {{{"isUnconfirmed", true}, {"isChecking", true}},
+         "signIn checkAgain signOut changeProvider",
+         "asked"},
+        {{{"isUnconfirmed", true}, {"issuer", ""}}, "chooseProvider signOut", "Without a provider"},
+        {{{"isRevoked", true}}, "signIn changeProvider", "has ended"},
+    };
+    for (const bool isInFleet : {false, true}) {
+        tell({{"isOn", isInFleet}});
+        for (const auto& [known, choices, says] : cases) {
+            auto whole = nobody;
+            whole.insert(known);
+            tellAccount(whole);
+            EXPECT_EQ(this->choices(), choices) << says;
+            EXPECT_TRUE(text("accountState").contains(says)) << text("accountState").toStdString();
+            EXPECT_EQ(item("userMail")->isVisible(), known.contains("userEmail"));
+            if (!known.contains("userEmail")) continue;
+            EXPECT_EQ(text("userMail"), "%1@%2");
+            EXPECT_LE(text("userName").toUtf8().size(), 203);
+            EXPECT_FALSE(text("userName").contains(QChar(0x202e))) << "it turns what stands beside it";
+        }
+    }
+    EXPECT_EQ(voice("accountState")->role(), QAccessible::AlertMessage);
+    tellAccount({{"errorMessage", QStringList("The provider refused.")}});
+    EXPECT_EQ(text("accountError"), "The provider refused.");
+    EXPECT_EQ(voice("accountError")->role(), QAccessible::AlertMessage);
+}
+
+TEST_F(Ecosystem, AProviderIsSetAndASignInMadeByTheKeyboardAlone)
+{
+    item("chooseProvider")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Space);
+    draw();
+    ASSERT_EQ(item("provider/issuer/field"), window->activeFocusItem());
+    type("provider/issuer/field", "http://login.example");
+    EXPECT_TRUE(text("provider/formText").contains("https://"));
+    EXPECT_FALSE(item("provider/useProvider")->isEnabled());
+    type("provider/issuer/field", "https://login.example");
+    EXPECT_TRUE(text("provider/formText").contains("client"));
+    type("provider/client/field", "velmora");
+    type("provider/parameters/field", "state=1");
+    EXPECT_FALSE(item("provider/useProvider")->isEnabled()) << "that one is not a person's to set";
+    type("provider/parameters/field", "access_type=offline");
+    type("provider/secret/field", "open sesame");
+    EXPECT_TRUE(voice("provider/secret/field")->state().passwordEdit);
+    clickInSight("provider/useProvider");
+    EXPECT_EQ(asking(), "use");
+    auto whole = provider;
+    whole.insert("clientSecret", "open sesame");
+    EXPECT_EQ(sent, whole);
+    EXPECT_EQ(text("provider/secret/field"), "") << "it is not kept in the window";
+    tellAccount({{"isSecretRefused", true}});
+    EXPECT_TRUE(text("provider/formText").contains("secret store"));
+    tellAccount({{"isSecretRefused", false}, {"hasClientSecret", true}});
+    tellAccount(provider);
+    EXPECT_FALSE(item("provider")->isVisible());
+    EXPECT_EQ(focused(), "signIn");
+
+    press(Qt::Key_Return);
+    EXPECT_EQ(asking(), "signIn");
+    tellAccount({{"isLoading", true}});
+    EXPECT_EQ(focused(), "cancelSignIn");
+    EXPECT_TRUE(voice("cancelSignIn")->text(QAccessible::Description).contains("browser"));
+    press(Qt::Key_Space);
+    tellAccount({{"isLoading", false}, {"isUnconfirmed", true}});
+    clickInSight("checkAgain");
+    clickInSight("signOut");
+    EXPECT_EQ(asking(), "cancelSignIn checkAgain signOut");
+
+    clickInSight("changeProvider");
+    EXPECT_EQ(text("provider/client/field"), "velmora");
+    EXPECT_FALSE(item("provider/useProvider")->isEnabled()) << "it is in use";
+    type("provider/client/field", "other");
+    EXPECT_TRUE(text("provider/formText").contains("signs you out"));
+    clickInSight("provider/useNone");
+    EXPECT_EQ(sent, (QVariantMap{{"issuer", ""}, {"clientID", ""}, {"parameters", ""}}));
+    tellAccount(sent);
+    EXPECT_EQ(choices(), "chooseProvider signOut");
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "Gallery.h"
 #include "Pictures.h"
 #include "Views.h"
+#include "client/RemoteAccount.h"
 #include "client/RemoteFleet.h"
 #include "client/RemoteInstallation.h"
 #include "client/RemoteNotifications.h"
@@ -204,6 +205,21 @@ TEST_P(Pictures, TheFleetLooksAsItDid)
     sync->apply({{"devices", QVariant::fromValue(QList<QVariantMap>{})}});
     sync->apply(server());
     EXPECT_TRUE(looksAsKept(window->grabWindow(), name("ecosystem-server")));
+}
+
+TEST_P(Pictures, TheAccountLooksAsItDid)
+{
+    auto* account = singleton<RemoteAccount>("AppleAuthManager");
+    singleton<RemoteInstallation>("InstallationManager")->apply({{"isInstallationCompleted", true}});
+    account->apply({{"issuer", "https://login.example.org"},
+                    {"clientID", "velmora"},
+                    {"isSignedIn", true},
+                    {"userDisplayName", QStringList("Ada Lovelace")},
+                    {"userEmail", QStringList("ada@example.org")},
+                    {"signedInSince", QVariant::fromValue(QList<double>{today.sinceReference})}});
+    open("Dashboard");
+    window->setProperty("selectedTab", "Ecosystem");
+    EXPECT_TRUE(looksAsKept(window->grabWindow(), name("ecosystem-account")));
 }
 
 TEST_P(Pictures, ComponentsLookAsTheyDid)

@@ -6,7 +6,7 @@ import QtQuick.Layouts
 import Velmora
 
 /// The fleet of the user's machines: its beginning, its machines and what they can be told, where its records
-/// live, and this machine's part in it.
+/// live, and this machine's part in it. Below it the user's account.
 DashboardPage {
     id: page
 
@@ -135,6 +135,18 @@ DashboardPage {
         }
         RecordPlaceGroup {
             objectName: "place"
+            Layout.fillWidth: true
+        }
+    }
+    ColumnLayout {
+        Layout.fillWidth: true
+        spacing: 16
+
+        GroupTitle {
+            text: qsTr("Account")
+        }
+        AccountGroup {
+            objectName: "account"
             Layout.fillWidth: true
         }
     }

@@ -3,12 +3,7 @@
 
 #include "client/RemoteCalendar.h"
 
-#include "base/Date.h"
-#include "base/Saturate.h"
 #include "client/QtText.h"
-
-#include <QDateTime>
-#include <QLocale>
 
 namespace velmora {
 
@@ -38,11 +33,7 @@ travel::Situation RemoteCalendar::situation() const
                           .stage = value(wiring::travelChargeStage).toString().toStdString()};
     const auto titles = value("detectedEventTitle").toStringList();
     if (!titles.isEmpty()) now.title = titles.first().toStdString();
-    const auto begins = value(wiring::travelChargeBegins).value<QList<double>>();
-    if (!begins.isEmpty()) {
-        const auto moment = QDateTime::fromSecsSinceEpoch(truncated(Date{begins.first()}.unixSeconds()));
-        now.begins = QLocale::c().toString(moment, QStringLiteral("ddd HH:mm")).toStdString();
-    }
+    now.begins = moment(wiring::travelChargeBegins, "ddd HH:mm").toStdString();
     return now;
 }
 

@@ -3,15 +3,12 @@
 
 #include "client/RemoteFleet.h"
 
-#include "base/Saturate.h"
 #include "client/QtText.h"
 #include "client/RemoteModel.h"
 #include "fleet/FleetArchive.h"
 #include "texts/FleetTexts.h"
 #include "texts/PanelTexts.h"
 
-#include <QDateTime>
-#include <QLocale>
 #include <algorithm>
 #include <limits>
 #include <stdexcept>
@@ -192,10 +189,7 @@ QString RemoteFleet::testText(const QVariantMap& place) const
 
 QString RemoteFleet::lastSync() const
 {
-    const auto dates = value(wiring::lastSyncDate).value<QList<double>>();
-    if (dates.isEmpty()) return {};
-    const auto moment = QDateTime::fromSecsSinceEpoch(truncated(Date{dates.first()}.unixSeconds()));
-    return QLocale::c().toString(moment, QStringLiteral("d MMM yyyy, HH:mm"));
+    return moment(wiring::lastSyncDate);
 }
 
 } // namespace velmora

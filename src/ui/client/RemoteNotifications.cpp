@@ -6,11 +6,7 @@
 #include "client/QtText.h"
 #include "texts/NoticeTexts.h"
 
-#include <QDateTime>
-#include <QLocale>
 #include <optional>
-
-#include "base/Saturate.h"
 
 namespace velmora {
 
@@ -35,11 +31,8 @@ QString RemoteNotifications::testText() const
 
 QString RemoteNotifications::last(const char* property) const
 {
-    const auto dates = value(property).value<QList<double>>();
-    if (dates.isEmpty()) return {};
-    const auto moment = QDateTime::fromSecsSinceEpoch(truncated(Date{dates.first()}.unixSeconds()));
-    return text(
-        notices::lastText(QLocale::c().toString(moment, QStringLiteral("d MMM yyyy, HH:mm")).toStdString()));
+    const auto last = moment(property);
+    return last.isEmpty() ? last : text(notices::lastText(last.toStdString()));
 }
 
 } // namespace velmora

@@ -3,6 +3,12 @@
 
 #include "client/RemoteObject.h"
 
+#include "base/Date.h"
+#include "base/Saturate.h"
+
+#include <QDateTime>
+#include <QList>
+#include <QLocale>
 #include <algorithm>
 
 namespace velmora {
@@ -27,6 +33,14 @@ void RemoteObject::apply(const QVariantMap& values)
     isFed_ = true;
     taken();
     Q_EMIT changed();
+}
+
+QString RemoteObject::moment(const char* name, const char* format) const
+{
+    const auto dates = value(name).value<QList<double>>();
+    if (dates.isEmpty()) return {};
+    const auto moment = QDateTime::fromSecsSinceEpoch(truncated(Date{dates.first()}.unixSeconds()));
+    return QLocale::c().toString(moment, QString::fromLatin1(format));
 }
 
 std::size_t RemoteObject::rowOf(std::string_view name) const

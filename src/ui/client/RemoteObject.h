@@ -71,6 +71,8 @@ protected:
     /// The value of a row of the table; invalid before the first.
     const QVariant& value(std::size_t row) const { return values_[row]; }
     QVariant value(const char* name) const { return values_[rowOf(name)]; }
+    /// A date as a person reads it; empty where there is none.
+    QString moment(const char* name, const char* format = "d MMM yyyy, HH:mm") const;
     /// Shows this from now on, until another one is told.
     void keep(const char* name, const QVariant& value) { values_[rowOf(name)] = value; }
 

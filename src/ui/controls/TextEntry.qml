@@ -19,6 +19,10 @@ ColumnLayout {
 
     signal accepted
 
+    function focusField(): void {
+        field.forceActiveFocus(Qt.TabFocusReason);
+    }
+
     spacing: 3
 
     Label {

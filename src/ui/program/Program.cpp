@@ -6,6 +6,7 @@
 #include "base/Translation.h"
 #include "base/Version.h"
 #include "client/ApplicationLink.h"
+#include "client/RemoteAccount.h"
 #include "client/RemoteCalendar.h"
 #include "client/RemoteFleet.h"
 #include "client/RemoteInstallation.h"
@@ -105,6 +106,7 @@ public:
         link_.add(*singleton<RemoteCalendar>("CalendarContextManager"));
         link_.add(*singleton<RemoteNotifications>("Notifications"));
         link_.add(*singleton<RemoteFleet>("EcosystemSync"));
+        link_.add(*singleton<RemoteAccount>("AppleAuthManager"));
         link_.add(*singleton<Widgets>("Widgets")->small());
         link_.add(*singleton<Widgets>("Widgets")->medium());
         QObject::connect(&signals_, &TerminationSignals::received, &windows_,

@@ -1,0 +1,150 @@
+// SPDX-FileCopyrightText: 2026 The Velmora developers
+// SPDX-License-Identifier: GPL-3.0-or-later
+
+import QtQuick
+import QtQuick.Layouts
+import Velmora
+
+/// Who is signed in, what can be done about it, and with which provider.
+SettingsGroup {
+    id: group
+
+    readonly property bool isKnown: AppleAuthManager.isSignedIn || AppleAuthManager.isUnconfirmed
+    readonly property bool isIdle: !AppleAuthManager.isLoading
+    property bool isFormShown: false
+
+    ColumnLayout {
+        Layout.fillWidth: true
+        spacing: 2
+
+        AccountLabel {
+            objectName: "userName"
+            text: AppleAuthManager.name
+            font: Theme.typography.headlineFont
+        }
+        AccountLabel {
+            objectName: "userMail"
+            text: AppleAuthManager.mail
+            color: Theme.colors.secondary
+        }
+        AccountLabel {
+            objectName: "accountState"
+            text: AppleAuthManager.stateText
+            Accessible.role: AppleAuthManager.isRevoked ? Accessible.AlertMessage : Accessible.StaticText
+        }
+    }
+    AccountLabel {
+        objectName: "accountError"
+        text: AppleAuthManager.errorText
+        Accessible.role: Accessible.AlertMessage
+    }
+    Flow {
+        id: acts
+
+        Layout.fillWidth: true
+        spacing: 8
+
+        function keepFocus(): void {
+            const first = [signIn, cancel, again, signOut, change, choose].find(act => act.visible);
+            if (first)
+                first.forceActiveFocus(Qt.TabFocusReason);
+        }
+
+        AccountButton {
+            id: choose
+
+            objectName: "chooseProvider"
+            visible: group.isIdle && !AppleAuthManager.hasProvider && !group.isFormShown
+            text: qsTr("No provider is set: choose one …")
+            onClicked: group.isFormShown = true
+        }
+        AccountButton {
+            id: signIn
+
+            objectName: "signIn"
+            visible: group.isIdle && !AppleAuthManager.isSignedIn && AppleAuthManager.hasProvider
+            text: qsTr("Sign in")
+            onClicked: AppleAuthManager.signIn()
+        }
+        AccountButton {
+            id: cancel
+
+            objectName: "cancelSignIn"
+            visible: AppleAuthManager.isLoading
+            text: qsTr("Cancel")
+            onClicked: AppleAuthManager.cancelSignIn()
+        }
+        AccountButton {
+            id: again
+
+            objectName: "checkAgain"
+            visible: group.isIdle && AppleAuthManager.isUnconfirmed && AppleAuthManager.hasProvider
+            text: qsTr("Check again")
+            onClicked: AppleAuthManager.checkAgain()
+        }
+        AccountButton {
+            id: signOut
+
+            objectName: "signOut"
+            visible: group.isIdle && group.isKnown
+            text: qsTr("Sign out")
+            onClicked: AppleAuthManager.signOut()
+        }
+        AccountButton {
+            id: change
+
+            objectName: "changeProvider"
+            visible: AppleAuthManager.hasProvider && !group.isFormShown
+            text: qsTr("Change the provider …")
+            onClicked: group.isFormShown = true
+        }
+    }
+    ColumnLayout {
+        Layout.fillWidth: true
+        spacing: 2
+
+        SmallLabel {
+            objectName: "providerText"
+            visible: AppleAuthManager.hasProvider
+            text: AppleAuthManager.providerText
+        }
+        SmallLabel {
+            objectName: "purpose"
+            text: AppleAuthManager.purposeText
+        }
+    }
+    SeparatorLine {
+        Layout.fillWidth: true
+        visible: form.visible
+    }
+    ProviderForm {
+        id: form
+
+        objectName: "provider"
+        Layout.fillWidth: true
+        visible: group.isFormShown
+        onDone: {
+            group.isFormShown = false;
+            Qt.callLater(acts.keepFocus); // once it is settled which of them are shown
+        }
+    }
+
+    component AccountLabel: Label {
+        Layout.fillWidth: true
+        visible: text
+        horizontalAlignment: Text.AlignLeft // of a name that is written from the right, too
+        wrapMode: Text.Wrap
+    }
+    component SmallLabel: AccountLabel {
+        font: Theme.font(11, Font.Normal)
+        color: Theme.colors.secondary
+    }
+    component AccountButton: SmallButton {
+        Accessible.description: AppleAuthManager.stateText
+        // A press may replace it by another one, which has the keyboard then.
+        onVisibleChanged: {
+            if (!visible && activeFocus && !group.isFormShown)
+                Qt.callLater(acts.keepFocus);
+        }
+    }
+}
