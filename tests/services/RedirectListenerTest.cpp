@@ -3,14 +3,13 @@
 
 #include "identity/openid/RedirectListener.h"
 
+#include "LoopbackConnection.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
 #include <future>
-#include <netinet/in.h>
 #include <sys/eventfd.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -27,40 +26,11 @@ const std::string right =
     "GET /callback?code=a%2Bb+c&state=" + state + "&iss=https%3A%2F%2Fid.example HTTP/1.1\r\n\r\n";
 
 /// Somebody at the listener's port.
-class Caller {
-public:
+struct Caller : LoopbackConnection {
     explicit Caller(const RedirectListener& listener, bool isIPv6 = false)
-        : socket_(::socket(isIPv6 ? AF_INET6 : AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
+        : LoopbackConnection(portOf(listener.address()), isIPv6)
     {
-        const auto port = htons(static_cast<std::uint16_t>(std::stoi(listener.address().substr(17))));
-        sockaddr_in plain{
-            .sin_family = AF_INET, .sin_port = port, .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
-        sockaddr_in6 mapped{.sin6_family = AF_INET6,
-                            .sin6_port = port,
-                            .sin6_flowinfo = 0,
-                            .sin6_addr = {},
-                            .sin6_scope_id = 0};
-        inet_pton(AF_INET6, "::ffff:127.0.0.1", &mapped.sin6_addr);
-        isConnected = isIPv6
-                          ? connect(socket_.get(), reinterpret_cast<sockaddr*>(&mapped), sizeof mapped) == 0
-                          : connect(socket_.get(), reinterpret_cast<sockaddr*>(&plain), sizeof plain) == 0;
     }
-
-    void say(std::string_view text) const { ::send(socket_.get(), text.data(), text.size(), MSG_NOSIGNAL); }
-    /// All that comes until the other end hangs up.
-    std::string heard() const
-    {
-        std::string text;
-        std::array<char, 4096> part{};
-        for (ssize_t count = 0; (count = recv(socket_.get(), part.data(), part.size(), 0)) > 0;)
-            text.append(part.data(), static_cast<std::size_t>(count));
-        return text;
-    }
-
-    bool isConnected = false;
-
-private:
-    FileDescriptor socket_;
 };
 
 struct RedirectListenerTest : testing::Test {

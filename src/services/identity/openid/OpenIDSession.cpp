@@ -21,12 +21,6 @@ namespace {
 
 using namespace std::chrono;
 
-constexpr auto patienceBefore = 15s; ///< with the provider, before the browser is opened
-constexpr auto patienceAfter = 45s;  ///< and after it has come back
-constexpr auto userPatience = 5min;
-constexpr auto refreshPatience = 60s;
-constexpr auto revocationPatience = 30s;
-
 [[noreturn]] void fail(IdentityFault fault, std::string detail)
 {
     throw ProviderFailure({fault, std::move(detail)});
@@ -69,8 +63,11 @@ std::string shown(const std::string& text)
 
 } // namespace
 
-OpenIDSession::OpenIDSession(IdentityAccess access, std::function<Date()> now)
-    : pages_(access.pages), interruption_(event()), provider_(std::move(access), std::move(now))
+OpenIDSession::OpenIDSession(IdentityAccess access, std::function<Date()> now, SessionPatience patience)
+    : pages_(access.pages),
+      patience_(patience),
+      interruption_(event()),
+      provider_(std::move(access), std::move(now))
 {
 }
 
@@ -92,7 +89,7 @@ auto OpenIDSession::attempt(const Work& work) -> std::variant<decltype(work()), 
     return problem;
 }
 
-void OpenIDSession::allow(seconds patience)
+void OpenIDSession::allow(milliseconds patience)
 {
     provider_.end = steady_clock::now() + patience;
 }
@@ -100,7 +97,7 @@ void OpenIDSession::allow(seconds patience)
 std::variant<OpenIDClient::SignedIn, IdentityProblem> OpenIDSession::signIn(const OpenBrowser& openBrowser)
 {
     return attempt([this, &openBrowser] {
-        allow(patienceBefore);
+        allow(patience_.before);
         provider_.discovery(); // or the browser would be shown to somebody who cannot sign in
         auto listener = listening();
         try {
@@ -124,7 +121,7 @@ OpenIDClient::SignedIn OpenIDSession::signedIn(RedirectListener& listener, const
         fail(IdentityFault::noBrowser, "No browser could be opened.");
     auto code = brought(listener, marks);
     const Wiped alsoWiped(code);
-    allow(patienceAfter);
+    allow(patience_.after);
     auto tokens = provider_.exchangeCode(code, marks.verifier, listener.address());
     auto user = userOf(tokens, marks);
     return {.credential = {.user = std::move(user.subject),
@@ -137,11 +134,11 @@ OpenIDClient::SignedIn OpenIDSession::signedIn(RedirectListener& listener, const
 /// The code that the browser brings.
 std::string OpenIDSession::brought(RedirectListener& listener, const SignInMarks& marks)
 {
-    auto redirect = listener.wait(marks.state, steady_clock::now() + userPatience, interruption_.get());
+    auto redirect = listener.wait(marks.state, steady_clock::now() + patience_.browser, interruption_.get());
     if (redirect) return codeFrom(*redirect);
     const auto strays = listener.strays();
-    fail(IdentityFault::expired, "Nobody came back from the browser within five minutes" +
-                                     (strays.empty() ? "." : " (" + strays + ")."));
+    fail(IdentityFault::expired,
+         "Nobody came back from the browser in time" + (strays.empty() ? "." : " (" + strays + ")."));
 }
 
 std::string OpenIDSession::codeFrom(Redirect& redirect)
@@ -175,7 +172,7 @@ std::variant<std::string, IdentityProblem> OpenIDSession::refresh(const std::str
                                                                   const Keep& keep)
 {
     return attempt([this, &refreshToken, &keep] {
-        allow(refreshPatience);
+        allow(patience_.refresh);
         const auto tokens = provider_.renew(refreshToken);
         if (!tokens.refreshToken.empty() && tokens.refreshToken != refreshToken) keep(tokens.refreshToken);
         if (!tokens.identityToken.empty()) return provider_.identityIn(tokens, std::nullopt).subject;
@@ -188,7 +185,7 @@ void OpenIDSession::revoke(const std::string& refreshToken)
 {
     // What fails here is not told: the token is forgotten on this side in any case.
     static_cast<void>(attempt([this, &refreshToken] {
-        allow(revocationPatience);
+        allow(patience_.revocation);
         provider_.revoke(refreshToken);
         return true;
     }));

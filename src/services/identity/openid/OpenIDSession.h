@@ -10,11 +10,22 @@
 #include "identity/openid/Provider.h"
 #include "identity/openid/RedirectListener.h"
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <variant>
 
 namespace velmora::openid {
+
+/// How long a session waits, beside the limit of each request.
+struct SessionPatience {
+    std::chrono::milliseconds before =
+        std::chrono::seconds(15); ///< for the provider, until the browser opens
+    std::chrono::milliseconds browser = std::chrono::minutes(5); ///< for the user to come back
+    std::chrono::milliseconds after = std::chrono::seconds(45);  ///< for the provider, from then on
+    std::chrono::milliseconds refresh = std::chrono::seconds(60);
+    std::chrono::milliseconds revocation = std::chrono::seconds(30);
+};
 
 /// The way of a sign-in and what follows it, over the provider's endpoints and the listener that the browser
 /// comes back to.
@@ -22,7 +33,7 @@ class OpenIDSession final : public OpenIDClient {
 public:
     /// `now` is the time that tokens are judged by. Throws std::system_error where the kernel is out of
     /// descriptors.
-    OpenIDSession(IdentityAccess access, std::function<Date()> now);
+    OpenIDSession(IdentityAccess access, std::function<Date()> now, SessionPatience patience = {});
 
     std::variant<SignedIn, IdentityProblem> signIn(const OpenBrowser& openBrowser) override;
     std::variant<std::string, IdentityProblem> refresh(const std::string& refreshToken,
@@ -37,9 +48,10 @@ private:
     std::string codeFrom(Redirect& redirect);
     std::string brought(RedirectListener& listener, const SignInMarks& marks);
     UserInfo userOf(const Tokens& tokens, const SignInMarks& marks);
-    void allow(std::chrono::seconds patience);
+    void allow(std::chrono::milliseconds patience);
 
     SignInPages pages_;
+    SessionPatience patience_;
     FileDescriptor interruption_; ///< readable once canceled
     Provider provider_;
 };
