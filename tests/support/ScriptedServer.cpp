@@ -101,7 +101,8 @@ std::string textOf(const Answer& answer)
     if (answer.manner == Manner::endlessHeaders || answer.manner == Manner::endlessHeader) return text;
     if (answer.manner != Manner::endlessBody)
         text += "Content-Length: " + std::to_string(answer.body.size()) + "\r\n";
-    return text + "Connection: close\r\n\r\n" + answer.body;
+    if (answer.manner != Manner::keptOpen) text += "Connection: close\r\n";
+    return text + "\r\n" + answer.body;
 }
 
 void sendForEver(int socket, const std::string& first, const std::string& more)
@@ -137,6 +138,7 @@ void give(int socket, const Answer& answer)
     const std::string many(1000, 'x');
     switch (answer.manner) {
     case Manner::whole:
+    case Manner::keptOpen:
         sendAll(socket, text);
         break;
     case Manner::truncated:
@@ -222,7 +224,12 @@ void ScriptedServer::State::accept()
 
 void ScriptedServer::State::serve(int socket)
 {
-    if (const auto request = received(socket); !request.method.empty()) give(socket, handler(request));
+    for (bool isOpen = true; isOpen;) {
+        const auto request = received(socket);
+        const auto answer = request.method.empty() ? Answer{} : handler(request);
+        if (!request.method.empty()) give(socket, answer);
+        isOpen = !request.method.empty() && answer.manner == Manner::keptOpen;
+    }
     const std::lock_guard lock(mutex);
     open.erase(socket);
     ::close(socket);

@@ -34,6 +34,7 @@ public:
         endlessHeaders, ///< until the client goes
         endlessHeader,  ///< likewise, one line
         endlessBody,    ///< likewise, the body
+        keptOpen,       ///< whole, and the connection stays open for more
         raw,            ///< the body alone, as if it were all of the answer
     };
     struct Answer {

@@ -46,6 +46,9 @@ Url parsed(std::string_view text)
         return c > ' ' && c <= '~' && std::string_view("\"<>\\^`{|}#").find(c) == std::string_view::npos;
     };
     if (text.size() > longest || !std::ranges::all_of(text, isPlain)) return nullptr;
+    // libcurl takes one slash for two, and three: who else reads the address may not.
+    if (const auto end = text.find("://"); end == text.npos || text.substr(end + 3).starts_with('/'))
+        return nullptr;
     Url url(curl_url());
     if (!url ||
         curl_url_set(url.get(), CURLUPART_URL, std::string(text).c_str(), CURLU_DISALLOW_USER) != CURLUE_OK)
