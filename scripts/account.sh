@@ -57,10 +57,11 @@ provide_browser() {
     mkdir "$scene/home"
     cat >"$scene/browser" <<SH
 #!/bin/sh
+echo \$\$ >$scene/browser.pid
 export HOME=$scene/home
 exec chromium --incognito --user-data-dir=$scene/home/browser --no-first-run --no-default-browser-check --password-store=basic \
-    --disable-background-networking --disable-component-update --disable-sync --disable-gpu --window-position=120,40 \
-    --window-size=1000,760 ${more[*]} "\$@" >>$scene/browser.log 2>&1
+    --disable-background-networking --disable-component-update --disable-sync --disable-gpu --window-position=644,40 \
+    --window-size=612,470 ${more[*]} "\$@" >>$scene/browser.log 2>&1
 SH
     chmod +x "$scene/browser"
     mkdir -p "$XDG_DATA_HOME/applications" "$XDG_CONFIG_HOME"
@@ -68,27 +69,36 @@ SH
         >"$XDG_DATA_HOME/applications/browser.desktop"
     printf '[Default Applications]\nx-scheme-handler/http=browser.desktop\n' >"$XDG_CONFIG_HOME/mimeapps.list"
     export BROWSER=$scene/browser # for an xdg-open that knows no entries
+    before_end=end_browser
+}
+browser_has_ended() { ! grep -qas "$scene/hom[e]/browser" /proc/[0-9]*/cmdline; } # all of its processes
+end_browser() { # it would write to its folder while that is removed
+    [ ! -s "$scene/browser.pid" ] || kill "$(cat "$scene/browser.pid")" 2>/dev/null || true
+    within 10 browser_has_ended
 }
 
 # press KEY... : in the browser, once what it shows is drawn.
 press() {
     sleep 2
-    import -silent -window root "$pictures/browser-$((browser_pictures += 1)).png"
+    import -silent -window root "$pictures/desktop-signing-in-$((steps += 1)).png"
     xdotool windowfocus --sync "$(xdotool search --onlyvisible --name "^$provider_page" | tail -1)" key --delay 60 "$@"
 }
-provider_page='Sign-in - Chromium' browser_pictures=0 # the title of both forms: who it is, and what Velmora may know
+provider_page='Sign-in - Chromium' steps=0 # the title of both forms: who it is, and what Velmora may know
 agree() { is_signed_in || { press Return && is_signed_in; }; }
 
-# sign_in : a click in the page, and what the person does in the browser that opens.
+# sign_in : a click on the button of the page, and what the person does in the browser that opens.
 sign_in() {
-    busctl --user call "${manager_of_account[@]}" signIn 'a{sv}' 0
+    click_in_ecosystem 364,502 && within 10 is_signing_in || {
+        echo "The click on the button has begun no sign-in: it is begun over the bus." >&2
+        busctl --user call "${manager_of_account[@]}" signIn 'a{sv}' 0
+    }
     within 10 is_signing_in || return
     take_picture account-signing-in dashboard Ecosystem
     within 30 xdotool search --onlyvisible --name "^$provider_page" || return
     press a d a Tab s e c r e t Return
     within 30 agree || return
-    sleep 1 # the browser shows its last page
-    import -silent -window root "$pictures/browser-signed-in.png"
+    sleep 2 # page and browser show it
+    import -silent -window root "$pictures/desktop-signed-in.png"
 }
 
 # restart_velmora : the resident program, as after a log-in.

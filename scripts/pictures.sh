@@ -66,17 +66,22 @@ take_fleet_pictures() {
     build/bin/velmoractl fleet devices
     echo "Pictures of the fleet: $pictures"
 }
-# In the dashboard on our display, with a machine chosen: the page, the slider where it says 60 %, and the button.
-click_command() { # PERCENT : what that comes to
-    local spot below=$(((fleet - 3) * 51)) # the list of machines stands above, of which it shows four and a half
-    [ $below -le 77 ] || below=77
+# click_in_ecosystem X,Y... : one after the other, on that page of the dashboard on our display.
+click_in_ecosystem() {
+    local spot
     build/bin/velmora --dashboard
     within 10 shows "Velmora Dashboard" || return
     xdotool windowmove "$(shows "Velmora Dashboard")" 24 64
-    for spot in 91,154 448,$((365 + below)) 400,$((462 + below)); do
+    for spot in 91,154 "$@"; do
         sleep 1.5 # it is drawn
         xdotool mousemove $((24 + ${spot%,*})) $((64 + ${spot#*,})) click 1
     done
+}
+# With a machine chosen: the slider where it says 60 %, and the button.
+click_command() { # PERCENT : what that comes to
+    local below=$(((fleet - 3) * 51)) # the list of machines stands above, of which it shows four and a half
+    [ $below -le 77 ] || below=77
+    click_in_ecosystem 448,$((365 + below)) 400,$((462 + below)) || return
     within 10 is_commanded "$1" || return
     echo "$(machine_name 1): a click on \"Send to that machine\""
     sleep 5 # the page has looked again
