@@ -39,7 +39,7 @@ use_provider() {
 }
 
 # at_provider WHAT : as an administrator there.
-at_provider() { curl --silent --fail --request POST "$issuer/control/$1"; }
+at_provider() { curl --silent --fail --noproxy '*' --request POST "$issuer/control/$1"; }
 
 # account_obeys ORDER : does it; fails where it is none of these.
 account_obeys() {
@@ -60,7 +60,7 @@ provide_browser() {
 echo \$\$ >$scene/browser.pid
 export HOME=$scene/home
 exec chromium --incognito --user-data-dir=$scene/home/browser --no-first-run --no-default-browser-check --password-store=basic \
-    --disable-background-networking --disable-component-update --disable-sync --disable-gpu --window-position=644,40 \
+    --disable-background-networking --disable-component-update --disable-sync --disable-gpu --no-proxy-server --window-position=644,40 \
     --window-size=612,470 ${more[*]} "\$@" >>$scene/browser.log 2>&1
 SH
     chmod +x "$scene/browser"
