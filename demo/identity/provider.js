@@ -3,7 +3,8 @@
 
 // An OpenID provider on the loopback with one client, for ./run --account and for tests. Whoever types a name
 // into its form is that person, whatever the password. It prints its address once it answers, and forgets all when it ends.
-//   node provider.js MODULES [PORT [CLIENT]]    MODULES: the folder in which npm has installed its packages
+//   node provider.js MODULES [PORT [CLIENT [SECRET]]]
+// MODULES: the folder in which npm has installed its packages. A client with a secret has to prove that it knows it.
 // What an administrator would do there is asked for by POST:
 //   /control/revoke/USER       withdraws all that the user has consented to
 //   /control/delete/USER       there is no such account any more
@@ -15,9 +16,9 @@ import { createRequire } from 'node:module';
 import { join, resolve } from 'node:path';
 import { pathToFileURL } from 'node:url';
 
-const [modules, port = '0', client = 'velmora'] = process.argv.slice(2);
+const [modules, port = '0', client = 'velmora', secret] = process.argv.slice(2);
 if (modules === undefined || !/^[0-9]{1,5}$/.test(port)) {
-    console.error('usage: provider.js MODULES [PORT [CLIENT]]');
+    console.error('usage: provider.js MODULES [PORT [CLIENT [SECRET]]]');
     process.exit(2);
 }
 const found = createRequire(join(resolve(modules), 'package.json')).resolve('oidc-provider');
@@ -42,7 +43,8 @@ function configuration() {
     const { privateKey } = generateKeyPairSync('rsa', { modulusLength: 2048 });
     return {
         clients: [{
-            client_id: client, client_name: 'Velmora', application_type: 'native', token_endpoint_auth_method: 'none',
+            client_id: client, client_name: 'Velmora', application_type: 'native',
+            token_endpoint_auth_method: secret ? 'client_secret_basic' : 'none', client_secret: secret,
             redirect_uris: ['http://127.0.0.1/callback'], grant_types: ['authorization_code', 'refresh_token'], response_types: ['code'],
         }],
         claims: { openid: ['sub'], profile: ['name', 'given_name', 'family_name'], email: ['email', 'email_verified'] },
