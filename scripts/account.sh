@@ -77,9 +77,18 @@ end_browser() { # it would write to its folder while that is removed
     within 10 browser_has_ended
 }
 
+# Nothing has changed on the display within a second, but for a caret.
+stands_still() {
+    import -silent -window root "$scene/earlier.png"
+    sleep 1
+    import -silent -window root "$scene/later.png"
+    [ "$(compare -metric AE "$scene/earlier.png" "$scene/later.png" null: 2>&1 | cut -d ' ' -f 1)" -lt 500 ]
+}
+
 # press KEY... : in the browser, once what it shows is drawn.
 press() {
-    sleep 2
+    sleep 1
+    within 20 stands_still || true
     import -silent -window root "$pictures/desktop-signing-in-$((steps += 1)).png"
     xdotool windowfocus --sync "$(xdotool search --onlyvisible --name "^$provider_page" | tail -1)" key --delay 60 "$@"
 }
