@@ -117,6 +117,7 @@ OpenIDClient::SignedIn OpenIDSession::signedIn(RedirectListener& listener, const
 {
     auto marks = SignInMarks::make();
     const Wiped wiped(marks.verifier);
+    if (provider_.isCanceled()) fail(IdentityFault::canceled, {}); // what is announced may be known from before
     if (!openBrowser(authorizationPage(provider_.discovery(), provider_.source(), marks, listener.address())))
         fail(IdentityFault::noBrowser, "No browser could be opened.");
     auto code = brought(listener, marks);
