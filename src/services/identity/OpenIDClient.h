@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "base/Wipe.h"
 #include "platform/IdentityProvider.h"
 
 #include <functional>
@@ -29,6 +30,8 @@ public:
     struct SignedIn {
         IdentityCredential credential{};
         std::string refreshToken{}; ///< empty: the provider has given none
+
+        ~SignedIn() { wipe(refreshToken); }
     };
 
     virtual ~OpenIDClient() = default;
