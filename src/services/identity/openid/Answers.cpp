@@ -5,6 +5,7 @@
 
 #include "base/Text.h"
 #include "base/Utf8.h"
+#include "base/Wipe.h"
 #include "identity/openid/Encoding.h"
 #include "identity/openid/HttpClient.h"
 #include "identity/openid/Json.h"
@@ -93,14 +94,15 @@ std::optional<ProviderKey> keyFrom(const Json& json)
     return key;
 }
 
-/// A token's text, empty where there is none; nullopt for what could not be sent again.
-std::optional<std::string> tokenText(const Json& json, const char* name)
+/// Puts the token's text there, if there is one; false for what could not be sent again.
+bool take(const Json& json, const char* name, std::string& place)
 {
     constexpr std::size_t longest = 64 * 1024;
-    if (!json.has(name)) return std::string();
+    if (!json.has(name)) return true;
     const auto text = json.text(name);
-    if (!text || !isAscii(*text, longest, '!')) return std::nullopt;
-    return std::string(*text);
+    if (!text || !isAscii(*text, longest, '!')) return false;
+    place = *text;
+    return true;
 }
 
 bool isBearer(std::string_view type)
@@ -156,14 +158,15 @@ Read<TokenAnswer> readTokens(std::string_view body)
 {
     const auto json = Json::parse(body);
     if (!json) return invalid("The provider's answer with the tokens is no JSON object.");
-    const auto access = tokenText(*json, "access_token");
-    const auto refresh = tokenText(*json, "refresh_token");
-    const auto identity = tokenText(*json, "id_token");
-    if (!access || access->empty() || !refresh || !identity ||
-        !isBearer(json->text("token_type").value_or("")))
-        return invalid(
-            "The provider's answer has no access token of the type Bearer, or a token that is no text.");
-    return TokenAnswer{.accessToken = *access, .refreshToken = *refresh, .identityToken = *identity};
+    TokenAnswer found;
+    const bool areTexts = take(*json, "access_token", found.accessToken) &&
+                          take(*json, "refresh_token", found.refreshToken) &&
+                          take(*json, "id_token", found.identityToken);
+    if (areTexts && !found.accessToken.empty() && isBearer(json->text("token_type").value_or("")))
+        return found;
+    for (auto* token : {&found.accessToken, &found.refreshToken, &found.identityToken}) wipe(*token);
+    return invalid(
+        "The provider's answer has no access token of the type Bearer, or a token that is no text.");
 }
 
 Read<UserInfo> readUserInfo(std::string_view body)

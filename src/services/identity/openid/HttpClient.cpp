@@ -13,6 +13,7 @@
 #include <atomic>
 #include <curl/curl.h>
 #include <new>
+#include <openssl/ssl.h>
 #include <sys/socket.h>
 
 namespace velmora::openid {
@@ -87,6 +88,20 @@ curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address)
     return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }
 
+/// OpenSSL, too, overwrites what it has decrypted.
+CURLcode cleanse(CURL*, void* context, void*)
+{
+    SSL_CTX_set_options(static_cast<SSL_CTX*>(context), SSL_OP_CLEANSE_PLAINTEXT);
+    return CURLE_OK;
+}
+
+/// Other libraries for encryption have contexts of their own.
+bool isWithOpenSsl()
+{
+    const auto* version = curl_version_info(CURLVERSION_NOW);
+    return version->ssl_version && std::string_view(version->ssl_version).starts_with("OpenSSL/");
+}
+
 Headers headersOf(const HttpRequest& request)
 {
     Headers headers;
@@ -124,6 +139,7 @@ void setRules(CURL* easy, bool isLoopback)
     set(easy, CURLOPT_QUICK_EXIT, 1L); // a name look-up that hangs is left to itself
     set(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(HttpClient::maximumBody));
     set(easy, CURLOPT_OPENSOCKETFUNCTION, &openSocket);
+    if (isWithOpenSsl()) set(easy, CURLOPT_SSL_CTX_FUNCTION, &cleanse);
 }
 
 void setRequest(CURL* easy, const HttpRequest& request, CURLU* url, curl_slist* headers, Incoming& incoming)
