@@ -3,6 +3,8 @@
 
 #include "identity/openid/Encoding.h"
 
+#include "base/Wipe.h"
+
 #include <cerrno>
 #include <openssl/crypto.h>
 #include <openssl/sha.h>
@@ -96,7 +98,9 @@ std::string formEncoded(std::initializer_list<FormField> fields)
     for (const auto& [name, value] : fields) {
         if (!value) continue;
         if (!form.empty()) form += '&';
-        form.append(percentEncoded(name)).append("=").append(percentEncoded(*value));
+        auto encoded = percentEncoded(*value);
+        form.append(percentEncoded(name)).append("=").append(encoded);
+        wipe(encoded);
     }
     return form;
 }

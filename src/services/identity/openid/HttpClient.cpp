@@ -6,6 +6,7 @@
 #include "base/Handle.h"
 #include "base/Text.h"
 #include "base/Utf8.h"
+#include "base/Wipe.h"
 #include "identity/openid/Memory.h"
 
 #include <algorithm>
@@ -113,7 +114,10 @@ Headers headersOf(const HttpRequest& request)
     };
     add("Accept: application/json");
     add("Expect:"); // no asking first whether the form may be sent
-    if (!request.authorization.empty()) add("Authorization: " + request.authorization);
+    if (request.authorization.empty()) return headers;
+    auto line = "Authorization: " + request.authorization;
+    add(line);
+    wipe(line);
     return headers;
 }
 

@@ -92,9 +92,9 @@ Provider::Authentication Provider::authentication()
     const auto& ways = discovery().clientAuthentication;
     const auto has = [&ways](const char* way) { return ways && std::ranges::count(*ways, way) > 0; };
     if (has("client_secret_post") && !has("client_secret_basic")) return {.clientID = name, .secret = secret};
-    auto both = percentEncoded(name) + ":" + percentEncoded(secret);
-    const Wiped alsoWiped(both);
-    return {.header = "Basic " + base64(both)};
+    auto encoded = percentEncoded(secret), both = percentEncoded(name) + ":" + encoded, coded = base64(both);
+    const Wiped wipedToo[] = {Wiped(encoded), Wiped(both), Wiped(coded)};
+    return {.header = "Basic " + coded};
 }
 
 /// Whatever its status, the answer is the provider's.
@@ -186,11 +186,13 @@ UserInfo Provider::identityIn(const Tokens& tokens, const std::optional<std::str
     const auto token = valueOf(IdentityToken::parse(tokens.identityToken));
     auto known = keys();
     if (!token.hasKey(known)) known = keys(); // they may have changed in between
-    return valueOf(token.verified(known, {.issuer = discovery().issuer,
-                                          .clientID = access_.source.clientID,
-                                          .nonce = nonce,
-                                          .accessToken = tokens.accessToken,
-                                          .now = now_()}));
+    IdentityToken::Expected expected{.issuer = discovery().issuer,
+                                     .clientID = access_.source.clientID,
+                                     .nonce = nonce,
+                                     .accessToken = tokens.accessToken,
+                                     .now = now_()};
+    const Wiped wiped(expected.accessToken);
+    return valueOf(token.verified(known, expected));
 }
 
 std::optional<UserInfo> Provider::userinfo(const Tokens& tokens)

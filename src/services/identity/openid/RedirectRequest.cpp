@@ -3,6 +3,7 @@
 
 #include "identity/openid/RedirectRequest.h"
 
+#include "base/Wipe.h"
 #include "identity/openid/Encoding.h"
 
 #include <algorithm>
@@ -80,11 +81,13 @@ std::variant<Redirect, Stray> readRedirect(std::string_view head, std::string_vi
     if (!query.starts_with('/') || !line.starts_with("HTTP/1.")) return Stray::malformed;
     if (method != "GET" && method != "HEAD") return Stray::method;
     if (taken(query, '?') != "/callback") return Stray::path;
-    const auto parameters = parametersOf(query);
+    auto parameters = parametersOf(query);
     if (!parameters) return Stray::malformed;
     if (!isSameSecret(textOf(*parameters, "state"), state)) return Stray::state;
     if (method == "HEAD") return Stray::head;
-    return redirectOf(*parameters);
+    auto redirect = redirectOf(*parameters);
+    for (auto& [name, value] : *parameters) wipe(value);
+    return redirect;
 }
 
 } // namespace velmora::openid
