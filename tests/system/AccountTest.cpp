@@ -10,8 +10,10 @@
 #include "texts/AccountTexts.h"
 #include "wire/ModelFace.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 namespace velmora {
 namespace {
@@ -146,6 +148,26 @@ struct AccountTest : LoopTest {
     {
         return shell("cat /proc/" + process + "/cmdline /proc/" + process + "/environ").said;
     }
+    /// All that a process could write over, as it is now.
+    std::string memoryOf(const std::string& process) const
+    {
+        constexpr unsigned long mostBytes = 256UL << 20U;
+        std::ifstream map("/proc/" + process + "/maps"),
+            memory("/proc/" + process + "/mem", std::ios::binary);
+        std::string all;
+        for (std::string line; std::getline(map, line);) {
+            unsigned long begin = 0, end = 0;
+            char mode = ' ';
+            if (std::sscanf(line.c_str(), "%lx-%lx r%c", &begin, &end, &mode) != 3 || mode != 'w') continue;
+            if (end - begin > mostBytes) continue; // of a sanitizer
+            std::string part(end - begin, '\0');
+            memory.clear();
+            memory.seekg(static_cast<std::streamoff>(begin));
+            memory.read(part.data(), static_cast<std::streamsize>(part.size()));
+            all += part;
+        }
+        return all;
+    }
     /// All that lies under the user's home and is not the keyring's, and what the browser was given.
     std::string everything() const
     {
@@ -197,6 +219,12 @@ TEST_F(AccountTest, ASignInOutlivesTheSessionUntilTheProviderOrTheUserEndsIt)
 
 TEST_F(AccountTest, NoTokenCodeOrSecretIsAnywhereButInTheKeyring)
 {
+    const auto token = [this] {
+        constexpr std::string_view before = "\"refresh_token\":\"";
+        const auto item = kept();
+        const auto begin = item.find(before) + before.size();
+        return item.substr(begin, item.find('"', begin) - begin);
+    };
     useProvider();
     const auto page = begin();
     std::istringstream processes(home.read("processes"));
@@ -210,11 +238,18 @@ TEST_F(AccountTest, NoTokenCodeOrSecretIsAnywhereButInTheKeyring)
     EXPECT_THAT(startOf(browser), Not(HasSubstr("VELMORA_LOG")));
     EXPECT_THAT(shell("grep 'core file' /proc/" + self + "/limits").said, HasSubstr(" 1 "))
         << "no core dump, not even to a program";
+    EXPECT_THAT(memoryOf(self), HasSubstr("Mara Lind"));
+    for (const auto& gone : {token(), std::string(clientSecret)})
+        EXPECT_TRUE(eventually([&] { return memoryOf(self).find(gone) == seen.npos; })) << gone;
     closeBrowser();
     logIn();
     ASSERT_TRUE(becomes(face::isSignedIn, "b true"));
+    const auto last = token();
     call("signOut");
-    ASSERT_TRUE(becomes(face::isSignedIn, "b false"));
+    ASSERT_TRUE(eventually([this] { return provider.validRefreshTokens() == 0; }));
+    self = shell("pgrep -n -x velmora -P " + std::to_string(getpid())).said;
+    self.resize(self.find('\n'));
+    EXPECT_TRUE(eventually([&] { return memoryOf(self).find(last) == seen.npos; })) << last;
     velmora->terminate();
     seen += everything();
     EXPECT_THAT(seen, HasSubstr("Apple Sign In: user signed out."));

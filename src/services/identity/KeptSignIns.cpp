@@ -74,7 +74,7 @@ KeptSignIns::Found KeptSignIns::find(const std::string& user)
     auto item = itemOf(user);
     const auto status = store_->copyMatching(item);
     if (status != SecretStatus::success) return status;
-    if (auto signIn = decoded(item.data.value_or(""))) return *signIn;
+    if (auto signIn = item.data ? decoded(*item.data) : std::nullopt) return *signIn;
     log_->warning(category, std::string("What the secret store keeps under ") + service +
                                 " cannot be read: nobody can be asked whether the sign-in still holds.");
     return SecretStatus::unavailable;

@@ -101,11 +101,12 @@ OpenIDProvider::Desk::ask(const PresentationAnchor& anchor, const std::shared_pt
     const auto hasNoBrowser = std::make_shared<std::atomic<bool>>(false);
     const auto fail = [hasNoBrowser, weak = std::weak_ptr(conversation)] {
         *hasNoBrowser = true;
-        if (const auto kept = weak.lock()) kept->cancel();
+        if (const auto kept = weak.lock()) kept->interrupt();
     };
     auto answer = conversation->client().signIn(
         [&](const std::string& url) { return setup_.openBrowser(url, anchor, fail); });
-    if (*hasNoBrowser) return Problem{IdentityFault::noBrowser, "The program that opens the browser failed."};
+    if (*hasNoBrowser && std::holds_alternative<Problem>(answer))
+        return Problem{IdentityFault::noBrowser, "The program that opens the browser failed."};
     return answer;
 }
 

@@ -21,13 +21,19 @@ bool Conversation::begin(std::unique_ptr<OpenIDClient> client)
 
 void Conversation::cancel()
 {
-    std::shared_ptr<OpenIDClient> client;
     {
         const MutexLock lock(mutex_);
         if (isOver_) return;
         isCancelled_ = true;
-        client = client_;
     }
+    interrupt();
+}
+
+void Conversation::interrupt()
+{
+    mutex_.lock();
+    const auto client = client_;
+    mutex_.unlock();
     if (client) client->cancel();
 }
 

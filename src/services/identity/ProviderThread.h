@@ -33,6 +33,8 @@ public:
 
     /// Any thread. Without effect once it is over.
     void cancel();
+    /// Ends what is waited for; where nothing is any more, all goes on. Any thread.
+    void interrupt();
     /// It is over. Whether it came to that without being cancelled.
     bool finish();
 
