@@ -10,13 +10,14 @@ _velmoractl() {
     COMPREPLY=()
     local choices="--json --timeout --help --version"
     case $before in
-        --password-file)
+        --password-file | --secret-file)
             mapfile -t COMPREPLY < <(compgen -f -- "$word")
             return
             ;;
-        --timeout | --server | --port | --database | --user) return ;;
+        --timeout | --server | --port | --database | --user | --parameters) return ;;
         --trust) choices="channel-binding certificate" ;;
         fleet) choices="status devices on off test accept limit auto-protect storage remove" ;;
+        account) choices="status provider sign-in cancel sign-out check" ;;
         --resume-below) choices="75 70 60" ;;
         limit | auto-protect | storage)
             if [[ $command == fleet ]]; then return; fi # a machine's name
@@ -25,7 +26,7 @@ _velmoractl() {
             ;;
         *)
             case $command in
-                "") choices+=" status limit auto-protect storage full pause resume history watch diagnose fleet help" ;;
+                "") choices+=" status limit auto-protect storage full pause resume history watch diagnose fleet account help" ;;
                 limit) choices+=" --resume-below" ;;
                 fleet)
                     case " ${COMP_WORDS[*]} " in
@@ -34,6 +35,11 @@ _velmoractl() {
                             ;;
                         *" accept "* | *" auto-protect "* | *" storage "*) choices="on off" ;;
                     esac
+                    ;;
+                account)
+                    if [[ " ${COMP_WORDS[*]} " == *" provider "* ]]; then
+                        choices+=" --none --parameters --secret --secret-file"
+                    fi
                     ;;
                 full) choices+=" --cancel" ;;
                 history) choices+=" --csv" ;;

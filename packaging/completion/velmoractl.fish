@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Completion of velmoractl for fish.
 
-set -l commands status limit auto-protect storage full pause resume history watch diagnose fleet help
+set -l commands status limit auto-protect storage full pause resume history watch diagnose fleet account help
 complete -c velmoractl -f
 complete -c velmoractl -l json -d 'Print JSON'
 complete -c velmoractl -l timeout -x -d 'Seconds to wait for an answer'
@@ -23,6 +23,7 @@ __velmoractl_command history 'The past of the battery'
 __velmoractl_command watch 'A line for every change'
 __velmoractl_command diagnose 'All that a report of a fault needs'
 __velmoractl_command fleet 'The machines that see and command each other'
+__velmoractl_command account 'Who is signed in, and with which provider'
 __velmoractl_command help 'Print how it is used'
 functions -e __velmoractl_command
 
@@ -44,3 +45,12 @@ complete -c velmoractl -n $where -l user -x -d 'User there'
 complete -c velmoractl -n $where -l trust -x -a 'channel-binding certificate' -d 'By what it proves who it is'
 complete -c velmoractl -n $where -l password-file -r -F -d 'File that has the password'
 complete -c velmoractl -n "$in_fleet; and __fish_seen_subcommand_from accept" -a 'on off'
+
+set -l account status provider sign-in cancel sign-out check
+set -l in_account '__fish_seen_subcommand_from account'
+complete -c velmoractl -n "$in_account; and not __fish_seen_subcommand_from $account" -a "$account"
+set -l provider "$in_account; and __fish_seen_subcommand_from provider"
+complete -c velmoractl -n $provider -l none -d 'Sign in with nobody'
+complete -c velmoractl -n $provider -l parameters -x -d 'Added to what the browser asks for'
+complete -c velmoractl -n $provider -l secret -d 'Ask for a secret of the client'
+complete -c velmoractl -n $provider -l secret-file -r -F -d 'File that has it'

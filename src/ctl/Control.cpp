@@ -3,6 +3,7 @@
 
 #include "Control.h"
 
+#include "AccountControl.h"
 #include "FleetControl.h"
 #include "base/Text.h"
 #include "base/Translation.h"
@@ -198,6 +199,8 @@ ExitStatus run(const Request& request)
         return diagnose(request);
     case Command::fleet:
         return print(FleetControl(request).run());
+    case Command::account:
+        return print(AccountControl(request).run());
     default:
         return Control(request).run();
     }

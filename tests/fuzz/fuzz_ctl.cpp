@@ -3,21 +3,24 @@
 
 #include "FuzzedMessage.h"
 #include "bus/Records.h"
+#include "link/AccountLink.h"
 #include "link/Answers.h"
 #include "link/FleetLink.h"
 #include "link/Snapshot.h"
+#include "output/AccountView.h"
 #include "output/FleetView.h"
 #include "output/Json.h"
 #include "output/StatusView.h"
 #include "output/WatchLine.h"
 #include "wire/ModelFace.h"
 
+#include <array>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <vector>
 
-// Whatever a daemon answers, or an application that knows a fleet, velmoractl shows text without a control
-// character, or says in a Failure that it cannot be understood.
+// Whatever a daemon answers, or an application that knows fleet and account, velmoractl shows text without a
+// control character, or says in a Failure that it cannot be understood.
 
 namespace {
 
@@ -112,14 +115,14 @@ void fillDeclared(sd_bus_message* message, fuzz::Input& input, std::string_view 
     sd_bus_message_close_container(message);
 }
 
-dbus::Message fleet(fuzz::Input& input)
+/// All that an object of the application has, or a part of it.
+dbus::Message object(fuzz::Input& input, const wire::face::Face& face)
 {
     auto message = fuzz::newMessage();
     auto* raw = message.get();
     sd_bus_message_open_container(raw, 'a', "{sv}");
     for (int entries = input.take<std::uint8_t>() % 16; entries > 0; --entries) {
-        const auto& property = wire::face::fleet::properties.at(input.take<std::uint8_t>() %
-                                                                wire::face::fleet::properties.size());
+        const auto& property = face.properties[input.take<std::uint8_t>() % face.properties.size()];
         sd_bus_message_open_container(raw, 'e', "sv");
         sd_bus_message_append(raw, "s", property.name);
         fillDeclared(raw, input, property.type);
@@ -149,7 +152,7 @@ void tryDaemon(fuzz::Input& input)
 
 void tryFleet(fuzz::Input& input)
 {
-    const auto now = ctl::readFleet(fleet(input));
+    const auto now = ctl::readFleet(object(input, wire::face::fleet::face));
     const Date time{input.take<double>()};
     requireHarmless(ctl::fleetText(now));
     requireHarmless(ctl::devicesText(now, time));
@@ -157,15 +160,20 @@ void tryFleet(fuzz::Input& input)
     requireHarmless(ctl::jsonText(ctl::devicesJson(now)));
 }
 
+void tryAccount(fuzz::Input& input)
+{
+    const auto now = ctl::readAccount(object(input, wire::face::account::face));
+    requireHarmless(ctl::accountText(now));
+    requireHarmless(ctl::jsonText(ctl::accountJson(now)));
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 try {
     fuzz::Input input{bytes, size};
-    if (input.take<std::uint8_t>() % 2 == 0)
-        tryDaemon(input);
-    else
-        tryFleet(input);
+    constexpr std::array trials{tryDaemon, tryFleet, tryAccount};
+    trials.at(input.take<std::uint8_t>() % trials.size())(input);
     return 0;
 } catch (const ctl::Failure&) {
     return 0;

@@ -1,17 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "FakePlatform.h"
-#include "LoopTest.h"
-#include "PrivateBus.h"
-#include "ShellCommand.h"
+#include "ControlTest.h"
 #include "base/SystemClock.h"
-#include "bus/ExportedObject.h"
 #include "bus/Exports.h"
 #include "fleet/EcosystemSync.h"
 
-#include <future>
-#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 namespace velmora {
@@ -24,52 +18,21 @@ using testing::Not;
 using namespace std::chrono_literals;
 
 /// velmoractl over the fleet of an application that is a part of this test, whose records the test lays.
-struct FleetControlTest : LoopTest {
-    FleetControlTest()
+struct FleetControlTest : ControlTest {
+    FleetControlTest() : ControlTest("fleet")
     {
-        setenv("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str(), 1);
         // velmoractl goes by the time of day.
         machine.loop->advance(std::chrono::duration_cast<std::chrono::milliseconds>(
             std::chrono::duration<double>(SystemClock().now() - ManualClock::start)));
     }
-    ~FleetControlTest() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
+    ~FleetControlTest() override { object.reset(); }
 
     void startApplication()
     {
-        application = dbus::openSessionBus(loop);
-        dbus::check(sd_bus_request_name(application.get(), wire::face::serviceName, 0), "name");
-        object.emplace(loop, application.get(), wire::face::fleet::face);
+        auto& served = ControlTest::startApplication(wire::face::fleet::face);
         const auto list = [this] { manager.fetchAllDeviceStates([](const auto&) {}); };
         sync.onBegun = list;
-        exports::serve(*object, sync, manager, list);
-    }
-
-    void serve() override
-    {
-        LoopTest::serve();
-        machine.loop->advance(1ms);
-        machine.settle();
-    }
-
-    Outcome await(std::future<Outcome> ended)
-    {
-        EXPECT_TRUE(eventually([&] { return ended.wait_for(0s) == std::future_status::ready; }));
-        return ended.get();
-    }
-    Outcome control(const std::string& words)
-    {
-        return await(std::async(std::launch::async, shell, VELMORA_BIN "/velmoractl fleet " + words));
-    }
-    Outcome control(const std::string& words, const std::string& line)
-    {
-        return await(std::async(std::launch::async, typed, VELMORA_BIN "/velmoractl fleet " + words, line));
-    }
-    void expectOutcome(const std::string& words, int status, const std::string& said)
-    {
-        const auto outcome = control(words);
-        EXPECT_EQ(outcome.status, status) << words << ": " << outcome.said;
-        EXPECT_THAT(outcome.said, HasSubstr(said)) << words;
-        EXPECT_THAT(outcome.said, Not(HasSubstr("\x1b"))) << words << " reached for the terminal";
+        exports::serve(served, sync, manager, list);
     }
 
     /// A machine that has said a while ago what is in force there.
@@ -90,12 +53,8 @@ struct FleetControlTest : LoopTest {
         return *machine.recordStores->records->find(field::nameOf(identifier));
     }
 
-    PrivateBus bus;
-    FakePlatform machine;
     CloudKitManager manager;
     EcosystemSync sync{manager};
-    dbus::Bus application;
-    std::optional<ExportedObject> object;
 };
 
 TEST_F(FleetControlTest, UnderstandsACommandLineOrSaysWhatIsWrong)

@@ -3,9 +3,8 @@
 
 #pragma once
 
-#include "link/Asker.h"
 #include "link/FleetSnapshot.h"
-#include "wire/KeyedArchive.h"
+#include "link/VelmoraLink.h"
 
 #include <chrono>
 #include <functional>
@@ -31,7 +30,7 @@ public:
     /// With the machines as the store has them now; with the last ones where it does not answer.
     FleetSnapshot listed();
 
-    void operate(const char* operation);
+    void operate(const char* operation) { velmora_.operate(operation); }
     /// `record` may have a password: nothing of it is logged, and it is overwritten once it is sent.
     void operate(const char* operation, KeyedArchive record);
     void setAcceptsCommands(bool areAccepted);
@@ -42,14 +41,7 @@ public:
     FleetSnapshot awaitedListing(const std::function<bool(const FleetSnapshot& now)>& isSo);
 
 private:
-    using Look = FleetSnapshot (FleetLink::*)();
-
-    FleetSnapshot awaitedBy(Look look, std::chrono::milliseconds interval,
-                            const std::function<bool(const FleetSnapshot& now)>& isSo);
-    dbus::Message call(const char* interface, const char* member) const;
-    void expectDone(dbus::Message call);
-
-    Asker asker_;
+    VelmoraLink velmora_;
 };
 
 } // namespace velmora::ctl

@@ -10,7 +10,6 @@
 #include "texts/FleetTexts.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <unistd.h>
 
 namespace velmora::ctl {
@@ -21,14 +20,6 @@ using Action = FleetRequest::Action;
 using Kind = RecordPlace::Kind;
 
 constexpr double highestPort = 65'535;
-
-/// velmora runs in a folder of its own.
-std::string absolutePath(std::string_view path)
-{
-    std::error_code failed;
-    const auto absolute = std::filesystem::absolute(path, failed);
-    return failed ? std::string(path) : absolute.string();
-}
 
 RecordPlace::Trust trustOf(std::string_view word)
 {

@@ -37,6 +37,7 @@ constexpr std::array commands{
     CommandRow{"watch", Command::watch},
     CommandRow{"diagnose", Command::diagnose},
     CommandRow{"fleet", Command::fleet},
+    CommandRow{"account", Command::account},
     CommandRow{"help", Command::help},
 };
 
@@ -61,14 +62,19 @@ constexpr auto usageText = trMark(
     "    accept on|off                    let the others command this one, or not\n"
     "    limit MACHINE PERCENT, auto-protect MACHINE on|off, storage MACHINE on|off\n"
     "    remove MACHINE                   forget one that has been silent for ten minutes\n"
+    "  account [COMMAND]                the user's account, which is for show:\n"
+    "    status, check                    who is signed in, and whether the provider confirms it\n"
+    "    provider ISSUER CLIENT           with whom one signs in; beside it [--parameters P] and\n"
+    "                                     [--secret | --secret-file F]; or: provider --none\n"
+    "    sign-in, cancel, sign-out        sign in by the browser, end that, or the account\n"
     "\n"
     "  --json             print JSON\n"
     "  --timeout SECONDS  wait that long for an answer\n"
     "  --help, --version\n"
     "\n"
     "It ends with 0 when that is done, 1 when it was refused or failed, 2 when the command line is\n"
-    "not understood, 3 when the daemon (for a fleet: velmora) does not answer, and 4 when there is no\n"
-    "battery, its charger cannot do this, or the other machine takes no commands. See\n"
+    "not understood, 3 when the daemon (for fleet and account: velmora) does not answer, and 4 when there\n"
+    "is no battery, its charger cannot do this, or the other machine takes no commands. See\n"
     "velmoractl(1).\n");
 
 class Parser {
@@ -83,6 +89,7 @@ public:
                                                         : tr("\"%1\" needs \"on\" or \"off\".", row_->name)};
         checkResume();
         if (request_.command == Command::fleet) request_.fleet = fleet_.finished();
+        if (request_.command == Command::account) request_.account = account_.finished();
         return request_;
     }
 
@@ -119,7 +126,8 @@ private:
 
     void takeOption(std::string_view word)
     {
-        if (isOfFleet()) return fleet_.takeOption(word, [=, this] { return value(word); });
+        if (isOf(Command::fleet)) return fleet_.takeOption(word, [=, this] { return value(word); });
+        if (isOf(Command::account)) return account_.takeOption(word, [=, this] { return value(word); });
         if (!row_ || row_->option != word)
             throw Fault{row_ ? tr("\"%1\" has no option \"%2\".", row_->name, shown(word))
                              : tr("There is no option \"%1\".", shown(word))};
@@ -133,7 +141,8 @@ private:
 
     void takeOperand(std::string_view word)
     {
-        if (isOfFleet()) return fleet_.takeOperand(word);
+        if (isOf(Command::fleet)) return fleet_.takeOperand(word);
+        if (isOf(Command::account)) return account_.takeOperand(word);
         if (row_->operand == Operand::none || hasOperand_)
             throw Fault{tr("\"%1\" is one word too many.", shown(word))};
         hasOperand_ = true;
@@ -176,7 +185,7 @@ private:
         return words_[next_++];
     }
 
-    bool isOfFleet() const { return row_ && row_->command == Command::fleet; }
+    bool isOf(Command command) const { return row_ && row_->command == command; }
 
     std::span<const char* const> words_;
     std::size_t next_ = 0;
@@ -184,6 +193,7 @@ private:
     const CommandRow* row_ = nullptr;
     bool hasOperand_ = false;
     FleetWords fleet_;
+    AccountWords account_;
     bool isFinal_ = false; ///< help or version was asked for
 };
 

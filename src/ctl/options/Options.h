@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "options/AccountWords.h"
 #include "options/FleetWords.h"
 
 #include <chrono>
@@ -29,6 +30,7 @@ struct Request {
         watch,
         diagnose,
         fleet,
+        account,
         help,
         version,
     };
@@ -42,6 +44,7 @@ struct Request {
     bool isCsv = false;
     std::optional<std::chrono::seconds> patience{}; ///< for an answer
     FleetRequest fleet{};
+    AccountRequest account{};
 };
 
 /// The request of the words after the program's name, or what is wrong with them as a sentence.

@@ -8,6 +8,7 @@
 #include "base/Translation.h"
 
 #include <charconv>
+#include <filesystem>
 
 namespace velmora::ctl {
 
@@ -35,6 +36,13 @@ bool onOff(std::string_view command, std::string_view word)
     if (word != "on" && word != "off")
         throw Fault{tr("\"%1\" needs \"on\" or \"off\".", std::string(command))};
     return word == "on";
+}
+
+std::string absolutePath(std::string_view path)
+{
+    std::error_code failed;
+    const auto absolute = std::filesystem::absolute(path, failed);
+    return failed ? std::string(path) : absolute.string();
 }
 
 } // namespace velmora::ctl

@@ -27,4 +27,7 @@ std::string shown(std::string_view word);
 /// given the word, for the text of the Fault.
 bool onOff(std::string_view command, std::string_view word);
 
+/// A path that means the same to a program in another folder, as velmora is.
+std::string absolutePath(std::string_view path);
+
 } // namespace velmora::ctl

@@ -116,6 +116,7 @@ bool AccountSetup::use(const IdentitySource& wanted, const std::optional<std::st
         adopt(wanted, isSameClient && hasClientSecret.get());
         return true;
     }
+    isSecretRefused.set(false); // that was of an earlier one
     if (!queue_) queue_ = Platform::current().makeWorkQueue("velmora-account");
     const auto done = lifetime_.guard([this, wanted](bool isKept) {
         isSecretRefused.set(!isKept);

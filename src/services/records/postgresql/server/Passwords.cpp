@@ -3,10 +3,10 @@
 
 #include "records/postgresql/server/Passwords.h"
 
+#include "base/SecretFile.h"
 #include "base/TerminalSecret.h"
 #include "base/Translation.h"
 #include "base/Wipe.h"
-#include "records/PasswordSource.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -23,9 +23,9 @@ std::string askPassword(const std::string& question)
         auto password = askSecret(question + " ");
         if (!password)
             throw std::runtime_error(tr("No password was given; for files that have one see --help."));
-        if (!password->empty() && password->size() <= longestPassword) return *std::move(password);
+        if (!password->empty() && password->size() <= longestSecret) return *std::move(password);
         wipe(*password);
-        std::fputs((tr("A password has 1 to %1 letters.", std::to_string(longestPassword)) + '\n').c_str(),
+        std::fputs((tr("A password has 1 to %1 letters.", std::to_string(longestSecret)) + '\n').c_str(),
                    stderr);
     }
 }
@@ -48,10 +48,10 @@ std::string askNewPassword(const std::string& question)
 std::string passwordFor(const std::filesystem::path& file, const std::string& question, bool isNew)
 {
     if (file.empty()) return isNew ? askNewPassword(question) : askPassword(question);
-    auto found = passwordIn(file);
+    auto found = secretIn(file);
     if (auto* password = std::get_if<std::string>(&found)) return std::move(*password);
     throw std::runtime_error(
-        tr("The password is not taken from %1: %2.", file.string(), std::get<NoPassword>(found).why));
+        tr("The password is not taken from %1: %2.", file.string(), std::get<NoSecret>(found).why));
 }
 
 } // namespace velmora::postgresql
