@@ -60,11 +60,11 @@ void readProperty(sd_bus_message* message, const wire::face::Face& face, const R
     const char* name = nullptr;
     const char* type = nullptr;
     dbus::check(sd_bus_message_read_basic(message, 's', &name), "read");
-    dbus::check(sd_bus_message_peek_type(message, nullptr, &type), "look at a value");
+    dbus::check(sd_bus_message_peek_type(message, nullptr, &type), "peek");
     const auto declared = std::ranges::find_if(
         face.properties, [=](const auto& one) { return one.name == std::string_view(name); });
     if (declared == face.properties.end()) {
-        dbus::check(sd_bus_message_skip(message, "v"), "skip a value");
+        dbus::check(sd_bus_message_skip(message, "v"), "skip");
         return;
     }
     if (!type || declared->type != std::string_view(type)) throw nonsenseOfVelmora();
