@@ -32,10 +32,9 @@ forget_sign_in() {
         echo "The trial's sign-in may still be in your secret store, under app.velmora.appleauth and app.velmora.oidc." >&2
 }
 
-# use_provider : as the page does where a person fills it in.
 use_provider() {
     within 10 is_owned app.velmora.Velmora || { echo "velmora did not come up." >&2; finish 1; }
-    busctl --user call "${manager_of_account[@]}" use 'a{sv}' 2 issuer s "$issuer" clientID s velmora
+    build/bin/velmoractl account provider "$issuer" velmora >/dev/null || finish 1
 }
 
 # at_provider WHAT : as an administrator there.
@@ -124,12 +123,11 @@ restart_velmora() {
 
 # expect WHAT COMMAND... : says whether it is so within half a minute; all ends where it is not.
 expect() {
-    within 30 "${@:2}" || {
-        echo "Not so: $1." >&2
-        busctl --user introspect "${manager_of_account[@]}" >&2
-        finish 1
-    }
-    echo "account: $1"
+    local so=true
+    within 30 "${@:2}" || so=false
+    if $so; then echo "The account: $1. velmoractl account says:"; else echo "Not so: $1. velmoractl account says:" >&2; fi
+    build/bin/velmoractl account | sed 's/^/  /'
+    $so || finish 1
 }
 
 # A sign-in by a real browser, and what becomes of it; each in pictures.
@@ -144,7 +142,7 @@ take_account_pictures() {
     expect "a restart has restored that, and the provider has confirmed it" is_signed_in
     take_picture account-restored dashboard Ecosystem
     at_provider revoke/ada
-    echo "account: the provider has withdrawn what Ada had consented to"
+    echo "The account: the provider has withdrawn what Ada had consented to."
     restart_velmora
     expect "the next start shows it" is_revoked
     take_picture account-revoked dashboard Ecosystem
