@@ -5,20 +5,16 @@
 #include "ScriptedServer.h"
 #include "SigningKeys.h"
 #include "TemporaryFolder.h"
-#include "base/Wipe.h"
 #include "identity/openid/Encoding.h"
 #include "identity/openid/HttpClient.h"
 #include "identity/openid/IdentityToken.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <mutex>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace velmora::openid {
 namespace {
@@ -145,80 +141,6 @@ TEST_F(OpenIDHttpTest, AsksAProxyForOthersButNeverForThisMachine)
     ASSERT_THAT(seen(), SizeIs(1));
     EXPECT_EQ(seen()[0].method + seen()[0].authorization, "CONNECT");
     for (const auto* name : names) unsetenv(name);
-}
-
-/// A text that nobody finds by looking for it.
-std::string hidden(std::string text)
-{
-    for (char& c : text) ++c;
-    return text;
-}
-std::string revealed(std::string text)
-{
-    for (char& c : text) --c;
-    return text;
-}
-
-/// How often this process has the revealed text in its heap or on its stack.
-int tracesOf(const std::string& hiddenText)
-{
-    int count = 0;
-    std::ifstream regions("/proc/self/maps");
-    for (std::string region; std::getline(regions, region);) {
-        if (region.find("[heap]") == region.npos && region.find("[stack]") == region.npos) continue;
-        const auto dash = region.find('-');
-        const auto* at = reinterpret_cast<const char*>(std::stoull(region.substr(0, dash), nullptr, 16));
-        const auto* end = reinterpret_cast<const char*>(std::stoull(region.substr(dash + 1), nullptr, 16));
-        const auto isSame = [](char there, char wanted) { return there == static_cast<char>(wanted - 1); };
-        for (; (at = std::search(at, end, hiddenText.begin(), hiddenText.end(), isSame)) != end; ++at)
-            ++count;
-    }
-    return count;
-}
-
-/// What is left of a refresh token and of a secret once they have been sent, received, read and wiped.
-int tracesLeft(const std::string& url, const std::string& hiddenForm, const std::string& hiddenToken)
-{
-    {
-        HttpClient client;
-        HttpRequest request{.url = url, .form = revealed(hiddenForm)};
-        auto result = client.exchange(request);
-        wipe(*request.form);
-        auto& answer = std::get<HttpAnswer>(result);
-        auto tokens = std::get<TokenAnswer>(readTokens(answer.body));
-        const bool isRead = tracesOf(hiddenToken) > 0; // else nothing would be proven
-        wipe(answer.body);
-        wipe(tokens.refreshToken);
-        if (!isRead) return 100;
-    }
-    return tracesOf(hiddenForm) + tracesOf(hiddenToken);
-}
-
-TEST(OpenIDMemoryTest, KeepsNothingOfATokenThatWasWiped)
-{
-    const auto form = hidden("client_secret=word-of-the-client");
-    const auto token = hidden("refresh-" + std::string(100, 't'));
-    const auto body =
-        hidden(R"({"access_token":"a","token_type":"Bearer","refresh_token":")") + token + hidden("\"}");
-    // In a process of its own: this one plays the provider, which does not wipe. The plain text comes up in
-    // it only when it is asked.
-    int ends[2]{};
-    ASSERT_EQ(pipe(ends), 0);
-    const auto child = fork();
-    if (child == 0) {
-        std::uint16_t port = 0;
-        if (read(ends[0], &port, sizeof port) != sizeof port) _exit(101);
-        _exit(tracesLeft("http://127.0.0.1:" + std::to_string(port), form, token));
-    }
-    const ScriptedServer server(
-        [&body](const ScriptedServer::Request&) { return Answer{.body = revealed(body)}; });
-    const auto port = server.port();
-    EXPECT_EQ(write(ends[1], &port, sizeof port), ssize_t{sizeof port});
-    int status = -1;
-    waitpid(child, &status, 0);
-    for (const int end : ends) close(end);
-    EXPECT_TRUE(WIFEXITED(status));
-    EXPECT_EQ(WEXITSTATUS(status), 0) << "traces, or 100 and more where the trial failed";
 }
 
 TEST_F(OpenIDHttpTest, TrustsNoCertificateOfAServersOwn)

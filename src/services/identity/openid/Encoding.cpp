@@ -33,6 +33,19 @@ std::string base64Of(std::string_view bytes, std::string_view alphabet)
     return text;
 }
 
+void appendEncoded(std::string& to, std::string_view text)
+{
+    constexpr std::string_view plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    for (const char c : text) {
+        const auto byte = static_cast<std::uint8_t>(c);
+        if (plain.find(c) != plain.npos)
+            to += c;
+        else
+            to.append({'%', digits[byte >> 4], digits[byte & 15]});
+    }
+}
+
 } // namespace
 
 Digest digestOf(std::string_view bytes)
@@ -75,17 +88,9 @@ std::string base64(std::string_view bytes)
 
 std::string percentEncoded(std::string_view text)
 {
-    constexpr std::string_view plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
-    constexpr std::string_view digits = "0123456789ABCDEF";
     std::string encoded;
-    encoded.reserve(text.size() * 3); // or a text that is no more wiped would stay where it grew
-    for (const char c : text) {
-        const auto byte = static_cast<std::uint8_t>(c);
-        if (plain.find(c) != plain.npos)
-            encoded += c;
-        else
-            encoded.append({'%', digits[byte >> 4], digits[byte & 15]});
-    }
+    encoded.reserve(3 * text.size());
+    appendEncoded(encoded, text);
     return encoded;
 }
 
@@ -94,13 +99,13 @@ std::string formEncoded(std::initializer_list<FormField> fields)
     std::string form;
     std::size_t longest = 0;
     for (const auto& [name, value] : fields) longest += 3 * (name.size() + value.value_or("").size()) + 2;
-    form.reserve(longest);
+    form.reserve(longest); // a text with secrets that grows leaves them where it was
     for (const auto& [name, value] : fields) {
         if (!value) continue;
         if (!form.empty()) form += '&';
-        auto encoded = percentEncoded(*value);
-        form.append(percentEncoded(name)).append("=").append(encoded);
-        wipe(encoded);
+        appendEncoded(form, name);
+        form += '=';
+        appendEncoded(form, *value);
     }
     return form;
 }
