@@ -33,7 +33,7 @@ std::string accountText(const account::Situation& now)
     Lines lines;
     lines.add(tr("Account"), accountState(now));
     lines.add(tr("Name"), account::shownText(now.name));
-    lines.add(tr("Address"), account::shownText(now.email));
+    lines.add(tr("E-mail"), account::shownText(now.email));
     lines.add(tr("Last sign-in"), account::shownText(now.errorMessage));
     lines.add(tr("Provider"), account::shownText(now.source.issuer));
     lines.add(tr("Client"), account::shownText(now.source.clientID));

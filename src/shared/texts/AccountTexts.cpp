@@ -121,7 +121,8 @@ std::string secretRefusedText()
 
 std::string purposeText()
 {
-    return tr("Your name and address are for you to see here: nothing else in Velmora depends on them.");
+    return tr(
+        "Your name and e-mail address are for you to see here: nothing else in Velmora depends on them.");
 }
 
 } // namespace velmora::account

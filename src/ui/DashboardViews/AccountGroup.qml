@@ -42,6 +42,7 @@ SettingsGroup {
         id: acts
 
         Layout.fillWidth: true
+        visible: !group.isIdle || group.isKnown || AppleAuthManager.hasProvider || !group.isFormShown // any is
         spacing: 8
 
         function keepFocus(): void {

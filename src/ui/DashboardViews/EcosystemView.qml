@@ -146,8 +146,18 @@ DashboardPage {
             text: qsTr("Account")
         }
         AccountGroup {
+            id: account
+
+            function revealForm(): void {
+                if (!isFormShown)
+                    return;
+                page.reveal(account);
+                page.reveal(Window.activeFocusItem);
+            }
+
             objectName: "account"
             Layout.fillWidth: true
+            onHeightChanged: Qt.callLater(revealForm) // once all have their places
         }
     }
     Item {

@@ -55,7 +55,7 @@ class AccountTest(WindowTest):
         self.start_all()
         self.assertEqual(self.start("velmora", "--dashboard").wait(), 0)
         self.press("radio button", "Ecosystem Sync")
-        self.widget("label", "Your name and address are for you to see here: nothing else in Velmora depends on them.")
+        self.widget("label", "Your name and e-mail address are for you to see here: nothing else in Velmora depends on them.")
         self.press("button", "No provider is set: choose one")
         self.widget("text", "Issuer")
         self.type(self.issuer)
