@@ -74,7 +74,6 @@ private:
                                         const std::shared_ptr<Conversation>& conversation);
     Result settle(const IdentityAccess& access, const SignedIn& signedIn, Conversation& conversation);
     CredentialState confirm(const IdentityAccess& access, const std::string& user, const KeptSignIn& kept);
-    void revoke(const IdentityAccess& access, const std::string& refreshToken);
     void warn(const std::string& text) { setup_.log->warning(category, text); }
 
     Setup setup_;
