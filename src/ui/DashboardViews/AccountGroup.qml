@@ -39,16 +39,19 @@ SettingsGroup {
         Accessible.role: Accessible.AlertMessage
     }
     Flow {
-        id: acts
-
         Layout.fillWidth: true
         visible: !group.isIdle || group.isKnown || AppleAuthManager.hasProvider || !group.isFormShown // any is
         spacing: 8
 
-        function keepFocus(): void {
-            const first = [signIn, cancel, again, signOut, change, choose].find(act => act.visible);
-            if (first)
-                first.forceActiveFocus(Qt.TabFocusReason);
+        Timer { // a press may replace its button by another one, which has the keyboard then
+            id: keepFocus
+
+            interval: 0 // once it is settled which of them are shown
+            onTriggered: {
+                for (const act of [signIn, cancel, again, signOut, change, choose])
+                    if (act.visible)
+                        return act.forceActiveFocus(Qt.TabFocusReason);
+            }
         }
 
         AccountButton {
@@ -66,6 +69,7 @@ SettingsGroup {
             visible: group.isIdle && !AppleAuthManager.isSignedIn && AppleAuthManager.hasProvider
             text: qsTr("Sign in")
             onClicked: AppleAuthManager.signIn()
+            onVanished: keepFocus.start()
         }
         AccountButton {
             id: cancel
@@ -74,6 +78,7 @@ SettingsGroup {
             visible: AppleAuthManager.isLoading
             text: qsTr("Cancel")
             onClicked: AppleAuthManager.cancelSignIn()
+            onVanished: keepFocus.start()
         }
         AccountButton {
             id: again
@@ -82,6 +87,7 @@ SettingsGroup {
             visible: group.isIdle && AppleAuthManager.isUnconfirmed && AppleAuthManager.hasProvider
             text: qsTr("Check again")
             onClicked: AppleAuthManager.checkAgain()
+            onVanished: keepFocus.start()
         }
         AccountButton {
             id: signOut
@@ -90,6 +96,7 @@ SettingsGroup {
             visible: group.isIdle && group.isKnown
             text: qsTr("Sign out")
             onClicked: AppleAuthManager.signOut()
+            onVanished: keepFocus.start()
         }
         AccountButton {
             id: change
@@ -126,7 +133,7 @@ SettingsGroup {
         visible: group.isFormShown
         onDone: {
             group.isFormShown = false;
-            Qt.callLater(acts.keepFocus); // once it is settled which of them are shown
+            keepFocus.start();
         }
     }
 
@@ -141,11 +148,12 @@ SettingsGroup {
         color: Theme.colors.secondary
     }
     component AccountButton: SmallButton {
+        signal vanished ///< with the keyboard
+
         Accessible.description: AppleAuthManager.stateText
-        // A press may replace it by another one, which has the keyboard then.
         onVisibleChanged: {
-            if (!visible && activeFocus && !group.isFormShown)
-                Qt.callLater(acts.keepFocus);
+            if (!visible && activeFocus)
+                vanished();
         }
     }
 }

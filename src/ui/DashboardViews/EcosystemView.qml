@@ -148,16 +148,21 @@ DashboardPage {
         AccountGroup {
             id: account
 
-            function revealForm(): void {
-                if (!isFormShown)
-                    return;
-                page.reveal(account);
-                page.reveal(Window.activeFocusItem);
-            }
-
             objectName: "account"
             Layout.fillWidth: true
-            onHeightChanged: Qt.callLater(revealForm) // once all have their places
+            onHeightChanged: reveal.start()
+
+            Timer {
+                id: reveal
+
+                interval: 0 // once all have their places
+                onTriggered: {
+                    if (!account.isFormShown)
+                        return;
+                    page.reveal(account); // the form, which was below what was in view
+                    page.reveal(page.Window.activeFocusItem);
+                }
+            }
         }
     }
     Item {
