@@ -268,8 +268,6 @@ TEST_F(OpenIDClientTest, BelievesNoProviderThatLies)
         {"invalid", "at_hash", claim("at_hash", "AAAAAAAAAAAAAAAAAAAAAA")},
         {"invalid", "no identity token",
          [](Behavior& behavior) { behavior.tokens = [](Json& said) { said.erase("id_token"); }; }},
-        {"invalid", "another's page",
-         [](Behavior& behavior) { behavior.userinfo = [](Json& said) { said["sub"] = "other"; }; }},
         {"invalid", "tokens in the clear", announces("token_endpoint", "http://id.example/token")},
         {"invalid", "a page that is no web page", announces("authorization_endpoint", "file:///etc/passwd")},
         {"unreachable", "a captive portal", answering(discovery, portal)},
@@ -304,6 +302,11 @@ TEST_F(OpenIDClientTest, BelievesNoProviderThatLies)
             << row.name;
         for (const auto& hidden : provider.secrets()) EXPECT_THAT(detail, Not(HasSubstr(hidden)));
     }
+    // What it gave nevertheless is given back.
+    const auto before = provider.validRefreshTokens();
+    renew([](Behavior& behavior) { behavior.userinfo = [](Json& said) { said["sub"] = "other"; }; });
+    EXPECT_EQ(outcome(signIn()), "invalid");
+    EXPECT_EQ(provider.validRefreshTokens(), before);
     // Who is known to lie gets no visitors.
     for (const auto& lie : {announces("issuer", "https://other.example"),
                             announces("code_challenge_methods_supported", Json{"plain"})}) {

@@ -117,7 +117,8 @@ OpenIDClient::SignedIn OpenIDSession::signedIn(RedirectListener& listener, const
 {
     auto marks = SignInMarks::make();
     const Wiped wiped(marks.verifier);
-    if (provider_.isCanceled()) fail(IdentityFault::canceled, {}); // what is announced may be known from before
+    if (provider_.isCanceled())
+        fail(IdentityFault::canceled, {}); // what is announced may be known from before
     if (!openBrowser(authorizationPage(provider_.discovery(), provider_.source(), marks, listener.address())))
         fail(IdentityFault::noBrowser, "No browser could be opened.");
     auto code = brought(listener, marks);
@@ -155,9 +156,10 @@ std::string OpenIDSession::codeFrom(Redirect& redirect)
     return std::move(redirect.code);
 }
 
-/// Whom the identity token names, with what their page says of them.
+/// Whom the identity token names, with what their page says of them. Tokens of nobody go back: the provider
+/// would list them among what the user has allowed.
 UserInfo OpenIDSession::userOf(const Tokens& tokens, const SignInMarks& marks)
-{
+try {
     auto user = provider_.identityIn(tokens, marks.nonce);
     const auto page = provider_.userinfo(tokens);
     if (!page) return user;
@@ -167,6 +169,9 @@ UserInfo OpenIDSession::userOf(const Tokens& tokens, const SignInMarks& marks)
     if (page->familyName) user.familyName = page->familyName;
     if (page->email) user.email = page->email;
     return user;
+} catch (const ProviderFailure&) {
+    revoke(tokens.refreshToken);
+    throw;
 }
 
 std::variant<std::string, IdentityProblem> OpenIDSession::refresh(const std::string& refreshToken,
@@ -185,6 +190,7 @@ std::variant<std::string, IdentityProblem> OpenIDSession::refresh(const std::str
 void OpenIDSession::revoke(const std::string& refreshToken)
 {
     // What fails here is not told: the token is forgotten on this side in any case.
+    if (refreshToken.empty()) return;
     static_cast<void>(attempt([this, &refreshToken] {
         allow(patience_.revocation);
         provider_.revoke(refreshToken);

@@ -22,7 +22,7 @@ struct SessionPatience {
     std::chrono::milliseconds before =
         std::chrono::seconds(15); ///< for the provider, until the browser opens
     std::chrono::milliseconds browser = std::chrono::minutes(5); ///< for the user to come back
-    std::chrono::milliseconds after = std::chrono::seconds(45);  ///< for the provider, from then on
+    std::chrono::milliseconds after = std::chrono::seconds(30);  ///< for the provider, from then on
     std::chrono::milliseconds refresh = std::chrono::seconds(60);
     std::chrono::milliseconds revocation = std::chrono::seconds(30);
 };
