@@ -79,10 +79,10 @@ std::string stateText(const Situation& now, const std::string& since)
 {
     if (now.isLoading) return tr("Signing in: go on in your browser.");
     if (now.isSignedIn) return since.empty() ? tr("Signed in.") : tr("Signed in since %1.", since);
-    if (now.isUnconfirmed) return unconfirmedText(now);
     if (now.isRevoked)
         return tr("Your sign-in has ended: the provider has withdrawn it, or it was removed from the secret "
                   "store. You can sign in again.");
+    if (now.isUnconfirmed) return unconfirmedText(now);
     if (now.source.issuer.empty())
         return tr("No identity provider is set, so there is nobody to sign in with.");
     return tr("Nobody is signed in.");

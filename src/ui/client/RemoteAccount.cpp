@@ -49,7 +49,9 @@ void RemoteAccount::use(const QVariantMap& provider, const QString& secret)
     record.encode(wiring::issuer, source.issuer);
     record.encode(wiring::clientID, source.clientID);
     record.encode(wiring::parameters, source.parameters);
-    if (!secret.isEmpty()) record.encode(wiring::clientSecret, secret.toStdString());
+    auto given = secret.toStdString();
+    if (!given.empty()) record.encode(wiring::clientSecret, given);
+    wipe(given);
     ask(wiring::use, record);
     record.wipe();
 }
