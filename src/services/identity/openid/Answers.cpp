@@ -97,7 +97,7 @@ std::optional<ProviderKey> keyFrom(const Json& json)
 /// Puts the token's text there, if there is one; false for what could not be sent again.
 bool take(const Json& json, const char* name, std::string& place)
 {
-    constexpr std::size_t longest = 64 * 1024;
+    constexpr std::size_t longest = 1 << 16;
     if (!json.has(name)) return true;
     const auto text = json.text(name);
     if (!text || !isAscii(*text, longest, '!')) return false;

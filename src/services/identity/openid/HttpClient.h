@@ -33,9 +33,9 @@ class HttpClient {
 public:
     using Deadline = std::chrono::steady_clock::time_point;
 
-    static constexpr std::chrono::seconds timeLimit{15};     ///< for one request, name look-up included
-    static constexpr std::size_t maximumBody = 1 << 20;      ///< bytes
-    static constexpr std::size_t maximumHeaders = 64 * 1024; ///< bytes
+    static constexpr std::chrono::seconds timeLimit{15};   ///< for one request, name look-up included
+    static constexpr std::size_t maximumBody = 1 << 20;    ///< bytes
+    static constexpr std::size_t maximumHeaders = 1 << 16; ///< bytes
 
     HttpClient();
     HttpClient(const HttpClient&) = delete;

@@ -113,7 +113,7 @@ std::string flawOf(const Json& claims, const IdentityToken::Expected& expected)
 
 Read<IdentityToken> IdentityToken::parse(std::string_view text)
 {
-    constexpr std::size_t longest = 64 * 1024;
+    constexpr std::size_t longest = 1 << 16;
     const auto parts = text.size() <= longest ? partsOf(text) : std::nullopt;
     const auto decoded = parts ? fromBase64Url((*parts)[0]) : std::nullopt;
     const auto header = decoded ? Json::parse(*decoded) : std::nullopt;
