@@ -187,6 +187,16 @@ std::string shown(const std::string& url)
     return printable(cleanUtf8(url.substr(0, std::min<std::size_t>(url.find('?'), 200))));
 }
 
+/// Of a transfer that libcurl has ended, for that reason if it says one.
+IdentityProblem problemOf(CURLcode code, const Incoming& incoming, const std::string& where,
+                          const char* reason)
+{
+    if (incoming.isTooLong || isTooLong(code))
+        return {IdentityFault::invalid, where + " gave an answer that is too long."};
+    const auto* text = *reason ? reason : curl_easy_strerror(code);
+    return {faultOf(code), where + ": " + printable(cleanUtf8(text)) + "."};
+}
+
 /// A transfer that is part of `multi` as long as this lives.
 class Transfer {
 public:
@@ -269,12 +279,7 @@ std::variant<HttpAnswer, IdentityProblem> HttpClient::exchange(const HttpRequest
     const auto ended = state_->run(easy.get(), std::min(end, Clock::now() + timeLimit), where);
     if (const auto* problem = std::get_if<IdentityProblem>(&ended)) return *problem;
     const auto code = std::get<CURLcode>(ended);
-    if (incoming.isTooLong || isTooLong(code))
-        return IdentityProblem{IdentityFault::invalid, where + " gave an answer that is too long."};
-    if (code != CURLE_OK)
-        return IdentityProblem{
-            faultOf(code),
-            where + ": " + printable(cleanUtf8(reason[0] ? reason.data() : curl_easy_strerror(code))) + "."};
+    if (code != CURLE_OK) return problemOf(code, incoming, where, reason.data());
     long status = 0;
     curl_easy_getinfo(easy.get(), CURLINFO_RESPONSE_CODE, &status);
     incoming.answer.status = static_cast<int>(status);
