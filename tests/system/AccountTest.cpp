@@ -13,7 +13,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 namespace velmora {
 namespace {
@@ -57,8 +56,8 @@ struct AccountTest : LoopTest {
     std::string staying() const
     {
         const auto at = "'" + home.path().string();
-        return "echo $PPID $$ >" + at + "/processes'; echo \"$1\" >" + at + "/new'; mv " + at + "/new' " +
-               at + "/page'; while [ -e " + at + "/page' ]; do sleep 0.05; done";
+        return "echo $$ >" + at + "/browser'; echo \"$1\" >" + at + "/new'; mv " + at + "/new' " + at +
+               "/page'; while [ -e " + at + "/page' ]; do sleep 0.05; done";
     }
     void layBrowser(const std::string& script) const
     {
@@ -143,6 +142,14 @@ struct AccountTest : LoopTest {
     std::string kept() const { return keyring->lookUp("app.velmora.oidc", "user-0001-of-the-provider"); }
     std::string keptUser() const { return keyring->lookUp("app.velmora.appleauth", "apple_user_id"); }
 
+    std::string running() const
+    {
+        const auto number =
+            ask(std::string("call org.freedesktop.DBus /org/freedesktop/DBus org.freedesktop.DBus "
+                            "GetConnectionUnixProcessID s ") +
+                wire::face::serviceName);
+        return number.substr(number.find(' ') + 1);
+    }
     /// The process whose number stands there, and what it was started with.
     static std::string startOf(const std::string& process)
     {
@@ -227,9 +234,9 @@ TEST_F(AccountTest, NoTokenCodeOrSecretIsAnywhereButInTheKeyring)
     };
     useProvider();
     const auto page = begin();
-    std::istringstream processes(home.read("processes"));
-    std::string self, browser;
-    processes >> self >> browser;
+    auto self = running();
+    auto browser = home.read("browser");
+    browser.resize(browser.find('\n'));
     auto seen = startOf(self) + startOf(browser) + page;
     EXPECT_THAT(seen, HasSubstr("code_challenge="));
     EXPECT_THAT(agree(page), HasSubstr("200 OK"));
@@ -247,8 +254,8 @@ TEST_F(AccountTest, NoTokenCodeOrSecretIsAnywhereButInTheKeyring)
     const auto last = token();
     call("signOut");
     ASSERT_TRUE(eventually([this] { return provider.validRefreshTokens() == 0; }));
-    self = shell("pgrep -n -x velmora -P " + std::to_string(getpid())).said;
-    self.resize(self.find('\n'));
+    self = running();
+    EXPECT_THAT(memoryOf(self), HasSubstr(provider.issuer()));
     EXPECT_TRUE(eventually([&] { return memoryOf(self).find(last) == seen.npos; })) << last;
     velmora->terminate();
     seen += everything();
