@@ -26,7 +26,7 @@ struct AppleAuthManagerTest : testing::Test {
 
     static FakeSecretStore::Address at(const char* account)
     {
-        return {AppleAuthManager::keychainService, account};
+        return {KeptIdentity::keychainService, account};
     }
     void store(const std::string& user, const std::string& name, const std::string& email)
     {
@@ -173,20 +173,74 @@ TEST_F(AppleAuthManagerTest, SignsOutWhateverIsUnderWay)
     EXPECT_EQ(machine.log->count("Apple Sign In: user signed out."), 1U);
     EXPECT_EQ(machine.preferences->text(preference_key::signedInSince), "");
 
-    // The provider has answered, and the store is still at work.
-    manager->signIn("");
-    provider.complete(IdentityCredential{.user = "user-2"});
-    machine.loop->runPosted();
-    provider.complete = [](const auto&) {};
+    // A sign-in that had been answered: by the provider, and by the store as well.
+    for (const bool isTaken : {false, true}) {
+        manager->signIn("");
+        provider.complete(IdentityCredential{.user = "user-2"});
+        if (isTaken) machine.loop->runPosted();
+        provider.complete = [](const auto&) {};
+        manager->signOut();
+        machine.settle();
+        EXPECT_FALSE(manager->isSignedIn.get() || manager->isLoading.get());
+        EXPECT_THAT(items, IsEmpty());
+    }
+    EXPECT_THAT(provider.forgotten, ElementsAre("user-1", "user-2", "user-2"));
+}
+
+TEST_F(AppleAuthManagerTest, SignsOutWhomItHasNotReadYetAndAsksNobodyMeanwhile)
+{
+    store("user-1", "Ada Lovelace", "ada@example.org");
+    manager.emplace();
+    manager->signOut();
+    manager->signOut();
+    manager->checkAgain();
+    machine.settle();
+    EXPECT_THAT(items, IsEmpty());
+    EXPECT_THAT(provider.forgotten, ElementsAre("user-1"));
+    EXPECT_THAT(provider.asked, IsEmpty());
+    EXPECT_EQ(machine.log->count("user signed out"), 1U);
+}
+
+TEST_F(AppleAuthManagerTest, AClosedStoreIsReadLaterAndASignOutFromItHoldsInTheNextRun)
+{
+    store("user-1", "Ada Lovelace", "ada@example.org");
+    machine.secretStore->isAvailable = false;
+    start();
+    EXPECT_TRUE(manager->isUnread.get());
+    machine.secretStore->isAvailable = true;
+    machine.loop->advance(1min);
+    machine.settle();
+    EXPECT_FALSE(manager->isUnread.get());
+    answer(State::authorized);
+
+    machine.secretStore->isAvailable = false;
     manager->signOut();
     machine.settle();
-    EXPECT_FALSE(manager->isSignedIn.get() || manager->isLoading.get());
+    EXPECT_EQ(shown(), std::tuple(false, "-", "-"));
+    EXPECT_THAT(items, SizeIs(3));
+    machine.secretStore->isAvailable = true;
+    start();
+    EXPECT_EQ(shown(), std::tuple(false, "-", "-"));
     EXPECT_THAT(items, IsEmpty());
-    EXPECT_THAT(provider.forgotten, ElementsAre("user-1", "user-2"));
+    EXPECT_THAT(provider.forgotten, ElementsAre("user-1", "user-1")) << "the token may still be there, too";
+
+    // Somebody signs in whose identity cannot be kept; then it can, with another one's in the store.
+    machine.secretStore->isAvailable = false;
+    manager->signIn("");
+    complete(IdentityCredential{.user = "user-2"});
+    EXPECT_TRUE(manager->isSignedIn.get());
+    machine.secretStore->isAvailable = true;
+    start();
+    EXPECT_EQ(shown(), std::tuple(false, "-", "-"));
+    machine.preferences->setText(preference_key::signedInSince, "9223372036854775807");
+    store("user-1", "Ada Lovelace", "ada@example.org");
+    start();
+    EXPECT_EQ(manager->signedInSince.get(), std::nullopt);
 }
 
 struct AccountSetupTest : AppleAuthManagerTest {
     const IdentitySource home{.issuer = "https://id.example.org", .clientID = "velmora"};
+    const IdentitySource work{.issuer = "https://id.example.com/work", .clientID = "velmora"};
 };
 
 TEST_F(AccountSetupTest, HasAManagerOnceTheStoreIsReadyWhereAProviderIsChosen)
@@ -242,8 +296,8 @@ TEST_F(AccountSetupTest, AnotherProviderSignsOutAndTheSecretLiesInTheStoreAlone)
     EXPECT_EQ(provider.clientSecret(), "hush");
 
     machine.secretStore->isAvailable = false;
-    const IdentitySource work{.issuer = "https://id.example.com/work", .clientID = "velmora"};
     EXPECT_TRUE(setup.use(work, "psst"));
+    EXPECT_FALSE(setup.use(home, std::nullopt)) << "one choice after the other";
     machine.settle();
     EXPECT_TRUE(setup.isSecretRefused.get());
     EXPECT_EQ(setup.source.get(), wanted);
@@ -259,6 +313,23 @@ TEST_F(AccountSetupTest, AnotherProviderSignsOutAndTheSecretLiesInTheStoreAlone)
     EXPECT_EQ(provider.source, IdentitySource{});
 }
 
+TEST_F(AccountSetupTest, AnotherProviderSignsOutWhoHasNotBeenReadYet)
+{
+    machine.preferences->setText(preference_key::identityIssuer, home.issuer);
+    machine.preferences->setText(preference_key::identityClient, home.clientID);
+    for (const bool isReady : {false, true}) {
+        store("user-1", "Ada Lovelace", "ada@example.org");
+        machine.secretStore->holdsReady = !isReady;
+        AccountSetup setup;
+        machine.loop->runPosted();
+        EXPECT_TRUE(setup.use(isReady ? home : work, std::nullopt));
+        machine.settle();
+        EXPECT_THAT(items, IsEmpty());
+        EXPECT_EQ(provider.forgotten.size(), isReady ? 2U : 1U);
+    }
+    EXPECT_THAT(provider.asked, IsEmpty()) << "one provider for another's user";
+}
+
 TEST_F(AccountSetupTest, RefusesProvidersThatWouldNotDo)
 {
     using Flaw = AccountSetup::Flaw;
@@ -270,12 +341,13 @@ TEST_F(AccountSetupTest, RefusesProvidersThatWouldNotDo)
         EXPECT_EQ(flaw(good), Flaw::none) << good;
     for (const auto* bad : {"", "id.example.org", "http://id.example.org", "http://127.0.0.1.example.org",
                             "http://localhost@example.org", "https://", "https:///x", "https://a b",
-                            "https://a?b", "https://a#b", "file:///etc/passwd", "https://a\n", "https://ä"})
+                            "https://a:99999999/", "https://%00", "https://a:x", "https://a?b", "https://a#b",
+                            "file:///etc/passwd", "https://a\n", "https://ä"})
         EXPECT_EQ(flaw(bad), Flaw::issuer) << bad;
     EXPECT_EQ(flaw("https://a", ""), Flaw::client);
     EXPECT_EQ(flaw("https://a", "b", "access_type=offline&prompt=login"), Flaw::none);
     for (const auto* bad :
-         {"access_type", "=x", "a=b&&c=d", "state=x", "a=b&redirect_uri=http://evil", "a=b#c"})
+         {"access_type", "=x", "a=b&&c=d", "state=x", "a=b&redirect_uri=http://evil", "a=b#c", "%73tate=x"})
         EXPECT_EQ(flaw("https://a", "b", bad), Flaw::parameters) << bad;
     AccountSetup setup;
     EXPECT_FALSE(setup.use({.issuer = "http://id.example.org", .clientID = "b"}, std::nullopt));

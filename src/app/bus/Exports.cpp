@@ -81,7 +81,7 @@ void deriveLate(ExportedObject& object, AccountSetup& account, const char* name,
 void watch(ExportedObject& object, AppleAuthManager& manager)
 {
     for (auto* truth : {&manager.isSignedIn, &manager.isLoading, &manager.isUnconfirmed, &manager.isChecking,
-                        &manager.isRevoked})
+                        &manager.isRevoked, &manager.isUnread})
         object.watch(*truth);
     for (auto* text : {&manager.userDisplayName, &manager.userEmail, &manager.errorMessage})
         object.watch(*text);
@@ -98,6 +98,8 @@ void signIn(AccountSetup& account, const KeyedArchive& record)
 void useProvider(AccountSetup& account, const KeyedArchive& record)
 {
     namespace wired = wire::face::account;
+    if (account.isKeepingSecret.get())
+        throw std::invalid_argument("an earlier client's secret is being kept");
     const IdentitySource source{.issuer = wire::typed<std::string>(record, wired::issuer, ""),
                                 .clientID = wire::typed<std::string>(record, wired::clientID, ""),
                                 .parameters = wire::typed<std::string>(record, wired::parameters, "")};
@@ -124,6 +126,7 @@ void serve(ExportedObject& object, AccountSetup& account)
     deriveLate(object, account, wired::userEmail, &Manager::userEmail);
     deriveLate(object, account, wired::isLoading, &Manager::isLoading);
     deriveLate(object, account, wired::errorMessage, &Manager::errorMessage);
+    deriveLate(object, account, wired::isUnread, &Manager::isUnread);
     deriveLate(object, account, wired::isUnconfirmed, &Manager::isUnconfirmed);
     deriveLate(object, account, wired::isChecking, &Manager::isChecking);
     deriveLate(object, account, wired::isRevoked, &Manager::isRevoked);
@@ -136,6 +139,7 @@ void serve(ExportedObject& object, AccountSetup& account)
     derive(wired::parameters, &IdentitySource::parameters);
     object.watch(account.source);
     object.bind(wired::hasClientSecret, account.hasClientSecret);
+    object.bind(wired::isKeepingSecret, account.isKeepingSecret);
     object.bind(wired::isSecretRefused, account.isSecretRefused);
     if (account.manager())
         watch(object, *account.manager());

@@ -27,11 +27,18 @@ bool isPlain(std::string_view text)
            std::ranges::all_of(text, [](char c) { return c > ' ' && c <= '~'; });
 }
 
-/// Of a URL's "host[:port][/path]".
+/// Of a URL's "host[:port][/path]"; empty where it is not that.
 std::string_view hostOf(std::string_view rest)
 {
-    if (rest.starts_with('[')) return rest.substr(0, rest.find(']') + 1);
-    return rest.substr(0, rest.find_first_of(":/"));
+    const auto authority = rest.substr(0, rest.find('/'));
+    const auto hostEnd = authority.starts_with('[') ? authority.find(']') + 1 : authority.find(':');
+    const auto host = authority.substr(0, hostEnd);
+    const auto port = authority.substr(host.size());
+    constexpr std::size_t longestPort = 6; // with its colon
+    const bool isPort =
+        port.empty() || (port.starts_with(':') && port.size() > 1 && port.size() <= longestPort &&
+                         port.find_first_not_of("0123456789", 1) == port.npos);
+    return isPort && host.find('%') == host.npos ? host : std::string_view();
 }
 
 bool isIssuer(std::string_view text)
@@ -49,7 +56,8 @@ bool isParameter(std::string_view text)
         "client_id",     "client_secret", "code_challenge", "code_challenge_method", "nonce", "redirect_uri",
         "response_mode", "response_type", "request",        "request_uri",           "state"};
     const auto end = text.find('=');
-    return end != text.npos && end > 0 && std::ranges::find(own, text.substr(0, end)) == own.end();
+    return end != text.npos && end > 0 && text.find('%') >= end &&
+           std::ranges::find(own, text.substr(0, end)) == own.end();
 }
 
 bool areParameters(std::string_view text)
@@ -110,16 +118,19 @@ std::string AccountSetup::clientSecretAccount(const IdentitySource& of)
 
 bool AccountSetup::use(const IdentitySource& wanted, const std::optional<std::string>& clientSecret)
 {
-    if (flawOf(wanted) != Flaw::none) return false;
+    if (isKeepingSecret.get() || flawOf(wanted) != Flaw::none) return false;
     const bool isSameClient = clientSecretAccount(wanted) == clientSecretAccount(source.get());
     if (!clientSecret || wanted.issuer.empty()) {
         adopt(wanted, isSameClient && hasClientSecret.get());
         return true;
     }
     isSecretRefused.set(false); // that was of an earlier one
-    if (!queue_) queue_ = Platform::current().makeWorkQueue("velmora-account");
+    queue_ = Platform::current().makeWorkQueue("velmora-account");
+    isKeepingSecret.set(true);
     const auto done = lifetime_.guard([this, wanted](bool isKept) {
+        queue_.reset(); // and its thread
         isSecretRefused.set(!isKept);
+        isKeepingSecret.set(false);
         if (isKept) return adopt(wanted, true);
         log_->warning(category, "The secret store did not take the client's secret for " + wanted.issuer +
                                     ", being locked, absent or slow: the provider stays as it was.");
@@ -135,7 +146,7 @@ bool AccountSetup::use(const IdentitySource& wanted, const std::optional<std::st
 void AccountSetup::adopt(const IdentitySource& wanted, bool hasSecret)
 {
     const bool isElsewhere = clientSecretAccount(wanted) != clientSecretAccount(source.get());
-    if (isElsewhere && manager_) manager_->signOut();
+    if (isElsewhere && !source.get().issuer.empty()) madeManager().signOut();
     source.set(wanted);
     hasClientSecret.set(hasSecret);
     isSecretRefused.set(false);

@@ -40,6 +40,7 @@ public:
 
     Observable<IdentitySource> source;
     Observable<bool> hasClientSecret;
+    Observable<bool> isKeepingSecret{false}; ///< that a person has given; what comes of it is not known yet
     /// The secret store did not take what a person gave last, so that nothing has changed.
     Observable<bool> isSecretRefused{false};
 
@@ -57,7 +58,7 @@ public:
 
     /// From now on this provider counts. Another one, or another client, signs the user out first. A secret
     /// is kept before anything changes; without one that of the same client stays. False, and nothing is
-    /// done, where the source has a flaw.
+    /// done, where the source has a flaw, or while an earlier secret is being kept.
     bool use(const IdentitySource& source, const std::optional<std::string>& clientSecret);
 
     /// Null where it has not been asked for.

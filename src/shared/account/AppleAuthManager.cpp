@@ -3,7 +3,6 @@
 
 #include "account/AppleAuthManager.h"
 
-#include "account/KeychainHelper.h"
 #include "base/Text.h"
 #include "base/Utf8.h"
 
@@ -22,24 +21,6 @@ constexpr auto category = "AppleAuthManager";
 constexpr std::array<std::chrono::minutes, 3> pauses{std::chrono::minutes{1}, std::chrono::minutes{10},
                                                      std::chrono::minutes{60}};
 constexpr std::chrono::seconds slack{20};
-
-std::optional<std::string> read(const char* account)
-{
-    return KeychainHelper::shared().read(AppleAuthManager::keychainService, account);
-}
-
-void save(const std::string& value, const char* account)
-{
-    KeychainHelper::shared().save(value, AppleAuthManager::keychainService, account);
-}
-
-bool forgetStored()
-{
-    for (const auto* account :
-         {AppleAuthManager::userIDKey, AppleAuthManager::displayNameKey, AppleAuthManager::emailKey})
-        KeychainHelper::shared().remove(AppleAuthManager::keychainService, account);
-    return true;
-}
 
 /// Some are known by one of the two names alone; then there is no name.
 std::optional<std::string> fullName(const IdentityCredential& credential)
@@ -90,22 +71,24 @@ void AppleAuthManager::withSecrets(Work work, Then then)
 
 void AppleAuthManager::restoreSignIn()
 {
-    const auto look = []() -> std::optional<Identity> {
-        const auto user = read(userIDKey);
-        if (!user) return std::nullopt;
-        return Identity{.user = *user, .name = read(displayNameKey), .email = read(emailKey)};
-    };
-    withSecrets(look, [this, epoch = epoch_](const std::optional<Identity>& kept) {
-        if (epoch == epoch_) restored(kept);
-    });
+    if (preferences_->boolean(preference_key::isSignOutDue)) return clearStoredCredentials();
+    isChecking.set(true);
+    withSecrets([secrets = secrets_] { return KeptIdentity::read(*secrets); },
+                [this, epoch = epoch_](const KeptIdentity::Look& look) {
+                    if (epoch == epoch_) restored(look);
+                });
 }
 
-void AppleAuthManager::restored(const std::optional<Identity>& kept)
+void AppleAuthManager::restored(const KeptIdentity::Look& look)
 {
-    if (!kept) return;
-    user_ = kept->user;
-    userDisplayName.set(kept->name);
-    userEmail.set(kept->email);
+    isChecking.set(false);
+    isUnread.set(look.status == SecretStatus::unavailable);
+    if (isUnread.get()) return checkLater();
+    if (look.identity.user.empty()) return;
+    user_ = look.identity.user;
+    attempts_ = 0;
+    userDisplayName.set(look.identity.name);
+    userEmail.set(look.identity.email);
     signedInSince.set(keptSince());
     isUnconfirmed.set(true);
     checkAgain();
@@ -113,9 +96,11 @@ void AppleAuthManager::restored(const std::optional<Identity>& kept)
 
 void AppleAuthManager::checkAgain()
 {
-    if (!isUnconfirmed.get() || isChecking.get()) return;
-    isChecking.set(true);
+    if (isChecking.get() || isClearing_) return;
     nextCheck_.reset();
+    if (isUnread.get()) return restoreSignIn();
+    if (!isUnconfirmed.get()) return;
+    isChecking.set(true);
     const auto answer = lifetime_.guard([this, epoch = epoch_](IdentityProvider::CredentialState state) {
         if (epoch == epoch_) answered(state);
     });
@@ -162,7 +147,9 @@ bool AppleAuthManager::signIn(const IdentityProvider::PresentationAnchor& anchor
     isLoading.set(true);
     errorMessage.set(std::nullopt);
     using Scope = IdentityProvider::Scope;
-    const auto done = lifetime_.guard([this](const IdentityProvider::Result& result) { completed(result); });
+    const auto done = lifetime_.guard([this, signOuts = signOuts_](const IdentityProvider::Result& result) {
+        completed(result, signOuts);
+    });
     provider_->performRequest({Scope::fullName, Scope::email}, anchor,
                               [loop = loop_, done](IdentityProvider::Result result) {
                                   loop->post([done, result = std::move(result)] { done(result); });
@@ -175,9 +162,11 @@ void AppleAuthManager::cancelSignIn()
     if (isLoading.get()) provider_->cancelRequest();
 }
 
-void AppleAuthManager::completed(const IdentityProvider::Result& result)
+void AppleAuthManager::completed(const IdentityProvider::Result& result, std::uint64_t signOuts)
 {
-    if (const auto* credential = std::get_if<IdentityCredential>(&result)) return handle(*credential);
+    const auto* credential = std::get_if<IdentityCredential>(&result);
+    if (credential && signOuts == signOuts_) return handle(*credential);
+    if (credential) provider_->forget(credential->user); // signed out meanwhile
     if (const auto* error = std::get_if<IdentityError>(&result)) return failed(*error);
     isLoading.set(false);
 }
@@ -186,29 +175,38 @@ void AppleAuthManager::completed(const IdentityProvider::Result& result)
 /// what it leaves out.
 void AppleAuthManager::handle(const IdentityCredential& credential)
 {
-    const auto keep = [credential] {
-        auto name = fullName(credential);
-        auto email = credential.email;
-        const bool isSameUser = read(userIDKey).value_or(credential.user) == credential.user;
-        if (!name && isSameUser) name = read(displayNameKey);
-        if (!email && isSameUser) email = read(emailKey);
-        forgetStored();
-        save(credential.user, userIDKey);
-        if (name) save(*name, displayNameKey);
-        if (email) save(*email, emailKey);
-        return Identity{.user = credential.user, .name = name, .email = email};
+    const auto keep = [credential, secrets = secrets_] {
+        KeptIdentity identity{
+            .user = credential.user, .name = fullName(credential), .email = credential.email};
+        const auto before = KeptIdentity::read(*secrets);
+        const bool isSameUser = before.identity.user == identity.user;
+        if (!identity.name && isSameUser) identity.name = before.identity.name;
+        if (!identity.email && isSameUser) identity.email = before.identity.email;
+        const bool isKept = before.status != SecretStatus::unavailable && identity.save(*secrets);
+        return Keeping{.identity = identity, .before = before.identity.user, .isKept = isKept};
     };
-    withSecrets(keep, [this, epoch = ++epoch_](const Identity& identity) {
-        if (epoch == epoch_) return signedIn(identity);
-        provider_->forget(identity.user); // signed out meanwhile
+    ++epoch_; // what is still asked about who was known before is of no interest
+    isClearing_ = false;
+    withSecrets(keep, [this, signOuts = signOuts_](const Keeping& keeping) {
+        if (signOuts == signOuts_) return signedIn(keeping);
+        // Signed out meanwhile, which has the provider forget whom it finds in the store.
+        if (!keeping.isKept) provider_->forget(keeping.identity.user);
         isLoading.set(false);
     });
 }
 
-void AppleAuthManager::signedIn(const Identity& identity)
+void AppleAuthManager::signedIn(const Keeping& keeping)
 {
-    if (!user_.empty() && user_ != identity.user) provider_->forget(user_);
+    const auto& identity = keeping.identity;
+    const auto& before = user_.empty() ? keeping.before : user_;
+    if (!before.empty() && before != identity.user) provider_->forget(before);
+    if (!keeping.isKept)
+        log_->warning(category,
+                      "The secret store did not take who is signed in, being locked, absent or slow: "
+                      "that is forgotten when this program ends.");
     user_ = identity.user;
+    preferences_->set(preference_key::isSignOutDue, false);
+    isUnread.set(false);
     isChecking.set(false);
     nextCheck_.reset();
     const auto now = clock_->now();
@@ -239,27 +237,45 @@ void AppleAuthManager::failed(const IdentityError& error)
 void AppleAuthManager::signOut()
 {
     cancelSignIn();
+    ++signOuts_;
     isRevoked.set(false);
+    if (isClearing_) return;
     if (!user_.empty()) provider_->forget(user_);
     clearStoredCredentials();
     log_->info(category, "Apple Sign In: user signed out.");
 }
 
+/// What cannot be removed now is not restored by the next start either, which tries again.
 void AppleAuthManager::clearStoredCredentials()
 {
     ++epoch_;
+    isClearing_ = true;
     nextCheck_.reset();
     isChecking.set(false);
-    withSecrets(forgetStored, [this, epoch = epoch_](bool) {
-        if (epoch != epoch_) return; // somebody has signed in meanwhile
-        user_.clear();
-        preferences_->setText(preference_key::signedInSince, "");
-        isUnconfirmed.set(false);
-        isSignedIn.set(false);
-        userDisplayName.set(std::nullopt);
-        userEmail.set(std::nullopt);
-        signedInSince.set(std::nullopt);
-    });
+    preferences_->set(preference_key::isSignOutDue, true);
+    withSecrets([secrets = secrets_] { return KeptIdentity::remove(*secrets); },
+                [this, epoch = epoch_, known = std::exchange(user_, {})](const KeptIdentity::Look& removed) {
+                    if (!removed.identity.user.empty() && removed.identity.user != known)
+                        provider_->forget(removed.identity.user);
+                    if (epoch == epoch_) cleared(removed.status == SecretStatus::notFound);
+                });
+}
+
+void AppleAuthManager::cleared(bool isCertain)
+{
+    isClearing_ = false;
+    if (isCertain)
+        preferences_->set(preference_key::isSignOutDue, false);
+    else
+        log_->warning(category, "The secret store did not remove who was signed in, being locked, absent or "
+                                "slow: the next start of this program tries again.");
+    preferences_->setText(preference_key::signedInSince, "");
+    isUnread.set(false);
+    isUnconfirmed.set(false);
+    isSignedIn.set(false);
+    userDisplayName.set(std::nullopt);
+    userEmail.set(std::nullopt);
+    signedInSince.set(std::nullopt);
 }
 
 std::optional<Date> AppleAuthManager::keptSince() const
@@ -267,8 +283,10 @@ std::optional<Date> AppleAuthManager::keptSince() const
     const auto text = preferences_->text(preference_key::signedInSince);
     std::int64_t seconds = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return Date{static_cast<double>(seconds)};
+    const bool isNumber = error == std::errc{} && end == text.data() + text.size();
+    const Date since{static_cast<double>(seconds)};
+    if (!isNumber || since < Date{} || since > clock_->now() + duration::day) return std::nullopt;
+    return since;
 }
 
 } // namespace velmora

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "account/KeptIdentity.h"
 #include "base/Date.h"
 #include "base/Lifetime.h"
 #include "base/Observable.h"
@@ -30,11 +31,6 @@ class AppleAuthManager {
     std::shared_ptr<SecretStore> secrets_;
 
 public:
-    static constexpr auto keychainService = "app.velmora.appleauth";
-    static constexpr auto userIDKey = "apple_user_id";
-    static constexpr auto displayNameKey = "apple_display_name";
-    static constexpr auto emailKey = "apple_email";
-
     static AppleAuthManager& shared();
 
     /// Restores what is kept.
@@ -48,9 +44,11 @@ public:
     Observable<std::optional<std::string>> userEmail{std::nullopt};
     Observable<bool> isLoading{false};                                 ///< a sign-in is under way
     Observable<std::optional<std::string>> errorMessage{std::nullopt}; ///< of the last sign-in
+    /// The secret store has not said who is known from before, being locked or slow.
+    Observable<bool> isUnread{false};
     /// Somebody is known from before, and the provider has not confirmed it in this run.
     Observable<bool> isUnconfirmed{false};
-    Observable<bool> isChecking{false}; ///< it is being asked now
+    Observable<bool> isChecking{false}; ///< store or provider is being asked now
     /// The provider no longer honours the sign-in that was kept: the user has to sign in anew.
     Observable<bool> isRevoked{false};
     Observable<std::optional<Date>> signedInSince{std::nullopt};
@@ -61,33 +59,37 @@ public:
     void cancelSignIn();
     void signOut(); ///< ends a sign-in under way, too
 
-    /// Asks the provider again, where it has not confirmed who is known from before. Where it does not answer
-    /// that is done by itself after some minutes, a few times.
+    /// Asks the secret store or the provider again, where it has not said who is known from before. That is
+    /// also done by itself after some minutes, a few times.
     void checkAgain();
 
 private:
-    struct Identity {
-        std::string user;
-        std::optional<std::string> name{};
-        std::optional<std::string> email{};
+    /// What has become of who signed in.
+    struct Keeping {
+        KeptIdentity identity{};
+        std::string before{}; ///< the user whom the store kept; empty: none
+        bool isKept = false;
     };
 
     template <typename Work, typename Then>
     void withSecrets(Work work, Then then);
     void restoreSignIn();
-    void restored(const std::optional<Identity>& kept);
+    void restored(const KeptIdentity::Look& look);
     void checkLater();
     void answered(IdentityProvider::CredentialState state);
-    void completed(const IdentityProvider::Result& result);
+    void completed(const IdentityProvider::Result& result, std::uint64_t signOuts);
     void handle(const IdentityCredential& credential);
     void failed(const IdentityError& error);
-    void signedIn(const Identity& identity);
+    void signedIn(const Keeping& keeping);
     void clearStoredCredentials();
+    void cleared(bool isCertain);
     std::optional<Date> keptSince() const;
 
-    std::string user_;         ///< who is known; empty: nobody
-    std::uint64_t epoch_ = 0;  ///< of that knowledge: what was asked about an earlier one counts no more
-    std::size_t attempts_ = 0; ///< of having the provider confirm
+    std::string user_;           ///< who is known; empty: nobody
+    std::uint64_t epoch_ = 0;    ///< of that knowledge: what was asked about an earlier one counts no more
+    std::uint64_t signOuts_ = 0; ///< a sign-in that began before the last of them counts no more
+    std::size_t attempts_ = 0;   ///< of asking again
+    bool isClearing_ = false;    ///< the secret store is removing who was known
     MainLoop::Timer nextCheck_;
     std::unique_ptr<WorkQueue> queue_; ///< while the secret store is waited for
     int waiting_ = 0;                  ///< for it

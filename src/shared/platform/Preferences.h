@@ -48,6 +48,7 @@ inline constexpr std::string_view identityClient = "identityClient";
 inline constexpr std::string_view identityParameters = "identityParameters";
 inline constexpr std::string_view hasIdentitySecret = "hasIdentitySecret"; ///< the secret store has it
 inline constexpr std::string_view signedInSince = "signedInSince";         ///< seconds, as a Date has them
+inline constexpr std::string_view isSignOutDue = "isSignOutDue"; ///< the secret store did not forget the user
 inline constexpr std::string_view hasSeenVersionNotice = "hasSeenMacOS264Banner";
 } // namespace preference_key
 

@@ -299,6 +299,7 @@ inline constexpr auto userDisplayName = "userDisplayName";
 inline constexpr auto userEmail = "userEmail";
 inline constexpr auto isLoading = "isLoading";
 inline constexpr auto errorMessage = "errorMessage";
+inline constexpr auto isUnread = "isUnread";
 inline constexpr auto isUnconfirmed = "isUnconfirmed";
 inline constexpr auto isChecking = "isChecking";
 inline constexpr auto isRevoked = "isRevoked";
@@ -308,18 +309,21 @@ inline constexpr auto issuer = "issuer";
 inline constexpr auto clientID = "clientID";
 inline constexpr auto parameters = "parameters";
 inline constexpr auto hasClientSecret = "hasClientSecret";
+inline constexpr auto isKeepingSecret = "isKeepingSecret";
 inline constexpr auto isSecretRefused = "isSecretRefused";
 inline constexpr std::array properties{
     Property{isSignedIn, "b"},      Property{userDisplayName, "as"},
     Property{userEmail, "as"},      Property{isLoading, "b"}, ///< a sign-in is under way
     Property{errorMessage, "as"},                             ///< of the last sign-in, in the user's language
+    Property{isUnread, "b"},       ///< the secret store has not said who is known from before
     Property{isUnconfirmed, "b"},  ///< known from before, and the provider has not said so yet
-    Property{isChecking, "b"},     ///< that provider is being asked now
+    Property{isChecking, "b"},     ///< secret store or provider is being asked now
     Property{isRevoked, "b"},      ///< the provider no longer honours the sign-in that was kept
     Property{signedInSince, "ad"}, ///< seconds since 2001-01-01 UTC
     Property{issuer, "s"},         ///< empty: no provider was chosen
     Property{clientID, "s"},        Property{parameters, "s"},
     Property{hasClientSecret, "b"}, ///< the secret store has one
+    Property{isKeepingSecret, "b"}, ///< the one that was given; nothing has changed yet
     Property{isSecretRefused, "b"}, ///< the secret store did not take the one that was given last
 };
 inline constexpr Face face{objectPath, interface, properties};
