@@ -70,6 +70,8 @@ void readProperty(sd_bus_message* message, const wire::face::Face& face, const R
     if (!type || declared->type != std::string_view(type)) throw nonsenseOfVelmora();
     enter(message, 'v', type);
     read(message, name);
+    if (sd_bus_message_at_end(message, 0) == 0) // nobody here wants to know it
+        dbus::check(sd_bus_message_skip(message, nullptr), "skip");
     leave(message);
 }
 
