@@ -6,8 +6,11 @@
 #include "LoopTest.h"
 #include "RecordingLog.h"
 #include "TemporaryFolder.h"
+#include "base/CoreDumps.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -52,13 +55,25 @@ struct BrowserTest : LoopTest {
 
 TEST_F(BrowserTest, GetsThePageTheTokenOfTheClickAndNothingOfOurs)
 {
-    const auto seen = folder.path() / "seen";
-    lay("{ echo \"$# $1\"; /usr/bin/env; } >" + seen.string() + ".new; /bin/mv " + seen.string() + ".new " +
-        seen.string());
+    const auto seen = folder.path() / "seen", go = folder.path() / "go";
+    lay("until [ -e " + go.string() +
+        " ]; do /bin/sleep 0.01; done; { echo \"$# $1\"; [ -e /proc/$$/fd/99 ] && echo inherited; " +
+        "/bin/grep core /proc/$$/limits; /usr/bin/env; } >" + seen.string() + ".new; /bin/mv " +
+        seen.string() + ".new " + seen.string());
+    rlimit before{};
+    getrlimit(RLIMIT_CORE, &before);
+    const rlimit usual{.rlim_cur = std::min<rlim_t>(4096, before.rlim_max), .rlim_max = before.rlim_max};
+    setrlimit(RLIMIT_CORE, &usual);
+    forbidCoreDumps();
+    dup2(STDERR_FILENO, 99);
     ASSERT_TRUE(open());
+    close(99);
+    setrlimit(RLIMIT_CORE, &before);
+    folder.write("go", "");
     ASSERT_TRUE(eventually([&] { return std::filesystem::exists(seen); }));
     const auto text = folder.read("seen");
-    EXPECT_EQ(text.rfind("1 https://id.example/authorize?a=b&c=$HOME\n", 0), 0U) << text;
+    EXPECT_EQ(text.rfind("1 https://id.example/authorize?a=b&c=$HOME\nMax core file size", 0), 0U) << text;
+    EXPECT_NE(text.find(" " + std::to_string(usual.rlim_cur) + " "), text.npos) << text;
     EXPECT_NE(text.find("\nXDG_ACTIVATION_TOKEN=token-of-a-click\n"), text.npos);
     for (const auto* own : {"VELMORA_", "NOTIFY_SOCKET", "an-older-one"})
         EXPECT_EQ(text.find(own), text.npos) << own;

@@ -53,6 +53,8 @@ public:
     {
         posix_spawn_file_actions_init(&actions_);
         if (output >= 0) posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
+        // Libraries open some that stay open across exec.
+        posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
     }
     ~SpawnActions() { posix_spawn_file_actions_destroy(&actions_); }
     SpawnActions(const SpawnActions&) = delete;

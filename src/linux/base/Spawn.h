@@ -18,7 +18,8 @@ struct Child {
 };
 
 /// Starts the program that the first argument names by its path, with no signal blocked: the main loop has
-/// its own blocked, which a child must not inherit. Its standard output goes to `output`, where one is given.
+/// its own blocked, which a child must not inherit. Its standard output goes to `output`, where one is given;
+/// of this process's descriptors it has the other two standard ones and no more.
 /// Any thread. Throws std::system_error where there is no such program, or the system refuses.
 Child spawn(std::vector<std::string> arguments, std::vector<std::string> environment, int output = -1);
 

@@ -3,6 +3,7 @@
 
 #include "identity/Browser.h"
 
+#include "base/CoreDumps.h"
 #include "bus/DBus.h"
 
 #include <algorithm>
@@ -78,6 +79,7 @@ try {
     }
     auto run = std::make_shared<Run>(
         Run{.child = spawn({file, url}, environmentWith(anchor)), .failed = std::move(failed)});
+    restoreCoreDumps(run->child.id);
     loop_.post(lifetime_.guard([this, run = std::move(run)] { watch(run); }));
     return true;
 } catch (const std::system_error& error) {
