@@ -85,6 +85,7 @@ void readAll(std::string_view text)
     check(readTokens(text), [](const TokenAnswer& tokens) {
         return !tokens.accessToken.empty() && isPrintableAscii(tokens.accessToken + tokens.refreshToken);
     });
+    require(isPrintableAscii(readRefreshToken(text)));
     check(readUserInfo(text), isUser);
     check(readError(text), [](const ErrorAnswer& answer) {
         return isPrintableAscii(answer.error) && printable(answer.description) == answer.description;

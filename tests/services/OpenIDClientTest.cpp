@@ -388,11 +388,14 @@ TEST_F(OpenIDClientTest, ARedirectCountsOnceAndForItsOwnSignIn)
 
 TEST_F(OpenIDClientTest, WaitsForNobodyLongerThanSaid)
 {
-    patience = {.before = 100ms, .browser = 100ms, .after = 100ms, .refresh = 100ms, .revocation = 100ms};
-    for (const auto* path : {"/.well-known/openid-configuration", "/token", "/keys", "/userinfo"}) {
+    const auto toSilence = [this](const std::string& path, const SessionPatience& short_) {
         renew(answering(path, {.manner = Manner::silent}));
+        patience = short_;
         EXPECT_EQ(outcome(signIn()), "unreachable") << path;
-    }
+    };
+    toSilence("/.well-known/openid-configuration", {.before = 100ms});
+    for (const auto* path : {"/token", "/keys", "/userinfo"}) toSilence(path, {.after = 100ms});
+    patience = {.refresh = 100ms, .revocation = 100ms};
     renew(answering("/token", {.body = std::string(5000, ' '), .manner = Manner::slow}));
     EXPECT_EQ(outcome(refresh("a token")), "unreachable");
     renew(answering("/revoke", {.manner = Manner::silent}));
@@ -401,10 +404,10 @@ TEST_F(OpenIDClientTest, WaitsForNobodyLongerThanSaid)
     patience = {.after = 0ms};
     renew([](Behavior&) {});
     EXPECT_EQ(outcome(signIn()), "unreachable");
-    patience = {.browser = 1s};
-    const auto result = session()->signIn([this](const std::string& url) {
-        const auto redirect = provider.redirectFor(url);
-        page = std::async(std::launch::async, visited, redirect.substr(0, redirect.find('?')));
+    patience = {.browser = 2s};
+    std::optional<LoopbackConnection> stray; // there before anybody waits for it
+    const auto result = session()->signIn([this, &stray](const std::string& url) {
+        stray.emplace(portOf(provider.redirectFor(url))).say("GET /callback HTTP/1.1\r\n\r\n");
         return true;
     });
     EXPECT_EQ(outcome(result), "expired");
@@ -442,6 +445,8 @@ TEST_F(OpenIDClientTest, ARefreshTellsWhatHasBecomeOfTheSignIn)
         {"invalid", 0, "no answer of its", answering("/token", {.status = 403, .body = "Forbidden"})},
         {"signature", 1, "forged", [](Behavior& behavior) { behavior.algorithm = "none"; }},
         {"unreachable", 1, "half down", answering("/keys", {.status = 502})},
+        {"invalid", 1, "no access token",
+         [](Behavior& behavior) { behavior.tokens = [](Json& said) { said.erase("access_token"); }; }},
         {"invalid", 1, "names nobody",
          [=](Behavior& behavior) {
              behavior.tokens = namesNobody;

@@ -63,6 +63,9 @@ TEST_F(RedirectListenerTest, OnlyItsOwnRedirectEndsTheWait)
     const auto line = [](const std::string& method, const std::string& target) {
         return method + " " + target + " HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: keep-alive\r\n\r\n";
     };
+    const auto background = [](const std::string& headers) {
+        return right.substr(0, right.size() - 2) + headers + "\r\n\r\n";
+    };
     const std::vector<std::pair<std::string, std::string>> strays{
         {line("GET", "/"), "HTTP/1.1 404"},
         {line("GET", "/favicon.ico"), "HTTP/1.1 404"},
@@ -74,6 +77,10 @@ TEST_F(RedirectListenerTest, OnlyItsOwnRedirectEndsTheWait)
         {line("GET", "/callback?code=x&state=" + state + "&code=y"), "HTTP/1.1 400"},
         {line("GET", "/callback?code=%4&state=" + state), "HTTP/1.1 400"},
         {line("HEAD", "/callback?code=x&state=" + state), "HTTP/1.1 200"},
+        {background("Sec-Fetch-Dest: image"), "HTTP/1.1 403"},
+        {background("sec-fetch-dest:iframe"), "HTTP/1.1 403"},
+        {background("Sec-Fetch-Dest: document\r\nSec-Purpose: prefetch;prerender"), "HTTP/1.1 403"},
+        {background("Purpose: Prefetch"), "HTTP/1.1 403"},
         {line("POST", "/callback?code=x&state=" + state), "HTTP/1.1 405"},
         {"GET /callback?code=x&state=" + state + "\r\n\r\n", "HTTP/1.1 400"},
         {std::string("\x16\x03\x01\x02\0\r\n\r\n", 9), "HTTP/1.1 400"},
@@ -83,7 +90,8 @@ TEST_F(RedirectListenerTest, OnlyItsOwnRedirectEndsTheWait)
         EXPECT_THAT(answerTo(request), StartsWith(answer)) << request.substr(0, 80);
 
     const Caller browser(listener);
-    browser.say(right + line("GET", "/favicon.ico")); // the second is nobody's any more
+    browser.say(background("Sec-Fetch-Dest: document") +
+                line("GET", "/favicon.ico")); // the second is nobody's any more
     const auto redirect = coming.get();
     ASSERT_TRUE(redirect);
     EXPECT_EQ(redirect->code, "a+b c");

@@ -29,6 +29,29 @@ bool isAscii(std::string_view text, std::size_t longest, char first = ' ')
            std::ranges::all_of(text, [first](char c) { return c >= first && c <= '~'; });
 }
 
+/// The beginnings of UTF-8 that are blanks or show as nothing: U+00A0, U+00AD, U+2000 to U+200F, U+202F,
+/// U+205F to U+2064, U+2800, U+3000, U+3164, U+FEFF and U+FFA0.
+std::size_t blankLength(std::string_view text)
+{
+    if (text.starts_with(' ')) return 1;
+    if (text.starts_with("\u00a0") || text.starts_with("\u00ad")) return 2;
+    const auto character = text.substr(0, 3);
+    const auto isWithin = [character](const char* first, const char* last) {
+        return character >= first && character <= last;
+    };
+    constexpr std::array<std::string_view, 6> others{"\u202f", "\u2800", "\u3000",
+                                                     "\u3164", "\ufeff", "\uffa0"};
+    const bool isBlank = isWithin("\u2000", "\u200f") || isWithin("\u205f", "\u2064") ||
+                         std::ranges::find(others, character) != others.end();
+    return isBlank ? character.size() : 0;
+}
+
+bool showsAsNothing(std::string_view text)
+{
+    while (const auto blank = blankLength(text)) text.remove_prefix(blank);
+    return text.empty();
+}
+
 /// What is shown to people; nullopt for nothing.
 std::optional<std::string> shownText(const Json& json, const char* name)
 {
@@ -38,16 +61,20 @@ std::optional<std::string> shownText(const Json& json, const char* name)
     // Cut first: what is left out of it later is never needed.
     const auto clean = printable(cleanUtf8(text->substr(0, 4 * longest)));
     auto shown = trimmed(utf8Prefix(clean, longest));
-    if (shown.empty()) return std::nullopt;
+    if (showsAsNothing(shown)) return std::nullopt;
     return shown;
 }
 
-/// The address, empty where there is none; nullopt where it is none that Velmora speaks to.
-std::optional<std::string> endpoint(const Json& json, const char* name)
+/// The address, empty where there is none; nullopt where it is none that Velmora speaks to. Only a provider
+/// on this computer may name what is not encrypted: another one would have its tokens told to whoever listens
+/// here.
+std::optional<std::string> endpoint(const Json& json, const char* name, std::string_view issuer)
 {
     if (!json.has(name)) return std::string();
     const auto text = json.text(name);
-    if (!text || !HttpClient::isEndpoint(*text)) return std::nullopt;
+    const bool mayBeOpen = HttpClient::isEndpoint(issuer) && !HttpClient::isEncrypted(issuer);
+    if (!text || !(mayBeOpen ? HttpClient::isEndpoint(*text) : HttpClient::isEncrypted(*text)))
+        return std::nullopt;
     return std::string(*text);
 }
 
@@ -132,10 +159,10 @@ Read<Discovery> readDiscovery(std::string_view body)
                                 {"jwks_uri", found.keys, true},
                                 {"userinfo_endpoint", found.userinfoEndpoint, false},
                                 {"revocation_endpoint", found.revocationEndpoint, false}}) {
-        const auto url = endpoint(*json, address.name);
+        const auto url = endpoint(*json, address.name, found.issuer);
         if (!url || (url->empty() && address.isNeeded))
             return invalid("What the provider announces has no " + std::string(address.name) +
-                           " that is an address with https.");
+                           " with https, or with http on this computer if its issuer is there, too.");
         address.place = *url;
     }
     return found;
@@ -167,6 +194,13 @@ Read<TokenAnswer> readTokens(std::string_view body)
     for (auto* token : {&found.accessToken, &found.refreshToken, &found.identityToken}) wipe(*token);
     return invalid(
         "The provider's answer has no access token of the type Bearer, or a token that is no text.");
+}
+
+std::string readRefreshToken(std::string_view body)
+{
+    std::string token;
+    if (const auto json = Json::parse(body)) static_cast<void>(take(*json, "refresh_token", token));
+    return token;
 }
 
 Read<UserInfo> readUserInfo(std::string_view body)

@@ -19,7 +19,8 @@ namespace velmora::openid {
 template <typename T>
 using Read = std::variant<T, IdentityProblem>;
 
-/// What the provider announces under its issuer. Every address is one that HttpClient speaks to.
+/// What the provider announces under its issuer. Every address is one that HttpClient speaks to,
+/// encrypted unless the issuer is not.
 struct Discovery {
     std::string issuer{};
     std::string authorizationEndpoint{};
@@ -54,7 +55,10 @@ struct TokenAnswer {
 /// The access token is of the type "Bearer".
 Read<TokenAnswer> readTokens(std::string_view body);
 
-/// Who the user is. What is missing, empty or no text is nullopt.
+/// The refresh token alone, whatever the rest of that answer is; empty: none that could be used. To be wiped.
+std::string readRefreshToken(std::string_view body);
+
+/// Who the user is. What is missing, no text, or shows as nothing is nullopt.
 struct UserInfo {
     std::string subject{}; ///< 1 to 255 characters of printable ASCII
     std::optional<std::string> givenName{};

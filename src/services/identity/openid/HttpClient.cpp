@@ -89,10 +89,11 @@ curl_socket_t openSocket(void*, curlsocktype, curl_sockaddr* address)
     return ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }
 
-/// OpenSSL, too, overwrites what it has decrypted.
-CURLcode cleanse(CURL*, void* context, void*)
+/// OpenSSL, too, overwrites what it has decrypted, and writes its keys to no file that SSLKEYLOGFILE names.
+CURLcode keepSecret(CURL*, void* context, void*)
 {
     SSL_CTX_set_options(static_cast<SSL_CTX*>(context), SSL_OP_CLEANSE_PLAINTEXT);
+    SSL_CTX_set_keylog_callback(static_cast<SSL_CTX*>(context), nullptr);
     return CURLE_OK;
 }
 
@@ -143,7 +144,7 @@ void setRules(CURL* easy, bool isLoopback)
     set(easy, CURLOPT_QUICK_EXIT, 1L); // a name look-up that hangs is left to itself
     set(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(HttpClient::maximumBody));
     set(easy, CURLOPT_OPENSOCKETFUNCTION, &openSocket);
-    if (isWithOpenSsl()) set(easy, CURLOPT_SSL_CTX_FUNCTION, &cleanse);
+    if (isWithOpenSsl()) set(easy, CURLOPT_SSL_CTX_FUNCTION, &keepSecret);
 }
 
 void setRequest(CURL* easy, const HttpRequest& request, CURLU* url, curl_slist* headers, Incoming& incoming)
@@ -260,6 +261,13 @@ bool HttpClient::isEndpoint(std::string_view url)
 {
     wipeLibraryMemory();
     return parsed(url) != nullptr;
+}
+
+bool HttpClient::isEncrypted(std::string_view url)
+{
+    wipeLibraryMemory();
+    const auto known = parsed(url);
+    return known && partOf(known.get(), CURLUPART_SCHEME) == "https";
 }
 
 std::variant<HttpAnswer, IdentityProblem> HttpClient::exchange(const HttpRequest& request, Deadline end)

@@ -45,10 +45,13 @@ public:
     /// Whether this client speaks to that address: https, or http with the host localhost, 127.0.0.1 or
     /// [::1]; no user, no fragment, printable ASCII, at most 2000 characters.
     static bool isEndpoint(std::string_view url);
+    /// Whether it is one with https.
+    static bool isEncrypted(std::string_view url);
 
     /// Sends the request and waits for the answer, at most `timeLimit` and at most until `end`. Faults:
-    /// `canceled`, `unreachable` (no connection, no trust, no answer in time), `invalid` (no endpoint, an
-    /// answer that is no HTTP or too long). One thread at a time.
+    /// `canceled`, `unreachable` (no connection, no trust, no answer in time, one that breaks off or whose
+    /// chunks are none), `invalid` (no endpoint, an answer that is no HTTP or too long). One thread at a
+    /// time.
     std::variant<HttpAnswer, IdentityProblem> exchange(const HttpRequest& request,
                                                        Deadline end = Deadline::max());
 

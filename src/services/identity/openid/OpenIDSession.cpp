@@ -179,8 +179,7 @@ std::variant<std::string, IdentityProblem> OpenIDSession::refresh(const std::str
 {
     return attempt([this, &refreshToken, &keep] {
         allow(patience_.refresh);
-        const auto tokens = provider_.renew(refreshToken);
-        if (!tokens.refreshToken.empty() && tokens.refreshToken != refreshToken) keep(tokens.refreshToken);
+        const auto tokens = provider_.renew(refreshToken, keep);
         if (!tokens.identityToken.empty()) return provider_.identityIn(tokens, std::nullopt).subject;
         if (const auto page = provider_.userinfo(tokens)) return page->subject;
         fail(IdentityFault::invalid, "The provider renews the sign-in, but does not say whose it is.");

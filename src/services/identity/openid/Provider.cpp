@@ -147,17 +147,21 @@ Tokens Provider::exchangeCode(const std::string& code, const std::string& verifi
                       IdentityFault::refused);
 }
 
-Tokens Provider::renew(const std::string& refreshToken)
+Tokens Provider::renew(const std::string& refreshToken, const OpenIDClient::Keep& keep)
 {
     const auto& url = discovery().tokenEndpoint;
     const auto client = authentication();
-    return tokensFrom(ask({.url = url,
-                           .form = formEncoded({{"grant_type", "refresh_token"},
-                                                {"refresh_token", refreshToken},
-                                                {"client_id", client.clientID},
-                                                {"client_secret", client.secret}}),
-                           .authorization = client.header}),
-                      IdentityFault::revoked);
+    auto answer = ask({.url = url,
+                       .form = formEncoded({{"grant_type", "refresh_token"},
+                                            {"refresh_token", refreshToken},
+                                            {"client_id", client.clientID},
+                                            {"client_secret", client.secret}}),
+                       .authorization = client.header});
+    const Wiped wiped(answer.body);
+    auto successor = answer.status == ok ? readRefreshToken(answer.body) : std::string();
+    const Wiped alsoWiped(successor);
+    if (!successor.empty() && successor != refreshToken) keep(successor);
+    return tokensFrom(std::move(answer), IdentityFault::revoked);
 }
 
 Tokens Provider::tokensFrom(HttpAnswer answer, IdentityFault whenVoid)

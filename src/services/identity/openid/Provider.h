@@ -72,8 +72,9 @@ public:
     /// For a code, with what proves that it is this sign-in's.
     Tokens exchangeCode(const std::string& code, const std::string& verifier,
                         const std::string& redirectAddress);
-    /// For a refresh token, which counts as used from here on. `revoked` where it holds no more.
-    Tokens renew(const std::string& refreshToken);
+    /// For a refresh token, which counts as used from here on. `revoked` where it holds no more. Its
+    /// successor is kept before the rest of the answer is judged.
+    Tokens renew(const std::string& refreshToken, const OpenIDClient::Keep& keep);
 
     /// Whom the identity token that came with the others speaks of.
     UserInfo identityIn(const Tokens& tokens, const std::optional<std::string>& nonce);

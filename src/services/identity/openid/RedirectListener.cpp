@@ -113,6 +113,8 @@ std::string refusal(Stray stray)
         return text("404 Not Found");
     case Stray::head:
         return headOf("200 OK", "text/html", 0) + "\r\n";
+    case Stray::background:
+        return text("403 Forbidden");
     case Stray::malformed:
     case Stray::state:
         break;

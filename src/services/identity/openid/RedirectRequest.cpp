@@ -71,11 +71,40 @@ Redirect redirectOf(const Parameters& parameters)
     return redirect;
 }
 
+bool isSame(std::string_view text, std::string_view lower)
+{
+    return std::ranges::equal(text, lower, {}, [](char c) { return c >= 'A' && c <= 'Z' ? c + 32 : c; });
+}
+
+/// Whether this header says that the browser shows the answer to nobody: a picture or script of some page, or
+/// a page that is fetched in case that somebody wants it.
+bool saysBackground(std::string_view line)
+{
+    const auto name = taken(line, ':');
+    const auto value = line.substr(std::min(line.find_first_not_of(" \t"), line.size()));
+    if (isSame(name, "sec-fetch-dest")) return !isSame(value, "document");
+    constexpr std::string_view ahead = "prefetch";
+    return (isSame(name, "sec-purpose") || isSame(name, "purpose")) &&
+           isSame(value.substr(0, ahead.size()), ahead);
+}
+
+/// By the headers that browsers send; one that sends none of them is believed.
+bool isNavigation(std::string_view headers)
+{
+    while (!headers.empty()) {
+        auto line = taken(headers, '\n');
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        if (saysBackground(line)) return false;
+    }
+    return true;
+}
+
 } // namespace
 
 std::variant<Redirect, Stray> readRedirect(std::string_view head, std::string_view state)
 {
-    auto line = head.substr(0, head.find_first_of("\r\n"));
+    auto line = taken(head, '\n');
+    if (line.ends_with('\r')) line.remove_suffix(1);
     const auto method = taken(line, ' ');
     auto query = taken(line, ' ');
     if (!query.starts_with('/') || !line.starts_with("HTTP/1.")) return Stray::malformed;
@@ -85,6 +114,7 @@ std::variant<Redirect, Stray> readRedirect(std::string_view head, std::string_vi
     if (!parameters) return Stray::malformed;
     if (!isSameSecret(textOf(*parameters, "state"), state)) return Stray::state;
     if (method == "HEAD") return Stray::head;
+    if (!isNavigation(head)) return Stray::background;
     auto redirect = redirectOf(*parameters);
     for (auto& [name, value] : *parameters) wipe(value);
     return redirect;

@@ -24,8 +24,9 @@ enum class Stray {
     malformed, ///< not HTTP, or parameters that occur twice
     method,    ///< neither GET nor HEAD
     path,
-    state, ///< of another sign-in, or of none
-    head,  ///< asks what an answer would look like, without wanting one
+    state,      ///< of another sign-in, or of none
+    head,       ///< asks what an answer would look like, without wanting one
+    background, ///< made by a page or ahead of time, rather than by somebody who goes there
 };
 
 /// Reads a request's head, "GET /callback?code=...&state=... HTTP/1.1" and what follows: a redirect if it has
