@@ -96,14 +96,14 @@ std::string AccountControl::provider()
     const bool hasSecret = !given.empty();
     if (hasSecret) record.encode(face::clientSecret, given);
     wipe(given);
+    const auto isSettled = [](const Situation& at) { return !at.isKeepingSecret; };
+    link_.awaited(isSettled); // an earlier one would have this refused
     link_.operate(face::use, record);
     record.wipe();
-    const auto isInUse = [&](const Situation& now) {
-        return now.source == source && (!hasSecret || now.hasClientSecret);
-    };
-    const auto now = link_.awaited([&](const auto& at) { return isInUse(at) || at.isSecretRefused; });
+    const auto now = link_.awaited(isSettled);
     if (now.isSecretRefused) throw Failure(ExitStatus::failed, account::secretRefusedText());
-    if (!isInUse(now)) throw lateFailure();
+    if (now.isKeepingSecret || now.source != source || (hasSecret && !now.hasClientSecret))
+        throw lateFailure();
     return told(now);
 }
 
@@ -138,7 +138,7 @@ std::string AccountControl::cancel()
 std::string AccountControl::signOut()
 {
     link_.operate(face::signOut);
-    const auto isOut = [](const Situation& now) { return !isKnown(now) && !now.isLoading; };
+    const auto isOut = [](const Situation& now) { return !isKnown(now) && !now.isUnread && !now.isLoading; };
     const auto now = link_.awaited(isOut);
     if (!isOut(now)) throw lateFailure();
     return told(now);
@@ -146,7 +146,8 @@ std::string AccountControl::signOut()
 
 std::string AccountControl::check()
 {
-    if (link_.snapshot().isUnconfirmed) link_.operate(face::checkAgain);
+    const auto before = link_.snapshot();
+    if (before.isUnconfirmed || before.isUnread) link_.operate(face::checkAgain);
     const auto now =
         link_.awaited([](const auto& at) { return !at.isChecking && !(at.isRevoked && isKnown(at)); });
     if (now.isSignedIn) return told(now);

@@ -35,6 +35,9 @@ struct AccountControlTest : ControlTest {
         return await(std::move(ended));
     }
 
+    void serve() override { isStoreSlow ? LoopTest::serve() : ControlTest::serve(); }
+
+    bool isStoreSlow = false; ///< it answers nobody
     FakeIdentityProvider& provider = *machine.identityProvider;
     AccountSetup account;
 };
@@ -76,6 +79,15 @@ TEST_F(AccountControlTest, SetsAProviderWithASecretThatNobodySees)
     std::filesystem::permissions(file, std::filesystem::perms::owner_read);
     expectOutcome(client + "--secret-file " + file.string(), 0, "kept in the secret store");
     EXPECT_EQ(provider.clientSecret(), "another one");
+
+    machine.secretStore->isAvailable = false;
+    isStoreSlow = true;
+    auto refused = begin(client + "--secret-file " + file.string());
+    ASSERT_TRUE(eventually([&] { return account.isKeepingSecret.get(); }));
+    expectOutcome("--json", 0, "\"isKeepingSecret\":true");
+    isStoreSlow = false;
+    EXPECT_EQ(await(std::move(refused)).status, 1) << "though one of before is kept";
+    machine.secretStore->isAvailable = true;
     expectOutcome("provider --none", 0, "No identity provider");
     expectOutcome("sign-in", 1, "No identity provider");
     machine.secretStore->isAvailable = false;
@@ -89,7 +101,11 @@ TEST_F(AccountControlTest, SignsInAndOutAndSaysWhatHasCome)
 {
     startApplication();
     expectOutcome("check", 1, "No identity provider");
-    expectOutcome("provider https://login.example velmora", 0, "Nobody is signed in");
+    machine.secretStore->isAvailable = false;
+    expectOutcome("provider https://login.example velmora", 0, "https://login.example");
+    expectOutcome("check", 1, "is locked");
+    machine.secretStore->isAvailable = true;
+    expectOutcome("check", 1, "Nobody is signed in");
     const IdentityCredential ada{
         .user = "1", .givenName = "Ada", .familyName = "Love\x1blace", .email = "ada@example.org"};
     EXPECT_THAT(signIn(IdentityError{.code = IdentityError::canceled}).said, HasSubstr("cancelled"));

@@ -281,6 +281,7 @@ TEST_F(Ecosystem, TheAccountSaysWhereItStandsAndWhatCanBeDone)
 {
     const QVariantMap nobody{{"isSignedIn", false},
                              {"isLoading", false},
+                             {"isUnread", false},
                              {"isUnconfirmed", false},
                              {"isChecking", false},
                              {"isRevoked", false},
@@ -302,10 +303,11 @@ TEST_F(Ecosystem, TheAccountSaysWhereItStandsAndWhatCanBeDone)
           {"signedInSince", QVariant::fromValue(QList<double>{today.sinceReference})}},
          "signOut changeProvider",
          "since 3 Nov 2026"},
-        {{{"isUnconfirmed", true}}, "signIn checkAgain signOut changeProvider", "not said yet"},
+        {{{"isUnconfirmed", true}}, "signIn checkAgain signOut changeProvider", "not confirmed"},
         {{{"isUnconfirmed", true}, {"isChecking", true}},
          "signIn checkAgain signOut changeProvider",
          "asked"},
+        {{{"isUnread", true}}, "signIn checkAgain changeProvider", "not known yet"},
         {{{"isUnconfirmed", true}, {"issuer", ""}}, "chooseProvider signOut", "Without a provider"},
         {{{"isRevoked", true}}, "signIn changeProvider", "has ended"},
     };
@@ -353,7 +355,12 @@ TEST_F(Ecosystem, AProviderIsSetAndASignInMadeByTheKeyboardAlone)
     whole.insert("clientSecret", "open sesame");
     EXPECT_EQ(sent, whole);
     EXPECT_EQ(text("provider/secret/field"), "") << "it is not kept in the window";
-    tellAccount({{"isSecretRefused", true}});
+    EXPECT_FALSE(item("provider/useProvider")->isEnabled()) << "once is enough";
+    tellAccount({{"isKeepingSecret", true}});
+    EXPECT_TRUE(text("provider/formText").contains("being kept"));
+    EXPECT_FALSE(item("provider/useProvider")->isEnabled());
+    tellAccount({{"isKeepingSecret", false}, {"isSecretRefused", true}});
+    EXPECT_EQ(focused(), "useProvider");
     EXPECT_TRUE(text("provider/formText").contains("secret store"));
     tellAccount({{"isSecretRefused", false}, {"hasClientSecret", true}});
     tellAccount(provider);
@@ -373,9 +380,10 @@ TEST_F(Ecosystem, AProviderIsSetAndASignInMadeByTheKeyboardAlone)
 
     clickInSight("changeProvider");
     EXPECT_EQ(text("provider/client/field"), "velmora");
+    EXPECT_EQ(item("provider/issuer/field")->property("cursorPosition"), 0) << "its beginning is in sight";
     EXPECT_FALSE(item("provider/useProvider")->isEnabled()) << "it is in use";
-    type("provider/client/field", "other");
-    EXPECT_TRUE(text("provider/formText").contains("signs you out"));
+    type("provider/client/field", "velmora"); // what is below is in sight then, too
+    EXPECT_TRUE(text("provider/warning").contains("or none, signs you out"));
     clickInSight("provider/useNone");
     EXPECT_EQ(sent, (QVariantMap{{"issuer", ""}, {"clientID", ""}, {"parameters", ""}}));
     tellAccount(sent);

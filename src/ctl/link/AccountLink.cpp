@@ -18,6 +18,7 @@ void readValue(sd_bus_message* message, std::string_view name, account::Situatio
 {
     if (name == face::isSignedIn) now.isSignedIn = readTruth(message);
     if (name == face::isLoading) now.isLoading = readTruth(message);
+    if (name == face::isUnread) now.isUnread = readTruth(message);
     if (name == face::isUnconfirmed) now.isUnconfirmed = readTruth(message);
     if (name == face::isChecking) now.isChecking = readTruth(message);
     if (name == face::isRevoked) now.isRevoked = readTruth(message);
@@ -29,6 +30,7 @@ void readValue(sd_bus_message* message, std::string_view name, account::Situatio
     if (name == face::clientID) now.source.clientID = readText(message);
     if (name == face::parameters) now.source.parameters = readText(message);
     if (name == face::hasClientSecret) now.hasClientSecret = readTruth(message);
+    if (name == face::isKeepingSecret) now.isKeepingSecret = readTruth(message);
     if (name == face::isSecretRefused) now.isSecretRefused = readTruth(message);
 }
 

@@ -21,8 +21,8 @@ class AccountLink {
 public:
     /// Longer than the secret store and a provider take.
     static constexpr std::chrono::seconds answerPatience{40};
-    /// Longer than a person has for a sign-in.
-    static constexpr std::chrono::seconds personPatience{330};
+    /// Longer than a sign-in takes: five minutes for the person, one for the provider, and what it waits for.
+    static constexpr std::chrono::seconds personPatience{400};
 
     /// As VelmoraLink, whose failures are those of all functions here.
     AccountLink(EventLoop& loop, std::optional<std::chrono::seconds> patience);

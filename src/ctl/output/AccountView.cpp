@@ -21,6 +21,12 @@ Json textJson(const std::optional<std::string>& text)
     return text ? Json(*text) : Json();
 }
 
+std::string secretState(const account::Situation& now)
+{
+    if (now.isKeepingSecret) return tr("is being kept …");
+    return now.hasClientSecret ? tr("kept in the secret store") : std::string();
+}
+
 } // namespace
 
 std::string accountState(const account::Situation& now)
@@ -37,7 +43,7 @@ std::string accountText(const account::Situation& now)
     lines.add(tr("Last sign-in"), account::shownText(now.errorMessage));
     lines.add(tr("Provider"), account::shownText(now.source.issuer));
     lines.add(tr("Client"), account::shownText(now.source.clientID));
-    lines.add(tr("Its secret"), now.hasClientSecret ? tr("kept in the secret store") : std::string());
+    lines.add(tr("Its secret"), secretState(now));
     lines.add(tr("Parameters"), account::shownText(now.source.parameters));
     return lines.text();
 }
@@ -46,7 +52,9 @@ Json accountJson(const account::Situation& now)
 {
     return {{face::isSignedIn, now.isSignedIn},
             {face::isLoading, now.isLoading},
+            {face::isUnread, now.isUnread},
             {face::isUnconfirmed, now.isUnconfirmed},
+            {face::isChecking, now.isChecking},
             {face::isRevoked, now.isRevoked},
             {face::userDisplayName, textJson(now.name)},
             {face::userEmail, textJson(now.email)},
@@ -55,7 +63,9 @@ Json accountJson(const account::Situation& now)
             {face::issuer, now.source.issuer},
             {face::clientID, now.source.clientID},
             {face::parameters, now.source.parameters},
-            {face::hasClientSecret, now.hasClientSecret}};
+            {face::hasClientSecret, now.hasClientSecret},
+            {face::isKeepingSecret, now.isKeepingSecret},
+            {face::isSecretRefused, now.isSecretRefused}};
 }
 
 } // namespace velmora::ctl

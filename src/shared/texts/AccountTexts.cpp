@@ -40,10 +40,16 @@ static_assert(faults.size() == static_cast<std::size_t>(IdentityFault::signature
 std::string unconfirmedText(const Situation& now)
 {
     if (now.isChecking)
-        return tr("You have signed in before. The provider is being asked whether that still holds …");
+        return tr("You have signed in before. The provider is being asked whether this still holds …");
     if (now.source.issuer.empty())
-        return tr("You have signed in before. Without a provider nobody can say whether that still holds.");
-    return tr("You have signed in before. The provider has not said yet whether that still holds.");
+        return tr("You have signed in before. Without a provider nobody can say whether this still holds.");
+    return tr("You have signed in before. The provider has not confirmed that this still holds.");
+}
+
+std::string unreadText(const Situation& now)
+{
+    if (now.isChecking) return tr("The secret store is being asked who is signed in …");
+    return tr("The secret store is locked or does not answer: who is signed in is not known yet.");
 }
 
 } // namespace
@@ -83,6 +89,7 @@ std::string stateText(const Situation& now, const std::string& since)
         return tr("Your sign-in has ended: the provider has withdrawn it, or it was removed from the secret "
                   "store. You can sign in again.");
     if (now.isUnconfirmed) return unconfirmedText(now);
+    if (now.isUnread || now.isChecking) return unreadText(now);
     if (now.source.issuer.empty())
         return tr("No identity provider is set, so there is nobody to sign in with.");
     return tr("Nobody is signed in.");

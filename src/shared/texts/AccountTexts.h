@@ -16,9 +16,11 @@ namespace velmora::account {
 struct Situation {
     IdentitySource source{};
     bool hasClientSecret = false;
+    bool isKeepingSecret = false;
     bool isSecretRefused = false;
     bool isSignedIn = false;
     bool isLoading = false;
+    bool isUnread = false;
     bool isUnconfirmed = false;
     bool isChecking = false;
     bool isRevoked = false;

@@ -40,7 +40,7 @@ SettingsGroup {
     }
     Flow {
         Layout.fillWidth: true
-        visible: !group.isIdle || group.isKnown || AppleAuthManager.hasProvider || !group.isFormShown // any is
+        visible: !group.isIdle || group.isKnown || AppleAuthManager.isUnread || AppleAuthManager.hasProvider || !group.isFormShown // any is
         spacing: 8
 
         Timer { // a press may replace its button by another one, which has the keyboard then
@@ -84,7 +84,7 @@ SettingsGroup {
             id: again
 
             objectName: "checkAgain"
-            visible: group.isIdle && AppleAuthManager.isUnconfirmed && AppleAuthManager.hasProvider
+            visible: group.isIdle && (AppleAuthManager.isUnread || AppleAuthManager.isUnconfirmed && AppleAuthManager.hasProvider)
             text: qsTr("Check again")
             onClicked: AppleAuthManager.checkAgain()
             onVanished: keepFocus.start()

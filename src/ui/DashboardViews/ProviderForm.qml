@@ -20,6 +20,9 @@ ColumnLayout {
     readonly property bool isInUse: isSameClient && typed.parameters === kept.parameters
     readonly property string flaw: typed.issuer ? AppleAuthManager.flawText(typed) : ""
     property bool isWanted: false ///< what stands here is to be used
+    property bool isSent: false ///< and Velmora has not answered
+    readonly property bool isBusy: isSent || AppleAuthManager.isKeepingSecret
+    readonly property string warning: kept.issuer ? qsTr("Another provider or client, or none, signs you out first.") : ""
 
     signal done
 
@@ -30,7 +33,7 @@ ColumnLayout {
         if (isDone)
             done();
     }
-    onTypedChanged: isWanted = false
+    onTypedChanged: edited()
     onVisibleChanged: {
         if (!visible)
             return;
@@ -44,13 +47,27 @@ ColumnLayout {
         client.text = kept.clientID;
         parameters.text = kept.parameters;
         secret.text = "";
-        isWanted = false;
+        edited();
     }
 
-    function use(): void {
-        AppleAuthManager.use(typed, secret.text);
+    function edited(): void {
+        isWanted = false;
+        isSent = false;
+    }
+
+    function use(provider: var, clientSecret: string): void {
+        AppleAuthManager.use(provider, clientSecret);
         secret.text = "";
         isWanted = true;
+        isSent = true;
+    }
+
+    Connections {
+        target: AppleAuthManager
+
+        function onChanged(): void {
+            form.isSent = false;
+        }
     }
 
     GridLayout {
@@ -83,7 +100,7 @@ ColumnLayout {
             title: qsTr("Client's secret")
             hint: form.isSameClient && AppleAuthManager.hasClientSecret ? qsTr("As it is kept") : qsTr("None")
             isSecret: true
-            onTextChanged: form.isWanted = false
+            onTextChanged: form.edited()
         }
         FormEntry {
             id: parameters
@@ -95,23 +112,22 @@ ColumnLayout {
             maximumLength: 500
         }
     }
-    Label {
+    SmallLabel {
         objectName: "formText"
-        Layout.fillWidth: true
-        visible: text
         text: {
             if (form.flaw)
                 return form.flaw;
+            if (AppleAuthManager.isKeepingSecret)
+                return qsTr("The client's secret is being kept …");
             if (AppleAuthManager.secretText)
                 return AppleAuthManager.secretText;
-            if (form.isWanted)
-                return form.isInUse ? qsTr("In use.") : "";
-            return form.kept.issuer && form.typed.issuer && !form.isSameClient ? qsTr("Another provider or client signs you out first.") : "";
+            return form.isWanted && !form.isSent && form.isInUse ? qsTr("In use.") : "";
         }
-        font: Theme.font(11, Font.Normal)
-        color: Theme.colors.secondary
-        wrapMode: Text.Wrap
         Accessible.role: Accessible.AlertMessage
+    }
+    SmallLabel {
+        objectName: "warning"
+        text: form.warning
     }
     Flow {
         Layout.fillWidth: true
@@ -119,18 +135,18 @@ ColumnLayout {
 
         SmallButton {
             objectName: "useProvider"
-            enabled: form.typed.issuer && !form.flaw && (!form.isInUse || secret.text)
+            enabled: !form.isBusy && form.typed.issuer && !form.flaw && (!form.isInUse || secret.text)
             text: qsTr("Use this provider")
-            onClicked: form.use()
+            Accessible.description: form.isSameClient ? "" : form.warning
+            onClicked: form.use(form.typed, secret.text)
         }
         SmallButton {
             objectName: "useNone"
             visible: form.kept.issuer
+            enabled: !form.isBusy
             text: qsTr("Use none")
-            onClicked: {
-                form.isWanted = true;
-                AppleAuthManager.use({}, "");
-            }
+            Accessible.description: form.warning
+            onClicked: form.use({}, "")
         }
         SmallButton {
             objectName: "close"
@@ -142,5 +158,12 @@ ColumnLayout {
     component FormEntry: TextEntry {
         Layout.fillWidth: true
         Layout.preferredWidth: 1 // as wide as the one beside it
+    }
+    component SmallLabel: Label {
+        Layout.fillWidth: true
+        visible: text
+        font: Theme.font(11, Font.Normal)
+        color: Theme.colors.secondary
+        wrapMode: Text.Wrap
     }
 }

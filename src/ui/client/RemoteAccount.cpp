@@ -79,6 +79,7 @@ account::Situation RemoteAccount::situation() const
     return {.source = source(),
             .isSignedIn = isSignedIn(),
             .isLoading = isLoading(),
+            .isUnread = isUnread(),
             .isUnconfirmed = isUnconfirmed(),
             .isChecking = isChecking(),
             .isRevoked = isRevoked()};

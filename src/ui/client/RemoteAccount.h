@@ -20,10 +20,12 @@ class RemoteAccount : public velmora::RemoteObject {
     static constexpr const auto& table = wire::face::account::properties;
     VELMORA_MIRRORED(bool, isSignedIn)
     VELMORA_MIRRORED(bool, isLoading)
+    VELMORA_MIRRORED(bool, isUnread)
     VELMORA_MIRRORED(bool, isUnconfirmed)
     VELMORA_MIRRORED(bool, isChecking)
     VELMORA_MIRRORED(bool, isRevoked)
     VELMORA_MIRRORED(bool, hasClientSecret)
+    VELMORA_MIRRORED(bool, isKeepingSecret)
     VELMORA_MIRRORED(bool, isSecretRefused)
     Q_PROPERTY(QString name READ name NOTIFY changed) ///< empty: not known
     Q_PROPERTY(QString mail READ mail NOTIFY changed) ///< likewise
@@ -39,6 +41,8 @@ class RemoteAccount : public velmora::RemoteObject {
 public:
     explicit RemoteAccount(QObject* parent = nullptr) : RemoteObject(wire::face::account::face, parent) {}
 
+    /// Whether the browser comes to the front is the desktop's affair: Qt 6.4 has no token of a click to pass
+    /// on.
     Q_INVOKABLE void signIn();
     Q_INVOKABLE void cancelSignIn() { ask(wire::face::account::cancelSignIn); }
     Q_INVOKABLE void signOut() { ask(wire::face::account::signOut); }

@@ -54,9 +54,16 @@ ColumnLayout {
         selectByMouse: true
         maximumLength: 255
         onAccepted: entry.accepted()
+        onTextChanged: showBeginning()
+        onFocusChanged: showBeginning()
         // What screen readers describe it by; it is shown below. They are not told the name of a secret's field.
         placeholderText: entry.isSecret ? qsTr("%1: %2").arg(entry.title).arg(entry.hint) : entry.hint
         Accessible.name: entry.title
+
+        function showBeginning(): void {
+            if (!focus)
+                cursorPosition = 0; // what is longer than the field is known by that
+        }
 
         background: Rectangle {
             radius: 6
