@@ -97,7 +97,8 @@ TEST_F(RedirectListenerTest, OnlyItsOwnRedirectEndsTheWait)
     EXPECT_EQ(redirect->code, "a+b c");
     EXPECT_EQ(redirect->error, "");
     EXPECT_EQ(redirect->issuer, "https://id.example");
-    EXPECT_THAT(listener.strays(), HasSubstr("other sign-ins refused: 4"));
+    EXPECT_THAT(listener.strays(),
+                HasSubstr("other sign-ins refused: 4, redirects that a browser followed unasked refused: 4"));
 
     const Caller late(listener);
     listener.answer({ResultPage::Kind::signedIn, "Signed in <as> \"M&M\"."});

@@ -221,6 +221,7 @@ std::optional<Redirect> RedirectListener::answered(Visit& visit, std::string_vie
     wipe(visit.request);
     if (const auto* stray = std::get_if<Stray>(&found)) {
         wrongStates_ += *stray == Stray::state ? 1 : 0;
+        background_ += *stray == Stray::background ? 1 : 0;
         send(std::move(visit.connection), refusal(*stray));
         return std::nullopt;
     }
@@ -239,10 +240,12 @@ void RedirectListener::answer(const ResultPage& page)
 std::string RedirectListener::strays() const
 {
     std::string text;
-    if (foreign_ > 0) text = "connections of other users closed: " + std::to_string(foreign_);
-    if (wrongStates_ > 0)
-        text += (text.empty() ? "" : ", ") +
-                ("redirects of other sign-ins refused: " + std::to_string(wrongStates_));
+    const auto add = [&text](const char* what, std::size_t count) {
+        if (count > 0) text += (text.empty() ? "" : ", ") + (what + std::to_string(count));
+    };
+    add("connections of other users closed: ", foreign_);
+    add("redirects of other sign-ins refused: ", wrongStates_);
+    add("redirects that a browser followed unasked refused: ", background_);
     return text;
 }
 

@@ -72,6 +72,7 @@ private:
     FileDescriptor browser_; ///< the connection that brought the redirect
     std::size_t foreign_ = 0;
     std::size_t wrongStates_ = 0;
+    std::size_t background_ = 0;
 };
 
 } // namespace velmora::openid
