@@ -384,6 +384,11 @@ TEST_F(Ecosystem, AProviderIsSetAndASignInMadeByTheKeyboardAlone)
     EXPECT_FALSE(item("provider/useProvider")->isEnabled()) << "it is in use";
     type("provider/client/field", "velmora"); // what is below is in sight then, too
     EXPECT_TRUE(text("provider/warning").contains("or none, signs you out"));
+    type("provider/secret/field", "sesame");
+    clickInSight("provider/useProvider");
+    for (const bool isKeeping : {true, false}) tellAccount({{"isKeepingSecret", isKeeping}});
+    EXPECT_EQ(text("provider/formText"), "In use.");
+    EXPECT_EQ(focused(), "close");
     clickInSight("provider/useNone");
     EXPECT_EQ(sent, (QVariantMap{{"issuer", ""}, {"clientID", ""}, {"parameters", ""}}));
     tellAccount(sent);

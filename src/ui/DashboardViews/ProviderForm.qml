@@ -22,18 +22,23 @@ ColumnLayout {
     property bool isWanted: false ///< what stands here is to be used
     property bool isSent: false ///< and Velmora has not answered
     readonly property bool isBusy: isSent || AppleAuthManager.isKeepingSecret
+    readonly property bool isTaken: isWanted && !isBusy && isInUse && !AppleAuthManager.secretText
     readonly property string warning: kept.issuer ? qsTr("Another provider or client, or none, signs you out first.") : ""
 
     signal done
 
     spacing: 12
     onKeptTextChanged: {
-        const isDone = isWanted;
+        const wasWanted = isWanted;
         fill();
-        if (isDone)
+        if (wasWanted)
             done();
     }
     onTypedChanged: edited()
+    onIsBusyChanged: {
+        if (!isBusy)
+            keepFocus.start();
+    }
     onVisibleChanged: {
         if (!visible)
             return;
@@ -58,8 +63,22 @@ ColumnLayout {
     function use(provider: var, clientSecret: string): void {
         AppleAuthManager.use(provider, clientSecret);
         secret.text = "";
-        isWanted = true;
         isSent = true;
+        isWanted = true;
+    }
+
+    Timer { // the button that was pressed may be one that cannot be pressed now
+        id: keepFocus
+
+        interval: 0 // once that is settled
+        onTriggered: {
+            if (!form.visible || !useIt.focus || useIt.enabled)
+                return;
+            if (AppleAuthManager.secretText)
+                secret.focusField();
+            else
+                close.forceActiveFocus(Qt.TabFocusReason);
+        }
     }
 
     Connections {
@@ -121,7 +140,7 @@ ColumnLayout {
                 return qsTr("The client's secret is being kept …");
             if (AppleAuthManager.secretText)
                 return AppleAuthManager.secretText;
-            return form.isWanted && !form.isSent && form.isInUse ? qsTr("In use.") : "";
+            return form.isTaken ? qsTr("In use.") : "";
         }
         Accessible.role: Accessible.AlertMessage
     }
@@ -134,6 +153,8 @@ ColumnLayout {
         spacing: 8
 
         SmallButton {
+            id: useIt
+
             objectName: "useProvider"
             enabled: !form.isBusy && form.typed.issuer && !form.flaw && (!form.isInUse || secret.text)
             text: qsTr("Use this provider")
@@ -149,6 +170,8 @@ ColumnLayout {
             onClicked: form.use({}, "")
         }
         SmallButton {
+            id: close
+
             objectName: "close"
             text: qsTr("Close")
             onClicked: form.done()
