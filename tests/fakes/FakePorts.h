@@ -212,19 +212,26 @@ struct FakeSecretStore final : SecretStore {
     std::map<Address, std::string> items;
     bool isAvailable = true;
     bool holdsReady = false; ///< until `becomeReady`
+    bool replaces = false;   ///< what is there already, as the store of a desktop does
     std::vector<SecretItem> added, removed;
     bool isCancelled = false;
+    std::function<void()> onAdd;
+    std::mutex mutex; ///< for tests whose store is asked on another thread
 
     SecretStatus add(const SecretItem& item) override
     {
+        const std::lock_guard lock(mutex);
         added.push_back(item);
+        if (onAdd) onAdd();
         if (!isAvailable) return SecretStatus::unavailable;
+        if (replaces) items.erase({item.service, item.account});
         return items.emplace(Address{item.service, item.account}, item.data.value()).second
                    ? SecretStatus::success
                    : SecretStatus::unavailable; // one an address
     }
     SecretStatus copyMatching(SecretItem& item) override
     {
+        const std::lock_guard lock(mutex);
         if (!isAvailable) return SecretStatus::unavailable;
         const auto found = items.find({item.service, item.account});
         if (found == items.end()) return SecretStatus::notFound;
@@ -233,6 +240,7 @@ struct FakeSecretStore final : SecretStore {
     }
     SecretStatus remove(const SecretItem& item) override
     {
+        const std::lock_guard lock(mutex);
         removed.push_back(item);
         if (!isAvailable) return SecretStatus::unavailable;
         return items.erase({item.service, item.account}) > 0 ? SecretStatus::success : SecretStatus::notFound;

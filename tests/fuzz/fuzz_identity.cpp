@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 #include <string>
 
 // Whatever a provider answers, reading it ends, and what is found keeps to what the readers promise: texts
@@ -95,42 +96,23 @@ void readAll(std::string_view text)
     check(IdentityToken::parse(base64Url(text) + ".e30.AAAA"), isNoToken); // as its header
 }
 
-using Members = std::vector<std::pair<const char*, const char*>>;
-const Members members{{"issuer", R"("https://a")"},
-                      {"authorization_endpoint", R"("https://a/a")"},
-                      {"token_endpoint", R"("https://a/t")"},
-                      {"jwks_uri", R"("https://a/k")"},
-                      {"scopes_supported", R"(["openid"])"},
-                      {"access_token", R"("a")"},
-                      {"token_type", R"("Bearer")"},
-                      {"refresh_token", R"("r")"},
-                      {"sub", R"("u")"},
-                      {"given_name", R"("g")"},
-                      {"email", R"("e")"},
-                      {"error", R"("invalid_grant")"},
-                      {"error_description", R"("d")"},
-                      {"alg", R"("ES256")"},
-                      {"kid", R"("k")"},
-                      {"keys", "[]"}};
-const Members keyMembers{{"kty", R"("EC")"},
-                         {"crv", R"("P-256")"},
-                         {"x", R"("f83OJ3D2xF1Bg8vub9tLe1gHMzV76e8Tus9uPHvRVEU")"},
-                         {"y", R"("x_FEzRu9m36HLN_tue659LNpXW6pCyStikYjKIWI5a0")"},
-                         {"n", R"("AQAB")"},
-                         {"e", R"("AQAB")"},
-                         {"use", R"("sig")"},
-                         {"key_ops", R"(["verify"])"},
-                         {"alg", R"("ES256")"},
-                         {"kid", R"("k")"}};
+using Json = nlohmann::ordered_json;
+const Json members = Json::parse(R"({"issuer": "https://a", "authorization_endpoint": "https://a/a",
+    "token_endpoint": "https://a/t", "jwks_uri": "https://a/k", "scopes_supported": ["openid"],
+    "access_token": "a", "token_type": "Bearer", "refresh_token": "r", "sub": "u", "given_name": "g",
+    "email": "e", "error": "invalid_grant", "error_description": "d", "alg": "ES256", "kid": "k",
+    "keys": []})");
+const Json keyMembers = Json::parse(R"({"kty": "EC", "crv": "P-256",
+    "x": "f83OJ3D2xF1Bg8vub9tLe1gHMzV76e8Tus9uPHvRVEU", "y": "x_FEzRu9m36HLN_tue659LNpXW6pCyStikYjKIWI5a0",
+    "n": "AQAB", "e": "AQAB", "use": "sig", "key_ops": ["verify"], "alg": "ES256", "kid": "k"})");
 
 /// An object of these members, one of which says something else.
-std::string objectOf(const Members& all, std::size_t which, std::string_view value)
+std::string objectOf(const Json& all, std::size_t which, std::string_view value)
 {
     std::string text;
-    for (std::size_t i = 0; i < all.size(); ++i) {
-        text += (i == 0 ? "{\"" : ",\"") + std::string(all[i].first) + "\":";
-        text += i == which ? value : all[i].second;
-    }
+    for (const auto& [name, usual] : all.items())
+        text += (text.empty() ? "{\"" : ",\"") + name +
+                "\":" + (which-- == 0 ? std::string(value) : usual.dump());
     return text + "}";
 }
 

@@ -3,8 +3,8 @@
 
 #include "identity/OpenIDProvider.h"
 
+#include "FakePlatform.h"
 #include "LoopTest.h"
-#include "RecordingLog.h"
 #include "identity/KeptSignIns.h"
 #include "texts/AccountTexts.h"
 
@@ -21,46 +21,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using State = IdentityProvider::CredentialState;
 using Result = IdentityProvider::Result;
-
-/// A store whose add replaces, as that of a desktop does. Any thread.
-struct Drawer final : SecretStore {
-    std::mutex mutex;
-    std::map<std::string, std::string> items; ///< by account
-    bool isLocked = false;
-    std::function<void()> onAdd;
-
-    SecretStatus add(const SecretItem& item) override
-    {
-        const std::lock_guard lock(mutex);
-        if (onAdd) onAdd();
-        if (isLocked) return SecretStatus::unavailable;
-        EXPECT_EQ(item.service, "app.velmora.oidc");
-        items.insert_or_assign(item.account, item.data.value());
-        return SecretStatus::success;
-    }
-    SecretStatus copyMatching(SecretItem& item) override
-    {
-        const std::lock_guard lock(mutex);
-        if (isLocked) return SecretStatus::unavailable;
-        const auto found = items.find(item.account);
-        if (found == items.end()) return SecretStatus::notFound;
-        item.data = found->second;
-        return SecretStatus::success;
-    }
-    SecretStatus remove(const SecretItem& item) override
-    {
-        const std::lock_guard lock(mutex);
-        if (isLocked) return SecretStatus::unavailable;
-        return items.erase(item.account) > 0 ? SecretStatus::success : SecretStatus::notFound;
-    }
-    void whenReady(std::function<void()>) override {}
-    void cancel() override {}
-    std::string at(const std::string& account)
-    {
-        const std::lock_guard lock(mutex);
-        return items.contains(account) ? items.at(account) : "";
-    }
-};
 
 /// What conversations with a provider bring, and where they stop until the test goes on.
 struct Script {
@@ -151,14 +111,19 @@ private:
 
 struct OpenIDProviderTest : LoopTest {
     Script script;
-    std::shared_ptr<Drawer> drawer = std::make_shared<Drawer>();
-    std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>();
+    FakePlatform machine;
+    FakeSecretStore& store = *machine.secretStore;
+    RecordingLog* log = machine.log.get();
     bool hasModule = true;
     bool hasBrowser = true;
     std::function<void()> browserFailed;
     std::optional<OpenIDProvider> provider;
 
-    OpenIDProviderTest() { begin(); }
+    OpenIDProviderTest()
+    {
+        store.replaces = true;
+        begin();
+    }
     ~OpenIDProviderTest() override { script.release(); }
 
     /// A run of the program.
@@ -167,8 +132,8 @@ struct OpenIDProviderTest : LoopTest {
         provider.reset();
         provider.emplace(
             OpenIDProvider::Setup{.loop = std::shared_ptr<MainLoop>(&loop, [](auto*) {}),
-                                  .log = log,
-                                  .secrets = drawer,
+                                  .log = machine.log,
+                                  .secrets = machine.secretStore,
                                   .open = [this](IdentityAccess access) -> std::unique_ptr<OpenIDClient> {
                                       script.pass(Script::Stop::opening, never);
                                       if (!hasModule) return nullptr;
@@ -236,6 +201,14 @@ struct OpenIDProviderTest : LoopTest {
     }
     void finish() { state("nobody"); }
 
+    std::string kept(const char* user)
+    {
+        const std::lock_guard lock(store.mutex);
+        const auto found = store.items.find({KeptSignIns::service, user});
+        return found == store.items.end() ? "" : found->second;
+    }
+    void keep(const char* user, const std::string& text) { store.items[{KeptSignIns::service, user}] = text; }
+
     static std::string item(const std::string& token, const std::string& issuer = "https://id.example",
                             const std::string& client = "velmora")
     {
@@ -249,19 +222,19 @@ struct OpenIDProviderTest : LoopTest {
 TEST_F(OpenIDProviderTest, WhatASignInLeavesBehindIsInTheStoreAndNowhereElse)
 {
     EXPECT_EQ(signIn(), "ann");
-    EXPECT_EQ(drawer->at("ann"), item("token-1"));
+    EXPECT_EQ(kept("ann"), item("token-1"));
     EXPECT_EQ(log->count(), 0U);
 
     script.signIn = OpenIDClient::SignedIn{.credential = {.user = "ann"}};
     EXPECT_EQ(signIn(), "ann");
-    EXPECT_EQ(drawer->at("ann"), item("token-1")) << "a provider may give it at the first sign-in alone";
+    EXPECT_EQ(kept("ann"), item("token-1")) << "a provider may give it at the first sign-in alone";
     use("https://id.example", "another");
     EXPECT_EQ(signIn(), "ann");
-    EXPECT_EQ(drawer->at("ann"), item("", "https://id.example", "another"));
+    EXPECT_EQ(kept("ann"), item("", "https://id.example", "another"));
     EXPECT_EQ(log->count("gave no token for later"), 1U);
     EXPECT_EQ(state(), State::unknown);
 
-    drawer->isLocked = true;
+    store.isAvailable = false;
     script.signIn = OpenIDClient::SignedIn{.credential = {.user = "bob"}, .refreshToken = "token-9"};
     EXPECT_EQ(signIn(), "bob");
     EXPECT_EQ(log->count("did not take the sign-in"), 1U);
@@ -288,7 +261,7 @@ TEST_F(OpenIDProviderTest, ASignInThatFailsSaysWhatHelps)
     EXPECT_EQ(state(), State::notFound);
     use("", "");
     EXPECT_EQ(signIn(), text(IdentityFault::noProvider));
-    EXPECT_THAT(drawer->items, IsEmpty());
+    EXPECT_THAT(store.items, IsEmpty());
 }
 
 TEST_F(OpenIDProviderTest, AsksTheProviderWithTheTokenAndNeverTakesSilenceForARevocation)
@@ -317,34 +290,34 @@ TEST_F(OpenIDProviderTest, AsksTheProviderWithTheTokenAndNeverTakesSilenceForARe
         {"[[[[", "ann", State::unknown, "[[[["},
     };
     for (const auto& row : rows) {
-        drawer->items.clear();
-        if (!row.kept.empty()) drawer->items.emplace("ann", row.kept);
+        store.items.clear();
+        if (!row.kept.empty()) keep("ann", row.kept);
         script.refresh = row.answer;
         EXPECT_EQ(state(), row.state) << row.kept;
-        EXPECT_EQ(drawer->at("ann"), row.left);
+        EXPECT_EQ(kept("ann"), row.left);
     }
     script.refresh = "ann";
-    drawer->items["ann"] = item("token-1");
-    drawer->isLocked = true;
+    keep("ann", item("token-1"));
+    store.isAvailable = false;
     EXPECT_EQ(state(), State::unknown);
-    drawer->isLocked = false;
+    store.isAvailable = true;
     hasModule = false;
     EXPECT_EQ(state(), State::unknown);
     hasModule = true;
     EXPECT_EQ(log->count("token-"), 0U);
 
     script.takeAsked();
-    drawer->onAdd = [this, isFirst = true]() mutable { drawer->isLocked = std::exchange(isFirst, false); };
+    store.onAdd = [this, isFirst = true]() mutable { store.isAvailable = !std::exchange(isFirst, false); };
     EXPECT_EQ(state(), State::authorized);
-    EXPECT_EQ(drawer->items["ann"], item("token-1")) << "the store did not take the new one";
-    drawer->isLocked = false;
+    EXPECT_EQ(kept("ann"), item("token-1")) << "the store did not take the new one";
+    store.isAvailable = true;
     EXPECT_EQ(state(), State::authorized);
     EXPECT_THAT(script.takeAsked(), ElementsAre("refresh token-1", "refresh token-2"));
 }
 
 TEST_F(OpenIDProviderTest, CancelIsHeardInEveryPhaseAndPutsBackWhatWasKept)
 {
-    drawer->items["ann"] = item("token-0");
+    keep("ann", item("token-0"));
     for (const auto stop : {Script::Stop::opening, Script::Stop::signingIn}) {
         script.stop = stop;
         script.isReleased = false;
@@ -356,16 +329,16 @@ TEST_F(OpenIDProviderTest, CancelIsHeardInEveryPhaseAndPutsBackWhatWasKept)
         EXPECT_EQ(text(answered), "canceled");
     }
     script.stop = Script::Stop::nowhere;
-    drawer->onAdd = [this] { provider->cancelRequest(); };
+    store.onAdd = [this] { provider->cancelRequest(); };
     EXPECT_EQ(signIn(), "canceled") << "while the store was being written";
-    EXPECT_EQ(drawer->at("ann"), item("token-0"));
-    drawer->items.clear();
+    EXPECT_EQ(kept("ann"), item("token-0"));
+    store.items.clear();
     script.takeAsked();
     EXPECT_EQ(signIn(), "canceled");
-    EXPECT_EQ(drawer->at("ann"), "");
+    EXPECT_EQ(kept("ann"), "");
     EXPECT_THAT(script.takeAsked(), ElementsAre("sign in at https://id.example",
                                                 "revoke token-1 at https://id.example by secret"));
-    drawer->onAdd = nullptr;
+    store.onAdd = nullptr;
 
     script.stop = Script::Stop::signingIn;
     script.isReleased = false;
@@ -381,27 +354,27 @@ TEST_F(OpenIDProviderTest, CancelIsHeardInEveryPhaseAndPutsBackWhatWasKept)
 
 TEST_F(OpenIDProviderTest, ForgettingIsCertainHereAndTriedAtTheProvider)
 {
-    drawer->items["ann"] = item("token-1");
-    drawer->items["bob"] = item("token-5", "https://other.example");
+    keep("ann", item("token-1"));
+    keep("bob", item("token-5", "https://other.example"));
     script.stop = Script::Stop::revoking;
     provider->forget("ann");
     script.awaitStop();
-    EXPECT_EQ(drawer->at("ann"), "") << "before the provider answers";
+    EXPECT_EQ(kept("ann"), "") << "before the provider answers";
     provider->forget("bob");
     begin(); // the program ends while the provider is silent, and is started again
-    EXPECT_EQ(drawer->at("bob"), "");
+    EXPECT_EQ(kept("bob"), "");
     EXPECT_THAT(script.takeAsked(), ElementsAre("revoke token-1 at https://id.example by secret"));
 
     script.stop = Script::Stop::nowhere;
-    drawer->items["bob"] = item("token-5", "https://other.example");
-    drawer->items["cid"] = item("");
+    keep("bob", item("token-5", "https://other.example"));
+    keep("cid", item(""));
     provider->forget("bob");
     provider->forget("cid");
     finish();
-    EXPECT_THAT(drawer->items, IsEmpty());
+    EXPECT_THAT(store.items, IsEmpty());
     EXPECT_THAT(script.takeAsked(), ElementsAre("revoke token-5 at https://other.example by "))
         << "without another client's secret";
-    drawer->isLocked = true;
+    store.isAvailable = false;
     provider->forget("ann");
     finish();
     EXPECT_EQ(log->count("did not remove what it keeps"), 1U);
@@ -409,7 +382,7 @@ TEST_F(OpenIDProviderTest, ForgettingIsCertainHereAndTriedAtTheProvider)
 
 TEST_F(OpenIDProviderTest, TheEndOfTheProgramWaitsForAnAnswerThatCountsAndForNothingElse)
 {
-    drawer->items["ann"] = item("token-1");
+    keep("ann", item("token-1"));
     script.stop = Script::Stop::refreshing;
     Answered<State> unheard;
     provider->credentialState("ann", unheard.taker());
@@ -420,7 +393,7 @@ TEST_F(OpenIDProviderTest, TheEndOfTheProgramWaitsForAnAnswerThatCountsAndForNot
     });
     begin();
     late.join();
-    EXPECT_EQ(drawer->at("ann"), item("token-2"));
+    EXPECT_EQ(kept("ann"), item("token-2"));
     EXPECT_FALSE(unheard.isThere());
 
     for (const auto stop : {Script::Stop::signingIn, Script::Stop::refreshing}) {
@@ -434,7 +407,7 @@ TEST_F(OpenIDProviderTest, TheEndOfTheProgramWaitsForAnAnswerThatCountsAndForNot
         begin();
         EXPECT_FALSE(never1.isThere() || never2.isThere());
     }
-    EXPECT_EQ(drawer->at("ann"), item("token-2"));
+    EXPECT_EQ(kept("ann"), item("token-2"));
 }
 
 } // namespace

@@ -1,27 +1,25 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
+#include "LoopTest.h"
 #include "ManualLoop.h"
 #include "PostgresServer.h"
 #include "Process.h"
 #include "RecordingLog.h"
+#include "ScriptedServer.h"
 #include "StoreRequests.h"
 #include "TemporaryFolder.h"
 #include "records/LinuxRecordStores.h"
 #include "records/ServerVariables.h"
 
-#include <arpa/inet.h>
 #include <array>
 #include <atomic>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <pty.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -29,16 +27,17 @@
 namespace velmora {
 namespace {
 
-const std::string modules = std::string(VELMORA_BIN) + "/../lib/velmora";
+using Answer = ScriptedServer::Answer;
+using Manner = ScriptedServer::Manner;
 
 /// A server that velmora-fleet-server has set up for alice and bob, and stores on it by the module as it was
 /// built.
-struct PostgresRecordsTest : testing::Test {
+struct PostgresRecordsTest : LoopTest {
     TemporaryFolder folder;
     std::optional<PostgresServer> server;
     std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>();
     std::shared_ptr<ManualLoop> time = std::make_shared<ManualLoop>();
-    LinuxRecordStores stores{{.folders = {modules}, .file = {}}, time, log};
+    LinuxRecordStores stores{{.folders = {VELMORA_BIN "/../lib/velmora"}, .file = {}}, time, log};
 
     void SetUp() override
     {
@@ -51,13 +50,12 @@ struct PostgresRecordsTest : testing::Test {
 
     std::string said; ///< what velmora-fleet-server printed last
 
-    int administer(const std::string& arguments, int times = 1)
+    int administer(const std::string& arguments)
     {
         const auto command = std::string(VELMORA_BIN) + "/velmora-fleet-server " + arguments + " --host " +
                              server->folder() + " --port " + std::to_string(server->port());
-        auto all = "exec >" + (folder.path() / "said").string() + " 2>&1; ";
-        for (int i = 1; i < times; ++i) all += command + " & ";
-        const int status = std::system((all + command + "; s=$?; wait; exit $s").c_str());
+        const int status =
+            std::system((command + " >" + (folder.path() / "said").string() + " 2>&1").c_str());
         said = folder.read("said");
         return WEXITSTATUS(status);
     }
@@ -81,20 +79,9 @@ struct PostgresRecordsTest : testing::Test {
         return stores.open(where, [user = where.user] { return user + "-pw"; });
     }
 
-    /// What a person's test of the place says, the log's text behind it.
     std::string tested(const RecordPlace& where, const std::string& password = "alice-pw")
     {
-        std::optional<std::string> result;
-        stores.test(
-            where, [password] { return password; },
-            [&](RecordFault fault, const std::string& detail) {
-                result = recordFaultTexts.at(static_cast<std::size_t>(fault)) + (": " + detail);
-            });
-        for (int i = 0; i < 3000 && !result; ++i) {
-            time->runPosted();
-            std::this_thread::sleep_for(std::chrono::milliseconds{10});
-        }
-        return result.value_or("no answer");
+        return velmora::tested(stores, *time, where, [password] { return password; });
     }
     std::string faultOf(const RecordPlace& where, const std::string& password = "alice-pw")
     {
@@ -102,16 +89,6 @@ struct PostgresRecordsTest : testing::Test {
         return result.substr(0, result.find(':'));
     }
 };
-
-/// Whether it holds before long.
-bool eventually(const std::function<bool()>& condition)
-{
-    for (int i = 0; i < 600; ++i) {
-        if (condition()) return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds{50});
-    }
-    return false;
-}
 
 TEST_F(PostgresRecordsTest, MergesListsAndRemovesWhileTwoWritersLoseNothing)
 {
@@ -317,73 +294,19 @@ TEST_F(PostgresRecordsTest, AFullServerIsToldAndUsedAgainOnceItHasRoom)
     EXPECT_EQ(problem(save(*store, "laptop", {{"percentage", 2.0}})), "");
 }
 
-// What pretends to be the server, and what stands between it and its users.
-
-/// Says that to everybody who connects, and nothing more.
-class Liar {
-public:
-    explicit Liar(std::string words, bool isHangingUp = false)
-        : words_(std::move(words)), isHangingUp_(isHangingUp), thread_([this] { lie(); })
-    {
-    }
-    ~Liar()
-    {
-        shutdown(socket_, SHUT_RDWR);
-        thread_.join();
-        close(socket_);
-    }
-
-    std::uint16_t port() const
-    {
-        sockaddr_in address{};
-        socklen_t size = sizeof address;
-        getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &size);
-        return ntohs(address.sin_port);
-    }
-
-private:
-    static int listening()
-    {
-        const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        bind(socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
-        listen(socket, 8);
-        return socket;
-    }
-    void lie() const
-    {
-        for (int client = accept(socket_, nullptr, nullptr); client >= 0;
-             client = accept(socket_, nullptr, nullptr)) {
-            while (send(client, words_.data(), words_.size(), MSG_NOSIGNAL) > 0 && words_.size() > 1'000) {
-            }
-            char byte = 0;
-            while (!isHangingUp_ && recv(client, &byte, 1, 0) > 0) {
-            }
-            close(client);
-        }
-    }
-
-    std::string words_;
-    bool isHangingUp_;
-    int socket_ = listening();
-    std::thread thread_;
-};
-
 TEST_F(PostgresRecordsTest, NonsenseIsAFaultAndTakesNoMemory)
 {
-    const auto faultWith = [this](const std::string& words, bool isHangingUp = false) {
-        const Liar liar(words, isHangingUp);
+    const auto faultWith = [this](const std::string& words, Manner manner = Manner::raw) {
+        const ScriptedServer liar([&](const auto&) { return Answer{.body = words, .manner = manner}; }, true);
         auto there = place();
         there.port = liar.port();
         return faultOf(there);
     };
     EXPECT_EQ(faultWith("N"), "no-encryption");
     EXPECT_EQ(faultWith("HTTP/1.0 400 Bad Request\r\n\r\n"), "other");
-    EXPECT_NE(faultWith(std::string(1U << 20U, 'E')), "");
-    EXPECT_EQ(faultWith("", true), "unreachable");
+    EXPECT_NE(faultWith(std::string(16U << 20U, 'E')), "");
     EXPECT_EQ(faultWith(""), "unreachable");
+    EXPECT_EQ(faultWith("", Manner::silent), "unreachable");
 
     const auto store = open(place());
     server->sql(

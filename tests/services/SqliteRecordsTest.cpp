@@ -32,9 +32,7 @@ struct SqliteRecordsTest : testing::Test {
     std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>();
     std::shared_ptr<ManualLoop> loop = std::make_shared<ManualLoop>();
     LinuxRecordStores stores{
-        {.folders = {folder.path(), std::filesystem::path(VELMORA_BIN) / "../lib/velmora"}, .file = file},
-        loop,
-        log};
+        {.folders = {folder.path(), VELMORA_BIN "/../lib/velmora"}, .file = file}, loop, log};
 
     std::shared_ptr<CloudDatabase> open() { return stores.open({}, nullptr); }
 
@@ -49,16 +47,7 @@ struct SqliteRecordsTest : testing::Test {
         sqlite3_close(database);
     }
 
-    std::string tested(const RecordPlace& place = {})
-    {
-        std::optional<std::string> answer;
-        stores.test(place, nullptr, [&](RecordFault fault, const std::string& detail) {
-            answer = problem(CloudError{.text = detail, .fault = fault});
-        });
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds{20};
-        while (!answer && std::chrono::steady_clock::now() < deadline) loop->runPosted();
-        return answer.value_or("no answer");
-    }
+    std::string tested() { return velmora::tested(stores, *loop, {}, nullptr); }
 
     std::size_t filesWith(std::string_view part) const
     {
@@ -179,8 +168,7 @@ TEST_F(SqliteRecordsTest, AFileThatIsNotTheUsersAloneIsNotTouched)
     EXPECT_EQ(saved(*store), "") << "its place is free again";
     EXPECT_EQ(tested(), ": ");
     EXPECT_THAT(listed(*store), ElementsAre("a"));
-    LinuxRecordStores homeless(
-        {.folders = {std::filesystem::path(VELMORA_BIN) / "../lib/velmora"}, .file = {}}, loop, log);
+    LinuxRecordStores homeless({.folders = {VELMORA_BIN "/../lib/velmora"}, .file = {}}, loop, log);
     EXPECT_THAT(saved(*homeless.open({}, nullptr)), testing::HasSubstr("HOME is not set"));
 }
 

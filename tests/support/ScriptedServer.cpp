@@ -171,7 +171,7 @@ void give(int socket, const Answer& answer)
 } // namespace
 
 struct ScriptedServer::State {
-    explicit State(Handler toCall) : handler(std::move(toCall)) {}
+    State(Handler toCall, bool isFirst) : handler(std::move(toCall)), speaksFirst(isFirst) {}
 
     void listen();
     void accept();
@@ -179,6 +179,7 @@ struct ScriptedServer::State {
     void close();
 
     const Handler handler;
+    const bool speaksFirst;
     std::uint16_t port = 0;
     Socket listener;
     std::thread acceptor;
@@ -225,7 +226,7 @@ void ScriptedServer::State::accept()
 void ScriptedServer::State::serve(int socket)
 {
     for (bool isOpen = true; isOpen;) {
-        const auto request = received(socket);
+        const auto request = speaksFirst ? Request{.method = "none"} : received(socket);
         const auto answer = request.method.empty() ? Answer{} : handler(request);
         if (!request.method.empty()) give(socket, answer);
         isOpen = !request.method.empty() && answer.manner == Manner::keptOpen;
@@ -250,7 +251,8 @@ void ScriptedServer::State::close()
     workers.clear();
 }
 
-ScriptedServer::ScriptedServer(Handler handler) : state_(std::make_unique<State>(std::move(handler)))
+ScriptedServer::ScriptedServer(Handler handler, bool speaksFirst)
+    : state_(std::make_unique<State>(std::move(handler), speaksFirst))
 {
     state_->listen();
 }

@@ -46,7 +46,8 @@ public:
     /// Called on the connection's thread.
     using Handler = std::function<Answer(const Request&)>;
 
-    explicit ScriptedServer(Handler handler);
+    /// With `speaksFirst` a connection is answered before anything was asked: the request is empty.
+    explicit ScriptedServer(Handler handler, bool speaksFirst = false);
     ~ScriptedServer();
     ScriptedServer(const ScriptedServer&) = delete;
     ScriptedServer& operator=(const ScriptedServer&) = delete;

@@ -4,11 +4,13 @@
 #pragma once
 
 #include "platform/CloudDatabase.h"
+#include "platform/RecordStores.h"
 
 #include <future>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 
 namespace velmora {
 
@@ -69,6 +71,23 @@ inline std::vector<std::string> listed(CloudDatabase& store, std::size_t maximum
 inline std::optional<CloudError> remove(CloudDatabase& store, const std::string& name)
 {
     return awaited<std::optional<CloudError>>([&](auto done) { store.remove(name, done); });
+}
+
+/// What a person's test of the place says, the log's text behind it.
+template <typename Loop>
+std::string tested(RecordStores& stores, Loop& loop, const RecordPlace& place,
+                   RecordStores::Password password)
+{
+    std::optional<std::string> answer;
+    stores.test(place, std::move(password), [&](RecordFault fault, const std::string& detail) {
+        answer = problem(CloudError{.text = detail, .fault = fault});
+    });
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds{30};
+    while (!answer && std::chrono::steady_clock::now() < deadline) {
+        loop.runPosted();
+        std::this_thread::sleep_for(std::chrono::milliseconds{5});
+    }
+    return answer.value_or("no answer");
 }
 
 } // namespace velmora
