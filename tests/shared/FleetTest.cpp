@@ -122,20 +122,6 @@ TEST_F(CloudKitManagerTest, AnotherDatabaseFreesAnUploadThatHung)
     EXPECT_THAT(records->stored, SizeIs(1));
 }
 
-TEST_F(CloudKitManagerTest, ACommandIsWrittenWithItsOriginAndKeepsWhatItDoesNotSay)
-{
-    store("DeviceStatus_OTHER", {{field::percentage, 12.0}, {field::isStorageModeEnabled, true}});
-    manager.syncRemoteControl(75, false, std::nullopt, "OTHER");
-    machine.settle();
-    const auto& record = recordOf("OTHER");
-    EXPECT_EQ(record.value<double>(field::remoteChargeLimit), 75);
-    EXPECT_EQ(record.value<bool>(field::remoteAppleMode), false);
-    EXPECT_EQ(record.value<bool>(field::isStorageModeEnabled), true);
-    EXPECT_EQ(record.value<Date>(field::commandTimestamp), ManualClock::start);
-    EXPECT_EQ(record.value<std::string>(field::commandOrigin), "Study (ME)");
-    EXPECT_EQ(record.value<double>(field::percentage), 12);
-}
-
 TEST_F(CloudKitManagerTest, ReadsWhateverARecordHolds)
 {
     store("DeviceStatus_A", {{field::percentage, std::string("full")},
