@@ -156,52 +156,39 @@ TEST_F(DaemonObjectTest, KeepsWhoAsksForTheStateUntilThereIsOne)
     EXPECT_EQ(answers.back(), 42);
 }
 
-TEST_F(DaemonObjectTest, SaysNothingOfTheChargerBeforeItHasBeenSeen)
+TEST_F(DaemonObjectTest, AnswersOnceItHasSeenTheChargerAndWithWhatALookShows)
 {
-    service.report.hasBattery = false;
     DaemonObject daemon(loop, service, log);
     EXPECT_EQ(outcome(daemon), "owned");
-    Peer peer(loop);
-    std::vector<int> answers;
-    const auto noted = [](sd_bus_message* reply, void* to, sd_bus_error*) {
-        int value = -1;
-        sd_bus_message_read(reply, "v", "b", &value);
-        static_cast<std::vector<int>*>(to)->push_back(value);
-        return 0;
-    };
-    const auto question = peer.call(wire::objectPath, "org.freedesktop.DBus.Properties", "Get");
-    sd_bus_message_append(question.get(), "ss", ChargerReport::interface, "HasBattery");
-    sd_bus_call_async(peer.bus(), nullptr, question.get(), noted, &answers, 0);
-    ASSERT_TRUE(answer(peer.bus(), peer.call(wire::objectPath, "org.freedesktop.DBus.Peer", "Ping")));
-    EXPECT_TRUE(answers.empty()) << "nothing was seen yet, and so no lack of a battery either";
-    service.report.hasBattery = true;
-    daemon.serve();
-    ASSERT_TRUE(eventually([&] { return !answers.empty(); }));
-    EXPECT_EQ(answers.front(), 1);
-}
-
-TEST_F(DaemonObjectTest, AnswersWithWhatALookShows)
-{
-    const auto daemon = startDaemon();
-    service.report.endThreshold = 80;
     service.looks = [this] { ++service.report.endThreshold; };
     Peer peer(loop);
-    const auto ask = [&](const char* member, const char* name) {
-        const auto call = peer.call(wire::objectPath, "org.freedesktop.DBus.Properties", member);
+    const auto question = [&](const char* member, const char* name) {
+        auto call = peer.call(wire::objectPath, "org.freedesktop.DBus.Properties", member);
         sd_bus_message_append(call.get(), "s", ChargerReport::interface);
         if (name) sd_bus_message_append(call.get(), "s", name);
-        return answer(peer.bus(), call);
+        return call;
     };
-    const auto one = [&](const char* name) {
+    const auto valueIn = [](sd_bus_message* reply) {
         std::int64_t value = -1;
-        sd_bus_message_read(ask("Get", name).get(), "v", "x", &value);
+        sd_bus_message_read(reply, "v", "x", &value);
         return value;
     };
-    EXPECT_EQ(one("EndThreshold"), 81) << "a property is a question too";
-    const auto all = dbus::readArchive(ask("GetAll", nullptr).get());
-    ASSERT_TRUE(all.find("EndThreshold"));
-    EXPECT_EQ(*all.find("EndThreshold"), KeyedArchive::Value{std::int64_t{82}});
-    EXPECT_EQ(one("NoSuchThing"), -1);
+    std::optional<std::int64_t> early;
+    const auto noted = [](sd_bus_message* reply, void* to, sd_bus_error*) {
+        return sd_bus_message_read(reply, "v", "x",
+                                   &static_cast<std::optional<std::int64_t>*>(to)->emplace());
+    };
+    sd_bus_call_async(peer.bus(), nullptr, question("Get", "EndThreshold").get(), noted, &early, 0);
+    ASSERT_TRUE(answer(peer.bus(), peer.call(wire::objectPath, "org.freedesktop.DBus.Peer", "Ping")));
+    EXPECT_FALSE(early) << "nothing was seen yet, and so no lack of anything either";
+    daemon.serve();
+    ASSERT_TRUE(eventually([&] { return early.has_value(); }));
+    const auto before = service.report.endThreshold;
+    EXPECT_EQ(valueIn(answer(peer.bus(), question("Get", "EndThreshold")).get()), before + 1)
+        << "a property is a question too";
+    const auto all = dbus::readArchive(answer(peer.bus(), question("GetAll", nullptr)).get());
+    EXPECT_EQ(all.decodeInteger("EndThreshold", 0), before + 2);
+    EXPECT_EQ(valueIn(answer(peer.bus(), question("Get", "NoSuchThing")).get()), -1);
 }
 
 TEST_F(DaemonObjectTest, BelievesLogindAloneAndHasItWaitWithASleep)
