@@ -16,6 +16,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <cstring>
 #include <nlohmann/json.hpp>
 #include <vector>
 
@@ -28,36 +29,15 @@ using namespace velmora;
 
 /// All names that there are, and the words among the values that mean something.
 const std::vector<const char*> keys = [] {
-    std::vector<const char*> all{"percentage",
-                                 "isCharging",
-                                 "powerSource",
-                                 "thermalState",
-                                 "timeToFull",
-                                 "timeToEmpty",
-                                 "customHysteresis",
-                                 "customChargeLimit",
-                                 "date",
-                                 "Battery",
-                                 "not charging",
-                                 "deviceID",
-                                 "thresholds",
-                                 "fixed limit",
-                                 "end threshold",
-                                 "auto-protect",
-                                 "paused",
-                                 "55-60 or 80",
-                                 "unknown",
-                                 "deviceName",
-                                 "kind",
-                                 "server",
-                                 "host",
-                                 "port",
-                                 "lastUpdate",
-                                 "limitInForce",
-                                 "remoteChargeLimit",
-                                 "acceptsCommands",
-                                 "commandTaken",
-                                 "commandTimestamp"};
+    static std::string words =
+        "percentage,isCharging,powerSource,thermalState,timeToFull,timeToEmpty,"
+        "customHysteresis,customChargeLimit,date,Battery,not charging,deviceID,thresholds,"
+        "fixed limit,end threshold,auto-protect,paused,55-60 or 80,unknown,deviceName,"
+        "kind,server,host,port,lastUpdate,limitInForce,remoteChargeLimit,acceptsCommands,"
+        "commandTaken,commandTimestamp,";
+    std::ranges::replace(words, ',', '\0');
+    std::vector<const char*> all;
+    for (const char* word = words.data(); *word; word += std::strlen(word) + 1) all.push_back(word);
     for (const auto& property : chargerProperties) all.push_back(property.name);
     for (const auto& property : batteryProperties) all.push_back(property.name);
     return all;

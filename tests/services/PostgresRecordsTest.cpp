@@ -7,22 +7,20 @@
 #include "Process.h"
 #include "RecordingLog.h"
 #include "ScriptedServer.h"
+#include "ShellCommand.h"
 #include "StoreRequests.h"
 #include "TemporaryFolder.h"
 #include "records/LinuxRecordStores.h"
 #include "records/ServerVariables.h"
 
-#include <array>
 #include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <future>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pty.h>
 #include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace velmora {
 namespace {
@@ -499,53 +497,22 @@ TEST_F(PostgresRecordsTest, NothingOfAPersonWhoIsRemovedPassesToTheNextOfThatNam
     EXPECT_EQ(server->sql("SELECT count(*) FROM velmora.record", "second"), "0");
 }
 
-/// Runs a program on a terminal of its own, on which each question gets the next answer; what it shows.
-std::string onATerminal(const std::vector<std::string>& words, const std::vector<std::string>& answers)
-{
-    int terminal = -1;
-    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (child == 0) {
-        std::vector<char*> arguments;
-        for (const auto& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
-        arguments.push_back(nullptr);
-        execv(arguments.front(), arguments.data());
-        _exit(127);
-    }
-    std::string shown;
-    std::array<char, 1'024> bytes{};
-    auto answer = answers.begin();
-    for (ssize_t count = 0; (count = read(terminal, bytes.data(), bytes.size())) > 0;) {
-        shown.append(bytes.data(), static_cast<std::size_t>(count));
-        if (shown.ends_with(": ") && answer != answers.end()) {
-            const auto line = *answer++ + "\n";
-            EXPECT_EQ(write(terminal, line.data(), line.size()), static_cast<ssize_t>(line.size()));
-        }
-    }
-    close(terminal);
-    int status = -1;
-    waitpid(child, &status, 0);
-    return shown + "status " + std::to_string(WEXITSTATUS(status));
-}
-
 TEST_F(PostgresRecordsTest, PasswordsAreAskedForOnTheTerminalAndNotShown)
 {
-    const auto administered = [this](std::vector<std::string> words,
-                                     const std::vector<std::string>& answers) {
-        words.insert(words.begin(), std::string(VELMORA_BIN) + "/velmora-fleet-server");
-        for (const std::string word : {"--host", "localhost", "--database", "o\"ther'", "--port"})
-            words.push_back(word);
-        words.push_back(std::to_string(server->port()));
-        return onATerminal(words, answers);
+    const auto administered = [this](const std::string& words, const std::vector<std::string>& answers) {
+        return typed(VELMORA_BIN "/velmora-fleet-server " + words +
+                         " --host localhost --database \"o\\\"ther'\" --port " +
+                         std::to_string(server->port()),
+                     answers);
     };
-    EXPECT_THAT(administered({"setup"}, {"wrong"}), testing::EndsWith("status 1"));
-    EXPECT_THAT(administered({"setup"}, {"admin-pw"}), testing::EndsWith("status 0"));
-    const std::string person = "a\"b'c;--";
-    const auto shown =
-        administered({"add", person}, {"admin-pw", "first-pw", "second-pw", "third-pw", "third-pw"});
-    EXPECT_THAT(shown, testing::HasSubstr("not the same"));
-    EXPECT_THAT(shown, testing::EndsWith("status 0"));
-    EXPECT_EQ(shown.find("-pw"), std::string::npos) << shown;
-    auto there = place(person);
+    EXPECT_EQ(administered("setup", {"wrong\n"}).status, 1);
+    EXPECT_EQ(administered("setup", {"admin-pw\n"}).status, 0);
+    const auto added = administered("add \"a\\\"b'c;--\"",
+                                    {"admin-pw\n", "first-pw\n", "second-pw\n", "third-pw\n", "third-pw\n"});
+    EXPECT_EQ(added.status, 0);
+    EXPECT_THAT(added.said, testing::HasSubstr("not the same"));
+    EXPECT_EQ(added.said.find("-pw"), std::string::npos) << added.said;
+    auto there = place("a\"b'c;--");
     there.database = "o\"ther'";
     EXPECT_EQ(tested(there, "third-pw"), ": ");
     EXPECT_EQ(server->sql("SELECT left(rolpassword, 13) FROM pg_authid WHERE rolname LIKE 'a_b%'"),

@@ -9,6 +9,7 @@
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace velmora {
 
@@ -31,8 +32,8 @@ inline Outcome shell(const std::string& command)
     return outcome;
 }
 
-/// The same on a terminal, on which a person types `line`, its end included, once something is asked there.
-inline Outcome typed(const std::string& command, const std::string& line)
+/// The same on a terminal, on which a person types the next of `lines`, its end included, at each question.
+inline Outcome typed(const std::string& command, const std::vector<std::string>& lines)
 {
     int terminal = -1;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
@@ -42,11 +43,12 @@ inline Outcome typed(const std::string& command, const std::string& line)
     }
     Outcome outcome{-1, ""};
     std::array<char, 4096> part{};
-    bool isTyped = false;
+    auto line = lines.begin();
     for (ssize_t size = 0; (size = read(terminal, part.data(), part.size())) > 0;) {
         outcome.said.append(part.data(), static_cast<std::size_t>(size));
-        if (!isTyped && outcome.said.ends_with("): "))
-            isTyped = write(terminal, line.data(), line.size()) > 0;
+        if (line != lines.end() && outcome.said.ends_with(": ") &&
+            write(terminal, line->data(), line->size()) > 0)
+            ++line;
     }
     close(terminal);
     int status = 0;

@@ -17,11 +17,43 @@
 
 namespace velmora {
 
-/// velmoractl over an object of an application that is a part of the test.
-struct ControlTest : LoopTest {
-    /// `command` is the first word after the program's name.
-    explicit ControlTest(std::string command) : command_(std::move(command))
+/// velmoractl as a shell runs it, while the loop of the test is served.
+template <typename Base>
+struct CommandTest : Base {
+    std::future<Outcome> begin(const std::string& words, const std::string& as = "")
     {
+        return std::async(std::launch::async, shell, as + program + words);
+    }
+    Outcome await(std::future<Outcome> ended)
+    {
+        using namespace std::chrono_literals;
+        EXPECT_TRUE(this->eventually([&] { return ended.wait_for(0s) == std::future_status::ready; }));
+        return ended.get();
+    }
+    Outcome control(const std::string& words) { return await(begin(words)); }
+    /// With what a person types where it asks.
+    Outcome control(const std::string& words, const std::string& line)
+    {
+        return await(std::async(std::launch::async, typed, program + words, std::vector{line}));
+    }
+    void expectOutcome(const std::string& words, int status, const std::string& said)
+    {
+        const auto outcome = control(words);
+        EXPECT_EQ(outcome.status, status) << words << ": " << outcome.said;
+        EXPECT_THAT(outcome.said, testing::HasSubstr(said)) << words;
+        EXPECT_THAT(outcome.said, testing::Not(testing::HasSubstr("\x1b")))
+            << words << " reached for the terminal";
+    }
+
+    std::string program = VELMORA_BIN "/velmoractl ";
+};
+
+/// The same over an object of an application that is a part of the test.
+struct ControlTest : CommandTest<LoopTest> {
+    /// `command` is the first word after the program's name.
+    explicit ControlTest(const std::string& command)
+    {
+        program += command + ' ';
         setenv("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str(), 1);
     }
     ~ControlTest() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
@@ -42,40 +74,10 @@ struct ControlTest : LoopTest {
         machine.settle();
     }
 
-    std::future<Outcome> begin(const std::string& words)
-    {
-        return std::async(std::launch::async, shell, program() + words);
-    }
-    Outcome await(std::future<Outcome> ended)
-    {
-        using namespace std::chrono_literals;
-        EXPECT_TRUE(eventually([&] { return ended.wait_for(0s) == std::future_status::ready; }));
-        return ended.get();
-    }
-    Outcome control(const std::string& words) { return await(begin(words)); }
-    /// With a line that a person types.
-    Outcome control(const std::string& words, const std::string& line)
-    {
-        return await(std::async(std::launch::async, typed, program() + words, line));
-    }
-    void expectOutcome(const std::string& words, int status, const std::string& said)
-    {
-        const auto outcome = control(words);
-        EXPECT_EQ(outcome.status, status) << words << ": " << outcome.said;
-        EXPECT_THAT(outcome.said, testing::HasSubstr(said)) << words;
-        EXPECT_THAT(outcome.said, testing::Not(testing::HasSubstr("\x1b")))
-            << words << " reached for the terminal";
-    }
-
     PrivateBus bus;
     FakePlatform machine;
     dbus::Bus application;
     std::optional<ExportedObject> object;
-
-private:
-    std::string program() const { return VELMORA_BIN "/velmoractl " + command_ + ' '; }
-
-    std::string command_;
 };
 
 } // namespace velmora

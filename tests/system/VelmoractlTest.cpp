@@ -1,14 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The Velmora developers
 // SPDX-License-Identifier: GPL-3.0-or-later
 
-#include "ShellCommand.h"
+#include "ControlTest.h"
 #include "SystemTest.h"
 #include "bus/Records.h"
 #include "wire/ChargerInterface.h"
 
 #include <array>
 #include <cmath>
-#include <future>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -18,20 +17,8 @@ namespace {
 using nlohmann::json;
 
 /// velmoractl as a shell runs it, beside a daemon or what poses as one.
-struct VelmoractlTest : SystemTest {
+struct VelmoractlTest : CommandTest<SystemTest> {
     VelmoractlTest() { layLaptop(); }
-
-    /// Serves the loop meanwhile, and calls `meanwhile` in each turn.
-    Outcome control(
-        const std::string& words, const std::function<void()>& meanwhile = [] {}, const std::string& as = "")
-    {
-        auto ended = std::async(std::launch::async, shell, as + VELMORA_BIN "/velmoractl " + words);
-        EXPECT_TRUE(eventually([&] {
-            meanwhile();
-            return ended.wait_for(std::chrono::seconds{0}) == std::future_status::ready;
-        })) << words;
-        return ended.get();
-    }
 
     /// Answers for systemd, which knows two units, and for UPower, which holds the battery at thresholds.
     std::array<dbus::Slot, 2> otherPrograms() const
@@ -51,14 +38,6 @@ struct VelmoractlTest : SystemTest {
         for (const auto* name : {"org.freedesktop.systemd1", "org.freedesktop.UPower"})
             dbus::check(sd_bus_request_name(peer.bus(), name, 0), name);
         return slots;
-    }
-
-    void expectOutcome(const std::string& words, int status, const std::string& said)
-    {
-        const auto outcome = control(words);
-        EXPECT_EQ(outcome.status, status) << words << ": " << outcome.said;
-        EXPECT_NE(outcome.said.find(said), outcome.said.npos) << words << ": " << outcome.said;
-        EXPECT_EQ(outcome.said.find('\x1b'), outcome.said.npos) << words << " reached for the terminal";
     }
 
     json parsed(const std::string& words)
@@ -126,8 +105,7 @@ TEST_F(VelmoractlTest, SetsTheChargerAndSaysWhatIsInForce)
     expectOutcome("limit 80 --resume-below 79", 0, "In force: the charger stops at 80%.");
     std::filesystem::rename(tree() / "end", threshold);
     if (geteuid() != 0) return; // only root can be somebody else
-    const auto refused = control(
-        "limit 90", [] {}, "setpriv --reuid=65534 --regid=65534 --clear-groups ");
+    const auto refused = await(begin("limit 90", "setpriv --reuid=65534 --regid=65534 --clear-groups "));
     EXPECT_EQ(refused.status, 1) << refused.said;
     EXPECT_NE(refused.said.find("run it again with sudo"), refused.said.npos) << refused.said;
     EXPECT_NE(refused.said.find("usermod -aG velmora nobody"), refused.said.npos) << refused.said;
@@ -165,7 +143,7 @@ TEST_F(VelmoractlTest, WatchesChargerAndDaemonComeAndGo)
     const auto out = (folder.path() / "lines").string();
     const auto seen = [&](const char* kind) { return folder.read("lines").find(kind) != std::string::npos; };
     int step = 0;
-    const auto next = [&] {
+    const auto moveOn = [&] {
         if (step == 0 && seen("\"no-daemon\"")) {
             ++step;
             startDaemon();
@@ -177,9 +155,10 @@ TEST_F(VelmoractlTest, WatchesChargerAndDaemonComeAndGo)
             stopDaemon();
         }
     };
-    const auto outcome = control("watch --json >" + out + " & p=$!; until [ $(grep -c no-daemon " + out +
-                                     ") -ge 2 ]; do sleep 0.02; done; kill $p; cat " + out,
-                                 next);
+    auto ended = begin("watch --json >" + out + " & p=$!; until [ $(grep -c no-daemon " + out +
+                       ") -ge 2 ]; do sleep 0.02; done; kill $p; cat " + out);
+    eventually([&] { return moveOn(), step == 3; });
+    const auto outcome = await(std::move(ended));
     std::istringstream lines(outcome.said);
     for (std::string line; std::getline(lines, line);) {
         const auto parsed = json::parse(line, nullptr, false);
