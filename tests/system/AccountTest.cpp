@@ -3,6 +3,7 @@
 
 #include "Keyring.h"
 #include "LoopTest.h"
+#include "LoopbackConnection.h"
 #include "PrivateBus.h"
 #include "ScriptedProvider.h"
 #include "ShellCommand.h"
@@ -125,11 +126,9 @@ struct AccountTest : LoopTest {
     std::string agree(const std::string& page)
     {
         const auto to = provider.redirectFor(page);
-        const auto port = to.substr(17, to.find('/', 17) - 17);
-        return shell("bash -c 'exec 3<>/dev/tcp/127.0.0.1/" + port + "; printf \"GET " + "%s" +
-                     " HTTP/1.1\\r\\nHost: here\\r\\n\\r\\n\" \"" + to.substr(to.find('/', 17)) +
-                     "\" >&3; cat <&3'")
-            .said;
+        const LoopbackConnection connection(portOf(to));
+        connection.say("GET " + to.substr(to.find('/', 17)) + " HTTP/1.1\r\nHost: here\r\n\r\n");
+        return connection.heard();
     }
     void closeBrowser() const { std::filesystem::remove(home.path() / "page"); }
     void signIn()
