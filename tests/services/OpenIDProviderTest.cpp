@@ -37,7 +37,6 @@ struct Script {
     bool isAtStop = false;
     bool isReleased = false;
     std::vector<std::string> asked; ///< "refresh token-1"
-    std::vector<std::string> cancelledAt;
 
     void note(const std::string& what)
     {

@@ -50,8 +50,7 @@ struct ScriptedProvider::State {
 
     std::recursive_mutex mutex; ///< a behavior may ask the provider
     Behavior behavior;
-    int keysMade = 1;
-    std::unique_ptr<SigningKeys> keys = std::make_unique<SigningKeys>("1");
+    SigningKeys keys{"1"};
     std::map<std::string, std::shared_ptr<Grant>> grants; ///< by all codes and tokens
     std::vector<std::string> secrets;
     std::vector<Request> untaken;
@@ -126,7 +125,7 @@ Json ScriptedProvider::State::discovery() const
 
 Json ScriptedProvider::State::keySet() const
 {
-    auto shown = keys->publicKeys();
+    auto shown = keys.publicKeys();
     if (behavior.keys) behavior.keys(shown);
     return shown;
 }
@@ -140,8 +139,7 @@ std::string ScriptedProvider::State::redirect(const Parameters& asked)
         return to + "?" + openid::formEncoded({{name, value}, {"state", state}, {"iss", issuer}});
     };
     if (!behavior.refusal.empty()) return back("error", behavior.refusal);
-    if (!behavior.isBlind && valueOf(asked, "code_challenge_method") != "S256")
-        return back("error", "invalid_request");
+    if (valueOf(asked, "code_challenge_method") != "S256") return back("error", "invalid_request");
     return back("code", made(std::make_shared<Grant>(Grant{.asked = asked})));
 }
 
@@ -184,8 +182,8 @@ Answer ScriptedProvider::State::token(const Request& request)
     }
     const auto grant = grantOf(valueOf(given, "code"));
     if (valueOf(given, "grant_type") != "authorization_code" || !grant) return error(400, "invalid_grant");
-    const bool isProven = behavior.isBlind || hashOf(valueOf(given, "code_verifier"), 32) ==
-                                                  valueOf(grant->asked, "code_challenge");
+    const bool isProven =
+        hashOf(valueOf(given, "code_verifier"), 32) == valueOf(grant->asked, "code_challenge");
     grant->isValid = isProven && !grant->isCodeUsed &&
                      valueOf(given, "redirect_uri") == valueOf(grant->asked, "redirect_uri");
     if (!grant->isValid) return error(400, "invalid_grant");
@@ -204,14 +202,13 @@ Answer ScriptedProvider::State::tokensOf(const std::shared_ptr<Grant>& grant, co
     if (behavior.claims) behavior.claims(claims);
     Json header{{"alg", behavior.algorithm}, {"typ", "JWT"}};
     if (behavior.header) behavior.header(header);
-    auto identity = keys->sign(header, claims.dump());
+    auto identity = keys.sign(header, claims.dump());
     if (behavior.identityToken) identity = behavior.identityToken(identity);
     secrets.push_back(identity);
     Json said{
         {"access_token", access}, {"token_type", "Bearer"}, {"expires_in", 600}, {"id_token", identity}};
     const bool isFirst = grant->refreshToken.empty();
-    if (behavior.givesRefreshToken &&
-        valueOf(grant->asked, "scope").find("offline_access") != std::string::npos &&
+    if (valueOf(grant->asked, "scope").find("offline_access") != std::string::npos &&
         (isFirst || behavior.rotates))
         said["refresh_token"] = grant->refreshToken = made(grant);
     if (behavior.tokens) behavior.tokens(said);
@@ -249,12 +246,6 @@ void ScriptedProvider::change(const std::function<void(Behavior&)>& how)
     const std::lock_guard lock(state_->mutex);
     how(state_->behavior);
     if (!state_->behavior.clientSecret.empty()) state_->secrets.push_back(state_->behavior.clientSecret);
-}
-
-void ScriptedProvider::rotateKeys()
-{
-    const std::lock_guard lock(state_->mutex);
-    state_->keys = std::make_unique<SigningKeys>(std::to_string(++state_->keysMade));
 }
 
 void ScriptedProvider::revokeGrants()

@@ -26,9 +26,7 @@ public:
         Json user{{"given_name", "Mara"}, {"family_name", "Lind"}, {"email", "mara@example.org"}};
         std::string clientID = "velmora";
         std::string clientSecret{}; ///< demanded where there is one
-        bool givesRefreshToken = true;
         bool rotates = true;
-        bool isBlind = false;            ///< asks for no PKCE
         std::string refusal{};           ///< "access_denied": what /authorize answers with
         std::string algorithm = "RS256"; ///< or any that SigningKeys knows
         std::function<void(Json&)> discovery{}, keys{}, header{}, claims{}, tokens{}, userinfo{};
@@ -45,8 +43,6 @@ public:
     std::string issuer() const;
 
     void change(const std::function<void(Behavior&)>& how);
-    /// From now on signs with other keys, and shows these alone.
-    void rotateKeys();
     /// The user's grants end: what was given is void.
     void revokeGrants();
     /// Refuses connections, and accepts them again.

@@ -63,15 +63,6 @@ public:
                                       property, nullptr, "b", 1),
                   0);
     }
-    std::string travelStage() const
-    {
-        using namespace wire::face;
-        char* stage = nullptr;
-        sd_bus_get_property_string(script_.get(), serviceName, calendar::objectPath, calendar::interface,
-                                   calendar::travelChargeStage, nullptr, &stage);
-        const std::unique_ptr<char, decltype(&std::free)> kept(stage, &std::free);
-        return stage ? stage : "";
-    }
     std::string lastBody() const { return dunst_.shown().back().body; }
     std::string log() const { return folder_.read("log"); }
 
