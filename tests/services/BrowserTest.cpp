@@ -49,7 +49,8 @@ struct BrowserTest : LoopTest {
     }
     bool hasNoChild()
     {
-        return eventually([] { return waitpid(-1, nullptr, WNOHANG) < 0; });
+        siginfo_t seen{}; // and left for the browser to reap
+        return eventually([&] { return waitid(P_ALL, 0, &seen, WEXITED | WNOHANG | WNOWAIT) < 0; });
     }
 };
 
