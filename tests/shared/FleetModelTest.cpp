@@ -138,16 +138,6 @@ TEST_F(FleetModelTest, TicksWhileThereIsADatabaseAndKeepsWhatIsSelected)
     EXPECT_EQ(loop.pendingTimers(), 0U) << "nobody wakes for nothing";
 }
 
-TEST_F(FleetModelTest, ABatteryThatNobodyHasToldOfIsNotUploaded)
-{
-    BatteryModel begun{std::make_shared<FakeDaemonClient>(), nullptr};
-    begun.selectedDeviceID.set("ME");
-    manager.useDatabase(database, "ME");
-    begun.syncFleetNow();
-    machine.settle();
-    EXPECT_THAT(records->stored, IsEmpty());
-}
-
 TEST_F(FleetModelTest, AFreshCommandIsAppliedAtEachTickAndSentAtOnce)
 {
     settleIn();
