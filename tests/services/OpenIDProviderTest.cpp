@@ -3,8 +3,8 @@
 
 #include "identity/OpenIDProvider.h"
 
-#include "FakePlatform.h"
 #include "LoopTest.h"
+#include "RecordingLog.h"
 #include "identity/KeptSignIns.h"
 #include "texts/AccountTexts.h"
 
@@ -19,12 +19,61 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 using State = IdentityProvider::CredentialState;
 using Result = IdentityProvider::Result;
 
+/// A store whose add replaces, as that of a desktop does. Any thread.
+struct Drawer final : SecretStore {
+    std::mutex mutex;
+    std::map<std::string, std::string> items; ///< by account
+    bool isLocked = false;
+    std::function<void()> onAdd;
+    int calls = 0;
+
+    SecretStatus add(const SecretItem& item) override
+    {
+        const std::lock_guard lock(mutex);
+        ++calls;
+        if (onAdd) onAdd();
+        if (isLocked) return SecretStatus::unavailable;
+        EXPECT_EQ(item.service, "app.velmora.oidc");
+        items.insert_or_assign(item.account, item.data.value());
+        return SecretStatus::success;
+    }
+    SecretStatus copyMatching(SecretItem& item) override
+    {
+        const std::lock_guard lock(mutex);
+        ++calls;
+        if (isLocked) return SecretStatus::unavailable;
+        const auto found = items.find(item.account);
+        if (found == items.end()) return SecretStatus::notFound;
+        item.data = found->second;
+        return SecretStatus::success;
+    }
+    SecretStatus remove(const SecretItem& item) override
+    {
+        const std::lock_guard lock(mutex);
+        if (isLocked) return SecretStatus::unavailable;
+        return items.erase(item.account) > 0 ? SecretStatus::success : SecretStatus::notFound;
+    }
+    void whenReady(std::function<void()>) override {}
+    void cancel() override {}
+    std::string at(const std::string& account)
+    {
+        const std::lock_guard lock(mutex);
+        return items.contains(account) ? items.at(account) : "";
+    }
+    void lock(bool isNow)
+    {
+        const std::lock_guard lock(mutex);
+        isLocked = isNow;
+    }
+};
+
 /// What conversations with a provider bring, and where they stop until the test goes on.
 struct Script {
-    enum class Stop { nowhere, opening, signingIn, refreshing, revoking };
+    enum class Stop { nowhere, opening, signingIn, reaching, refreshing, revoking };
 
     std::variant<OpenIDClient::SignedIn, IdentityProblem> signIn =
         OpenIDClient::SignedIn{.credential = {.user = "ann"}, .refreshToken = "token-1"};
@@ -37,6 +86,7 @@ struct Script {
     bool isAtStop = false;
     bool isReleased = false;
     std::vector<std::string> asked; ///< "refresh token-1"
+    std::vector<std::string> cancelledAt;
 
     void note(const std::string& what)
     {
@@ -81,6 +131,11 @@ struct ScriptedClient final : OpenIDClient {
         if (isCancelled_) return IdentityProblem{IdentityFault::canceled};
         return script_.signIn;
     }
+    std::optional<IdentityProblem> reach() override
+    {
+        script_.pass(Script::Stop::reaching, isCancelled_);
+        return isCancelled_ ? std::optional(IdentityProblem{IdentityFault::canceled}) : std::nullopt;
+    }
     std::variant<std::string, IdentityProblem> refresh(const std::string& token, const Keep& keep) override
     {
         script_.note("refresh " + token);
@@ -108,21 +163,33 @@ private:
     bool isCancelled_ = false; ///< under the script's mutex
 };
 
+/// Whose timers are due at once where the test is in a hurry, else never.
+struct HastyLoop final : MainLoop {
+    explicit HastyLoop(EventLoop& loop) : loop_(loop) {}
+
+    bool isHasty = false;
+
+    void post(Task task) override { loop_.post(std::move(task)); }
+    Timer after(std::chrono::milliseconds, Task task, std::chrono::milliseconds) override
+    {
+        return isHasty ? loop_.after(std::chrono::milliseconds{0}, std::move(task)) : nullptr;
+    }
+
+private:
+    EventLoop& loop_;
+};
+
 struct OpenIDProviderTest : LoopTest {
     Script script;
-    FakePlatform machine;
-    FakeSecretStore& store = *machine.secretStore;
-    RecordingLog* log = machine.log.get();
+    std::shared_ptr<HastyLoop> timers = std::make_shared<HastyLoop>(loop);
+    std::shared_ptr<Drawer> drawer = std::make_shared<Drawer>();
+    std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>();
     bool hasModule = true;
     bool hasBrowser = true;
     std::function<void()> browserFailed;
     std::optional<OpenIDProvider> provider;
 
-    OpenIDProviderTest()
-    {
-        store.replaces = true;
-        begin();
-    }
+    OpenIDProviderTest() { begin(); }
     ~OpenIDProviderTest() override { script.release(); }
 
     /// A run of the program.
@@ -130,9 +197,9 @@ struct OpenIDProviderTest : LoopTest {
     {
         provider.reset();
         provider.emplace(
-            OpenIDProvider::Setup{.loop = std::shared_ptr<MainLoop>(&loop, [](auto*) {}),
-                                  .log = machine.log,
-                                  .secrets = machine.secretStore,
+            OpenIDProvider::Setup{.loop = timers,
+                                  .log = log,
+                                  .secrets = drawer,
                                   .open = [this](IdentityAccess access) -> std::unique_ptr<OpenIDClient> {
                                       script.pass(Script::Stop::opening, never);
                                       if (!hasModule) return nullptr;
@@ -199,14 +266,21 @@ struct OpenIDProviderTest : LoopTest {
         return *answered.answer;
     }
     void finish() { state("nobody"); }
-
-    std::string kept(const char* user)
+    void stopAt(Script::Stop place)
     {
-        const std::lock_guard lock(store.mutex);
-        const auto found = store.items.find({KeptSignIns::service, user});
-        return found == store.items.end() ? "" : found->second;
+        const std::lock_guard lock(script.mutex);
+        script.stop = place;
+        script.isReleased = script.isAtStop = false;
     }
-    void keep(const char* user, const std::string& text) { store.items[{KeptSignIns::service, user}] = text; }
+    /// What is asked of providers until that, which comes in its own time.
+    std::vector<std::string> askedUntil(const std::string& last)
+    {
+        EXPECT_TRUE(eventually([&] {
+            const std::lock_guard lock(script.mutex);
+            return !script.asked.empty() && script.asked.back() == last;
+        })) << last;
+        return script.takeAsked();
+    }
 
     static std::string item(const std::string& token, const std::string& issuer = "https://id.example",
                             const std::string& client = "velmora")
@@ -221,26 +295,29 @@ struct OpenIDProviderTest : LoopTest {
 TEST_F(OpenIDProviderTest, WhatASignInLeavesBehindIsInTheStoreAndNowhereElse)
 {
     EXPECT_EQ(signIn(), "ann");
-    EXPECT_EQ(kept("ann"), item("token-1"));
+    EXPECT_EQ(drawer->at("ann"), item("token-1"));
     EXPECT_EQ(log->count(), 0U);
 
     script.signIn = OpenIDClient::SignedIn{.credential = {.user = "ann"}};
     EXPECT_EQ(signIn(), "ann");
-    EXPECT_EQ(kept("ann"), item("token-1")) << "a provider may give it at the first sign-in alone";
+    EXPECT_EQ(drawer->at("ann"), item("token-1")) << "a provider may give it at the first sign-in alone";
     use("https://id.example", "another");
     EXPECT_EQ(signIn(), "ann");
-    EXPECT_EQ(kept("ann"), item("", "https://id.example", "another"));
+    EXPECT_EQ(drawer->at("ann"), item("", "https://id.example", "another"));
     EXPECT_EQ(log->count("gave no token for later"), 1U);
     EXPECT_EQ(state(), State::unknown);
 
-    store.isAvailable = false;
+    EXPECT_EQ(log->count("it cannot be asked whether"), 1U);
+
+    drawer->isLocked = true;
+    drawer->calls = 0;
     script.signIn = OpenIDClient::SignedIn{.credential = {.user = "bob"}, .refreshToken = "token-9"};
     EXPECT_EQ(signIn(), "bob");
+    EXPECT_EQ(drawer->calls, 1) << "a store that does not answer is not waited for twice";
     EXPECT_EQ(log->count("did not take the sign-in"), 1U);
     script.takeAsked();
     provider->forget("bob");
-    finish();
-    EXPECT_THAT(script.takeAsked(), ElementsAre("revoke token-9 at https://id.example by secret"));
+    askedUntil("revoke token-9 at https://id.example by secret");
     EXPECT_EQ(log->count("token-") + log->count("secret\""), 0U);
 }
 
@@ -260,7 +337,7 @@ TEST_F(OpenIDProviderTest, ASignInThatFailsSaysWhatHelps)
     EXPECT_EQ(state(), State::notFound);
     use("", "");
     EXPECT_EQ(signIn(), text(IdentityFault::noProvider));
-    EXPECT_THAT(store.items, IsEmpty());
+    EXPECT_THAT(drawer->items, IsEmpty());
 }
 
 TEST_F(OpenIDProviderTest, AsksTheProviderWithTheTokenAndNeverTakesSilenceForARevocation)
@@ -289,58 +366,100 @@ TEST_F(OpenIDProviderTest, AsksTheProviderWithTheTokenAndNeverTakesSilenceForARe
         {"[[[[", "ann", State::unknown, "[[[["},
     };
     for (const auto& row : rows) {
-        store.items.clear();
-        if (!row.kept.empty()) keep("ann", row.kept);
+        drawer->items.clear();
+        if (!row.kept.empty()) drawer->items.emplace("ann", row.kept);
         script.refresh = row.answer;
         EXPECT_EQ(state(), row.state) << row.kept;
-        EXPECT_EQ(kept("ann"), row.left);
+        EXPECT_EQ(drawer->at("ann"), row.left);
     }
     script.refresh = "ann";
-    keep("ann", item("token-1"));
-    store.isAvailable = false;
+    drawer->items["ann"] = item("token-1");
+    drawer->isLocked = true;
     EXPECT_EQ(state(), State::unknown);
-    store.isAvailable = true;
+    drawer->isLocked = false;
     hasModule = false;
     EXPECT_EQ(state(), State::unknown);
     hasModule = true;
     EXPECT_EQ(log->count("token-"), 0U);
 
     script.takeAsked();
-    store.onAdd = [this, isFirst = true]() mutable { store.isAvailable = !std::exchange(isFirst, false); };
+    timers->isHasty = true;
+    drawer->onAdd = [this, rest = 3]() mutable { drawer->isLocked = --rest > 0; };
     EXPECT_EQ(state(), State::authorized);
-    EXPECT_EQ(kept("ann"), item("token-1")) << "the store did not take the new one";
-    store.isAvailable = true;
+    EXPECT_TRUE(eventually([&] { return drawer->at("ann") == item("token-2"); })) << "offered again";
+    timers->isHasty = false;
+    drawer->onAdd = [this] { drawer->isLocked = true; };
+    script.rotated = "token-3";
     EXPECT_EQ(state(), State::authorized);
-    EXPECT_THAT(script.takeAsked(), ElementsAre("refresh token-1", "refresh token-2"));
+    EXPECT_EQ(state(), State::authorized);
+    drawer->onAdd = nullptr;
+    drawer->lock(false);
+    begin();
+    EXPECT_EQ(drawer->at("ann"), item("token-3")) << "at the end, too";
+    EXPECT_THAT(script.takeAsked(), ElementsAre("refresh token-1", "refresh token-2", "refresh token-3"));
+}
+
+TEST_F(OpenIDProviderTest, WhoSignsInWaitsForNothingButAnAnswerThatCounts)
+{
+    drawer->items["ann"] = item("token-1");
+    stopAt(Script::Stop::reaching);
+    Answered<State> gaveWay, counts;
+    provider->credentialState("ann", gaveWay.taker());
+    script.awaitStop();
+    EXPECT_EQ(signIn(), "ann") << "before a check that cannot reach the provider";
+    EXPECT_EQ(gaveWay.answer, State::unknown);
+    stopAt(Script::Stop::revoking);
+    provider->forget("ann");
+    script.awaitStop();
+    EXPECT_EQ(signIn(), "ann") << "before a revocation";
+
+    stopAt(Script::Stop::refreshing);
+    script.takeAsked();
+    provider->credentialState("ann", counts.taker());
+    script.awaitStop();
+    Answered<Result> cancelled;
+    request(cancelled);
+    provider->cancelRequest();
+    EXPECT_EQ(text(cancelled), "canceled") << "at once";
+    EXPECT_FALSE(counts.isThere());
+    provider->forget("ann");
+    EXPECT_TRUE(eventually([&] { return drawer->at("ann").empty(); }))
+        << "while a check waits for its answer";
+    script.release();
+    EXPECT_THAT(askedUntil("revoke token-2 at https://id.example by secret"),
+                ElementsAre("refresh token-1", "revoke token-1 at https://id.example by secret",
+                            "revoke token-2 at https://id.example by secret"));
+    EXPECT_EQ(drawer->at("ann"), "") << "what comes in its place is not kept";
 }
 
 TEST_F(OpenIDProviderTest, CancelIsHeardInEveryPhaseAndPutsBackWhatWasKept)
 {
-    keep("ann", item("token-0"));
+    drawer->items["ann"] = item("token-0");
     for (const auto stop : {Script::Stop::opening, Script::Stop::signingIn}) {
-        script.stop = stop;
-        script.isReleased = false;
+        stopAt(stop);
         Answered<Result> answered;
         request(answered);
         script.awaitStop();
         provider->cancelRequest();
         script.release();
         EXPECT_EQ(text(answered), "canceled");
+        finish();
     }
     script.stop = Script::Stop::nowhere;
-    store.onAdd = [this] { provider->cancelRequest(); };
+    drawer->onAdd = [this] { provider->cancelRequest(); };
     EXPECT_EQ(signIn(), "canceled") << "while the store was being written";
-    EXPECT_EQ(kept("ann"), item("token-0"));
-    store.items.clear();
+    finish();
+    EXPECT_EQ(drawer->at("ann"), item("token-0"));
+    drawer->items.clear();
     script.takeAsked();
     EXPECT_EQ(signIn(), "canceled");
-    EXPECT_EQ(kept("ann"), "");
-    EXPECT_THAT(script.takeAsked(), ElementsAre("sign in at https://id.example",
-                                                "revoke token-1 at https://id.example by secret"));
-    store.onAdd = nullptr;
+    EXPECT_THAT(
+        askedUntil("revoke token-1 at https://id.example by secret"),
+        ElementsAre("sign in at https://id.example", "revoke token-1 at https://id.example by secret"));
+    EXPECT_EQ(drawer->at("ann"), "");
+    drawer->onAdd = nullptr;
 
-    script.stop = Script::Stop::signingIn;
-    script.isReleased = false;
+    stopAt(Script::Stop::signingIn);
     Answered<Result> first, second;
     request(first);
     script.awaitStop();
@@ -353,35 +472,33 @@ TEST_F(OpenIDProviderTest, CancelIsHeardInEveryPhaseAndPutsBackWhatWasKept)
 
 TEST_F(OpenIDProviderTest, ForgettingIsCertainHereAndTriedAtTheProvider)
 {
-    keep("ann", item("token-1"));
-    keep("bob", item("token-5", "https://other.example"));
+    drawer->items["ann"] = item("token-1");
+    drawer->items["bob"] = item("token-5", "https://other.example");
     script.stop = Script::Stop::revoking;
     provider->forget("ann");
     script.awaitStop();
-    EXPECT_EQ(kept("ann"), "") << "before the provider answers";
+    EXPECT_EQ(drawer->at("ann"), "") << "before the provider answers";
     provider->forget("bob");
     begin(); // the program ends while the provider is silent, and is started again
-    EXPECT_EQ(kept("bob"), "");
+    EXPECT_EQ(drawer->at("bob"), "");
     EXPECT_THAT(script.takeAsked(), ElementsAre("revoke token-1 at https://id.example by secret"));
 
     script.stop = Script::Stop::nowhere;
-    keep("bob", item("token-5", "https://other.example"));
-    keep("cid", item(""));
-    provider->forget("bob");
+    drawer->items["bob"] = item("token-5", "https://other.example");
+    drawer->items["cid"] = item("");
     provider->forget("cid");
-    finish();
-    EXPECT_THAT(store.items, IsEmpty());
-    EXPECT_THAT(script.takeAsked(), ElementsAre("revoke token-5 at https://other.example by "))
+    provider->forget("bob");
+    EXPECT_THAT(askedUntil("revoke token-5 at https://other.example by "), SizeIs(1))
         << "without another client's secret";
-    store.isAvailable = false;
+    EXPECT_THAT(drawer->items, IsEmpty());
+    drawer->lock(true);
     provider->forget("ann");
-    finish();
-    EXPECT_EQ(log->count("did not remove what it keeps"), 1U);
+    EXPECT_TRUE(eventually([&] { return log->count("did not remove what it keeps") == 1; }));
 }
 
 TEST_F(OpenIDProviderTest, TheEndOfTheProgramWaitsForAnAnswerThatCountsAndForNothingElse)
 {
-    keep("ann", item("token-1"));
+    drawer->items["ann"] = item("token-1");
     script.stop = Script::Stop::refreshing;
     Answered<State> unheard;
     provider->credentialState("ann", unheard.taker());
@@ -392,12 +509,11 @@ TEST_F(OpenIDProviderTest, TheEndOfTheProgramWaitsForAnAnswerThatCountsAndForNot
     });
     begin();
     late.join();
-    EXPECT_EQ(kept("ann"), item("token-2"));
+    EXPECT_EQ(drawer->at("ann"), item("token-2"));
     EXPECT_FALSE(unheard.isThere());
 
     for (const auto stop : {Script::Stop::signingIn, Script::Stop::refreshing}) {
-        script.stop = stop;
-        script.isReleased = false;
+        stopAt(stop);
         Answered<Result> never1;
         Answered<State> never2;
         if (stop == Script::Stop::signingIn) request(never1);
@@ -406,7 +522,7 @@ TEST_F(OpenIDProviderTest, TheEndOfTheProgramWaitsForAnAnswerThatCountsAndForNot
         begin();
         EXPECT_FALSE(never1.isThere() || never2.isThere());
     }
-    EXPECT_EQ(kept("ann"), item("token-2"));
+    EXPECT_EQ(drawer->at("ann"), item("token-2"));
 }
 
 } // namespace

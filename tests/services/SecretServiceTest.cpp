@@ -215,6 +215,12 @@ TEST_F(LyingServiceTest, NeitherNonsenseNorAPromptNorADeathIsAnAnswer)
     EXPECT_FALSE(whileServed(saved) || whileServed(removed)) << "it would ask the user";
     EXPECT_FALSE(whileServed(found)) << "too large";
 
+    answer = [](sd_bus_message* call) {
+        if (isCall(call, "Get")) return sd_bus_reply_method_return(call, "v", "b", 0);
+        return sd_bus_reply_method_return(call, "aoao", 0, 1, "/elsewhere/item");
+    };
+    EXPECT_EQ(whileServed([this] { return remove(); }), unavailable) << "in a locked collection";
+
     answer = [](sd_bus_message* call) { return sd_bus_reply_method_return(call, "as", 1, "full"); };
     EXPECT_FALSE(whileServed(saved) || whileServed(removed) || whileServed(found));
 

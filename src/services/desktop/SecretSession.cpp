@@ -125,6 +125,10 @@ std::vector<std::string> SecretSession::find(const std::string& service, const s
     const char* item = nullptr;
     while (items.size() < maximumItems && check(sd_bus_message_read(reply.get(), "o", &item), "item") > 0)
         items.emplace_back(item);
+    if (!items.empty()) return items;
+    check(sd_bus_message_exit_container(reply.get()), "SearchItems");
+    check(sd_bus_message_enter_container(reply.get(), 'a', "o"), "SearchItems");
+    if (check(sd_bus_message_read(reply.get(), "o", &item), "item") > 0) fail(EACCES, "a locked item");
     return items;
 }
 

@@ -33,7 +33,7 @@ public:
     /// Waiting ends at the deadline, or once `cancelled`, a descriptor, can be read.
     SecretSession(Clock::time_point deadline, int cancelled);
 
-    /// The items with these attributes.
+    /// The items with these attributes. Throws where there are such, but all are locked.
     std::vector<std::string> find(const std::string& service, const std::string& account);
 
     /// Whether what is not found may be in the default collection all the same.

@@ -7,6 +7,7 @@
 #include "platform/IdentityProvider.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -39,6 +40,10 @@ public:
     /// The user signs in, by the authorization code flow with PKCE. At most 5 minutes for the user, and one
     /// for the provider.
     virtual std::variant<SignedIn, IdentityProblem> signIn(const OpenBrowser& openBrowser) = 0;
+
+    /// Reads what the provider announces, to which nothing of the user's is sent; what follows knows it then.
+    /// At most 15 seconds.
+    virtual std::optional<IdentityProblem> reach() = 0;
 
     /// Uses the token once, and tells whose it is: the identifier of the user. `revoked` where the provider
     /// no longer honours it. At most a minute.

@@ -3,22 +3,25 @@
 
 #pragma once
 
+#include "base/Lifetime.h"
 #include "identity/IdentityModule.h"
+#include "identity/ProviderThread.h"
 #include "platform/IdentityProvider.h"
 #include "platform/Log.h"
 #include "platform/MainLoop.h"
 #include "platform/SecretStore.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
 
 namespace velmora {
 
-class Conversation;
-
 /// Says who the user is by OpenID Connect, in the user's browser. Providers are asked on a thread of its own,
-/// one request after the other.
+/// one request after the other: a check of a sign-in and a revocation give way to a user who signs in, unless
+/// the check awaits an answer that counts. A user is forgotten on another thread, which waits for the secret
+/// store alone.
 ///
 /// What has a sign-in outlive this run is in the secret store, under KeptSignIns::service. A user for whom
 /// there is nothing is `notFound`; where the store does not answer, or keeps a sign-in with another provider
@@ -43,7 +46,7 @@ public:
     OpenIDProvider& operator=(const OpenIDProvider&) = delete;
 
     /// Waits for an answer that is on the way, up to 2 s: the token in it is the only one that counts from
-    /// then on. All else is ended at once.
+    /// then on. The secret store gets 200 ms for what it has not taken or removed. All else is ended at once.
     ~OpenIDProvider() override;
 
     void use(const IdentitySource& source, ClientSecret secret) override;
@@ -56,13 +59,19 @@ public:
 
 private:
     class Desk;
+    class Request;
 
     template <typename Answer>
-    void ask(std::function<Answer(Desk&)> work, const Answer& instead, std::function<void(Answer)> answered);
+    void ask(Urgency urgency, std::function<Answer(Desk&)> work, const Answer& instead,
+             std::function<void(Answer)> answered);
+    void offerLater();
 
+    Lifetime lifetime_;
     std::shared_ptr<Desk> desk_;
     IdentityAccess inUse_;
-    std::weak_ptr<Conversation> request_; ///< the last that was performed
+    std::weak_ptr<Request> request_; ///< the last that was performed
+    MainLoop::Timer nextOffer_;      ///< of tokens that the secret store did not take
+    std::size_t offers_ = 0;
 };
 
 } // namespace velmora

@@ -19,14 +19,40 @@ bool Conversation::begin(std::unique_ptr<OpenIDClient> client)
     return !isCancelled_;
 }
 
-void Conversation::cancel()
+bool Conversation::cancel()
 {
     {
         const MutexLock lock(mutex_);
-        if (isOver_) return;
+        if (isOver_) return false;
         isCancelled_ = true;
     }
     interrupt();
+    return true;
+}
+
+bool Conversation::commit()
+{
+    const MutexLock lock(mutex_);
+    isCommitted_ = !isCancelled_;
+    return isCommitted_;
+}
+
+void Conversation::answered()
+{
+    const MutexLock lock(mutex_);
+    isCommitted_ = false;
+}
+
+bool Conversation::giveWay()
+{
+    {
+        const MutexLock lock(mutex_);
+        if (isCommitted_) return false;
+        if (isOver_) return true;
+        isCancelled_ = true;
+    }
+    interrupt();
+    return true;
 }
 
 void Conversation::interrupt()
@@ -46,12 +72,17 @@ bool Conversation::finish()
 
 // -- The thread
 
-bool ProviderThread::run(Task task)
+bool ProviderThread::run(Urgency urgency, Task task)
 try {
-    const MutexLock lock(mutex_);
-    if (!isAtWork_) std::thread([self = shared_from_this()] { self->work(); }).detach();
-    isAtWork_ = true;
-    waiting_.push_back(std::move(task));
+    std::shared_ptr<Conversation> current;
+    {
+        const MutexLock lock(mutex_);
+        if (!isAtWork_) std::thread([self = shared_from_this()] { self->work(); }).detach();
+        isAtWork_ = true;
+        waiting_.emplace(urgency, std::move(task));
+        current = current_.lock();
+    }
+    if (urgency == Urgency::person && current && current->urgency() > urgency) current->giveWay();
     return true;
 } catch (const std::system_error&) {
     return false;
@@ -59,14 +90,13 @@ try {
 
 void ProviderThread::work()
 {
-    pthread_setname_np(pthread_self(), "velmora-openid");
+    pthread_setname_np(pthread_self(), name_);
     mutex_.lock();
     while (!waiting_.empty()) {
-        auto task = std::move(waiting_.front());
-        waiting_.pop_front();
+        auto next = waiting_.extract(waiting_.begin());
         mutex_.unlock();
-        task();
-        task = nullptr; // what it holds goes outside of the lock
+        next.mapped()();
+        next = {}; // what it holds goes outside of the lock
         mutex_.lock();
     }
     isAtWork_ = false;
@@ -78,7 +108,7 @@ bool ProviderThread::enter(const std::shared_ptr<Conversation>& conversation)
 {
     const MutexLock lock(mutex_);
     current_ = conversation;
-    return !isEnding_;
+    return !isEnding_ && (conversation->urgency() == Urgency::person || !waiting_.contains(Urgency::person));
 }
 
 bool ProviderThread::isEnding() const
@@ -96,7 +126,7 @@ bool ProviderThread::isDone(std::chrono::milliseconds limit)
     return true;
 }
 
-bool ProviderThread::end(const std::function<void()>& cancelAll)
+bool ProviderThread::end()
 {
     std::shared_ptr<Conversation> current;
     {
@@ -104,12 +134,9 @@ bool ProviderThread::end(const std::function<void()>& cancelAll)
         isEnding_ = true;
         current = current_.lock();
     }
-    const bool isAnswerAwaited = current && current->ending() == Conversation::Ending::whenAnswered;
-    if (current && !isAnswerAwaited) current->cancel();
+    const bool isAnswerAwaited = current && !current->giveWay();
     if (isDone(isAnswerAwaited ? patience : moment)) return true;
     if (current) current->cancel();
-    cancelAll();
-    isDone(moment);
     return false;
 }
 

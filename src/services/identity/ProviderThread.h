@@ -7,62 +7,78 @@
 #include "identity/OpenIDClient.h"
 
 #include <chrono>
-#include <deque>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 
 namespace velmora {
 
-/// One conversation with a provider, and what ends it from outside. All but `cancel` on the thread that has
-/// it.
+/// What goes first, and what gives way to it.
+enum class Urgency : std::uint8_t {
+    person, ///< somebody waits for it
+    check,
+    courtesy, ///< to the provider
+};
+
+/// One conversation with a provider, and what ends it from outside. All but `cancel`, `giveWay` and
+/// `interrupt` on the thread that has it.
 class Conversation {
 public:
-    /// What becomes of it when the program ends.
-    enum class Ending {
-        atOnce,
-        whenAnswered, ///< where there is time: an answer that is lost could end the user's sign-in
-    };
+    explicit Conversation(Urgency urgency) : urgency_(urgency) {}
 
-    explicit Conversation(Ending ending) : ending_(ending) {}
-
-    Ending ending() const { return ending_; }
+    Urgency urgency() const { return urgency_; }
 
     /// False where it was cancelled before.
     bool begin(std::unique_ptr<OpenIDClient> client);
     OpenIDClient& client() { return *client_; }
 
-    /// Any thread. Without effect once it is over.
-    void cancel();
-    /// Ends what is waited for; where nothing is any more, all goes on. Any thread.
+    /// From now on an answer is awaited whose loss could end the user's sign-in, until it is `answered`.
+    /// False where it was cancelled before.
+    bool commit();
+    void answered();
+
+    /// Without effect once it is over: then false.
+    bool cancel();
+    /// The same, unless an answer is awaited that counts: then false.
+    bool giveWay();
+    /// Ends what is waited for; where nothing is any more, all goes on.
     void interrupt();
     /// It is over. Whether it came to that without being cancelled.
     bool finish();
 
 private:
-    const Ending ending_;
+    const Urgency urgency_;
     Mutex mutex_;
     std::shared_ptr<OpenIDClient> client_; ///< set under the mutex, once
+    bool isCommitted_ VELMORA_GUARDED_BY(mutex_) = false;
     bool isCancelled_ VELMORA_GUARDED_BY(mutex_) = false;
     bool isOver_ VELMORA_GUARDED_BY(mutex_) = false;
 };
 
-/// The thread for all that is asked of identity providers, in the order of the calls. It is there while there
-/// is something to do.
+/// A thread for what is asked of identity providers, the most urgent first, else in the order of the calls.
+/// It is there while there is something to do.
 class ProviderThread : public std::enable_shared_from_this<ProviderThread> {
 public:
     using Task = std::function<void()>;
 
-    /// False where the system has no thread to give; the task is dropped. Any thread.
-    bool run(Task task);
+    /// The name is the system's, of 15 characters at most.
+    explicit ProviderThread(const char* name) : name_(name) {}
 
-    /// What the thread is about to enter into. False, and it must not, where the program ends. For tasks.
+    /// False where the system has no thread to give; the task is dropped. What is less urgent than a person
+    /// gives way to one. Any thread.
+    bool run(Urgency urgency, Task task);
+
+    /// What the thread is about to enter into. False, and it must not, where the program ends or a person
+    /// waits. For tasks.
     bool enter(const std::shared_ptr<Conversation>& conversation);
     bool isEnding() const;
 
     /// The program ends: tasks find `isEnding`, and get some moments to come to their own end. Whether they
-    /// did; a conversation that waits for an answer that counts gets longer. Those that did not are
-    /// cancelled, and left behind after another moment.
-    bool end(const std::function<void()>& cancelAll);
+    /// did; a conversation that waits for an answer that counts gets longer, and is cancelled then.
+    bool end();
+    /// Whether all is done after another moment.
+    bool isDone() { return isDone(moment); }
 
 private:
     static constexpr std::chrono::milliseconds moment{200};
@@ -71,9 +87,10 @@ private:
     void work();
     bool isDone(std::chrono::milliseconds limit);
 
+    const char* const name_;
     mutable Mutex mutex_;
     Condition changed_;
-    std::deque<Task> waiting_ VELMORA_GUARDED_BY(mutex_);
+    std::multimap<Urgency, Task> waiting_ VELMORA_GUARDED_BY(mutex_);
     std::weak_ptr<Conversation> current_ VELMORA_GUARDED_BY(mutex_);
     bool isAtWork_ VELMORA_GUARDED_BY(mutex_) = false;
     bool isEnding_ VELMORA_GUARDED_BY(mutex_) = false;

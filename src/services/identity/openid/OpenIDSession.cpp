@@ -174,6 +174,17 @@ try {
     throw;
 }
 
+std::optional<IdentityProblem> OpenIDSession::reach()
+{
+    const auto reached = attempt([this] {
+        allow(patience_.before);
+        provider_.discovery();
+        return true;
+    });
+    const auto* problem = std::get_if<IdentityProblem>(&reached);
+    return problem ? std::optional(*problem) : std::nullopt;
+}
+
 std::variant<std::string, IdentityProblem> OpenIDSession::refresh(const std::string& refreshToken,
                                                                   const Keep& keep)
 {

@@ -12,6 +12,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 #include <string>
 #include <variant>
 
@@ -36,6 +37,7 @@ public:
     OpenIDSession(IdentityAccess access, std::function<Date()> now, SessionPatience patience = {});
 
     std::variant<SignedIn, IdentityProblem> signIn(const OpenBrowser& openBrowser) override;
+    std::optional<IdentityProblem> reach() override;
     std::variant<std::string, IdentityProblem> refresh(const std::string& refreshToken,
                                                        const Keep& keep) override;
     void revoke(const std::string& refreshToken) override;
