@@ -187,6 +187,7 @@ void AppleAuthManager::handle(const IdentityCredential& credential)
     };
     ++epoch_; // what is still asked about who was known before is of no interest
     isClearing_ = false;
+    nextOffer_.reset();
     withSecrets(keep, [this, signOuts = signOuts_](const Keeping& keeping) {
         if (signOuts == signOuts_) return signedIn(keeping);
         // Signed out meanwhile, which has the provider forget whom it finds in the store.
@@ -200,10 +201,12 @@ void AppleAuthManager::signedIn(const Keeping& keeping)
     const auto& identity = keeping.identity;
     const auto& before = user_.empty() ? keeping.before : user_;
     if (!before.empty() && before != identity.user) provider_->forget(before);
-    if (!keeping.isKept)
+    if (!keeping.isKept) {
         log_->warning(category,
                       "The secret store did not take who is signed in, being locked, absent or slow: "
-                      "that is forgotten when this program ends.");
+                      "it is offered again some times until this program ends.");
+        keepLater(identity, 0);
+    }
     user_ = identity.user;
     preferences_->set(preference_key::isSignOutDue, false);
     isUnread.set(false);
@@ -222,6 +225,18 @@ void AppleAuthManager::signedIn(const Keeping& keeping)
     constexpr std::size_t shown = 8;
     log_->info(category,
                "Apple Sign In: signed in as " + std::string(utf8Prefix(identity.user, shown)) + "…");
+}
+
+void AppleAuthManager::keepLater(const KeptIdentity& identity, std::size_t attempt)
+{
+    if (attempt == pauses.size()) return;
+    const auto offer = [this, identity, attempt] {
+        withSecrets([identity, secrets = secrets_] { return identity.save(*secrets); },
+                    [this, identity, attempt, epoch = epoch_](bool isKept) {
+                        if (!isKept && epoch == epoch_) keepLater(identity, attempt + 1);
+                    });
+    };
+    nextOffer_ = loop_->after(pauses.at(attempt), offer, slack);
 }
 
 void AppleAuthManager::failed(const IdentityError& error)
@@ -251,6 +266,7 @@ void AppleAuthManager::clearStoredCredentials()
     ++epoch_;
     isClearing_ = true;
     nextCheck_.reset();
+    nextOffer_.reset();
     isChecking.set(false);
     preferences_->set(preference_key::isSignOutDue, true);
     withSecrets([secrets = secrets_] { return KeptIdentity::remove(*secrets); },

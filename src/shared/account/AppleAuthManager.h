@@ -81,6 +81,7 @@ private:
     void handle(const IdentityCredential& credential);
     void failed(const IdentityError& error);
     void signedIn(const Keeping& keeping);
+    void keepLater(const KeptIdentity& identity, std::size_t attempt);
     void clearStoredCredentials();
     void cleared(bool isCertain);
     std::optional<Date> keptSince() const;
@@ -91,6 +92,7 @@ private:
     std::size_t attempts_ = 0;   ///< of asking again
     bool isClearing_ = false;    ///< the secret store is removing who was known
     MainLoop::Timer nextCheck_;
+    MainLoop::Timer nextOffer_;        ///< of who is signed in to the secret store, which has not taken it
     std::unique_ptr<WorkQueue> queue_; ///< while the secret store is waited for
     int waiting_ = 0;                  ///< for it
 };
