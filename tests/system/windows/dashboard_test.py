@@ -20,7 +20,7 @@ PAGES = {
     "Overview": ("System Intelligence", []),
     "Health Trends": ("Health Trends", [*PAST, "Battery health"]),
     "Thermal History": ("Thermal History", [*PAST, "Thermal history"]),
-    "Ecosystem Sync": ("Ecosystem Sync", ["Begin"]),
+    "Ecosystem Sync": ("Ecosystem Sync", ["Begin", "No provider is set: choose one …"]),
     "Thresholds": ("Thresholds", ["Auto-Protect", "Charge limit", "Hysteresis", "Storage mode", "Quick Charge to 100%",
                                   "Small widget at log-in", "Show small widget"]),  # without scrolling
     "Notifications": ("Notifications", ["Charge limit", "Power source", "Heat", "Charge cycles", "Low battery",
