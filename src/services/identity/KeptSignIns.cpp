@@ -3,6 +3,8 @@
 
 #include "identity/KeptSignIns.h"
 
+#include "base/WipeStack.h"
+
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -33,12 +35,19 @@ struct Wiped {
     }
 };
 
+[[gnu::noinline]] std::string dumped(const json& object)
+{
+    return object.dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
 std::string encoded(const KeptSignIn& signIn)
 {
     const Wiped object{json{{issuerKey, signIn.source.issuer},
                             {clientKey, signIn.source.clientID},
                             {tokenKey, signIn.refreshToken}}};
-    return object.value.dump(-1, ' ', false, json::error_handler_t::replace);
+    auto text = dumped(object.value);
+    wipeStack(); // the library puts texts together there
+    return text;
 }
 
 std::optional<KeptSignIn> decoded(const std::string& text)
