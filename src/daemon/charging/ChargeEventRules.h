@@ -15,8 +15,8 @@
 namespace velmora {
 
 /// Compares each look at the battery with the last one and tells which changes are events, for users'
-/// notices. What was told is saved, so that a restart of the daemon repeats no event. The very first look is
-/// no event: there is nothing to compare it with.
+/// notices. What was told is saved, so that a restart of the daemon repeats no event. The first look of all
+/// tells none: there is nothing to compare it with.
 ///
 /// **Paused**: a charge that was seen well below the limit of Auto-Protect or storage mode has come to it and
 /// has stopped. **Resumed**: after that, the battery charges again well below the limit. "Well below" is what

@@ -99,7 +99,8 @@ private:
     std::shared_ptr<ProviderThread> storeThread_ = std::make_shared<ProviderThread>("velmora-tokens");
 };
 
-/// One that completes once, by whoever comes first: what it came to, or who cancels it.
+/// A sign-in that is under way. Its caller is answered once: with its result, or as canceled, whichever comes
+/// first.
 class OpenIDProvider::Request {
 public:
     explicit Request(std::function<void(Result)> completed) : completed_(std::move(completed)) {}

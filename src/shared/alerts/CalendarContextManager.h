@@ -59,7 +59,8 @@ public:
     Observable<std::optional<std::string>> detectedEventTitle{std::nullopt};
     /// All that the scan has found, by their start; `maximumTravelEvents` at most.
     Observable<std::vector<CalendarEvent>> travelEvents{{}};
-    /// The last scan has read all calendars; of the others it has told what they had before.
+    /// The last scan could read all calendars. For one that it could not, `travelEvents` has what the scan
+    /// before it found there.
     Observable<bool> isLastScanWhole{true};
 
     /// Asks for access; once that is given, scans begin.

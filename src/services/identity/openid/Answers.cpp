@@ -65,9 +65,9 @@ std::optional<std::string> shownText(const Json& json, const char* name)
     return shown;
 }
 
-/// The address, empty where there is none; nullopt where it is none that Velmora speaks to. Only a provider
-/// on this computer may name what is not encrypted: another one would have its tokens told to whoever listens
-/// here.
+/// The address, empty where none is announced; nullopt where Velmora does not speak to it. A provider that is
+/// itself reached by http on this computer may name such addresses. Any other one may not: its tokens would
+/// go to whatever program listens on this computer.
 std::optional<std::string> endpoint(const Json& json, const char* name, std::string_view issuer)
 {
     if (!json.has(name)) return std::string();

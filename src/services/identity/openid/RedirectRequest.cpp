@@ -88,7 +88,8 @@ bool saysBackground(std::string_view line)
            isSame(value.substr(0, ahead.size()), ahead);
 }
 
-/// By the headers that browsers send; one that sends none of them is believed.
+/// Whether the browser opens a page for the user, as far as its headers tell: no picture or script of another
+/// page, and nothing fetched ahead. A browser that sends no such headers is believed.
 bool isNavigation(std::string_view headers)
 {
     while (!headers.empty()) {

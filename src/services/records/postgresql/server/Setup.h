@@ -22,7 +22,8 @@ public:
     Administrator& operator=(const Administrator&) = delete;
     ~Administrator();
 
-    /// A connection on which names without a schema are the server's own, whoever else made some.
+    /// A connection with an empty search path: a name without a schema means PostgreSQL's own table or
+    /// function, never one that somebody else has made under that name.
     Connection connect(const std::string& database);
     /// To the database that the request names.
     Connection connect() { return connect(request_.place.database); }
